@@ -1,0 +1,45 @@
+// Modal questions and messages. Texts are UTF-8 with CR LF line ends, as the program composes them.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace korvex {
+
+enum class BoxButtons { kOk, kOkCancel, kRetryCancel };
+enum class BoxIcon { kNone, kCritical, kExclamation };
+enum class BoxAnswer { kOk, kCancel, kRetry };
+
+// The platform's standard message box. An empty title means the application title.
+struct PlainMessage {
+  std::string text;
+  BoxButtons buttons = BoxButtons::kOk;
+  BoxIcon icon = BoxIcon::kNone;
+  std::string title = {};
+  // What lies behind a reported error. A terminal prints it below the text; a window shows the text
+  // alone, the cause being in the error log.
+  std::string cause = {};
+};
+
+// The program's own message box.
+struct ButtonMessage {
+  std::string prompt;
+  std::vector<std::string> buttons;  // captions, left to right; "&" marks an access key
+  std::string title;
+  int icon = 0;            // 1 to 27, 0 for none
+  int default_button = 0;  // zero-based
+  int sound = 1;           // 1 beep, 2 to 9 system sounds, 0 silent
+};
+
+class Dialogs {
+ public:
+  virtual ~Dialogs() = default;
+
+  virtual BoxAnswer ShowPlain(const PlainMessage& message) = 0;
+  // Returns the caption of the pressed button.
+  virtual std::string ShowButtons(const ButtonMessage& message) = 0;
+  // Folders of the file system only; empty when the user cancels. `owner` is the native window.
+  virtual std::string BrowseForFolder(void* owner, const std::string& prompt) = 0;
+};
+
+}  // namespace korvex

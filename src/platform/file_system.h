@@ -1,0 +1,68 @@
+// Files and folders of the machine. Paths are native and UTF-8; what a path means (separator,
+// drives) is asked here, so that the path rules hold in both styles on every machine.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvex {
+
+struct FolderEntry {
+  std::string name;
+  bool is_folder = false;
+};
+
+// A file open for appending. Every write goes straight to the file.
+class AppendFile {
+ public:
+  virtual ~AppendFile() = default;
+  virtual void Write(std::string_view bytes) = 0;
+};
+
+// A file being written beside its target, which it replaces as a whole on Commit. Destroyed without
+// Commit it vanishes, and the target stays as it was.
+class ReplacementFile {
+ public:
+  virtual ~ReplacementFile() = default;
+  virtual void Write(std::span<const std::byte> bytes) = 0;
+  // Flushes to the disk and takes the target's place.
+  virtual void Commit() = 0;
+};
+
+// Errors: 53 no such file, 76 no such folder, 70 permission denied or in use, 75 other access
+// errors, 61 disk full, 57 device error, 68 device not available. Descriptions name the path.
+class FileSystem {
+ public:
+  virtual ~FileSystem() = default;
+
+  virtual char Separator() const = 0;
+  // "C:" or "\\server\share" on Windows, "" on Linux.
+  virtual std::string DriveName(std::string_view path) const = 0;
+  // Folder where a program starts that has no stored folder: "C:\", or the home folder on Linux.
+  virtual std::string DefaultFolder() const = 0;
+  // The folder for temporary files when the environment names none: "C:\TEMP", or "/tmp" on Linux.
+  virtual std::string DefaultTempFolder() const = 0;
+  // Makes a path absolute and takes "." and ".." out of it; nothing needs to exist.
+  virtual std::string AbsolutePath(std::string_view path) const = 0;
+
+  virtual bool FileExists(const std::string& path) const = 0;
+  virtual bool FolderExists(const std::string& path) const = 0;
+  // Files and sub-folders in no order; "." and ".." left out. Links count as what they lead to;
+  // what is neither file nor folder (sockets, dead links) counts as a file.
+  virtual std::vector<FolderEntry> List(const std::string& folder) const = 0;
+
+  // Replaces the content of `content` by the whole file, reusing its memory.
+  virtual void ReadFile(const std::string& path, std::vector<std::byte>& content) const = 0;
+  // Creates the file when it is missing.
+  virtual std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) = 0;
+  virtual std::unique_ptr<ReplacementFile> Replace(const std::string& path) = 0;
+  // Creates one level. No error when the folder exists already.
+  virtual void CreateFolder(const std::string& path) = 0;
+  virtual void DeleteFile(const std::string& path) = 0;
+};
+
+}  // namespace korvex

@@ -1,0 +1,24 @@
+#include "platform/services.h"
+
+#include "platform/error.h"
+
+namespace korvex {
+namespace {
+const Services* installed = nullptr;
+}
+
+const Services& Platform() {
+  if (!installed) throw Error(error_number::kObjectNotSet);
+  return *installed;
+}
+
+InstalledServices::InstalledServices(const Services& services)
+    : services_(services), former_(installed) {
+  installed = &services_;
+}
+
+InstalledServices::~InstalledServices() {
+  installed = former_;
+}
+
+}  // namespace korvex

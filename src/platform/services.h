@@ -1,0 +1,54 @@
+// The one set of platform services that the whole process uses. A program's main installs the real
+// one, a test its fakes, so that modules of free procedures need no context argument.
+#pragma once
+
+#include <string>
+
+namespace korvex {
+
+class Clock;
+class Dialogs;
+class FileSystem;
+class Mail;
+class MainWindow;
+class MessageLoop;
+class SettingsStore;
+class Shell;
+class Sound;
+class SpreadsheetProgram;
+
+inline constexpr char kProgramTitle[] = "KORVEX";
+inline constexpr char kProgramVersion[] = "1.3.11";
+
+// None is owned.
+struct Services {
+  SpreadsheetProgram* spreadsheet = nullptr;
+  SettingsStore* settings = nullptr;
+  FileSystem* files = nullptr;
+  Mail* mail = nullptr;
+  Shell* shell = nullptr;
+  Sound* sound = nullptr;
+  Dialogs* dialogs = nullptr;
+  MessageLoop* message_loop = nullptr;
+  Clock* clock = nullptr;
+  MainWindow* main_window = nullptr;
+  std::string program_folder;  // of the executable, without trailing separator
+};
+
+// The installed set; error 91 when there is none.
+const Services& Platform();
+
+// Installs a set for its own lifetime and puts the former one back.
+class InstalledServices {
+ public:
+  explicit InstalledServices(const Services& services);
+  ~InstalledServices();
+  InstalledServices(const InstalledServices&) = delete;
+  InstalledServices& operator=(const InstalledServices&) = delete;
+
+ private:
+  Services services_;
+  const Services* former_;
+};
+
+}  // namespace korvex
