@@ -1,0 +1,27 @@
+// Text as the program compares and cuts it. All texts are UTF-8; bytes that are not valid UTF-8
+// stand for themselves.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvex {
+
+// Upper case by simple one-to-one mappings of Latin, Greek and Cyrillic letters.
+std::string UpperCase(std::string_view text);
+void AppendUpperCase(std::string_view text, std::string& out);
+
+// Comparison that ignores letter case: compares the upper-cased texts byte by byte.
+bool EqualText(std::string_view a, std::string_view b);
+int CompareText(std::string_view a, std::string_view b);
+
+// Takes blanks (U+0020 alone) off both ends.
+std::string_view TrimBlanks(std::string_view text);
+
+// Splits at every occurrence of a separator, whose letter case is ignored when it has any. An empty
+// text splits into no fields at all.
+std::vector<std::string> Split(std::string_view text, std::string_view separator);
+std::string Join(const std::vector<std::string>& fields, std::string_view separator);
+
+}  // namespace korvex
