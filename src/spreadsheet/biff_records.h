@@ -1,0 +1,121 @@
+// Numbers of the BIFF records that this program reads or writes.
+//
+// A workbook stream is a sequence of records: uint16 number, uint16 length of the data, data; all
+// values little-endian. A sub-stream (globals, sheet, chart) runs from a BOF to its EOF. In BIFF8 a
+// record holds at most 8,224 bytes of data and goes on in CONTINUE records; up to BIFF7 the limit
+// is 2,080. Rows, columns and XF indices are zero-based.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace korvex::biff {
+
+inline constexpr std::size_t kRecordHeaderSize = 4;
+inline constexpr std::size_t kMaxRecordData = 8224;  // BIFF8
+inline constexpr int kMaxRows = 65536;
+inline constexpr int kMaxColumns = 256;
+inline constexpr int kMaxCellCharacters = 32767;  // UTF-16 units
+inline constexpr int kMaxSheetNameCharacters = 31;
+// Days that a serial number of the 1904 date system lies behind the same day's 1900 number.
+inline constexpr int kDays1904 = 1462;
+
+enum Record : std::uint16_t {
+  kDimensionsBiff2 = 0x0000,
+  kBlankBiff2 = 0x0001,
+  kIntegerBiff2 = 0x0002,
+  kNumberBiff2 = 0x0003,
+  kLabelBiff2 = 0x0004,
+  kBoolErrBiff2 = 0x0005,
+  kFormula = 0x0006,
+  kStringBiff2 = 0x0007,
+  kRowBiff2 = 0x0008,
+  kBofBiff2 = 0x0009,
+  kEof = 0x000A,
+  kCalcCount = 0x000C,
+  kCalcMode = 0x000D,
+  kPrecision = 0x000E,
+  kRefMode = 0x000F,
+  kDelta = 0x0010,
+  kIteration = 0x0011,
+  kProtect = 0x0012,
+  kHeader = 0x0014,
+  kFooter = 0x0015,
+  kFormatBiff2 = 0x001E,
+  kArrayBiff2 = 0x0021,
+  kDateMode = 0x0022,
+  kFilePass = 0x002F,
+  kFont = 0x0031,
+  kTableBiff2 = 0x0036,
+  kTable2Biff2 = 0x0037,
+  kContinue = 0x003C,
+  kWindow1 = 0x003D,
+  kBackup = 0x0040,
+  kPane = 0x0041,
+  kCodePage = 0x0042,
+  kXfBiff2 = 0x0043,
+  kIxfe = 0x0044,
+  kDefaultColumnWidth = 0x0055,
+  kWriteAccess = 0x005C,
+  kSaveRecalc = 0x005F,
+  kColInfo = 0x007D,
+  kGuts = 0x0080,
+  kWsBool = 0x0081,
+  kGridSet = 0x0082,
+  kHCenter = 0x0083,
+  kVCenter = 0x0084,
+  kBoundSheet = 0x0085,
+  kCountry = 0x008C,
+  kHideObj = 0x008D,
+  kPalette = 0x0092,
+  kSetup = 0x00A1,
+  kShrFmla = 0x00BC,
+  kMulRk = 0x00BD,
+  kMulBlank = 0x00BE,
+  kMms = 0x00C1,
+  kRString = 0x00D6,
+  kDbCell = 0x00D7,
+  kBookBool = 0x00DA,
+  kXf = 0x00E0,
+  kInterfaceHdr = 0x00E1,
+  kInterfaceEnd = 0x00E2,
+  kSst = 0x00FC,
+  kLabelSst = 0x00FD,
+  kExtSst = 0x00FF,
+  kTabId = 0x013D,
+  kUseSelFs = 0x0160,
+  kDsf = 0x0161,
+  kDimensions = 0x0200,
+  kBlank = 0x0201,
+  kNumber = 0x0203,
+  kLabel = 0x0204,
+  kBoolErr = 0x0205,
+  kFormulaBiff3 = 0x0206,
+  kString = 0x0207,
+  kRow = 0x0208,
+  kBofBiff3 = 0x0209,
+  kIndex = 0x020B,
+  kArray = 0x0221,
+  kDefaultRowHeight = 0x0225,
+  kTable = 0x0236,
+  kXfBiff3 = 0x0243,
+  kWindow2 = 0x023E,
+  kRk = 0x027E,
+  kStyle = 0x0293,
+  kFormulaBiff4 = 0x0406,
+  kBofBiff4 = 0x0409,
+  kFormat = 0x041E,
+  kXfBiff4 = 0x0443,
+  kShrFmlaBiff5 = 0x04BC,
+  kBof = 0x0809,
+};
+
+// BOF: uint16 version, uint16 kind of sub-stream, then build data.
+inline constexpr std::uint16_t kVersionBiff8 = 0x0600;
+inline constexpr std::uint16_t kVersionBiff5 = 0x0500;
+inline constexpr std::uint16_t kGlobalsSubstream = 0x0005;
+inline constexpr std::uint16_t kWorksheetSubstream = 0x0010;
+inline constexpr std::uint16_t kChartSubstream = 0x0020;
+inline constexpr std::uint16_t kMacroSubstream = 0x0040;
+
+}  // namespace korvex::biff
