@@ -1,0 +1,80 @@
+// A file system in memory with the path rules of Windows or of Linux, for tests of either on any
+// machine.
+#pragma once
+
+#include <map>
+#include <set>
+#include <utility>
+
+#include "platform/file_system.h"
+
+namespace korvex {
+
+enum class PathStyle { kLinux, kWindows };
+
+enum class FileOperation { kList, kRead, kAppend, kReplace, kCreateFolder, kDelete };
+
+// Names keep their spelling; Windows style finds them in any letter case and takes "/" for "\".
+// Relative paths start at DefaultFolder(), which exists, as does DefaultTempFolder() on Linux.
+// List() answers in descending order, so that a caller who forgets to sort is found out.
+class MemoryFileSystem : public FileSystem {
+ public:
+  explicit MemoryFileSystem(PathStyle style);
+
+  char Separator() const override;
+  std::string DriveName(std::string_view path) const override;
+  std::string DefaultFolder() const override;
+  std::string DefaultTempFolder() const override;
+  std::string AbsolutePath(std::string_view path) const override;
+  bool FileExists(const std::string& path) const override;
+  bool FolderExists(const std::string& path) const override;
+  std::vector<FolderEntry> List(const std::string& folder) const override;
+  void ReadFile(const std::string& path, std::vector<std::byte>& content) const override;
+  std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) override;
+  std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;
+  void CreateFolder(const std::string& path) override;
+  void DeleteFile(const std::string& path) override;
+
+  // Both make the folders above, a new drive or share included.
+  void AddFolder(const std::string& path);
+  void AddFile(const std::string& path, std::string_view content = {});
+  // Takes a file, or a folder with everything in it, away behind the program's back.
+  void Remove(const std::string& path);
+  // Error 53 when there is no such file.
+  const std::string& Content(const std::string& path) const;
+
+  // From now on the operation on this one path raises the error.
+  void Fail(FileOperation operation, const std::string& path, int error_number);
+  // Every operation on the path is refused with error 70; that it exists can still be seen.
+  void Deny(const std::string& path);
+  // The disk takes this many more bytes; the write that exceeds them stores what fits and raises
+  // error 61.
+  void LimitSpace(std::size_t bytes);
+
+  // Called by the files that this one hands out.
+  void AppendBytes(const std::string& path, std::string_view bytes);
+  void TakeSpace(const std::string& path, std::size_t bytes);
+  void PutFile(const std::string& path, std::string content);
+
+ private:
+  struct Node {
+    std::string path;  // absolute, as spelled by whoever made it
+    bool is_folder = false;
+    std::string content = {};
+  };
+
+  std::string Key(std::string_view path) const;
+  std::string Root(std::string_view absolute) const;
+  std::string Parent(const std::string& absolute) const;
+  const Node* Find(std::string_view path) const;
+  void Check(FileOperation operation, const std::string& path) const;
+  void CheckWritable(FileOperation operation, const std::string& path) const;
+
+  PathStyle style_;
+  std::map<std::string, Node> nodes_;
+  std::map<std::pair<FileOperation, std::string>, int> failures_;
+  bool limited_ = false;
+  std::size_t space_ = 0;
+};
+
+}  // namespace korvex
