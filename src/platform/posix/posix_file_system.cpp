@@ -1,0 +1,217 @@
+#include "platform/posix/posix_file_system.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <limits.h>
+#include <pwd.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <utility>
+
+#include "platform/posix/posix_io.h"
+#include "platform/posix/replacement_file.h"
+
+namespace korvex {
+namespace {
+
+constexpr int kLinkLevels = 40;  // as the kernel itself follows at most
+
+class PosixAppendFile : public AppendFile {
+ public:
+  PosixAppendFile(Descriptor file, std::string path)
+      : file_(std::move(file)), path_(std::move(path)) {}
+
+  void Write(std::string_view bytes) override {
+    WriteAll(file_.Get(), std::as_bytes(std::span(bytes)), path_);
+  }
+
+ private:
+  Descriptor file_;
+  std::string path_;
+};
+
+Error InUse(const std::string& path, const std::string& witness) {
+  return Error(error_number::kPermissionDenied,
+               "Cannot write to " + path + ": The file is in use by another program" + witness);
+}
+
+std::string OwnerFile(const std::string& path) {
+  const std::size_t name = path.rfind('/') + 1;  // 0 when there is no folder in the path
+  return path.substr(0, name) + ".~lock." + path.substr(name) + "#";
+}
+
+// Follows the links of the last component; where they lead need not exist.
+std::string FollowLinks(std::string path) {
+  std::array<char, PATH_MAX> target;
+  for (int level = 0; level < kLinkLevels; ++level) {
+    const ssize_t length = readlink(path.c_str(), target.data(), target.size());
+    if (length < 0) return path;
+    const std::string next(target.data(), static_cast<std::size_t>(length));
+    path = next.starts_with('/') ? next : FolderOf(path) + "/" + next;
+  }
+  throw SystemError(ELOOP, "write to", path);
+}
+
+void RefuseIfInUse(int fd, const std::string& path) {
+  for (const std::string& file : {path, FollowLinks(path)}) {
+    const std::string owner_file = OwnerFile(file);
+    if (access(owner_file.c_str(), F_OK) == 0) {
+      throw InUse(path,
+                  " (" + owner_file + " says so; delete it if no program has the file open).");
+    }
+  }
+  struct flock region {};
+  region.l_type = F_WRLCK;
+  region.l_whence = SEEK_SET;
+  if (fcntl(fd, F_GETLK, &region) == 0 && region.l_type != F_UNLCK) {
+    // A lock of an open file description belongs to no process.
+    throw InUse(path, region.l_pid > 0 ? " (process " + std::to_string(region.l_pid) + ")." : ".");
+  }
+  if (flock(fd, LOCK_EX | LOCK_NB) == 0) {
+    flock(fd, LOCK_UN);
+  } else if (errno == EWOULDBLOCK) {
+    throw InUse(path, ".");
+  }
+}
+
+// O_EXCL keeps a link that leads nowhere from being filled behind the user's back.
+Descriptor OpenOrCreate(const std::string& path) {
+  Descriptor file = OpenFile(path, O_WRONLY | O_APPEND);
+  if (file.IsOpen() || errno != ENOENT) return file;
+  file = OpenFile(path, O_WRONLY | O_APPEND | O_CREAT | O_EXCL, 0666);
+  if (file.IsOpen() || errno != EEXIST) return file;
+  return OpenFile(path, O_WRONLY | O_APPEND);
+}
+
+bool IsFolderEntry(int folder, const dirent& entry) {
+  if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+  struct stat status {};
+  return fstatat(folder, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::string CurrentFolder() {
+  std::array<char, PATH_MAX> folder;
+  if (!getcwd(folder.data(), folder.size())) throw SystemError(errno, "find", "current folder");
+  return folder.data();
+}
+
+}  // namespace
+
+std::string PosixFileSystem::DefaultFolder() const {
+  if (const char* home = std::getenv("HOME"); home && *home == '/') return AbsolutePath(home);
+  std::array<char, 16384> texts;
+  passwd record{};
+  passwd* found = nullptr;
+  getpwuid_r(getuid(), &record, texts.data(), texts.size(), &found);
+  return found && *found->pw_dir == '/' ? AbsolutePath(found->pw_dir) : "/";
+}
+
+std::string PosixFileSystem::AbsolutePath(std::string_view path) const {
+  const std::string whole =
+      path.starts_with('/') ? std::string(path) : CurrentFolder() + "/" + std::string(path);
+  std::string result;
+  for (std::size_t start = 0; start <= whole.size();) {
+    const std::size_t end = std::min(whole.find('/', start), whole.size());
+    const std::string_view part = std::string_view(whole).substr(start, end - start);
+    if (part == "..") {
+      result.resize(result.empty() ? 0 : result.rfind('/'));
+    } else if (!part.empty() && part != ".") {
+      result.append("/").append(part);
+    }
+    start = end + 1;
+  }
+  return result.empty() ? "/" : result;
+}
+
+bool PosixFileSystem::FileExists(const std::string& path) const {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
+}
+
+bool PosixFileSystem::FolderExists(const std::string& path) const {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::vector<FolderEntry> PosixFileSystem::List(const std::string& folder) const {
+  const std::unique_ptr<DIR, int (*)(DIR*)> open_folder(opendir(folder.c_str()), &closedir);
+  if (!open_folder) throw SystemError(errno, "list", folder);
+  std::vector<FolderEntry> entries;
+  for (;;) {
+    errno = 0;
+    const dirent* entry = readdir(open_folder.get());
+    if (!entry) break;
+    const std::string_view name = entry->d_name;
+    if (name == "." || name == "..") continue;
+    entries.push_back({std::string(name), IsFolderEntry(dirfd(open_folder.get()), *entry)});
+  }
+  if (errno != 0) throw SystemError(errno, "list", folder);
+  return entries;
+}
+
+void PosixFileSystem::ReadFile(const std::string& path, std::vector<std::byte>& content) const {
+  const Descriptor file = OpenFile(path, O_RDONLY);
+  if (!file.IsOpen()) throw SystemError(errno, "read", path, Missing::kFile);
+  struct stat status {};
+  if (fstat(file.Get(), &status) != 0) throw SystemError(errno, "read", path, Missing::kFile);
+  RequireOrdinaryFile(status.st_mode, "read", path);
+
+  // The size is a hint: files of /proc say 0, and a file may grow. One byte more than it tells
+  // finds the end without growing the buffer.
+  content.resize(static_cast<std::size_t>(status.st_size) + 1);
+  std::size_t size = 0;
+  for (;;) {
+    if (size == content.size()) content.resize(size + std::max<std::size_t>(size, 65536));
+    const ssize_t count = read(file.Get(), content.data() + size, content.size() - size);
+    if (count == 0) break;
+    if (count > 0) {
+      size += static_cast<std::size_t>(count);
+    } else if (errno != EINTR) {
+      throw SystemError(errno, "read", path, Missing::kFile);
+    }
+  }
+  content.resize(size);
+}
+
+std::unique_ptr<AppendFile> PosixFileSystem::OpenForAppending(const std::string& path) {
+  Descriptor file = OpenOrCreate(path);
+  int error = errno;
+  // Asked about the path, since a pipe without a reader cannot even be opened.
+  struct stat status {};
+  if (stat(path.c_str(), &status) == 0) {
+    RequireOrdinaryFile(status.st_mode, "write to", path);
+    if (IsWriteProtected(status.st_mode)) {
+      file.Close();
+      error = EACCES;
+    }
+  }
+  if (!file.IsOpen()) throw SystemError(error, "write to", path);
+  RefuseIfInUse(file.Get(), path);
+  return std::make_unique<PosixAppendFile>(std::move(file), path);
+}
+
+std::unique_ptr<ReplacementFile> PosixFileSystem::Replace(const std::string& path) {
+  return Replace(path, 0666);
+}
+
+std::unique_ptr<ReplacementFile> PosixFileSystem::Replace(const std::string& path, mode_t mode) {
+  return std::make_unique<PosixReplacementFile>(FollowLinks(path), mode);
+}
+
+void PosixFileSystem::CreateFolder(const std::string& path) {
+  if (mkdir(path.c_str(), 0777) == 0) return;
+  const int error = errno;
+  if (error != EEXIST || !FolderExists(path)) throw SystemError(error, "create", path);
+}
+
+void PosixFileSystem::DeleteFile(const std::string& path) {
+  if (unlink(path.c_str()) != 0) throw SystemError(errno, "delete", path, Missing::kFile);
+}
+
+}  // namespace korvex

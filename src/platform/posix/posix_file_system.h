@@ -1,0 +1,37 @@
+// The files of a Linux machine.
+//
+// A file counts as in use, error 70, when another program holds a lock on it (fcntl or flock) or
+// when an office program's owner file ".~lock.NAME#" lies beside it. Only ordinary files are read
+// or written: a named pipe or a device is refused with error 75, without waiting for it.
+#pragma once
+
+#include <sys/types.h>
+
+#include "platform/file_system.h"
+
+namespace korvex {
+
+class PosixFileSystem : public FileSystem {
+ public:
+  char Separator() const override { return '/'; }
+  std::string DriveName(std::string_view) const override { return {}; }
+  std::string DefaultFolder() const override;
+  std::string DefaultTempFolder() const override { return "/tmp"; }
+  std::string AbsolutePath(std::string_view path) const override;
+
+  bool FileExists(const std::string& path) const override;
+  bool FolderExists(const std::string& path) const override;
+  std::vector<FolderEntry> List(const std::string& folder) const override;
+
+  void ReadFile(const std::string& path, std::vector<std::byte>& content) const override;
+  std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) override;
+  // A link is followed: the file that it leads to is replaced. An existing file keeps its
+  // permissions, a read-only one is refused.
+  std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;
+  // The same, but a file that is new gets `mode` (less the umask) instead of 0666.
+  std::unique_ptr<ReplacementFile> Replace(const std::string& path, mode_t mode);
+  void CreateFolder(const std::string& path) override;
+  void DeleteFile(const std::string& path) override;
+};
+
+}  // namespace korvex
