@@ -12,8 +12,8 @@
 #include <functional>
 #include <utility>
 
-#include "platform/error.h"
 #include "tests/platform/posix/temp_folder.h"
+#include "tests/support/errors.h"
 
 namespace korvex {
 namespace {
@@ -25,16 +25,6 @@ using testing::UnorderedElementsAre;
 
 std::span<const std::byte> Bytes(std::string_view text) {
   return std::as_bytes(std::span(text));
-}
-
-// The number and description of the error that `action` raises; number 0 when it raises none.
-std::pair<int, std::string> Failure(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const Error& error) {
-    return {error.Number(), error.Description()};
-  }
-  return {0, ""};
 }
 
 // Another program that takes a lock of one kind on a file and keeps it until the end of the test.
@@ -115,9 +105,9 @@ TEST_F(PosixFileSystemTest, RefusesToReadWhatIsNoFileWithoutWaiting) {
       {"pipe.xls", 75, "pipe.xls: It is not an ordinary file."},
   };
   for (const auto& c : cases) {
-    const auto [number, description] = Failure([&] { Read(folder_ / c.path); });
-    EXPECT_EQ(number, c.number) << c.path;
-    EXPECT_THAT(description, HasSubstr(c.says));
+    const Error error = ErrorOf([&] { Read(folder_ / c.path); });
+    EXPECT_EQ(error.Number(), c.number) << c.path;
+    EXPECT_THAT(error.Description(), HasSubstr(c.says));
   }
 }
 
@@ -140,7 +130,7 @@ TEST_F(PosixFileSystemTest, RefusesToAppendToWhatIsNotForWriting) {
   const std::pair<const char*, int> cases[] = {
       {"folder", 75}, {"pipe", 75}, {"dead", 76}, {"protected", 70}, {"missing/x", 76}};
   for (const auto& [name, number] : cases) {
-    EXPECT_EQ(Failure([&] { files_.OpenForAppending(folder_ / name); }).first, number) << name;
+    EXPECT_EQ(ErrorOf([&] { files_.OpenForAppending(folder_ / name); }).Number(), number) << name;
   }
   EXPECT_FALSE(files_.FileExists(folder_ / "nowhere"));
 }
@@ -163,9 +153,9 @@ TEST_F(PosixFileSystemTest, TellsThatAFileIsInUseByAnotherProgram) {
   for (const auto& lock : locks) {
     const LockHolder holder(file, lock);
     ASSERT_TRUE(holder.Locked());
-    const auto [number, description] = Failure([&] { files_.OpenForAppending(file); });
-    EXPECT_EQ(number, 70);
-    EXPECT_THAT(description, HasSubstr(file + ": The file is in use by another program"));
+    const Error error = ErrorOf([&] { files_.OpenForAppending(file); });
+    EXPECT_EQ(error.Number(), 70);
+    EXPECT_THAT(error.Description(), HasSubstr(file + ": The file is in use by another program"));
   }
   EXPECT_NO_THROW(files_.OpenForAppending(file)) << "once everybody let go";
 }
@@ -175,9 +165,9 @@ TEST_F(PosixFileSystemTest, TakesAnOfficeProgramsOwnerFileForUse) {
   ASSERT_EQ(symlink("out.xls", (folder_ / "link.xls").c_str()), 0);
   const std::string owner_file = folder_.Put(".~lock.out.xls#", ",anna,lab1;");
   for (const std::string& path : {file, folder_ / "link.xls"}) {
-    const auto [number, description] = Failure([&] { files_.OpenForAppending(path); });
-    EXPECT_EQ(number, 70);
-    EXPECT_THAT(description, HasSubstr(owner_file));
+    const Error error = ErrorOf([&] { files_.OpenForAppending(path); });
+    EXPECT_EQ(error.Number(), 70);
+    EXPECT_THAT(error.Description(), HasSubstr(owner_file));
   }
 }
 
@@ -225,7 +215,7 @@ TEST_F(PosixFileSystemTest, RefusesToReplaceWhatItMustNot) {
   const std::pair<const char*, int> cases[] = {
       {"folder", 75}, {"protected.xls", 70}, {"loop", 75}, {"missing/x.xls", 76}};
   for (const auto& [name, number] : cases) {
-    EXPECT_EQ(Failure([&] { files_.Replace(folder_ / name); }).first, number) << name;
+    EXPECT_EQ(ErrorOf([&] { files_.Replace(folder_ / name); }).Number(), number) << name;
   }
 }
 
@@ -234,10 +224,9 @@ TEST_F(PosixFileSystemTest, LeavesTheFormerFileWhenWritingFails) {
   {
     const auto replacement = files_.Replace(file);
     const FileSizeLimit limit(1000);
-    const auto [number, description] =
-        Failure([&] { replacement->Write(Bytes(std::string(5000, 'x'))); });
-    EXPECT_EQ(number, 75);
-    EXPECT_THAT(description, AllOf(HasSubstr(file), HasSubstr("File too large")));
+    const Error error = ErrorOf([&] { replacement->Write(Bytes(std::string(5000, 'x'))); });
+    EXPECT_EQ(error.Number(), 75);
+    EXPECT_THAT(error.Description(), AllOf(HasSubstr(file), HasSubstr("File too large")));
   }
   EXPECT_EQ(Content(file), "old");
   EXPECT_EQ(folder_.EntryCount(), 1u);
@@ -272,8 +261,8 @@ TEST_F(PosixFileSystemTest, ListsLinksAsWhatTheyLeadTo) {
   EXPECT_THAT(found, UnorderedElementsAre(Entry("run1", true), Entry("a.xls", false),
                                           Entry("to_folder", true), Entry("to_file", false),
                                           Entry("dead", false)));
-  EXPECT_EQ(Failure([&] { files_.List(folder_ / "missing"); }).first, 76);
-  EXPECT_EQ(Failure([&] { files_.List(folder_ / "a.xls"); }).first, 76);
+  EXPECT_EQ(ErrorOf([&] { files_.List(folder_ / "missing"); }).Number(), 76);
+  EXPECT_EQ(ErrorOf([&] { files_.List(folder_ / "a.xls"); }).Number(), 76);
 }
 
 TEST_F(PosixFileSystemTest, MakesPathsAbsoluteWithoutLookingAtTheDisk) {
@@ -293,11 +282,11 @@ TEST_F(PosixFileSystemTest, MakesPathsAbsoluteWithoutLookingAtTheDisk) {
 TEST_F(PosixFileSystemTest, CreatesOneFolderLevelAndDeletesFiles) {
   files_.CreateFolder(folder_ / "a");
   EXPECT_NO_THROW(files_.CreateFolder(folder_ / "a"));
-  EXPECT_EQ(Failure([&] { files_.CreateFolder(folder_ / "b/c"); }).first, 76);
+  EXPECT_EQ(ErrorOf([&] { files_.CreateFolder(folder_ / "b/c"); }).Number(), 76);
   folder_.Put("f", "");
-  EXPECT_EQ(Failure([&] { files_.CreateFolder(folder_ / "f"); }).first, 75);
+  EXPECT_EQ(ErrorOf([&] { files_.CreateFolder(folder_ / "f"); }).Number(), 75);
   files_.DeleteFile(folder_ / "f");
-  EXPECT_EQ(Failure([&] { files_.DeleteFile(folder_ / "f"); }).first, 53);
+  EXPECT_EQ(ErrorOf([&] { files_.DeleteFile(folder_ / "f"); }).Number(), 53);
 }
 
 TEST_F(PosixFileSystemTest, StartsInTheHomeFolder) {
