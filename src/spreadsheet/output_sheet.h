@@ -1,0 +1,45 @@
+// A worksheet that is being built in memory.
+#pragma once
+
+#include <string>
+
+#include "platform/spreadsheet.h"
+#include "spreadsheet/cell_store.h"
+
+namespace korvex {
+
+class OutputWorkbook;
+
+// Takes only what the .xls format holds: cells up to row 65,536 and column 256, texts of up to
+// 32,767 UTF-16 units, finite numbers. Anything else is error 1004 at once. Reading has no such
+// limit: whatever lies outside is Empty.
+class OutputSheet : public Worksheet {
+ public:
+  // `workbook` owns the sheet.
+  OutputSheet(OutputWorkbook& workbook, std::string name);
+
+  std::string Name() const override { return name_; }
+  // Refuses a name that another sheet of the workbook has, whatever its letter case.
+  void SetName(const std::string& name) override;
+  int Index() const override;
+  // The sheet that a saved file shows first.
+  void Activate() override;
+  // Refused for the last sheet of a workbook.
+  void Delete() override;
+
+  CellValue Value(int row, int column) const override;
+  // An empty text empties the cell, as it does in the object model.
+  void SetValue(int row, int column, const CellValue& value) override;
+  CellAddress LastCell() const override;
+  int CountA(int row) const override;
+  void DeleteColumn(int column) override;
+
+  const CellStore& Cells() const { return cells_; }
+
+ private:
+  OutputWorkbook& workbook_;
+  std::string name_;
+  CellStore cells_;
+};
+
+}  // namespace korvex

@@ -1,0 +1,109 @@
+#include "spreadsheet/output_workbook.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/error.h"
+#include "platform/file_system.h"
+#include "spreadsheet/biff8_writer.h"
+#include "spreadsheet/biff_records.h"
+#include "spreadsheet/byte_writer.h"
+#include "spreadsheet/compound_file_writer.h"
+#include "spreadsheet/refusal.h"
+#include "spreadsheet/utf16.h"
+#include "util/text.h"
+
+namespace korvex {
+
+OutputWorkbook::OutputWorkbook(FileSystem& files, std::string name, CloseHandler close)
+    : files_(files), name_(std::move(name)), close_(std::move(close)) {
+  for (const char* sheet : {"Sheet1", "Sheet2", "Sheet3"}) {
+    sheets_.push_back(std::make_unique<OutputSheet>(*this, sheet));
+  }
+  active_ = sheets_.front().get();
+}
+
+Worksheet& OutputWorkbook::Worksheets(int index) {
+  if (index < 1 || index > WorksheetCount()) {
+    throw Error(error_number::kSubscript,
+                "The workbook " + name_ + " has " + std::to_string(WorksheetCount()) +
+                    " worksheets, but no number " + std::to_string(index) + ".");
+  }
+  return *sheets_[static_cast<std::size_t>(index - 1)];
+}
+
+Worksheet& OutputWorkbook::Worksheets(std::string_view name) {
+  for (const auto& sheet : sheets_) {
+    if (EqualText(sheet->Name(), name)) return *sheet;
+  }
+  throw Error(error_number::kSubscript,
+              "The workbook " + name_ + " has no worksheet \"" + std::string(name) + "\".");
+}
+
+int OutputWorkbook::IndexOf(const OutputSheet& sheet) const {
+  const auto found = std::find_if(sheets_.begin(), sheets_.end(),
+                                  [&sheet](const auto& other) { return other.get() == &sheet; });
+  return static_cast<int>(found - sheets_.begin()) + 1;
+}
+
+void OutputWorkbook::Delete(const OutputSheet& sheet) {
+  if (sheets_.size() == 1) {
+    Refuse("The worksheet \"" + sheet.Name() +
+           "\" cannot be deleted: a workbook holds one sheet at least.");
+  }
+  const auto at = sheets_.erase(sheets_.begin() + (IndexOf(sheet) - 1));
+  if (active_ == &sheet) active_ = (at == sheets_.end() ? sheets_.back() : *at).get();
+}
+
+void OutputWorkbook::CheckSheetName(std::string_view name, const OutputSheet& sheet) const {
+  const std::string opening = "A worksheet cannot be named \"" + std::string(name) + "\": ";
+  if (name.empty()) Refuse(opening + "the name must not be empty.");
+  const std::size_t length = Utf16Length(name);
+  if (length > biff::kMaxSheetNameCharacters) {
+    Refuse(opening + "it has " + std::to_string(length) +
+           " characters, and the name of a sheet at most 31.");
+  }
+  if (name.find_first_of("\\/?*[]:") != std::string_view::npos) {
+    Refuse(opening + R"(the name of a sheet cannot hold any of \ / ? * [ ] :)");
+  }
+  for (const auto& other : sheets_) {
+    if (other.get() == &sheet || !EqualText(other->Name(), name)) continue;
+    Refuse(opening + "another sheet of the workbook has this name.");
+  }
+}
+
+void OutputWorkbook::SaveAs(const std::string& full_name) {
+  const std::string target = files_.AbsolutePath(full_name);
+  try {
+    WriteFile(target);
+  } catch (const Error& error) {
+    throw Error(error_number::kAutomation,
+                "The workbook cannot be saved as " + target + ": " + error.Description());
+  }
+  const std::size_t name_start = target.rfind(files_.Separator()) + 1;
+  name_ = target.substr(name_start);
+  path_ = target.substr(0, name_start == 0 ? 0 : name_start - 1);
+}
+
+void OutputWorkbook::WriteFile(const std::string& target) const {
+  std::vector<SheetContent> contents;
+  for (const auto& sheet : sheets_) {
+    contents.push_back({sheet->Name(), &sheet->Cells(), sheet.get() == active_});
+  }
+  Biff8Writer workbook(texts_, std::move(contents));
+  const std::unique_ptr<ReplacementFile> file = files_.Replace(target);
+  ByteWriter out(file.get());
+  CompoundFileWriter container(out, workbook.StreamSize());
+  container.WriteHeader();
+  workbook.Write(out);
+  container.WriteTail();
+  out.Flush();
+  file->Commit();
+}
+
+void OutputWorkbook::Close() {
+  const CloseHandler close = std::move(close_);
+  close(*this);
+}
+
+}  // namespace korvex

@@ -1,0 +1,40 @@
+#include "spreadsheet/utf16.h"
+
+#include "util/utf8.h"
+
+namespace korvex {
+
+namespace {
+
+constexpr char32_t kFirstPair = 0x10000;
+constexpr char32_t kReplacement = 0xFFFD;
+
+// The character at the front of `text`, which it takes off.
+char32_t TakeCharacter(std::string_view& text) {
+  const Utf8Character first = FirstUtf8(text);
+  text.remove_prefix(first.length);
+  return first.code == kInvalidByte ? kReplacement : first.code;
+}
+
+}  // namespace
+
+void ToUtf16(std::string_view utf8, std::u16string& out) {
+  out.clear();
+  while (!utf8.empty()) {
+    const char32_t code = TakeCharacter(utf8);
+    if (code < kFirstPair) {
+      out.push_back(static_cast<char16_t>(code));
+    } else {
+      out.push_back(static_cast<char16_t>(0xD800 + ((code - kFirstPair) >> 10)));
+      out.push_back(static_cast<char16_t>(0xDC00 + (code & 0x3FF)));
+    }
+  }
+}
+
+std::size_t Utf16Length(std::string_view utf8) {
+  std::size_t units = 0;
+  while (!utf8.empty()) units += TakeCharacter(utf8) < kFirstPair ? 1 : 2;
+  return units;
+}
+
+}  // namespace korvex
