@@ -1,0 +1,41 @@
+// What the globals of a workbook stream (BIFF5 to BIFF8) say about its sheets and cells.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "spreadsheet/code_page.h"
+#include "spreadsheet/workbook_reader.h"
+
+namespace korvex {
+
+struct BiffGlobals {
+  bool is_biff8 = true;
+  bool uses_1904 = false;
+  std::uint16_t code_page = kDefaultCodePage;  // of BIFF5 texts
+  std::vector<SheetInfo> sheets;
+  std::vector<std::uint32_t> sheet_offsets;  // of their BOF in the stream
+  std::vector<bool> shows_date;              // by XF index
+  // The SST record: its data and the rest of the stream. Empty when there is none.
+  std::span<const std::byte> strings;
+  std::size_t strings_length = 0;
+  bool has_end = false;  // the closing EOF was there
+
+  bool ShowsDate(std::uint16_t xf) const { return xf < shows_date.size() && shows_date[xf]; }
+};
+
+// Records used (lengths are minimums, surplus is ignored):
+//   BOF         uint16 version, uint16 kind
+//   CODEPAGE    uint16 number
+//   DATEMODE    uint16 1 for the 1904 date system
+//   FORMAT      uint16 id, text with 16-bit length (BIFF5: 8-bit)
+//   XF          uint16 font, uint16 format id
+//   BOUNDSHEET  uint32 offset, uint8 state, uint8 kind, text with 8-bit length
+// `is_book` tells the version when BOF does not: the stream is called Book. A stream that begins
+// with a worksheet is a workbook of that one sheet. Throws Error 1004 (a predicate) for an older
+// version, a stream without BOF and a password.
+BiffGlobals ReadBiffGlobals(std::span<const std::byte> stream, bool is_book);
+
+}  // namespace korvex

@@ -1,0 +1,67 @@
+#include "spreadsheet/biff_workbook.h"
+
+#include "spreadsheet/refusal.h"
+#include "spreadsheet/sheet_reader.h"
+
+namespace korvex {
+namespace {
+
+[[noreturn]] void RefuseOtherDocument(const CompoundFileReader& file) {
+  if (file.Find("EncryptedPackage") >= 0) {
+    Refuse("needs a password: it is an encrypted .xlsx workbook");
+  }
+  if (file.Find("WordDocument") >= 0) Refuse("is not an .xls workbook: it is a Word document");
+  if (file.Find("PowerPoint Document") >= 0) {
+    Refuse("is not an .xls workbook: it is a PowerPoint presentation");
+  }
+  Refuse("is not an .xls workbook: it is a compound file without a workbook stream");
+}
+
+}  // namespace
+
+BiffWorkbook::BiffWorkbook(ReadBuffers& buffers) : buffers_(buffers) {
+  CompoundFileReader file(buffers.file, buffers.compound);
+  int entry = file.Find("Workbook");
+  const bool is_book = entry < 0;
+  if (is_book) entry = file.Find("Book");
+  if (entry < 0) RefuseOtherDocument(file);
+  const CompoundStream stream = file.Read(entry, buffers.stream);
+  stream_ = stream.bytes;
+  if (stream.is_cut) {
+    cut_ = "ends after " + GroupedDigits(file.FileSize()) + " of " +
+           GroupedDigits(file.CompleteSize()) + " bytes";
+    if (stream_.empty()) Refuse(cut_);
+  }
+  globals_ = ReadBiffGlobals(stream_, is_book);
+  if (!globals_.has_end) RefuseIfCut();
+}
+
+void BiffWorkbook::RefuseIfCut() const {
+  if (!cut_.empty()) Refuse(cut_);
+}
+
+void BiffWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
+  SharedStrings& strings = buffers_.strings;
+  if (!has_strings_) {
+    strings.Clear();
+    if (!globals_.strings.empty()) {
+      strings.Decode(ContinuedData(globals_.strings, globals_.strings_length));
+    }
+    has_strings_ = true;
+  }
+  cells.Clear(&strings.Arena());
+  const SheetInfo& sheet = globals_.sheets[index];
+  if (sheet.kind == SheetKind::kWorksheet || sheet.kind == SheetKind::kMacro) {
+    const std::size_t offset = globals_.sheet_offsets[index];
+    if (offset >= stream_.size()) {
+      RefuseIfCut();
+      Refuse("is damaged: sheet \"" + sheet.name + "\" should begin at byte " +
+             GroupedDigits(offset) + " of a workbook stream of " + GroupedDigits(stream_.size()) +
+             " bytes");
+    }
+    if (!SheetReader(globals_, strings, cells).Read(stream_, offset)) RefuseIfCut();
+  }
+  cells.Finish();
+}
+
+}  // namespace korvex

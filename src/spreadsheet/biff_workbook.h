@@ -1,0 +1,28 @@
+// An .xls workbook: BIFF5 to BIFF8 in a compound file.
+#pragma once
+
+#include <string>
+
+#include "spreadsheet/biff_globals.h"
+
+namespace korvex {
+
+class BiffWorkbook : public WorkbookReader {
+ public:
+  // Reads the globals; sheets and texts wait until they are asked for.
+  explicit BiffWorkbook(ReadBuffers& buffers);
+
+  const std::vector<SheetInfo>& Sheets() const override { return globals_.sheets; }
+  void ReadSheet(std::size_t index, SheetCells& cells) override;
+
+ private:
+  void RefuseIfCut() const;
+
+  ReadBuffers& buffers_;
+  std::span<const std::byte> stream_;
+  std::string cut_;  // how much of the file is there, when sectors of the stream are not
+  BiffGlobals globals_;
+  bool has_strings_ = false;
+};
+
+}  // namespace korvex

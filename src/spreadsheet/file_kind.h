@@ -1,0 +1,38 @@
+// What a file is, by its content: many a file is called .xls and is something else.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+
+namespace korvex {
+
+enum class FileKind {
+  kEmpty,
+  kCompoundFile,  // .xls workbooks among them
+  kXlsx,
+  kOpenDocument,
+  kZip,
+  kBareBiff,  // records without a compound file around them
+  kSpreadsheetMl,
+  kXml,
+  kHtml,
+  kWebArchive,
+  kSylk,
+  kRichText,
+  kPdf,
+  kTabText,
+  kCommaText,
+  kSemicolonText,
+  kText,
+  kOwnerFile,  // "~$…", which marks a document as open
+  kZeros,
+  kUnknown,
+};
+
+FileKind RecognizeFile(std::span<const std::byte> bytes);
+
+// "tab-delimited text": what can stand behind "it is".
+std::string_view FileKindText(FileKind kind);
+
+}  // namespace korvex

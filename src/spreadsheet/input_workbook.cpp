@@ -1,0 +1,148 @@
+#include "spreadsheet/input_workbook.h"
+
+#include <utility>
+
+#include "platform/file_system.h"
+#include "spreadsheet/biff_records.h"
+#include "spreadsheet/refusal.h"
+#include "util/text.h"
+
+namespace korvex {
+namespace {
+
+constexpr int kReadableColumns = 387;
+constexpr std::size_t kMostKeptMemory = 16u << 20;
+
+}  // namespace
+
+std::unique_ptr<ReadBuffers> ReadBufferPool::Take() {
+  if (spare_ != nullptr) return std::move(spare_);
+  return std::make_unique<ReadBuffers>();
+}
+
+void ReadBufferPool::GiveBack(std::unique_ptr<ReadBuffers> buffers) {
+  const std::size_t memory = buffers->file.capacity() + buffers->stream.capacity() +
+                             buffers->strings.MemorySize() + buffers->cells.MemorySize();
+  if (memory <= kMostKeptMemory) spare_ = std::move(buffers);
+}
+
+class InputWorkbook::Sheet : public Worksheet {
+ public:
+  Sheet(InputWorkbook& workbook, std::size_t index) : workbook_(workbook), index_(index) {}
+
+  std::string Name() const override { return Info().name; }
+  void SetName(const std::string&) override { workbook_.RefuseChange(); }
+  int Index() const override { return static_cast<int>(index_) + 1; }
+  void Activate() override {}
+  void Delete() override { workbook_.RefuseChange(); }
+  CellValue Value(int row, int column) const override;
+  void SetValue(int, int, const CellValue&) override { workbook_.RefuseChange(); }
+  CellAddress LastCell() const override { return Cells().LastCell(); }
+  int CountA(int row) const override;
+  void DeleteColumn(int) override { workbook_.RefuseChange(); }
+
+ private:
+  const SheetInfo& Info() const { return workbook_.reader_->Sheets()[index_]; }
+  const SheetCells& Cells() const {
+    if (cells_ == nullptr) cells_ = &workbook_.Cells(index_, own_cells_);
+    return *cells_;
+  }
+  [[noreturn]] void RefuseCell(int row, int column) const;
+
+  InputWorkbook& workbook_;
+  std::size_t index_;
+  mutable std::unique_ptr<SheetCells> own_cells_;
+  mutable const SheetCells* cells_ = nullptr;
+};
+
+CellValue InputWorkbook::Sheet::Value(int row, int column) const {
+  if (row < 1 || row > biff::kMaxRows || column < 1 || column > kReadableColumns) {
+    RefuseCell(row, column);
+  }
+  return Cells().Value(row, column);
+}
+
+int InputWorkbook::Sheet::CountA(int row) const {
+  if (row < 1 || row > biff::kMaxRows) RefuseCell(row, 1);
+  return Cells().CountA(row);
+}
+
+void InputWorkbook::Sheet::RefuseCell(int row, int column) const {
+  Refuse("There is no cell in row " + std::to_string(row) + ", column " + std::to_string(column) +
+         " of sheet \"" + Name() + "\" of " + workbook_.full_name_);
+}
+
+InputWorkbook::InputWorkbook(const FileSystem& files, const std::string& full_name,
+                             ReadBufferPool& pool, CloseHandler on_close)
+    : full_name_(full_name),
+      name_start_(full_name.rfind(files.Separator()) + 1),
+      pool_(pool),
+      on_close_(std::move(on_close)),
+      buffers_(pool.Take()) {
+  files.ReadFile(full_name, buffers_->file);
+  reader_ = NamingFile(full_name, [&] { return OpenWorkbookReader(*buffers_); });
+  const std::vector<SheetInfo>& sheets = reader_->Sheets();
+  for (std::size_t i = 0; i < sheets.size(); ++i) {
+    if (sheets[i].kind == SheetKind::kWorksheet) {
+      worksheets_.push_back(std::make_unique<Sheet>(*this, i));
+    }
+  }
+}
+
+InputWorkbook::~InputWorkbook() {
+  worksheets_.clear();
+  reader_.reset();
+  pool_.GiveBack(std::move(buffers_));
+}
+
+std::string InputWorkbook::Name() const {
+  return full_name_.substr(name_start_);
+}
+
+std::string InputWorkbook::Path() const {
+  return name_start_ == 0 ? std::string() : full_name_.substr(0, name_start_ - 1);
+}
+
+Worksheet& InputWorkbook::Worksheets(int index) {
+  if (index < 1 || index > WorksheetCount()) {
+    throw Error(error_number::kSubscript,
+                full_name_ + " has no worksheet number " + std::to_string(index));
+  }
+  return *worksheets_[static_cast<std::size_t>(index) - 1];
+}
+
+Worksheet& InputWorkbook::Worksheets(std::string_view name) {
+  for (const std::unique_ptr<Sheet>& sheet : worksheets_) {
+    if (EqualText(sheet->Name(), name)) return *sheet;
+  }
+  throw Error(error_number::kSubscript,
+              full_name_ + " has no worksheet \"" + std::string(name) + "\"");
+}
+
+void InputWorkbook::SaveAs(const std::string&) {
+  RefuseChange();
+}
+
+void InputWorkbook::RefuseChange() const {
+  Refuse(full_name_ + " is opened for reading only");
+}
+
+void InputWorkbook::Close() {
+  const CloseHandler on_close = std::move(on_close_);
+  if (on_close) on_close(*this);
+}
+
+// The first sheet that is read uses the memory that goes from workbook to workbook; most workbooks
+// have one sheet that anybody asks for.
+const SheetCells& InputWorkbook::Cells(std::size_t sheet, std::unique_ptr<SheetCells>& own) {
+  SheetCells* cells = &buffers_->cells;
+  if (are_buffer_cells_used_) {
+    own = std::make_unique<SheetCells>();
+    cells = own.get();
+  }
+  NamingFile(full_name_, [&] { reader_->ReadSheet(sheet, *cells); });
+  are_buffer_cells_used_ |= cells == &buffers_->cells;
+  return *cells;
+}
+
+}  // namespace korvex

@@ -1,0 +1,63 @@
+// A workbook that is open for reading only.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/spreadsheet.h"
+#include "spreadsheet/close_handler.h"
+#include "spreadsheet/workbook_reader.h"
+
+namespace korvex {
+
+class FileSystem;
+
+// Lends its memory to one workbook after the other. Keeps what one workbook has grown, unless that
+// is unusually much.
+class ReadBufferPool {
+ public:
+  std::unique_ptr<ReadBuffers> Take();
+  void GiveBack(std::unique_ptr<ReadBuffers> buffers);
+
+ private:
+  std::unique_ptr<ReadBuffers> spare_;
+};
+
+// A sheet's cells are read when they are first asked for. Changes, of any kind, and SaveAs are
+// refused with error 1004. A sheet has 65,536 rows and 256 columns: a cell outside is refused, but
+// for the columns up to 387, where the program looks for headers; those are Empty.
+class InputWorkbook : public Workbook {
+ public:
+  // Opens `full_name`. The pool must outlive the workbook, the file system is not needed longer
+  // than this call. Errors: the file system's own, and 1004 with path and cause for a file that is
+  // no workbook, damaged or protected.
+  InputWorkbook(const FileSystem& files, const std::string& full_name, ReadBufferPool& pool,
+                CloseHandler on_close);
+  ~InputWorkbook() override;
+
+  std::string Name() const override;
+  std::string Path() const override;
+  int WorksheetCount() const override { return static_cast<int>(worksheets_.size()); }
+  Worksheet& Worksheets(int index) override;
+  Worksheet& Worksheets(std::string_view name) override;
+  void SaveAs(const std::string& full_name) override;
+  void Close() override;
+
+ private:
+  class Sheet;
+
+  const SheetCells& Cells(std::size_t sheet, std::unique_ptr<SheetCells>& own);
+  [[noreturn]] void RefuseChange() const;
+
+  std::string full_name_;
+  std::size_t name_start_;
+  ReadBufferPool& pool_;
+  CloseHandler on_close_;
+  std::unique_ptr<ReadBuffers> buffers_;
+  std::unique_ptr<WorkbookReader> reader_;
+  bool are_buffer_cells_used_ = false;
+  std::vector<std::unique_ptr<Sheet>> worksheets_;
+};
+
+}  // namespace korvex

@@ -1,0 +1,37 @@
+// How the readers refuse a file.
+//
+// Readers work on bytes and do not know whose they are: their causes are predicates ("is empty (0
+// bytes)"), and the one place that knows the file puts its path in front.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/error.h"
+
+namespace korvex {
+
+// Throws Error 1004 with the predicate as its description.
+[[noreturn]] inline void Refuse(const std::string& predicate) {
+  throw Error(error_number::kAutomation, predicate);
+}
+
+// A byte count as people read it: "12,288".
+inline std::string GroupedDigits(std::uint64_t number) {
+  std::string digits = std::to_string(number);
+  for (std::size_t end = digits.size(); end > 3; end -= 3) digits.insert(end - 3, 1, ',');
+  return digits;
+}
+
+// Runs a step of reading `file` and puts its path in front of a refusal.
+template <typename Step>
+decltype(auto) NamingFile(const std::string& file, Step&& step) {
+  try {
+    return step();
+  } catch (const Error& error) {
+    if (error.Number() != error_number::kAutomation) throw;
+    throw Error(error.Number(), file + " " + error.Description(), error.Source());
+  }
+}
+
+}  // namespace korvex

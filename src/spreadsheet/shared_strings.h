@@ -1,0 +1,32 @@
+// The shared string table (SST) of a BIFF8 workbook, decoded in one pass.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "spreadsheet/record_reader.h"
+#include "spreadsheet/text_arena.h"
+
+namespace korvex {
+
+// SST: uint32 number of uses, uint32 number of texts, then the texts, each a uint16 length and a
+// BIFF8 text. The stated numbers are not believed: the table ends where its data ends. A last text
+// that the data does not hold whole is no part of the table.
+class SharedStrings {
+ public:
+  void Clear();
+  void Decode(ContinuedData data);
+
+  std::size_t Count() const { return starts_.empty() ? 0 : starts_.size() - 1; }
+  TextRange Range(std::size_t index) const {
+    return {starts_[index], starts_[index + 1] - starts_[index]};
+  }
+  const TextArena& Arena() const { return arena_; }
+  std::size_t MemorySize() const { return arena_.Capacity() + 4 * starts_.capacity(); }
+
+ private:
+  TextArena arena_;
+  std::vector<std::uint32_t> starts_;  // one more than texts
+};
+
+}  // namespace korvex

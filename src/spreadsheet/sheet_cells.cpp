@@ -1,0 +1,109 @@
+#include "spreadsheet/sheet_cells.h"
+
+#include <algorithm>
+
+namespace korvex {
+
+void SheetCells::Clear(const TextArena* shared) {
+  cells_.clear();
+  row_starts_.clear();
+  own_texts_.Clear();
+  shared_texts_ = shared;
+  last_place_ = 0;
+  is_ordered_ = true;
+  last_row_ = 0;
+  last_column_ = 0;
+}
+
+// A blank needs a cell of its own only where it may replace a value that came before it.
+void SheetCells::AddBlanks(std::uint32_t row, std::uint16_t first_column,
+                           std::uint16_t last_column) {
+  for (std::uint32_t column = first_column; column <= last_column; ++column) {
+    const Cell cell = {row, static_cast<std::uint16_t>(column), CellKind::kEmpty, false, {0}};
+    if (cells_.empty() || Place(cell) > last_place_) break;
+    Add(cell);
+  }
+  last_row_ = std::max(last_row_, row);
+  last_column_ = std::max(last_column_, last_column);
+}
+
+void SheetCells::AddNumber(std::uint32_t row, std::uint16_t column, CellKind kind, double number) {
+  Add({row, column, kind, false, {number}});
+}
+
+void SheetCells::AddSharedText(std::uint32_t row, std::uint16_t column, TextRange text) {
+  Cell cell = {row, column, CellKind::kText, true, {}};
+  cell.content.text = text;
+  Add(cell);
+}
+
+void SheetCells::AddOwnText(std::uint32_t row, std::uint16_t column, TextRange text) {
+  Cell cell = {row, column, CellKind::kText, false, {}};
+  cell.content.text = text;
+  Add(cell);
+}
+
+void SheetCells::Order() {
+  std::stable_sort(cells_.begin(), cells_.end(),
+                   [](const Cell& a, const Cell& b) { return Place(a) < Place(b); });
+  auto out = cells_.begin();
+  for (auto cell = cells_.begin(); cell != cells_.end(); ++cell) {
+    const auto later = cell + 1;
+    if (later != cells_.end() && Place(*later) == Place(*cell)) continue;
+    if (cell->kind != CellKind::kEmpty) *out++ = *cell;
+  }
+  cells_.erase(out, cells_.end());
+  is_ordered_ = true;
+}
+
+void SheetCells::Finish() {
+  if (!is_ordered_) Order();
+  row_starts_.clear();
+  if (cells_.empty()) return;
+  const std::size_t rows = std::size_t{cells_.back().row} + 1;
+  row_starts_.reserve(rows + 1);
+  for (std::size_t i = 0; i < cells_.size(); ++i) {
+    const std::size_t row = cells_[i].row;
+    if (row >= row_starts_.size()) row_starts_.resize(row + 1, static_cast<std::uint32_t>(i));
+  }
+  row_starts_.push_back(static_cast<std::uint32_t>(cells_.size()));
+}
+
+CellValue SheetCells::Value(int row, int column) const {
+  if (row < 1 || column < 1 || static_cast<std::size_t>(row) >= row_starts_.size()) return {};
+  const std::size_t index = static_cast<std::size_t>(row) - 1;
+  const Cell* const begin = cells_.data() + row_starts_[index];
+  const Cell* const end = cells_.data() + row_starts_[index + 1];
+  if (begin == end) return {};
+  // In a row without gaps the cell stands where its column says.
+  const int skipped = column - 1 - begin->column;
+  if (skipped < 0) return {};
+  if (skipped < end - begin && begin[skipped].column == column - 1) return View(begin[skipped]);
+  const Cell* found = std::lower_bound(
+      begin, end, column - 1, [](const Cell& cell, int wanted) { return cell.column < wanted; });
+  return found != end && found->column == column - 1 ? View(*found) : CellValue();
+}
+
+int SheetCells::CountA(int row) const {
+  if (row < 1 || static_cast<std::size_t>(row) >= row_starts_.size()) return 0;
+  const std::size_t index = static_cast<std::size_t>(row) - 1;
+  return static_cast<int>(row_starts_[index + 1] - row_starts_[index]);
+}
+
+SheetCells::Entry SheetCells::At(std::size_t index) const {
+  const Cell& cell = cells_[index];
+  return {static_cast<int>(cell.row) + 1, cell.column + 1, View(cell)};
+}
+
+CellValue SheetCells::View(const Cell& cell) const {
+  if (cell.kind != CellKind::kText) return {cell.kind, cell.content.number, {}};
+  const TextArena& arena = cell.is_shared_text ? *shared_texts_ : own_texts_;
+  return CellValue::Text(arena.Text(cell.content.text));
+}
+
+std::size_t SheetCells::MemorySize() const {
+  return cells_.capacity() * sizeof(Cell) + row_starts_.capacity() * sizeof(std::uint32_t) +
+         own_texts_.Capacity();
+}
+
+}  // namespace korvex

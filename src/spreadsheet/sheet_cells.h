@@ -1,0 +1,87 @@
+// The cells of one sheet in memory, whatever format they were read from.
+//
+// Values lie in one flat run ordered by row and column; formatted blanks take part in the last cell
+// only. Reading uses one-based rows and columns, filling (`Add…`) the zero-based ones of the file
+// formats. Texts are views that live as long as the cells, and the shared arena, are kept.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/cell.h"
+#include "spreadsheet/text_arena.h"
+
+namespace korvex {
+
+class SheetCells {
+ public:
+  struct Entry {
+    int row;
+    int column;
+    CellValue value;
+  };
+
+  CellValue Value(int row, int column) const;
+  CellAddress LastCell() const { return {static_cast<int>(last_row_) + 1, last_column_ + 1}; }
+  // Cells of a row that are not empty.
+  int CountA(int row) const;
+
+  // All cells that are not empty, in row order.
+  std::size_t Count() const { return cells_.size(); }
+  Entry At(std::size_t index) const;
+
+  // Starts anew and keeps the memory. Shared texts, if any, are ranges of `shared`, which must not
+  // change any more.
+  void Clear(const TextArena* shared = nullptr);
+  // Cells may come in any order; of two at one place the later one counts, a blank too.
+  void AddBlanks(std::uint32_t row, std::uint16_t first_column, std::uint16_t last_column);
+  void AddNumber(std::uint32_t row, std::uint16_t column, CellKind kind, double number);
+  void AddSharedText(std::uint32_t row, std::uint16_t column, TextRange text);
+  void AddOwnText(std::uint32_t row, std::uint16_t column, TextRange text);
+  // Gives the cell added last the text that its formula yields.
+  void ReplaceLastText(TextRange text) { cells_.back().content.text = text; }
+  // Texts for AddOwnText.
+  TextArena& OwnTexts() { return own_texts_; }
+  // To be called once all cells are added.
+  void Finish();
+  std::size_t MemorySize() const;
+
+ private:
+  union Content {
+    double number;
+    TextRange text;
+  };
+  struct Cell {
+    std::uint32_t row;
+    std::uint16_t column;
+    CellKind kind;
+    bool is_shared_text;
+    Content content;
+  };
+  static_assert(sizeof(Cell) == 16);
+
+  static std::uint64_t Place(const Cell& cell) {
+    return std::uint64_t{cell.row} << 16 | cell.column;
+  }
+  void Add(const Cell& cell) {
+    const std::uint64_t place = Place(cell);
+    is_ordered_ &= cells_.empty() || place > last_place_;
+    if (cells_.empty() || place > last_place_) last_place_ = place;
+    cells_.push_back(cell);
+    if (cell.row > last_row_) last_row_ = cell.row;
+    if (cell.column > last_column_) last_column_ = cell.column;
+  }
+  void Order();
+  CellValue View(const Cell& cell) const;
+
+  std::vector<Cell> cells_;
+  std::vector<std::uint32_t> row_starts_;  // by zero-based row, and one more
+  const TextArena* shared_texts_ = nullptr;
+  TextArena own_texts_;
+  std::uint64_t last_place_ = 0;  // highest so far
+  bool is_ordered_ = true;
+  std::uint32_t last_row_ = 0;
+  std::uint16_t last_column_ = 0;
+};
+
+}  // namespace korvex

@@ -1,0 +1,260 @@
+#include "spreadsheet/sheet_reader.h"
+
+#include <bit>
+#include <cmath>
+#include <string>
+
+#include "spreadsheet/biff_records.h"
+#include "spreadsheet/biff_text.h"
+#include "spreadsheet/refusal.h"
+
+namespace korvex {
+namespace {
+
+constexpr int kNoValueError = 15;       // #VALUE!, for codes that nobody knows
+constexpr int kNumberError = 36;        // #NUM!
+constexpr double kDateLimit = 2958466;  // the day after 9999-12-31
+
+std::uint16_t Row(const std::byte* cell) {
+  return LoadU16(cell);
+}
+std::uint16_t Column(const std::byte* cell) {
+  return LoadU16(cell + 2);
+}
+std::uint16_t Xf(const std::byte* cell) {
+  return LoadU16(cell + 4);
+}
+
+// Bit 0: the number is divided by 100. Bit 1: the other 30 bits are an integer, else they are the
+// upper bits of a double.
+double RkNumber(std::uint32_t rk) {
+  const double number = (rk & 2) != 0 ? static_cast<std::int32_t>(rk) >> 2
+                                      : std::bit_cast<double>(std::uint64_t{rk & ~3u} << 32);
+  return (rk & 1) != 0 ? number / 100 : number;
+}
+
+// "B7".
+std::string CellName(const std::byte* cell) {
+  std::string name;
+  for (int column = Column(cell) + 1; column > 0; column = (column - 1) / 26) {
+    name.insert(name.begin(), static_cast<char>('A' + (column - 1) % 26));
+  }
+  return name + std::to_string(Row(cell) + 1);
+}
+
+// Bytes that a record must have to be a cell; 0 for one that is none.
+std::size_t MinimumSize(std::uint16_t number) {
+  switch (number) {
+    case biff::kBlank:
+      return 6;
+    case biff::kMulBlank:
+    case biff::kBoolErr:
+    case biff::kLabel:
+    case biff::kRString:
+      return 8;
+    case biff::kRk:
+    case biff::kLabelSst:
+      return 10;
+    case biff::kMulRk:
+      return 12;
+    case biff::kNumber:
+    case biff::kFormula:
+    case biff::kFormulaBiff3:
+    case biff::kFormulaBiff4:
+      return 14;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+bool SheetReader::Read(std::span<const std::byte> stream, std::size_t offset) {
+  records_ = RecordReader(stream, offset);
+  depth_ = 0;
+  awaits_string_ = false;
+  while (records_.Next()) {
+    // Some writers begin a sheet without its BOF.
+    if (depth_ == 0 && records_.Number() != biff::kBof) depth_ = 1;
+    if (ReadNestedRecord()) {
+      if (depth_ == 0) return true;
+    } else if (depth_ == 1) {
+      ReadCellRecord();
+    }
+  }
+  return false;
+}
+
+bool SheetReader::ReadNestedRecord() {
+  switch (records_.Number()) {
+    case biff::kBof:
+    case biff::kBofBiff4:
+    case biff::kBofBiff3:
+    case biff::kBofBiff2:
+      ++depth_;
+      return true;
+    case biff::kEof:
+      --depth_;
+      return true;
+    default:
+      return false;
+  }
+}
+
+void SheetReader::ReadCellRecord() {
+  const std::uint16_t number = records_.Number();
+  const std::span<const std::byte> data = records_.Data();
+  if (number == biff::kString) return ReadString();
+  const std::size_t minimum = MinimumSize(number);
+  if (minimum == 0 || data.size() < minimum) return;
+  awaits_string_ = false;
+  if (Column(data.data()) >= biff::kMaxColumns) return;
+  switch (number) {
+    case biff::kNumber:
+      return ReadNumber(data.data());
+    case biff::kRk:
+      return ReadRk(data.data());
+    case biff::kMulRk:
+      return ReadMulRk(data);
+    case biff::kLabelSst:
+      return ReadLabelSst(data.data());
+    case biff::kLabel:
+    case biff::kRString:
+      return ReadLabel(data.data());
+    case biff::kBoolErr:
+      return ReadBoolErr(data.data());
+    case biff::kBlank:
+      return cells_.AddBlanks(Row(data.data()), Column(data.data()), Column(data.data()));
+    case biff::kMulBlank:
+      return ReadMulBlank(data);
+    default:
+      return ReadFormula(data.data());
+  }
+}
+
+void SheetReader::ReadNumber(const std::byte* data) {
+  AddNumber(Row(data), Column(data), Xf(data), LoadF64(data + 6));
+}
+
+void SheetReader::ReadRk(const std::byte* data) {
+  AddNumber(Row(data), Column(data), Xf(data), RkNumber(LoadU32(data + 6)));
+}
+
+void SheetReader::ReadMulRk(std::span<const std::byte> data) {
+  const std::uint16_t row = Row(data.data());
+  std::uint16_t column = Column(data.data());
+  for (std::size_t at = 4; at + 8 <= data.size() && column < biff::kMaxColumns; at += 6) {
+    AddNumber(row, column++, LoadU16(data.data() + at), RkNumber(LoadU32(data.data() + at + 2)));
+  }
+}
+
+void SheetReader::ReadMulBlank(std::span<const std::byte> data) {
+  const std::size_t count = (data.size() - 6) / 2;
+  const std::size_t first = Column(data.data());
+  const std::size_t end = std::min<std::size_t>(first + count, biff::kMaxColumns);
+  if (count == 0) return;
+  cells_.AddBlanks(Row(data.data()), static_cast<std::uint16_t>(first),
+                   static_cast<std::uint16_t>(end - 1));
+}
+
+void SheetReader::ReadLabelSst(const std::byte* data) {
+  const std::uint32_t index = LoadU32(data + 6);
+  if (index >= strings_.Count()) {
+    Refuse("is damaged: cell " + CellName(data) + " shows text number " +
+           GroupedDigits(std::uint64_t{index} + 1) + " of the workbook's texts, of which " +
+           GroupedDigits(strings_.Count()) + " can be read");
+  }
+  cells_.AddSharedText(Row(data), Column(data), strings_.Range(index));
+}
+
+void SheetReader::ReadLabel(const std::byte* data) {
+  cells_.AddOwnText(Row(data), Column(data), ReadText(6));
+}
+
+void SheetReader::ReadBoolErr(const std::byte* data) {
+  const std::uint8_t value = LoadU8(data + 6);
+  if (LoadU8(data + 7) != 0) {
+    AddError(data, value);
+  } else {
+    AddBoolean(data, value);
+  }
+}
+
+void SheetReader::ReadFormula(const std::byte* data) {
+  const std::byte* result = data + 6;
+  if (LoadU16(result + 6) != 0xFFFF) {
+    return AddNumber(Row(data), Column(data), Xf(data), LoadF64(result));
+  }
+  switch (LoadU8(result)) {
+    case 0:
+      awaits_string_ = true;
+      [[fallthrough]];
+    case 3:
+      return cells_.AddOwnText(Row(data), Column(data), {});
+    case 1:
+      return AddBoolean(data, LoadU8(result + 2));
+    case 2:
+      return AddError(data, LoadU8(result + 2));
+    default:
+      return AddError(data, kNoValueError);
+  }
+}
+
+// The result of the formula that came last; a shared formula or an array can stand between.
+void SheetReader::ReadString() {
+  if (awaits_string_ && records_.Data().size() >= 2) cells_.ReplaceLastText(ReadText(0));
+  awaits_string_ = false;
+}
+
+// The text of the present record whose length stands at an offset.
+TextRange SheetReader::ReadText(std::size_t length_offset) {
+  const std::uint16_t length = LoadU16(records_.Data().data() + length_offset);
+  ContinuedData data(records_.Rest(), records_.Data().size());
+  data.Advance(length_offset + 2);
+  TextArena& arena = cells_.OwnTexts();
+  const std::uint32_t start = arena.Size();
+  if (globals_.is_biff8) {
+    AppendUnicodeText(data, length, arena);
+  } else {
+    AppendByteText(data, length, globals_.code_page, arena);
+  }
+  return arena.RangeSince(start);
+}
+
+void SheetReader::AddNumber(std::uint16_t row, std::uint16_t column, std::uint16_t xf,
+                            double number) {
+  CellKind kind = CellKind::kNumber;
+  if (!std::isfinite(number)) {
+    kind = CellKind::kError;
+    number = kNumberError;
+  } else if (globals_.ShowsDate(xf)) {
+    const double serial = globals_.uses_1904 ? number + biff::kDays1904 : number;
+    if (serial >= 0 && serial < kDateLimit) {
+      kind = CellKind::kDate;
+      number = serial;
+    }
+  }
+  cells_.AddNumber(row, column, kind, number);
+}
+
+void SheetReader::AddBoolean(const std::byte* cell, std::uint8_t value) {
+  cells_.AddNumber(Row(cell), Column(cell), CellKind::kBoolean, value != 0 ? 1 : 0);
+}
+
+void SheetReader::AddError(const std::byte* cell, std::uint8_t code) {
+  switch (code) {
+    case 0:
+    case 7:
+    case 15:
+    case 23:
+    case 29:
+    case 36:
+    case 42:
+      break;
+    default:
+      code = kNoValueError;
+  }
+  cells_.AddNumber(Row(cell), Column(cell), CellKind::kError, code);
+}
+
+}  // namespace korvex

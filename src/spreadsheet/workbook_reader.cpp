@@ -1,0 +1,16 @@
+#include "spreadsheet/workbook_reader.h"
+
+#include "spreadsheet/biff_workbook.h"
+#include "spreadsheet/file_kind.h"
+#include "spreadsheet/refusal.h"
+
+namespace korvex {
+
+std::unique_ptr<WorkbookReader> OpenWorkbookReader(ReadBuffers& buffers) {
+  const FileKind kind = RecognizeFile(buffers.file);
+  if (kind == FileKind::kEmpty) Refuse("is empty (0 bytes)");
+  if (kind == FileKind::kCompoundFile) return std::make_unique<BiffWorkbook>(buffers);
+  Refuse("is not an .xls workbook: it is " + std::string(FileKindText(kind)));
+}
+
+}  // namespace korvex
