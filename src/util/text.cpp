@@ -54,7 +54,8 @@ void AppendUpperCase(std::string_view text, std::string& out) {
   // No branch in the loop: the compiler turns it into vector instructions, and nearly every key is
   // ASCII throughout.
   unsigned char all_bits = 0;
-  for (char* c = out.data() + start; c != out.data() + out.size(); ++c) {
+  char* const end = out.data() + out.size();
+  for (char* c = out.data() + start; c != end; ++c) {
     all_bits = static_cast<unsigned char>(all_bits | static_cast<unsigned char>(*c));
     *c = UpperAscii(*c);
   }

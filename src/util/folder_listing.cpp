@@ -1,0 +1,44 @@
+#include "util/folder_listing.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/services.h"
+#include "util/text.h"
+
+namespace korvex {
+namespace {
+
+std::vector<std::string> Names(const std::string& folder, bool of_folders) {
+  std::vector<std::string> names;
+  for (FolderEntry& entry : SortedEntries(folder))
+    if (entry.is_folder == of_folders) names.push_back(std::move(entry.name));
+  return names;
+}
+
+}  // namespace
+
+std::vector<FolderEntry> SortedEntries(const std::string& folder) {
+  std::vector<FolderEntry> entries = Platform().files->List(folder);
+  std::sort(entries.begin(), entries.end(), [](const FolderEntry& a, const FolderEntry& b) {
+    const int order = CompareText(a.name, b.name);
+    return order != 0 ? order < 0 : a.name < b.name;
+  });
+  return entries;
+}
+
+std::vector<std::string> SubFolderNames(const std::string& folder) {
+  return Names(folder, true);
+}
+
+std::vector<std::string> FileNames(const std::string& folder) {
+  return Names(folder, false);
+}
+
+std::string WithSeparator(std::string folder) {
+  const char separator = Platform().files->Separator();
+  if (!folder.ends_with(separator)) folder.push_back(separator);
+  return folder;
+}
+
+}  // namespace korvex

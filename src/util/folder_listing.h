@@ -1,0 +1,21 @@
+// What lies directly in a folder, in ascending order of the upper-cased names (names that differ in
+// letter case only, by their bytes), so that a run does the same on every machine.
+//
+// Raises the file system's error when the folder is missing (76) or cannot be listed (70, 75 …).
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/file_system.h"
+
+namespace korvex {
+
+std::vector<FolderEntry> SortedEntries(const std::string& folder);
+std::vector<std::string> SubFolderNames(const std::string& folder);
+std::vector<std::string> FileNames(const std::string& folder);
+
+// The folder with the separator appended that it lacks at its end.
+std::string WithSeparator(std::string folder);
+
+}  // namespace korvex
