@@ -1,0 +1,248 @@
+#include "settings/basSettings.h"
+
+#include <cstddef>
+#include <optional>
+#include <string_view>
+
+#include "platform/dialogs.h"
+#include "platform/error.h"
+#include "platform/file_system.h"
+#include "platform/main_window.h"
+#include "platform/services.h"
+#include "platform/settings_store.h"
+#include "util/attempt.h"
+#include "util/basGeneral.h"
+#include "util/cell_text.h"
+#include "util/folder_listing.h"
+#include "util/text.h"
+
+namespace korvex::basSettings {
+namespace {
+
+struct Setting {
+  std::string_view section;
+  std::string_view key;
+  std::string_view default_text = {};
+};
+
+constexpr std::string_view kMain = "Main Section";
+constexpr std::string_view kStructure = "File Structure";
+
+enum Id : std::size_t {
+  kLastPath,
+  kOutputFile,
+  kOutputPath,
+  kLaunchOutputFile,
+  kErrorEmailAddress,
+  kSendEmailOnError,
+  kOutputFileMethod,
+  kUnusedByFolder,
+  kUnusedByConstantName,
+  kAutoReplace,
+  kEverySheetRepresents,
+  kOutputColumns,
+  kKeysColumns,
+  kDataColumn,
+};
+
+// Every setting, at its Id, in the order in which they are deleted. Nothing writes the two keys
+// that are named after the output file methods; they are deleted all the same.
+constexpr Setting kSettings[] = {
+    {kMain, "Last Path"},
+    {kMain, "Output File"},
+    {kMain, "Output Path"},
+    {kMain, "Launch Output File", "1"},
+    {kMain, "Error Email Address", "postmaster@localhost"},
+    {kMain, "Send Email on Error", "1"},
+    {kMain, "Output File Method", kByConstantName},
+    {kMain, kByFolder},
+    {kMain, kByConstantName},
+    {kMain, "Auto-Replace Output files", "1"},
+    {kStructure, "Every Sheet Represents:", kProcessSubFolders},
+    {kStructure, "Output Columns"},
+    {kStructure, "Keys Columns"},
+    {kStructure, "Data Column", "Delta OD"},
+};
+static_assert(std::size(kSettings) == kDataColumn + 1);
+
+constexpr std::string_view kListSeparator = "<-- -->";
+
+std::optional<std::string> Stored(Id id) {
+  return Platform().settings->Get(kSettings[id].section, kSettings[id].key);
+}
+
+std::string Read(Id id) {
+  return Stored(id).value_or(std::string(kSettings[id].default_text));
+}
+
+void Write(Id id, std::string_view text) {
+  Platform().settings->Save(kSettings[id].section, kSettings[id].key, text);
+}
+
+int ReadNumber(Id id) {
+  const std::string text = Read(id);
+  try {
+    return ToInt16(text);
+  } catch (const Error& error) {
+    throw Error(error.Number(), "The stored setting \"" + std::string(kSettings[id].key) +
+                                    "\" cannot be read. " + error.Description());
+  }
+}
+
+bool ReadFlag(Id id) {
+  return ReadNumber(id) != 0;
+}
+
+void WriteFlag(Id id, bool flag) {
+  Write(id, flag ? "-1" : "0");
+}
+
+}  // namespace
+
+std::string LastPath() {
+  return Read(kLastPath);
+}
+
+std::string LastPathAtStart() {
+  const std::optional<std::string> stored = Stored(kLastPath);
+  return stored ? *stored : Platform().files->DefaultFolder();
+}
+
+void WriteLastPath(const std::string& path) {
+  Write(kLastPath, path);
+}
+
+std::string OutputFile() {
+  return Read(kOutputFile);
+}
+
+void WriteOutputFile(const std::string& name) {
+  Write(kOutputFile, name);
+}
+
+std::string OutputPath() {
+  return Read(kOutputPath);
+}
+
+void WriteOutputPath(const std::string& folder) {
+  Write(kOutputPath, WithSeparator(folder));
+}
+
+std::string OutputFileMethod() {
+  return Read(kOutputFileMethod);
+}
+
+void WriteOutputFileMethod(const std::string& method) {
+  Write(kOutputFileMethod, method);
+}
+
+std::string OutputFullName() {
+  const std::string method = OutputFileMethod();
+  if (method == kByConstantName) return OutputPath() + OutputFile();
+  if (method == kByFolder) {
+    return Platform().main_window->ProcessingFolder() + Platform().files->Separator() +
+           OutputFile();
+  }
+  return "";
+}
+
+void WriteOutputFullName(const std::string& full_name) {
+  Write(kOutputPath, SharedFileSys().GetFilePath(full_name, true));
+  Write(kOutputFile, SharedFileSys().GetFileTitle(full_name, false));
+}
+
+bool AutoReplaceOutputFiles() {
+  return ReadFlag(kAutoReplace);
+}
+
+void WriteAutoReplaceOutputFiles(bool replace) {
+  WriteFlag(kAutoReplace, replace);
+}
+
+bool LaunchOutputFile() {
+  return ReadFlag(kLaunchOutputFile);
+}
+
+int LaunchOutputFileNumber() {
+  return ReadNumber(kLaunchOutputFile);
+}
+
+void WriteLaunchOutputFile(bool launch) {
+  WriteFlag(kLaunchOutputFile, launch);
+}
+
+void WriteLaunchOutputFileNumber(int launch) {
+  Write(kLaunchOutputFile, std::to_string(launch));
+}
+
+bool SendEmailOnError() {
+  return ReadFlag(kSendEmailOnError);
+}
+
+void WriteSendEmailOnError(bool send) {
+  WriteFlag(kSendEmailOnError, send);
+}
+
+std::string ErrorEmailAddress() {
+  return Read(kErrorEmailAddress);
+}
+
+void WriteErrorEmailAddress(const std::string& address) {
+  Write(kErrorEmailAddress, address);
+}
+
+std::string EverySheetRepresents() {
+  return Read(kEverySheetRepresents);
+}
+
+void WriteEverySheetRepresents(const std::string& mode) {
+  Write(kEverySheetRepresents, mode);
+}
+
+bool ProcessingSubFolders() {
+  return EverySheetRepresents() == kProcessSubFolders;
+}
+
+bool ProcessingFiles() {
+  return !ProcessingSubFolders();
+}
+
+std::vector<std::string> OutputColumns() {
+  return Split(Read(kOutputColumns), kListSeparator);
+}
+
+void WriteOutputColumns(const std::vector<std::string>& names) {
+  Write(kOutputColumns, Join(names, kListSeparator));
+}
+
+std::vector<std::string> KeysColumns() {
+  return Split(Read(kKeysColumns), kListSeparator);
+}
+
+void WriteKeysColumns(const std::vector<std::string>& names) {
+  Write(kKeysColumns, Join(names, kListSeparator));
+}
+
+std::string DataColumn() {
+  return Read(kDataColumn);
+}
+
+void WriteDataColumn(const std::string& name) {
+  Write(kDataColumn, name);
+}
+
+void DeleteAllSettings() {
+  bool all_deleted = true;
+  for (const Setting& setting : kSettings) {
+    const bool deleted =
+        Attempt([&] { Platform().settings->Delete(setting.section, setting.key); });
+    all_deleted = all_deleted && deleted;
+  }
+  if (all_deleted) return;
+  Attempt([] {
+    Platform().dialogs->ShowPlain({"Errors while deleting registry settings.", BoxButtons::kOk,
+                                   BoxIcon::kExclamation, kProgramTitle});
+  });
+}
+
+}  // namespace korvex::basSettings
