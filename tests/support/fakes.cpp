@@ -1,5 +1,6 @@
 #include "tests/support/fakes.h"
 
+#include "errors/clsAppLog.h"
 #include "platform/error.h"
 #include "util/text.h"
 
@@ -108,7 +109,10 @@ TestPlatform::TestPlatform(PathStyle style) : files(style) {
   Install();
 }
 
-TestPlatform::~TestPlatform() = default;
+// The log outlives every test; it must not keep a file of this one's file system.
+TestPlatform::~TestPlatform() {
+  AppLog().CloseFile();
+}
 
 void TestPlatform::SetProgramFolder(const std::string& folder) {
   services_.program_folder = folder;

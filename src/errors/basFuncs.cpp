@@ -1,0 +1,59 @@
+#include "errors/basFuncs.h"
+
+#include "errors/clsAppLog.h"
+#include "platform/dialogs.h"
+#include "platform/error.h"
+#include "platform/file_system.h"
+#include "platform/mail.h"
+#include "platform/services.h"
+#include "settings/basSettings.h"
+#include "util/attempt.h"
+
+namespace korvex {
+
+void ReportError(const std::string& location, const std::optional<std::string>& message,
+                 bool show_message, bool write_log, bool /*reserved_flag*/, bool send_mail,
+                 const std::optional<std::string>& /*reserved_value*/) {
+  const Error pending = PendingError();
+  if (write_log) {
+    Attempt([&] {
+      AppLog().Error(std::nullopt, pending.Number(), pending.Description(), pending.Source(), "",
+                     location, true, true, false);
+    });
+  }
+  if (show_message) {
+    Attempt([&] {
+      const std::string standard_text = "An error occurred in procedure \"" + location +
+                                        "\".\r\n\r\nThe Error has been written to a log file.";
+      Platform().dialogs->ShowPlain({.text = message.value_or(standard_text),
+                                     .icon = BoxIcon::kExclamation,
+                                     .cause = pending.Description()});
+    });
+  }
+  if (send_mail) SendErrorMail(pending.Number(), pending.Description());
+}
+
+std::string AppErrFolder() {
+  FileSystem& files = *Platform().files;
+  const std::string separator(1, files.Separator());
+  const std::string folder =
+      Platform().program_folder + separator + ".." + separator + "AppErr" + separator;
+  if (!files.FolderExists(folder)) files.CreateFolder(folder);
+  return folder;
+}
+
+void SendErrorMail(int err_num, const std::string& err_desc) {
+  Attempt([] { Platform().mail->SignOn(); });
+  Attempt([] { Platform().mail->Compose(); });
+  Attempt([] { Platform().mail->SetSubject(std::string("Error in ") + kProgramTitle); });
+  Attempt([&] {
+    Platform().mail->SetNoteText("Err Number   = " + std::to_string(err_num) +
+                                 "\r\nErr Desc.    = " + err_desc + "\r\n");
+  });
+  Attempt([] { Platform().mail->SetPrimaryRecipient(basSettings::ErrorEmailAddress()); });
+  Attempt([] { Platform().mail->ResolveName(); });
+  Attempt([] { Platform().mail->Send(); });
+  Attempt([] { Platform().mail->SignOff(); });
+}
+
+}  // namespace korvex

@@ -1,0 +1,51 @@
+// The trap around a procedure that handles its own errors.
+//
+//   Trap("frmMain.mnuExit_Click", [&] { ... });                    reports every error
+//   Trap("frmMain.cmdProcess_Click", [&] { ... },
+//        [&](const TrappedError& error) { ... });                  handles it in its own way
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "platform/error.h"
+
+namespace korvex {
+
+// The error that a trap has caught; it stays the pending one while the handler runs.
+class TrappedError {
+ public:
+  explicit TrappedError(const char* location) : location_(location), error_(PendingError()) {}
+
+  int Number() const { return error_.Number(); }
+
+  // Whether the user has been told already (error 17).
+  bool IsTold() const { return Number() == error_number::kCannotPerform; }
+
+  // Tells the user, writes the log, and sends the e-mail when the settings ask for it; settings
+  // that cannot be read do not ask. `message` takes the place of the standard text.
+  void Report(const std::optional<std::string>& message = std::nullopt) const;
+
+ private:
+  const char* location_;
+  Error error_;
+};
+
+// Runs the body; whatever it throws goes to the handler. What the handler throws reaches the
+// caller.
+template <class Body, class Handler>
+void Trap(const char* location, Body&& body, Handler&& handler) {
+  try {
+    std::forward<Body>(body)();
+  } catch (...) {
+    std::forward<Handler>(handler)(TrappedError(location));
+  }
+}
+
+template <class Body>
+void Trap(const char* location, Body&& body) {
+  Trap(location, std::forward<Body>(body), [](const TrappedError& error) { error.Report(); });
+}
+
+}  // namespace korvex
