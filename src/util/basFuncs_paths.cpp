@@ -1,0 +1,68 @@
+#include <cstdint>
+#include <limits>
+
+#include "platform/error.h"
+#include "platform/file_system.h"
+#include "platform/services.h"
+#include "util/basFuncs.h"
+#include "util/basGeneral.h"
+#include "util/folder_listing.h"
+#include "util/text.h"
+
+namespace korvex {
+namespace {
+
+std::int64_t CountFilesBelow(const std::string& folder) {
+  std::int64_t count = 0;
+  for (const FolderEntry& entry : Platform().files->List(folder))
+    count += entry.is_folder ? CountFilesBelow(WithSeparator(folder) + entry.name) : 1;
+  return count;
+}
+
+}  // namespace
+
+std::string ShortenPath(const std::string& path, bool with_slash) {
+  const FileSystem& files = *Platform().files;
+  if (!files.FolderExists(path)) {
+    throw Error(error_number::kPathNotFound,
+                StandardErrorText(error_number::kPathNotFound) + ": \"" + path + "\"");
+  }
+  const std::string absolute = files.AbsolutePath(path);
+  const std::string drive = files.DriveName(absolute);
+  const std::string separator(1, files.Separator());
+  std::vector<std::string> names = Split(absolute.substr(drive.size()), separator);
+  std::erase(names, "");
+
+  std::string shortened = path;
+  if (names.size() >= 2) {
+    shortened =
+        drive + separator + "..." + separator + names[names.size() - 2] + separator + names.back();
+  }
+  return with_slash ? WithSeparator(shortened) : shortened;
+}
+
+std::string GetDisplayPath(const std::string& full_name) {
+  return ShortenPath(SharedFileSys().GetFilePath(full_name, true), true) +
+         SharedFileSys().GetFileTitle(full_name, false);
+}
+
+int CountFiles(const std::string& folder) {
+  const std::int64_t count = CountFilesBelow(folder);
+  if (count > std::numeric_limits<std::int32_t>::max()) throw Error(error_number::kOverflow);
+  return static_cast<int>(count);
+}
+
+bool FileIsWritable(const std::string& full_name) {
+  FileSystem& files = *Platform().files;
+  try {
+    if (full_name.empty() || files.FolderExists(full_name)) return false;
+    const bool existed = files.FileExists(full_name);
+    files.OpenForAppending(full_name).reset();
+    if (!existed) files.DeleteFile(full_name);
+    return true;
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+}  // namespace korvex
