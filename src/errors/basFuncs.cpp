@@ -33,6 +33,12 @@ void ReportError(const std::string& location, const std::optional<std::string>& 
   if (send_mail) SendErrorMail(pending.Number(), pending.Description());
 }
 
+void Report(const std::string& location, const std::optional<std::string>& message) {
+  bool send_mail = false;
+  Attempt([&] { send_mail = basSettings::SendEmailOnError(); });
+  ReportError(location, message, true, true, true, send_mail);
+}
+
 std::string AppErrFolder() {
   FileSystem& files = *Platform().files;
   const std::string separator(1, files.Separator());

@@ -13,6 +13,10 @@ void ReportError(const std::string& location, const std::optional<std::string>& 
                  bool show_message, bool write_log, bool reserved_flag, bool send_mail,
                  const std::optional<std::string>& reserved_value = std::nullopt);
 
+// Reports the pending error as every trap does: logged, shown, and mailed when the settings ask for
+// it. Settings that cannot be read do not ask.
+void Report(const std::string& location, const std::optional<std::string>& message = std::nullopt);
+
 // The folder of the application error log, "AppErr" beside the program's folder, with a separator
 // at its end. Created when it is missing, one level only; the file system's errors reach the
 // caller.

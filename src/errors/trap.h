@@ -9,6 +9,7 @@
 #include <string>
 #include <utility>
 
+#include "errors/basFuncs.h"
 #include "platform/error.h"
 
 namespace korvex {
@@ -23,9 +24,10 @@ class TrappedError {
   // Whether the user has been told already (error 17).
   bool IsTold() const { return Number() == error_number::kCannotPerform; }
 
-  // Tells the user, writes the log, and sends the e-mail when the settings ask for it; settings
-  // that cannot be read do not ask. `message` takes the place of the standard text.
-  void Report(const std::optional<std::string>& message = std::nullopt) const;
+  // As the free function, with the location of the trap.
+  void Report(const std::optional<std::string>& message = std::nullopt) const {
+    korvex::Report(location_, message);
+  }
 
  private:
   const char* location_;

@@ -108,7 +108,7 @@ std::string LastPathAtStart() {
   return stored ? *stored : Platform().files->DefaultFolder();
 }
 
-void WriteLastPath(const std::string& path) {
+void SetLastPath(const std::string& path) {
   Write(kLastPath, path);
 }
 
@@ -116,7 +116,7 @@ std::string OutputFile() {
   return Read(kOutputFile);
 }
 
-void WriteOutputFile(const std::string& name) {
+void SetOutputFile(const std::string& name) {
   Write(kOutputFile, name);
 }
 
@@ -132,7 +132,7 @@ std::string OutputFileMethod() {
   return Read(kOutputFileMethod);
 }
 
-void WriteOutputFileMethod(const std::string& method) {
+void SetOutputFileMethod(const std::string& method) {
   Write(kOutputFileMethod, method);
 }
 
@@ -155,7 +155,7 @@ bool AutoReplaceOutputFiles() {
   return ReadFlag(kAutoReplace);
 }
 
-void WriteAutoReplaceOutputFiles(bool replace) {
+void SetAutoReplaceOutputFiles(bool replace) {
   WriteFlag(kAutoReplace, replace);
 }
 
@@ -167,11 +167,11 @@ int LaunchOutputFileNumber() {
   return ReadNumber(kLaunchOutputFile);
 }
 
-void WriteLaunchOutputFile(bool launch) {
+void SetLaunchOutputFile(bool launch) {
   WriteFlag(kLaunchOutputFile, launch);
 }
 
-void WriteLaunchOutputFileNumber(int launch) {
+void SetLaunchOutputFileNumber(int launch) {
   Write(kLaunchOutputFile, std::to_string(launch));
 }
 
@@ -179,7 +179,7 @@ bool SendEmailOnError() {
   return ReadFlag(kSendEmailOnError);
 }
 
-void WriteSendEmailOnError(bool send) {
+void SetSendEmailOnError(bool send) {
   WriteFlag(kSendEmailOnError, send);
 }
 
@@ -187,7 +187,7 @@ std::string ErrorEmailAddress() {
   return Read(kErrorEmailAddress);
 }
 
-void WriteErrorEmailAddress(const std::string& address) {
+void SetErrorEmailAddress(const std::string& address) {
   Write(kErrorEmailAddress, address);
 }
 
@@ -195,7 +195,7 @@ std::string EverySheetRepresents() {
   return Read(kEverySheetRepresents);
 }
 
-void WriteEverySheetRepresents(const std::string& mode) {
+void SetEverySheetRepresents(const std::string& mode) {
   Write(kEverySheetRepresents, mode);
 }
 
@@ -211,7 +211,7 @@ std::vector<std::string> OutputColumns() {
   return Split(Read(kOutputColumns), kListSeparator);
 }
 
-void WriteOutputColumns(const std::vector<std::string>& names) {
+void SetOutputColumns(const std::vector<std::string>& names) {
   Write(kOutputColumns, Join(names, kListSeparator));
 }
 
@@ -219,7 +219,7 @@ std::vector<std::string> KeysColumns() {
   return Split(Read(kKeysColumns), kListSeparator);
 }
 
-void WriteKeysColumns(const std::vector<std::string>& names) {
+void SetKeysColumns(const std::vector<std::string>& names) {
   Write(kKeysColumns, Join(names, kListSeparator));
 }
 
@@ -227,7 +227,7 @@ std::string DataColumn() {
   return Read(kDataColumn);
 }
 
-void WriteDataColumn(const std::string& name) {
+void SetDataColumn(const std::string& name) {
   Write(kDataColumn, name);
 }
 

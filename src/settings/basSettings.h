@@ -13,11 +13,11 @@ namespace korvex::basSettings {
 std::string LastPath();
 // The same for a starting program, which begins in the file system's default folder.
 std::string LastPathAtStart();
-void WriteLastPath(const std::string& path);
+void SetLastPath(const std::string& path);
 
 // Name of the output workbook, without folder.
 std::string OutputFile();
-void WriteOutputFile(const std::string& name);
+void SetOutputFile(const std::string& name);
 
 // Folder of the output workbook, with a separator at its end.
 std::string OutputPath();
@@ -27,7 +27,7 @@ void WriteOutputPath(const std::string& folder);
 inline constexpr char kByConstantName[] = "Output File by constant name";
 inline constexpr char kByFolder[] = "Output File by Folder";
 std::string OutputFileMethod();
-void WriteOutputFileMethod(const std::string& method);
+void SetOutputFileMethod(const std::string& method);
 
 // The output workbook's full name by the method chosen: the constant one, or the file name in the
 // folder that is being processed. Empty for an unknown method.
@@ -37,33 +37,33 @@ void WriteOutputFullName(const std::string& full_name);
 
 // Replace an existing output workbook without asking.
 bool AutoReplaceOutputFiles();
-void WriteAutoReplaceOutputFiles(bool replace);
+void SetAutoReplaceOutputFiles(bool replace);
 
 // Open the output workbook when a run ends. The options dialog keeps its check box as a number.
 bool LaunchOutputFile();
 int LaunchOutputFileNumber();
-void WriteLaunchOutputFile(bool launch);
-void WriteLaunchOutputFileNumber(int launch);
+void SetLaunchOutputFile(bool launch);
+void SetLaunchOutputFileNumber(int launch);
 
 bool SendEmailOnError();
-void WriteSendEmailOnError(bool send);
+void SetSendEmailOnError(bool send);
 std::string ErrorEmailAddress();
-void WriteErrorEmailAddress(const std::string& address);
+void SetErrorEmailAddress(const std::string& address);
 
 // What is processed: the sub-folders of a folder for this one text, selected files for any other.
 inline constexpr char kProcessSubFolders[] = "Process Sub-Folders of this folder:";
 std::string EverySheetRepresents();
-void WriteEverySheetRepresents(const std::string& mode);
+void SetEverySheetRepresents(const std::string& mode);
 bool ProcessingSubFolders();
 bool ProcessingFiles();
 
 // Names of columns, in order. A name cannot hold the separator of the stored text, "<-- -->".
 std::vector<std::string> OutputColumns();
-void WriteOutputColumns(const std::vector<std::string>& names);
+void SetOutputColumns(const std::vector<std::string>& names);
 std::vector<std::string> KeysColumns();
-void WriteKeysColumns(const std::vector<std::string>& names);
+void SetKeysColumns(const std::vector<std::string>& names);
 std::string DataColumn();
-void WriteDataColumn(const std::string& name);
+void SetDataColumn(const std::string& name);
 
 // Deletes every setting. Never fails; tells the user once when any could not be deleted, which is
 // so for each one that is not stored.

@@ -35,8 +35,8 @@ void CheckSheetExists(Workbook& workbook);
 int GetLastRow(const Worksheet& sheet);
 
 // The lowest row whose first cell is not numeric (an empty cell counts as numeric), or 0 when every
-// row is. FindHeaderRow looks at the sheet alone, GetHeaderRow checks for the sheet "data" first.
-int FindHeaderRow(const Worksheet& sheet);
+// row is. Of a workbook, the sheet "data" is meant, once CheckSheetExists has looked for it.
+int GetHeaderRow(const Worksheet& sheet);
 int GetHeaderRow(Workbook& workbook);
 
 // Closes every workbook without saving, quits the application and releases it. Never fails.

@@ -15,7 +15,7 @@ namespace {
 std::int64_t CountFilesBelow(const std::string& folder) {
   std::int64_t count = 0;
   for (const FolderEntry& entry : Platform().files->List(folder))
-    count += entry.is_folder ? CountFilesBelow(WithSeparator(folder) + entry.name) : 1;
+    count += entry.is_folder ? CountFilesBelow(JoinPath(folder, entry.name)) : 1;
   return count;
 }
 

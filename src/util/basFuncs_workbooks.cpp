@@ -36,7 +36,7 @@ int GetLastRow(const Worksheet& sheet) {
   return row;
 }
 
-int FindHeaderRow(const Worksheet& sheet) {
+int GetHeaderRow(const Worksheet& sheet) {
   int row = GetLastRow(sheet);
   while (row >= 1 && IsNumeric(sheet.Value(row, 1))) --row;
   return row;
@@ -44,7 +44,7 @@ int FindHeaderRow(const Worksheet& sheet) {
 
 int GetHeaderRow(Workbook& workbook) {
   CheckSheetExists(workbook);
-  return FindHeaderRow(GetDataSheet(workbook));
+  return GetHeaderRow(GetDataSheet(workbook));
 }
 
 void QuitExcel(std::unique_ptr<Application>& application) {

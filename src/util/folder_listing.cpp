@@ -41,4 +41,8 @@ std::string WithSeparator(std::string folder) {
   return folder;
 }
 
+std::string JoinPath(const std::string& folder, const std::string& name) {
+  return WithSeparator(folder) + name;
+}
+
 }  // namespace korvex

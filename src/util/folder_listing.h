@@ -17,5 +17,7 @@ std::vector<std::string> FileNames(const std::string& folder);
 
 // The folder with the separator appended that it lacks at its end.
 std::string WithSeparator(std::string folder);
+// The full name of what lies in the folder under that name.
+std::string JoinPath(const std::string& folder, const std::string& name);
 
 }  // namespace korvex
