@@ -34,4 +34,13 @@ std::string ToCodePage1252(std::string_view utf8) {
   return bytes;
 }
 
+std::string Utf8FromCodePage1252(unsigned char byte) {
+  char32_t code = byte;
+  if (byte >= 0x80 && byte <= 0x9F && kHighControls[byte - 0x80] != 0)
+    code = kHighControls[byte - 0x80];
+  std::string character;
+  AppendUtf8(code, character);
+  return character;
+}
+
 }  // namespace korvex
