@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <array>
+
 #include "tests/platform/posix/temp_folder.h"
 #include "tests/support/errors.h"
 
@@ -29,13 +31,12 @@ TEST_F(IniSettingsStoreTest, BringsBackAnyText) {
       "\"q\"", "line\r\nbreak\n", "100 % %41 ", "ünï µg/mL", "C:\\new\\x%41.xls", "\"", "a<-- -->b",
       "\xFF"};
   const std::string names[] = {"Every Sheet Represents:", "a=b", "[x", ";c", " blank ", "µ]", ""};
-  for (const std::string& name : names) {
-    for (const std::string& value : values) {
-      store_.Save(name, name, value);
-      EXPECT_EQ(store_.Get(name, name), value) << name;
-      EXPECT_EQ(IniSettingsStore(files_, path_).Get(name, name), value) << name;
-    }
-  }
+  std::vector<std::array<std::string, 3>> saved;
+  for (const std::string& value : values) saved.push_back({"S", "key " + value, value});
+  for (const std::string& name : names) saved.push_back({name, name, "value of " + name});
+  for (const auto& [section, key, value] : saved) store_.Save(section, key, value);
+  IniSettingsStore other(files_, path_);
+  for (const auto& [section, key, value] : saved) EXPECT_EQ(other.Get(section, key), value) << key;
 }
 
 TEST_F(IniSettingsStoreTest, WritesWhatAUserCanEdit) {

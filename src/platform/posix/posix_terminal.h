@@ -1,0 +1,43 @@
+// The terminal behind standard input and standard error.
+//
+// While it exists, Ctrl-C asks instead of ending the program (unless the program was started with
+// Ctrl-C ignored, as a background job is), and a reader that goes away does not end it either.
+// There is at most one at a time, since signals belong to the process.
+#pragma once
+
+#include <signal.h>
+
+#include <string>
+
+#include "platform/posix/posix_io.h"
+#include "platform/terminal.h"
+
+namespace korvex {
+
+class PosixTerminal : public Terminal {
+ public:
+  PosixTerminal();
+  ~PosixTerminal() override;
+  PosixTerminal(const PosixTerminal&) = delete;
+  PosixTerminal& operator=(const PosixTerminal&) = delete;
+
+  bool CanAsk() const override;
+  bool CanRedraw() const override;
+  int Columns() const override;
+  void WriteError(std::string_view text) override;
+  std::optional<std::string> ReadLine() override;
+  bool TakeInterrupt() override;
+
+ private:
+  bool WaitForInput();
+  bool ReadMore();
+
+  // Written by the signal handler: ends a wait for input, even when it comes just before it.
+  Descriptor wake_reader_;
+  Descriptor wake_writer_;
+  struct sigaction former_interrupt_ {};
+  struct sigaction former_pipe_ {};
+  std::string unread_;
+};
+
+}  // namespace korvex
