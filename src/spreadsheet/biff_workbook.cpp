@@ -28,8 +28,7 @@ BiffWorkbook::BiffWorkbook(ReadBuffers& buffers) : buffers_(buffers) {
   const CompoundStream stream = file.Read(entry, buffers.stream);
   stream_ = stream.bytes;
   if (stream.is_cut) {
-    cut_ = "ends after " + GroupedDigits(file.FileSize()) + " of " +
-           GroupedDigits(file.CompleteSize()) + " bytes";
+    cut_ = file.CutCause();
     if (stream_.empty()) Refuse(cut_);
   }
   globals_ = ReadBiffGlobals(stream_, is_book);

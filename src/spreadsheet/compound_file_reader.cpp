@@ -65,8 +65,10 @@ void CompoundFileReader::LoadFat() {
 // leaves a gap, so that those after it keep their place.
 void CompoundFileReader::LoadFatSector(std::uint32_t id) {
   std::vector<std::uint32_t>& fat = buffers_.fat;
-  if (id >= kDifatSector || fat.size() >= sector_count_) return;
-  highest_fat_sector_ = std::max(highest_fat_sector_, id);
+  if (id >= kDifatSector) return;
+  fat_capacity_ += sector_size_ / 4;
+  last_fat_sector_ = std::max(last_fat_sector_, id);
+  if (fat.size() >= sector_count_) return;
   const std::size_t old_size = fat.size();
   fat.resize(old_size + sector_size_ / 4, kFreeSector);
   if (id >= sector_count_) return;
@@ -74,12 +76,15 @@ void CompoundFileReader::LoadFatSector(std::uint32_t id) {
   for (std::size_t i = old_size; i < fat.size(); ++i) fat[i] = LoadU32(sector + 4 * (i - old_size));
 }
 
-std::uint64_t CompoundFileReader::CompleteSize() const {
+std::string CompoundFileReader::CutCause() const {
   const std::vector<std::uint32_t>& fat = buffers_.fat;
   std::uint64_t used = fat.size();
   while (used > 0 && fat[static_cast<std::size_t>(used - 1)] == kFreeSector) --used;
-  used = std::max<std::uint64_t>(used, std::uint64_t{highest_fat_sector_} + 1);
-  return std::max<std::uint64_t>((used + 1) * sector_size_, file_size_);
+  if (last_fat_sector_ < fat_capacity_) used = std::max(used, std::uint64_t{last_fat_sector_} + 1);
+  const std::uint64_t complete_size = (used + 1) * sector_size_;
+  const std::string cause = "ends after " + GroupedDigits(file_size_);
+  if (complete_size <= file_size_) return cause + " bytes, before the end of its workbook";
+  return cause + " of " + GroupedDigits(complete_size) + " bytes";
 }
 
 void CompoundFileReader::LoadDirectory() {
@@ -90,11 +95,7 @@ void CompoundFileReader::LoadDirectory() {
     root_children_ = RootChildren();
     return;
   }
-  const std::uint64_t complete_size = CompleteSize();
-  if (complete_size > file_size_) {
-    Refuse("ends after " + GroupedDigits(file_size_) + " of " + GroupedDigits(complete_size) +
-           " bytes");
-  }
+  if (first < kDifatSector && first >= sector_count_) Refuse(CutCause());
   Refuse("is damaged: its directory cannot be found");
 }
 

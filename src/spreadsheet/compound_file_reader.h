@@ -41,9 +41,9 @@ class CompoundFileReader {
   // A part of the file itself where the sectors lie in sequence, else assembled in `storage`.
   CompoundStream Read(int entry, std::vector<std::byte>& storage);
 
-  std::size_t FileSize() const { return file_size_; }
-  // The size that the file had when it was complete, as far as its FAT tells.
-  std::uint64_t CompleteSize() const;
+  // "ends after 12,288 of 40,960 bytes": the cause when a stream is cut. The size of the complete
+  // file is what the FAT tells.
+  std::string CutCause() const;
 
  private:
   // Sector ids of the chain; `is_complete` when it ended as a chain should.
@@ -72,7 +72,8 @@ class CompoundFileReader {
   std::size_t file_size_ = 0;
   std::size_t sector_size_ = 0;
   std::size_t sector_count_ = 0;
-  std::uint32_t highest_fat_sector_ = 0;
+  std::uint64_t fat_capacity_ = 0;     // sectors that the FAT is made for
+  std::uint32_t last_fat_sector_ = 0;  // highest id of a sector of the FAT
   bool has_mini_stream_ = false;
   bool is_mini_stream_cut_ = false;
   std::vector<int> root_children_;

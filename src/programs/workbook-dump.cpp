@@ -1,0 +1,120 @@
+// Prints the cells of a workbook, for checks against other readers.
+//
+//   workbook-dump FILE
+//
+// One line for every cell of every worksheet that is not empty, with tabs between: sheet name, row,
+// column (both one-based), kind, value. Dates are serial numbers of the 1900 date system. Exit
+// status 1 when the file is refused, 2 for wrong arguments.
+#include <charconv>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+#include "platform/error.h"
+#include "platform/posix/posix_file_system.h"
+#include "spreadsheet/refusal.h"
+#include "spreadsheet/workbook_reader.h"
+#include "util/cell_text.h"
+
+namespace korvex {
+namespace {
+
+std::string_view KindName(CellKind kind) {
+  switch (kind) {
+    case CellKind::kNumber:
+      return "number";
+    case CellKind::kDate:
+      return "date";
+    case CellKind::kBoolean:
+      return "boolean";
+    case CellKind::kError:
+      return "error";
+    case CellKind::kText:
+      return "text";
+    case CellKind::kEmpty:
+      break;
+  }
+  return "empty";
+}
+
+void AppendEscaped(std::string_view text, std::string& out) {
+  for (const char letter : text) {
+    switch (letter) {
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      default:
+        out += letter;
+    }
+  }
+}
+
+void AppendNumber(double number, std::string& out) {
+  char digits[32];
+  out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+}
+
+void AppendValue(const CellValue& value, std::string& out) {
+  switch (value.kind) {
+    case CellKind::kNumber:
+    case CellKind::kDate:
+      AppendNumber(value.number, out);
+      break;
+    case CellKind::kText:
+      AppendEscaped(value.text, out);
+      break;
+    default:
+      AppendCellText(value, out);
+  }
+}
+
+void Dump(const std::string& file) {
+  ReadBuffers buffers;
+  PosixFileSystem().ReadFile(file, buffers.file);
+  NamingFile(file, [&] {
+    const auto workbook = OpenWorkbookReader(buffers);
+    std::string line;
+    for (std::size_t i = 0; i < workbook->Sheets().size(); ++i) {
+      const SheetInfo& sheet = workbook->Sheets()[i];
+      if (sheet.kind != SheetKind::kWorksheet) continue;
+      workbook->ReadSheet(i, buffers.cells);
+      for (std::size_t n = 0; n < buffers.cells.Count(); ++n) {
+        const SheetCells::Entry cell = buffers.cells.At(n);
+        line.clear();
+        AppendEscaped(sheet.name, line);
+        line += '\t' + std::to_string(cell.row) + '\t' + std::to_string(cell.column) + '\t';
+        line += KindName(cell.value.kind);
+        line += '\t';
+        AppendValue(cell.value, line);
+        line += '\n';
+        std::fwrite(line.data(), 1, line.size(), stdout);
+      }
+    }
+  });
+}
+
+}  // namespace
+}  // namespace korvex
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fputs("usage: workbook-dump FILE\n", stderr);
+    return 2;
+  }
+  try {
+    korvex::Dump(argv[1]);
+  } catch (const korvex::Error& error) {
+    std::fprintf(stderr, "%s\n", error.Description().c_str());
+    return 1;
+  }
+  return 0;
+}
