@@ -1,0 +1,161 @@
+#include "structure/clsStructure.h"
+
+#include <memory>
+
+#include "errors/trap.h"
+#include "platform/error.h"
+#include "platform/services.h"
+#include "settings/basSettings.h"
+#include "util/basFuncs.h"
+#include "util/basGeneral.h"
+#include "util/cell_text.h"
+#include "util/folder_listing.h"
+#include "util/text.h"
+
+namespace korvex {
+namespace {
+
+constexpr char kNoSample[] =
+    "No file could be used in order to determine structure of file. Please make sure you have "
+    "files in all sub-folders of chosen processing folder.";
+constexpr char kBadSample[] =
+    "Problems occurred when opening a file to use as a sample for format settings. Please double "
+    "click the folder or parent-folder you want to process, and make sure it has the files with a "
+    "correct format in them.";
+
+std::vector<std::string> TextsOf(const std::optional<clsArray::Values>& values) {
+  if (!values) throw Error(error_number::kTypeMismatch);
+  clsArray list;
+  list.AddArray(*values);
+  return list.Texts();
+}
+
+}  // namespace
+
+void clsStructure::Constructor(const std::string& path, const std::vector<std::string>& files,
+                               Application* application) {
+  std::unique_ptr<Application> started;
+  Trap(
+      "clsStructure.Constructor",
+      [&] {
+        discrepancy_ = false;
+        available_columns_.RemoveAll();
+        output_columns_.RemoveAll();
+        key_columns_.RemoveAll();
+        ChooseSample(path, files);
+        if (application == nullptr) {
+          started = Platform().spreadsheet->CreateApplication();
+          application = started.get();
+        }
+        ReadSample(*application);
+      },
+      [](const TrappedError& error) {
+        if (error.IsTold()) return;
+        error.Report();
+        ShowMessageBox(kBadSample, {"OK"}, kProgramTitle);
+      });
+  QuitExcel(started);
+}
+
+void clsStructure::ChooseSample(const std::string& path, const std::vector<std::string>& files) {
+  sample_file_.clear();
+  if (!basSettings::ProcessingSubFolders()) {
+    if (files.empty()) throw Error(error_number::kSubscript);
+    sample_file_ = files.front();
+    return;
+  }
+  const std::vector<std::string> sub_folders = SubFolderNames(path);
+  if (!sub_folders.empty()) {
+    const std::string sub_folder = JoinPath(path, sub_folders.front());
+    const std::vector<std::string> names = FileNames(sub_folder);
+    if (!names.empty()) sample_file_ = JoinPath(sub_folder, names.front());
+  }
+  if (!TrimBlanks(sample_file_).empty()) return;
+  ShowMessageBox(kNoSample, {"OK"}, kProgramTitle);
+  throw Error(error_number::kCannotPerform);
+}
+
+void clsStructure::ReadSample(Application& application) {
+  application.SetVisible(false);
+  application.SetScreenUpdating(false);
+  application.SetDisplayAlerts(false);
+  Workbook& sample = application.OpenWorkbook(sample_file_, {});
+  RefreshAvailableCols(sample);
+  sample.Close();
+}
+
+void clsStructure::RefreshAvailableCols(Workbook& workbook) {
+  available_columns_.RemoveAll();
+  Worksheet& sheet = GetDataSheet(workbook);
+  const int header_row = GetHeaderRow(sheet);
+  for (const char* name : {kFilenameColumn, kDateColumn, kDayNumColumn}) {
+    available_columns_.Add(name, kPseudoColumn);
+  }
+  for (std::int16_t column = 1;; ++column) {
+    const std::string name = CellText(sheet.Value(header_row, column));
+    if (TrimBlanks(name).empty()) break;
+    available_columns_.Add(name, column);
+  }
+  output_columns_.RemoveAll();
+  key_columns_.RemoveAll();
+  OutputColsArray();
+  KeyColsArray();
+  DataColumn();
+}
+
+std::vector<std::string> clsStructure::OutputColsArray() {
+  if (output_columns_.Count() == 0) {
+    clsArray names;
+    names.AddTexts(basSettings::OutputColumns());
+    names.Remove(DataColumn());
+    std::int16_t position = 0;
+    for (const std::string& name : names.Texts()) {
+      ++position;
+      if (available_columns_.Exists(name)) {
+        output_columns_.Add(name, position);
+      } else {
+        discrepancy_ = true;
+      }
+    }
+  }
+  return output_columns_.Keys();
+}
+
+std::vector<std::string> clsStructure::KeyColsArray() {
+  if (key_columns_.Count() == 0) {
+    for (const std::string& name : basSettings::KeysColumns()) {
+      if (available_columns_.Exists(name)) {
+        key_columns_.Add(name, available_columns_.Item(name));
+      } else {
+        discrepancy_ = true;
+      }
+    }
+  }
+  return key_columns_.Keys();
+}
+
+std::string clsStructure::DataColumn() {
+  std::string name = basSettings::DataColumn();
+  if (!available_columns_.Exists(name)) discrepancy_ = true;
+  return name;
+}
+
+void clsStructure::SetOutputColsArray(const std::optional<clsArray::Values>& names) {
+  basSettings::SetOutputColumns(TextsOf(names));
+  output_columns_.RemoveAll();
+}
+
+void clsStructure::SetKeyColsArray(const std::optional<clsArray::Values>& names) {
+  basSettings::SetKeysColumns(TextsOf(names));
+  key_columns_.RemoveAll();
+}
+
+void clsStructure::SetDataColumn(const std::string& name) {
+  basSettings::SetDataColumn(name);
+}
+
+std::string clsStructure::SampleFileUsed(bool short_name) const {
+  return short_name ? GetDisplayPath(sample_file_) : sample_file_;
+}
+
+}  // namespace korvex

@@ -1,0 +1,75 @@
+// The layout of the input workbooks: which columns they offer, which form the key, which are copied
+// to the output, and which holds the measured value.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/spreadsheet.h"
+#include "structure/clsArray.h"
+#include "structure/keyed_collection.h"
+
+namespace korvex {
+
+// Columns that no sheet holds: the engine supplies their values.
+inline constexpr char kFilenameColumn[] = "Filename";
+inline constexpr char kDateColumn[] = "Date";
+inline constexpr char kDayNumColumn[] = "day_num";
+inline constexpr std::int16_t kPseudoColumn = -1;
+
+// The user's choice of columns lives in the settings; what is available is read from the header row
+// of a workbook. Column names ignore letter case. Column numbers and positions are one-based.
+class clsStructure {
+ public:
+  // Reads the available columns of a sample workbook: the first file of the first sub-folder of
+  // `path`, or the first of `files` when single files are processed. Without an `application` it
+  // starts one for the sample and quits it again. Does not fail: it tells the user what is wrong
+  // with the sample and leaves what could be read.
+  void Constructor(const std::string& path, const std::vector<std::string>& files,
+                   Application* application);
+
+  // Reads the available columns of an open workbook and rebuilds key and output columns from the
+  // settings. Error 9 without a sheet "data", 457 when two headers are equal or one is named like a
+  // pseudo-column, 1004 when no row can be the header row.
+  void RefreshAvailableCols(Workbook& workbook);
+
+  // The number or position of a column; 0 for a name that is not there, which stays behind in the
+  // collection with that number. -1 for a pseudo-column among the available ones.
+  std::int16_t OutputColPosition(std::string_view name) { return output_columns_.Item(name); }
+  std::int16_t AvailableColPosition(std::string_view name) { return available_columns_.Item(name); }
+  std::int16_t KeyColPosition(std::string_view name) { return key_columns_.Item(name); }
+
+  // Pseudo-columns first, then the headers from left to right.
+  std::vector<std::string> AvailableColsArray() const { return available_columns_.Keys(); }
+  // In configured order, without the data column and without what is not available.
+  std::vector<std::string> OutputColsArray();
+  std::vector<std::string> KeyColsArray();
+  std::string DataColumn();
+
+  // Store the user's choice. A list without an element is error 13.
+  void SetOutputColsArray(const std::optional<clsArray::Values>& names);
+  void SetKeyColsArray(const std::optional<clsArray::Values>& names);
+  void SetDataColumn(const std::string& name);
+
+  // Whether a configured key, output or data column turned out not to be available.
+  bool Discrepancy() const { return discrepancy_; }
+  // Full path of the sample; with `short_name` its display path.
+  std::string SampleFileUsed(bool short_name) const;
+
+ private:
+  using Columns = KeyedCollection<std::int16_t>;
+
+  void ChooseSample(const std::string& path, const std::vector<std::string>& files);
+  void ReadSample(Application& application);
+
+  Columns available_columns_;
+  Columns output_columns_;
+  Columns key_columns_;
+  std::string sample_file_;
+  bool discrepancy_ = false;
+};
+
+}  // namespace korvex

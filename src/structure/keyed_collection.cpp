@@ -1,0 +1,74 @@
+#include "structure/keyed_collection.h"
+
+namespace korvex {
+namespace {
+constexpr std::size_t kFirstSlots = 16;  // a power of two, like every later number of slots
+}
+
+std::string_view NameIndex::Name(std::size_t position) const {
+  const Stored& name = names_[position];
+  return std::string_view(text_).substr(name.start, name.length);
+}
+
+// FNV-1a, eight bytes a step.
+std::uint32_t NameIndex::Hash(std::string_view name) const {
+  upper_.clear();
+  AppendUpperCase(name, upper_);
+  constexpr std::uint64_t kPrime = 0x100000001b3;
+  std::uint64_t hash = 0xcbf29ce484222325 ^ upper_.size();
+  std::size_t at = 0;
+  for (; at + 8 <= upper_.size(); at += 8) {
+    std::uint64_t step;
+    upper_.copy(reinterpret_cast<char*>(&step), sizeof step, at);
+    hash = (hash ^ step) * kPrime;
+    hash ^= hash >> 29;
+  }
+  for (; at < upper_.size(); ++at) {
+    hash = (hash ^ static_cast<unsigned char>(upper_[at])) * kPrime;
+  }
+  return static_cast<std::uint32_t>(hash ^ (hash >> 32));
+}
+
+std::size_t NameIndex::SlotOf(std::string_view name, std::uint32_t hash) const {
+  const std::size_t mask = slots_.size() - 1;
+  for (std::size_t slot = hash & mask;; slot = (slot + 1) & mask) {
+    if (slots_[slot] == 0) return slot;
+    const std::size_t position = slots_[slot] - 1;
+    if (names_[position].hash == hash && EqualText(Name(position), name)) return slot;
+  }
+}
+
+std::size_t NameIndex::Find(std::string_view name) const {
+  if (slots_.empty()) return kNone;
+  const std::uint32_t found = slots_[SlotOf(name, Hash(name))];
+  return found == 0 ? kNone : found - 1;
+}
+
+std::pair<std::size_t, bool> NameIndex::FindOrAdd(std::string_view name) {
+  if (2 * (names_.size() + 1) > slots_.size()) Grow();
+  const std::uint32_t hash = Hash(name);
+  std::uint32_t& slot = slots_[SlotOf(name, hash)];
+  if (slot != 0) return {slot - 1, false};
+  names_.push_back({text_.size(), static_cast<std::uint32_t>(name.size()), hash});
+  text_.append(name);
+  slot = static_cast<std::uint32_t>(names_.size());
+  return {slot - 1, true};
+}
+
+void NameIndex::Grow() {
+  slots_.assign(slots_.empty() ? kFirstSlots : 2 * slots_.size(), 0);
+  const std::size_t mask = slots_.size() - 1;
+  for (std::size_t position = 0; position < names_.size(); ++position) {
+    std::size_t slot = names_[position].hash & mask;
+    while (slots_[slot] != 0) slot = (slot + 1) & mask;
+    slots_[slot] = static_cast<std::uint32_t>(position + 1);
+  }
+}
+
+void NameIndex::Clear() {
+  text_.clear();
+  names_.clear();
+  slots_.clear();
+}
+
+}  // namespace korvex
