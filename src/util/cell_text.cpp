@@ -293,7 +293,7 @@ std::optional<double> ParseNumber(std::string_view text) {
   return negative ? -*magnitude : *magnitude;
 }
 
-int ToInt16(std::string_view text) {
+std::int16_t ToInt16(std::string_view text) {
   const std::optional<double> number = ParseNumber(text);
   if (!number) {
     throw Error(error_number::kTypeMismatch,
@@ -304,7 +304,7 @@ int ToInt16(std::string_view text) {
     throw Error(error_number::kOverflow,
                 "Overflow: \"" + std::string(text) + "\" lies outside -32768 to 32767.");
   }
-  return static_cast<int>(rounded);
+  return static_cast<std::int16_t>(rounded);
 }
 
 CellValue CellFromText(std::string_view text) {

@@ -1,6 +1,7 @@
 // Cell values as text and texts as cell values, by US regional rules on every machine.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,7 +26,7 @@ std::optional<double> ParseNumber(std::string_view text);
 
 // Converts a text to a 16-bit integer, halves to even. Error 13 when it is no number, 6 when it is
 // out of range.
-int ToInt16(std::string_view text);
+std::int16_t ToInt16(std::string_view text);
 
 // The value that a cell takes when a text is written into it: a Number when the text is exactly the
 // plain form of that number ("17", "-0.25"; never with an exponent), else the Text itself.

@@ -1,0 +1,107 @@
+#include "engine/MainRun.h"
+
+#include "errors/trap.h"
+#include "platform/dialogs.h"
+#include "platform/error.h"
+#include "platform/file_system.h"
+#include "platform/services.h"
+#include "settings/basSettings.h"
+#include "util/basFuncs.h"
+#include "util/basGeneral.h"
+#include "util/folder_listing.h"
+
+namespace korvex {
+namespace {
+
+constexpr int kSuccessIcon = 13;
+
+[[noreturn]] void RefuseRun(const std::string& text) {
+  PlainMessage message;
+  message.text = text;
+  Platform().dialogs->ShowPlain(message);
+  throw Error(error_number::kCannotPerform);
+}
+
+// One step before the first file and one after the last, so that the bar moves at once.
+std::int32_t ProgressMaximum(const RunSelection& selection) {
+  auto files = static_cast<std::int32_t>(selection.files.size());
+  if (basSettings::ProcessingSubFolders()) {
+    files = 0;
+    for (const std::string& name : SubFolderNames(selection.folder)) {
+      files += CountFiles(JoinPath(selection.folder, name));
+    }
+  }
+  return files + 2;
+}
+
+}  // namespace
+
+void CheckSelection(const RunSelection& selection) {
+  if (basSettings::ProcessingFiles()) {
+    if (selection.files.empty()) RefuseRun("Please select at least one file to process.");
+  } else if (SubFolderNames(selection.folder).empty()) {
+    RefuseRun("The folder you chose to process has no sub folders.");
+  }
+}
+
+void CheckOutputFile() {
+  const std::string output = basSettings::OutputFullName();
+  if (!FileIsWritable(output)) {
+    RefuseRun("Please specify a valid filename for the output file. \r\n(File could be in use).");
+  }
+  if (!Platform().files->FileExists(output) || basSettings::AutoReplaceOutputFiles()) return;
+  PlainMessage question;
+  question.text = "The file \"" + GetDisplayPath(output) + "\" exists. " +
+                  "Would you like to replace it with a new output file?";
+  question.buttons = BoxButtons::kOkCancel;
+  question.icon = BoxIcon::kExclamation;
+  if (Platform().dialogs->ShowPlain(question) != BoxAnswer::kOk) {
+    throw Error(error_number::kCannotPerform);
+  }
+}
+
+RunOutcome MainRun::Start(const RunSelection& selection) {
+  RunOutcome outcome = RunOutcome::kFinished;
+  engine_.reset(new clsKorvex(*this));
+  Trap(
+      "Form1.MainRun", [&] { Run(selection); },
+      [&](const TrappedError& error) {
+        if (!error.IsTold()) error.Report();
+        outcome = engine_->Stopped() ? RunOutcome::kStopped : RunOutcome::kFailed;
+        view_.LeaveRunning();
+        view_.SetMessage("Ready");
+        AdvanceTo(0);
+        engine_.reset();
+      });
+  return outcome;
+}
+
+void MainRun::Run(const RunSelection& selection) {
+  CheckSelection(selection);
+  basSettings::SetLastPath(selection.folder);
+  view_.EnterRunning();
+  view_.SetMessage("Initializing...");
+  progress_maximum_ = ProgressMaximum(selection);
+  AdvanceTo(1);
+  CheckOutputFile();
+
+  std::string folder = selection.folder;
+  engine_->ProcessFolders(folder, selection.files);
+
+  AdvanceTo(progress_maximum_);
+  ShowMessageBox("Process finished!", {"OK"}, kProgramTitle, kSuccessIcon);
+  view_.LeaveRunning();
+  view_.SetMessage("Ready");
+  if (basSettings::LaunchOutputFile()) ShellOpen(basSettings::OutputFullName());
+}
+
+void MainRun::Stop() {
+  if (Running()) engine_->StopProcess();
+}
+
+void MainRun::AdvanceTo(std::int32_t value) {
+  progress_ = value;
+  view_.SetProgress(progress_, progress_maximum_);
+}
+
+}  // namespace korvex

@@ -1,0 +1,64 @@
+// A run as the user starts it: the checks before it, its progress, and its end. The main window and
+// the command line share it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/clsKorvex.h"
+
+namespace korvex {
+
+struct RunSelection {
+  std::string folder;              // the processing folder
+  std::vector<std::string> files;  // full paths; used when single files are processed
+};
+
+// Where a run shows itself.
+class RunView {
+ public:
+  virtual ~RunView() = default;
+
+  virtual void EnterRunning() = 0;
+  // Also called when a run ends before it entered the running state.
+  virtual void LeaveRunning() = 0;
+  virtual void SetMessage(const std::string& text) = 0;
+  virtual void SetProgress(std::int32_t value, std::int32_t maximum) = 0;
+};
+
+// Error 17, the user told, when nothing is there to process.
+void CheckSelection(const RunSelection& selection);
+// Error 17, the user told, when the output file of the settings cannot be written or the user does
+// not want it replaced.
+void CheckOutputFile();
+
+enum class RunOutcome { kFinished, kFailed, kStopped };
+
+class MainRun : private KorvexEvents {
+ public:
+  // `view` must outlive the run.
+  explicit MainRun(RunView& view) : view_(view) {}
+
+  // Runs to the end and says how it went; the user has been told of everything.
+  RunOutcome Start(const RunSelection& selection);
+  // Asks the engine for a stop; does nothing when none is running.
+  void Stop();
+  bool Running() const { return engine_ && engine_->Running(); }
+
+ private:
+  void Run(const RunSelection& selection);
+  void AdvanceTo(std::int32_t value);
+
+  void ErrorMessage(const std::string& text) override { view_.SetMessage(text); }
+  void Message(const std::string& text) override { view_.SetMessage(text); }
+  void ProcessedFile() override { AdvanceTo(progress_ + 1); }
+
+  RunView& view_;
+  std::unique_ptr<clsKorvex> engine_;
+  std::int32_t progress_ = 0;
+  std::int32_t progress_maximum_ = 0;
+};
+
+}  // namespace korvex

@@ -1,0 +1,210 @@
+// The run: the structure check, the output workbook, folders and files in order, and the layers
+// that hand an error up.
+
+#include "engine/clsKorvex.h"
+
+#include <limits>
+
+#include "engine/sheet_name.h"
+#include "errors/trap.h"
+#include "platform/error.h"
+#include "platform/file_system.h"
+#include "platform/message_loop.h"
+#include "platform/services.h"
+#include "settings/basSettings.h"
+#include "util/basFuncs.h"
+#include "util/basGeneral.h"
+#include "util/folder_listing.h"
+#include "util/text.h"
+
+namespace korvex {
+namespace {
+
+constexpr char kLineBreak[] = "\r\n";
+constexpr char kStopButton[] = "Yes, Stop.";
+
+// Counts of folders and files are 16-bit numbers.
+std::int16_t Int16(std::size_t count) {
+  if (count > static_cast<std::size_t>(std::numeric_limits<std::int16_t>::max())) {
+    throw Error(error_number::kOverflow);
+  }
+  return static_cast<std::int16_t>(count);
+}
+
+// A display path for the handling of an error: the path itself where it cannot be shortened, since
+// the folder may be what went missing.
+std::string FailedPath(const std::string& path) {
+  try {
+    return GetDisplayPath(path);
+  } catch (const Error&) {
+    return path;
+  }
+}
+
+std::string FailedFolder(const std::string& folder) {
+  try {
+    return ShortenPath(folder, false);
+  } catch (const Error&) {
+    return folder;
+  }
+}
+
+}  // namespace
+
+clsKorvex::~clsKorvex() {
+  QuitExcel(application_);
+}
+
+void clsKorvex::Refuse(const std::string& message) {
+  ShowMessageBox(message, {"OK"}, kProgramTitle);
+  throw Error(error_number::kCannotPerform);
+}
+
+void clsKorvex::ProcessFolders(std::string& folder, const std::vector<std::string>& files) {
+  running_ = true;
+  processing_folder_ = folder;
+  files_ = files;
+  Trap(
+      "frmMain.ProcessFolders", [&] { Run(); },
+      [&](const TrappedError& error) {
+        stopped_ = error.Number() == error_number::kUserInterrupt;
+        if (!error.IsTold()) error.Report();
+        running_ = false;
+        throw Error(error_number::kCannotPerform);
+      });
+  running_ = false;
+}
+
+void clsKorvex::Run() {
+  application_ = Platform().spreadsheet->CreateApplication();
+  CheckStructure();
+  next_output_row_ = 2;
+  CreateOutputWorkbook();
+  WriteHeaders();
+  if (basSettings::ProcessingSubFolders()) {
+    ProcessSubFolders();
+  } else {
+    folder_count_ = 1;
+    current_folder_ = 1;
+    ProcessFiles(files_);
+  }
+  RemoveEmptyColumns();
+  SaveOutputWorkbook();
+}
+
+void clsKorvex::CheckStructure() {
+  structure_.Constructor(processing_folder_, files_, nullptr);
+  if (!structure_.Discrepancy()) return;
+  Refuse(std::string("Please check structure settings before start.") + kLineBreak + kLineBreak +
+         "File used for format check:" + kLineBreak + kLineBreak + structure_.SampleFileUsed(true));
+}
+
+void clsKorvex::CreateOutputWorkbook() {
+  application_->SetVisible(false);
+  application_->SetScreenUpdating(false);
+  application_->SetDisplayAlerts(false);
+  output_workbook_ = &application_->AddWorkbook();
+  while (output_workbook_->WorksheetCount() >= 2) output_workbook_->Worksheets(1).Delete();
+  output_sheet_ = &output_workbook_->Worksheets(1);
+  const std::string name =
+      SheetNameFromFolder(SharedFileSys().GetFileTitle(processing_folder_, false));
+  if (!name.empty()) output_sheet_->SetName(name);
+}
+
+void clsKorvex::ProcessSubFolders() {
+  const std::vector<std::string> sub_folders = SubFolderNames(processing_folder_);
+  folder_count_ = Int16(sub_folders.size());
+  for (const std::string& name : sub_folders) {
+    ++current_folder_;
+    const std::string sub_folder = JoinPath(processing_folder_, name);
+    clsArray paths;
+    for (const std::string& file : FileNames(sub_folder)) paths.AddText(JoinPath(sub_folder, file));
+    if (paths.IsEmpty()) {
+      Refuse("The sub-folder \"" + name + "\" is empty. " +
+             "Please make sure all sub-folders of chosen processing folder have " +
+             "files in them.");
+    }
+    ProcessFiles(paths.Texts());
+  }
+}
+
+void clsKorvex::ProcessFiles(const std::vector<std::string>& files) {
+  try {
+    const std::int16_t count = Int16(files.size());
+    std::int16_t number = 0;
+    for (const std::string& path : files) {
+      const std::string base_name = SharedFileSys().GetFileTitle(path, true);
+      ProcessFile(path, base_name, ++number, count);
+    }
+    RemoveEmptyColumns();
+    AddExtraHeaders();
+  } catch (...) {
+    if (basSettings::ProcessingSubFolders()) {
+      const std::string folder = SharedFileSys().GetFilePath(files.front(), false);
+      events_.ErrorMessage("Error while processing folder " + FailedFolder(folder));
+    }
+    throw;
+  }
+}
+
+void clsKorvex::ProcessFile(const std::string& path, const std::string& base_name,
+                            std::int16_t file_number, std::int16_t file_count) {
+  Trap(
+      "frmMain.ProcessFile", [&] { ReadFile(path, base_name, file_number, file_count); },
+      [&](const TrappedError& error) {
+        const bool stopped = error.Number() == error_number::kUserInterrupt;
+        if (error.IsTold()) {
+          CloseInputWorkbook();
+        } else if (!stopped) {
+          error.Report("An error occurred while processing the file " + FailedPath(path));
+        }
+        if (basSettings::ProcessingFiles()) {
+          events_.ErrorMessage("Error while processing file " + FailedPath(path));
+        }
+        throw Error(stopped ? error_number::kUserInterrupt : error_number::kCannotPerform);
+      });
+}
+
+void clsKorvex::ReadFile(const std::string& path, const std::string& base_name,
+                         std::int16_t file_number, std::int16_t file_count) {
+  OpenOptions options;
+  options.read_only = true;
+  options.ignore_read_only_recommended = true;
+  options.add_to_recent_files = false;
+  input_workbook_ = &application_->OpenWorkbook(path, options);
+  CheckSheetExists(*input_workbook_);
+  structure_.RefreshAvailableCols(*input_workbook_);
+  data_sheet_ = &GetDataSheet(*input_workbook_);
+  Platform().message_loop->Yield();
+  AskWhetherToStop();
+  ProcessSheet(base_name, file_number, file_count);
+  CloseInputWorkbook();
+  events_.ProcessedFile();
+}
+
+void clsKorvex::CloseInputWorkbook() {
+  data_sheet_ = nullptr;
+  if (input_workbook_ == nullptr) return;
+  Workbook& workbook = *input_workbook_;
+  input_workbook_ = nullptr;
+  workbook.Close();
+}
+
+void clsKorvex::AskWhetherToStop() {
+  if (!stop_requested_) return;
+  const std::string answer =
+      ShowMessageBox("Stop Process?", {kStopButton, "Continue"}, kProgramTitle);
+  if (EqualText(answer, kStopButton)) throw Error(error_number::kUserInterrupt);
+  stop_requested_ = false;
+}
+
+void clsKorvex::SaveOutputWorkbook() {
+  output_workbook_->SaveAs(basSettings::OutputFullName());
+  output_workbook_->Close();
+  output_sheet_ = nullptr;
+  output_workbook_ = nullptr;
+  application_->Quit();
+  application_.reset();
+}
+
+}  // namespace korvex

@@ -1,0 +1,147 @@
+// The conversion engine: turns a folder of sub-folders of workbooks, or a list of workbooks, into
+// one output workbook with a row per key and a data column per replication number.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/spreadsheet.h"
+#include "structure/clsArray.h"
+#include "structure/clsStructure.h"
+#include "structure/keyed_collection.h"
+
+namespace korvex {
+
+// What a run tells whoever started it.
+class KorvexEvents {
+ public:
+  virtual ~KorvexEvents() = default;
+
+  // The folder or file that failed, by its display path.
+  virtual void ErrorMessage(const std::string& text) = 0;
+  // The progress line of the workbook that is being read.
+  virtual void Message(const std::string& text) = 0;
+  // After each input workbook is closed.
+  virtual void ProcessedFile() = 0;
+};
+
+// One instance serves one run. Rows and columns are one-based.
+class clsKorvex {
+ public:
+  // `events` must outlive the engine.
+  explicit clsKorvex(KorvexEvents& events) : events_(events) {}
+  // Quits the spreadsheet application of a run that failed.
+  ~clsKorvex();
+  clsKorvex(const clsKorvex&) = delete;
+  clsKorvex& operator=(const clsKorvex&) = delete;
+
+  // Converts every file of every sub-folder of `folder`, or `files` when the settings say that
+  // single files are processed, and saves the output workbook under the name that the settings
+  // give. Whatever fails, the user has been told when this raises error 17.
+  void ProcessFolders(std::string& folder, const std::vector<std::string>& files);
+  // Asks for a stop; the user is asked to confirm it before the next file is read.
+  void StopProcess() { stop_requested_ = true; }
+  // True from the start of a run to its end.
+  bool Running() const { return running_; }
+  // Whether the run ended because the user confirmed a stop.
+  bool Stopped() const { return stopped_; }
+
+ private:
+  // Where a column's values come from in the current data sheet.
+  struct ColumnSource {
+    enum class Kind { kSheetColumn, kDate, kFilename, kDayNum, kNothing };
+    Kind kind = Kind::kNothing;
+    int sheet_column = 0;
+  };
+  struct KeyColumn {
+    std::string label;  // "name="
+    ColumnSource source;
+  };
+  struct OutputColumn {
+    int position = 0;
+    ColumnSource source;
+  };
+  // The columns of the current data sheet, looked up once for all of its rows.
+  struct SheetColumns {
+    std::vector<KeyColumn> keys;
+    std::vector<OutputColumn> outputs;
+    int data_column = 0;
+  };
+  // A key's output row and the number of the last data sheet that held it; no row when it is new.
+  struct KeyRow {
+    int row = 0;
+    int last_sheet = 0;
+  };
+
+  // The run, in clsKorvex.cpp.
+  void Run();
+  void CheckStructure();
+  void CreateOutputWorkbook();
+  void ProcessSubFolders();
+  void ProcessFiles(const std::vector<std::string>& files);
+  void ProcessFile(const std::string& path, const std::string& base_name, std::int16_t file_number,
+                   std::int16_t file_count);
+  void ReadFile(const std::string& path, const std::string& base_name, std::int16_t file_number,
+                std::int16_t file_count);
+  void CloseInputWorkbook();
+  void AskWhetherToStop();
+  void SaveOutputWorkbook();
+
+  // Reading a data sheet, in clsKorvex_sheet.cpp.
+  void ProcessSheet(const std::string& base_name, std::int16_t file_number,
+                    std::int16_t file_count);
+  SheetColumns FindSheetColumns();
+  ColumnSource FindColumn(const std::string& name);
+  void BuildKey(int row, const SheetColumns& columns, std::string& key);
+  // The value of a column as a cell value; its text may lie in `text`.
+  CellValue GetColumnValue(const ColumnSource& source, int row, std::string& text);
+  const std::string& GetDate();
+  std::int16_t GetDayNum() const;
+  std::int16_t GetReplicationNum() const;
+  std::string InputDisplayPath() const;
+
+  // Filling the output sheet, in clsKorvex_output.cpp.
+  void WriteHeaders();
+  KeyRow& CheckKey(const std::string& key, bool& is_new);
+  void WriteData(const std::string& key, int output_row, int row, std::int16_t replication,
+                 int data_column);
+  int ReplicationColumn(std::int16_t replication);
+  void WriteOutputColumns(int output_row, int row, const SheetColumns& columns);
+  void RemoveEmptyColumns();
+  void AddExtraHeaders();
+  bool HeaderIsEmpty(int column) const;
+
+  // Shows a message with the one button "OK" and ends the run with error 17.
+  [[noreturn]] static void Refuse(const std::string& message);
+
+  KorvexEvents& events_;
+  std::unique_ptr<Application> application_;
+  Workbook* input_workbook_ = nullptr;
+  Workbook* output_workbook_ = nullptr;
+  Worksheet* data_sheet_ = nullptr;
+  Worksheet* output_sheet_ = nullptr;
+  clsStructure structure_;
+  KeyedCollection<KeyRow> key_table_;
+  KeyedCollection<int> replication_table_;
+  clsArray extra_headers_;
+  std::string processing_folder_;
+  std::int32_t next_output_row_ = 2;
+  std::vector<std::string> files_;
+  bool stop_requested_ = false;
+  bool running_ = false;
+  bool stopped_ = false;
+  std::int16_t current_folder_ = 0;
+  std::int16_t folder_count_ = 0;
+
+  int sheet_number_ = 0;             // counts the data sheets of the run
+  std::optional<std::string> date_;  // of the current data sheet, once somebody asked for it
+  std::string key_;
+  std::string text_;
+  std::string written_text_;
+};
+
+}  // namespace korvex

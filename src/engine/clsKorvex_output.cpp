@@ -1,0 +1,141 @@
+// Filling the output sheet: a row per key, a column per replication, and the headers.
+
+#include <array>
+#include <cmath>
+
+#include "engine/clsKorvex.h"
+#include "platform/error.h"
+#include "util/cell_text.h"
+#include "util/code_page.h"
+#include "util/text.h"
+
+namespace korvex {
+namespace {
+
+constexpr char kLineBreak[] = "\r\n";
+constexpr int kLastHeaderColumn = 387;
+constexpr int kEmptyColumnsAtEnd = 6;
+
+constexpr std::array<std::array<const char*, 2>, 4> kRenamedHeaders = {{
+    {"cell plate #", "plate_96"},
+    {"cell plate wells ##", "well_96"},
+    {"compound ID", "chem_id"},
+    {"compound #", "chem_num"},
+}};
+
+constexpr std::array<const char*, 6> kExtraHeaders = {"screen_num", "row_num",  "vic_num",
+                                                      "plate_384",  "well_384", "plate_id"};
+
+std::string HeaderOf(const std::string& column) {
+  for (const auto& [name, header] : kRenamedHeaders) {
+    if (EqualText(column, name)) return header;
+  }
+  return column;
+}
+
+// The character whose code is 64 + the replication number: "A" for 1, "B" for 2.
+std::string ReplicationLetter(std::int16_t replication) {
+  const int code = 64 + replication;
+  if (code < 0 || code > 255) throw Error(error_number::kInvalidCall);
+  return Utf8FromCodePage1252(static_cast<unsigned char>(code));
+}
+
+// What a cell holds once the text of `value` is written into it. `text` lends the room.
+CellValue WrittenAsText(const CellValue& value, std::string& text) {
+  if (value.kind == CellKind::kEmpty) return value;
+  if (value.kind == CellKind::kText) {
+    return value.text.empty() ? CellValue() : CellFromText(value.text);
+  }
+  // A whole number reads back from its text as it was.
+  if (value.kind == CellKind::kNumber && std::abs(value.number) < 1e15 &&
+      value.number == std::trunc(value.number)) {
+    return CellValue::Number(value.number + 0.0);
+  }
+  text.clear();
+  AppendCellText(value, text);
+  return CellFromText(text);
+}
+
+}  // namespace
+
+void clsKorvex::WriteHeaders() {
+  int column = 0;
+  for (const std::string& name : structure_.OutputColsArray()) {
+    output_sheet_->SetValue(1, ++column, CellFromText(HeaderOf(name)));
+  }
+}
+
+// One table serves both checks: a key's row, and the last data sheet that the key was met in.
+clsKorvex::KeyRow& clsKorvex::CheckKey(const std::string& key, bool& is_new) {
+  KeyRow& found = key_table_.Item(key);
+  is_new = found.row == 0;
+  if (found.last_sheet == sheet_number_) {
+    Refuse(std::string("Duplicate key in file ") + kLineBreak + "'" + InputDisplayPath() + "'" +
+           kLineBreak + kLineBreak + "Key name:   " + key);
+  }
+  found.last_sheet = sheet_number_;
+  if (is_new) found.row = next_output_row_;
+  return found;
+}
+
+void clsKorvex::WriteData(const std::string& key, int output_row, int row, std::int16_t replication,
+                          int data_column) {
+  const int column = ReplicationColumn(replication);
+  const CellValue present = output_sheet_->Value(output_row, column);
+  if (present.kind != CellKind::kEmpty && !TrimBlanks(CellText(present)).empty()) {
+    Refuse(std::string("The same key, with the same replication number was found in different ") +
+           "files, and data would be overwritten. Please check that all key fields are " +
+           "truely unique." + kLineBreak + kLineBreak + "Current file: " + InputDisplayPath() +
+           kLineBreak + kLineBreak + "Key name:   " + key);
+  }
+  output_sheet_->SetValue(output_row, column, data_sheet_->Value(row, data_column));
+}
+
+// A replication keeps the column that it was given when it was first met, even after columns have
+// been deleted or headers appended.
+int clsKorvex::ReplicationColumn(std::int16_t replication) {
+  const std::string letter = ReplicationLetter(replication);
+  int& column = replication_table_.Item(letter);
+  if (column == 0) {
+    column = static_cast<int>(structure_.OutputColsArray().size()) + replication;
+    output_sheet_->SetValue(1, column, CellValue::Text(letter));
+  }
+  return column;
+}
+
+void clsKorvex::WriteOutputColumns(int output_row, int row, const SheetColumns& columns) {
+  for (const OutputColumn& column : columns.outputs) {
+    const CellValue value = GetColumnValue(column.source, row, text_);
+    output_sheet_->SetValue(output_row, column.position, WrittenAsText(value, written_text_));
+  }
+}
+
+bool clsKorvex::HeaderIsEmpty(int column) const {
+  return TrimBlanks(CellText(output_sheet_->Value(1, column))).empty();
+}
+
+void clsKorvex::RemoveEmptyColumns() {
+  int deleted_in_a_row = 0;
+  for (int column = 1; column <= kLastHeaderColumn && deleted_in_a_row < kEmptyColumnsAtEnd;) {
+    if (HeaderIsEmpty(column)) {
+      output_sheet_->DeleteColumn(column);
+      ++deleted_in_a_row;
+    } else {
+      deleted_in_a_row = 0;
+      ++column;
+    }
+  }
+}
+
+void clsKorvex::AddExtraHeaders() {
+  extra_headers_.Clear();
+  for (const char* header : kExtraHeaders) extra_headers_.AddText(header);
+  int column = 1;
+  while (column <= kLastHeaderColumn && !HeaderIsEmpty(column)) ++column;
+  if (column > kLastHeaderColumn) return;
+  for (const std::string& header : extra_headers_.Texts()) {
+    output_sheet_->SetValue(1, column++, CellValue::Text(header));
+  }
+}
+
+}  // namespace korvex

@@ -1,0 +1,145 @@
+// Reading a data sheet: its rows, their keys and the values of their columns.
+
+#include <utility>
+
+#include "engine/clsKorvex.h"
+#include "platform/error.h"
+#include "platform/file_system.h"
+#include "platform/services.h"
+#include "util/basFuncs.h"
+#include "util/basGeneral.h"
+#include "util/cell_text.h"
+#include "util/text.h"
+
+namespace korvex {
+namespace {
+
+constexpr char kLineBreak[] = "\r\n";
+
+// The fields of "<XXX>-<X>-<REPLICATION-NUM>.xls".
+std::vector<std::string> FileNameFields(const std::string& workbook_name) {
+  return Split(SharedFileSys().DropExtention(workbook_name), "-");
+}
+
+bool IsBlank(const CellValue& value) {
+  return value.kind == CellKind::kEmpty ||
+         (value.kind == CellKind::kText && TrimBlanks(value.text).empty());
+}
+
+}  // namespace
+
+void clsKorvex::ProcessSheet(const std::string& base_name, std::int16_t file_number,
+                             std::int16_t file_count) {
+  events_.Message("Folder " + std::to_string(current_folder_) + " of " +
+                  std::to_string(folder_count_) + ", Filename " + base_name + " (" +
+                  std::to_string(file_number) + " of " + std::to_string(file_count) + ")" +
+                  ", Sheet " + std::to_string(data_sheet_->Index()) + " of " +
+                  std::to_string(input_workbook_->WorksheetCount()));
+  ++sheet_number_;
+  date_.reset();
+  const int header_row = GetHeaderRow(*input_workbook_);
+  const std::int16_t replication = GetReplicationNum();
+  const SheetColumns columns = FindSheetColumns();
+
+  for (int row = header_row + 1; !IsBlank(data_sheet_->Value(row, 1)); ++row) {
+    BuildKey(row, columns, key_);
+    bool is_new = false;
+    const KeyRow key_row = CheckKey(key_, is_new);
+    WriteData(key_, key_row.row, row, replication, columns.data_column);
+    if (!is_new) continue;
+    WriteOutputColumns(key_row.row, row, columns);
+    ++next_output_row_;
+  }
+}
+
+clsKorvex::SheetColumns clsKorvex::FindSheetColumns() {
+  SheetColumns columns;
+  for (const std::string& name : structure_.KeyColsArray()) {
+    columns.keys.push_back({name + "=", FindColumn(name)});
+  }
+  for (const std::string& name : structure_.OutputColsArray()) {
+    columns.outputs.push_back({structure_.OutputColPosition(name), FindColumn(name)});
+  }
+  columns.data_column = structure_.AvailableColPosition(structure_.DataColumn());
+  return columns;
+}
+
+clsKorvex::ColumnSource clsKorvex::FindColumn(const std::string& name) {
+  using Kind = ColumnSource::Kind;
+  const int sheet_column = structure_.AvailableColPosition(name);
+  if (sheet_column > 0) return {Kind::kSheetColumn, sheet_column};
+  if (EqualText(name, kDateColumn)) return {Kind::kDate};
+  if (EqualText(name, kFilenameColumn)) return {Kind::kFilename};
+  if (EqualText(name, kDayNumColumn)) return {Kind::kDayNum};
+  return {Kind::kNothing};
+}
+
+void clsKorvex::BuildKey(int row, const SheetColumns& columns, std::string& key) {
+  key.clear();
+  for (const KeyColumn& column : columns.keys) {
+    key += column.label;
+    AppendCellText(GetColumnValue(column.source, row, text_), key);
+    key += ';';
+  }
+}
+
+CellValue clsKorvex::GetColumnValue(const ColumnSource& source, int row, std::string& text) {
+  using Kind = ColumnSource::Kind;
+  switch (source.kind) {
+    case Kind::kSheetColumn:
+      return data_sheet_->Value(row, source.sheet_column);
+    case Kind::kDate:
+      text = GetDate();
+      break;
+    case Kind::kFilename:
+      text = input_workbook_->Path() + Platform().files->Separator() + input_workbook_->Name();
+      break;
+    case Kind::kDayNum:
+      text = std::to_string(GetDayNum());
+      break;
+    case Kind::kNothing:
+      text.clear();
+      break;
+  }
+  return CellValue::Text(text);
+}
+
+const std::string& clsKorvex::GetDate() {
+  if (date_) return *date_;
+  const std::string text = CellText(data_sheet_->Value(1, 1));
+  const std::size_t blank = text.find(' ');
+  if (blank == std::string::npos) {
+    Refuse(std::string("Problem occurred while trying to extract the date from Column \"A1\".") +
+           "Please make sure date format is as required." + kLineBreak + kLineBreak +
+           "Filename: " + InputDisplayPath());
+  }
+  return date_.emplace(text.substr(0, blank));
+}
+
+std::int16_t clsKorvex::GetDayNum() const {
+  const std::vector<std::string> fields = FileNameFields(input_workbook_->Name());
+  if (fields.size() < 2) throw Error(error_number::kSubscript);
+  return ToInt16(fields[fields.size() - 2]);
+}
+
+std::int16_t clsKorvex::GetReplicationNum() const {
+  try {
+    const std::vector<std::string> fields = FileNameFields(input_workbook_->Name());
+    const std::int16_t number = ToInt16(fields.empty() ? std::string() : fields.back());
+    // Replications count from 1: a lower number would lie in the columns of the output columns and
+    // one value would overwrite the other.
+    if (number >= 1) return number;
+  } catch (const Error&) {
+    // Told below, as any name without a replication number is.
+  }
+  Refuse(std::string("Could not extract replication number from file. ") +
+         "Please make sure filenames are in format \"<XXX>-<X>-<REPLICATION-NUM>.xls\"." +
+         kLineBreak + kLineBreak + "Filename: " + InputDisplayPath());
+}
+
+std::string clsKorvex::InputDisplayPath() const {
+  return GetDisplayPath(input_workbook_->Path() + Platform().files->Separator() +
+                        input_workbook_->Name());
+}
+
+}  // namespace korvex

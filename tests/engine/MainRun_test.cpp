@@ -1,0 +1,116 @@
+#include "engine/MainRun.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/campaign.h"
+
+namespace korvex {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+struct RecordedView : RunView {
+  void EnterRunning() override { calls.push_back("running"); }
+  void LeaveRunning() override { calls.push_back("idle"); }
+  void SetMessage(const std::string& text) override { calls.push_back(text); }
+  void SetProgress(std::int32_t value, std::int32_t maximum) override {
+    calls.push_back(std::to_string(value) + "/" + std::to_string(maximum));
+  }
+
+  std::vector<std::string> calls;
+};
+
+class MainRunTest : public testing::Test {
+ protected:
+  RunOutcome Start(const std::vector<std::string>& files = {}) {
+    return run.Start({campaign.folder, files});
+  }
+  const std::vector<std::string>& Texts() const { return campaign.platform.dialogs.texts; }
+
+  Campaign campaign;
+  RecordedView view;
+  MainRun run{view};
+};
+
+TEST_F(MainRunTest, ShowsTheWayOfARunAndOpensItsOutput) {
+  campaign.Set("Main Section", "Launch Output File", "-1");
+  campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
+  campaign.Put("b/P-1-2.xls", {{1, "K1", 7, 0.2}});
+  EXPECT_EQ(Start(), RunOutcome::kFinished);
+  EXPECT_THAT(view.calls, ElementsAre("running", "Initializing...", "1/4",
+                                      "Folder 1 of 2, Filename P-1-1 (1 of 1), Sheet 1 of 1", "2/4",
+                                      "Folder 2 of 2, Filename P-1-2 (1 of 1), Sheet 1 of 1", "3/4",
+                                      "4/4", "idle", "Ready"));
+  EXPECT_THAT(Texts(), ElementsAre("Process finished!"));
+  EXPECT_EQ(campaign.platform.dialogs.buttons[0].icon, 13);
+  EXPECT_THAT(campaign.platform.shell.opened, ElementsAre("/out/all.xls"));
+  EXPECT_EQ(campaign.platform.settings.Get("Main Section", "Last Path"), "/data/screen");
+}
+
+TEST_F(MainRunTest, RefusesAnEmptySelectionAndStoresNothing) {
+  EXPECT_EQ(Start(), RunOutcome::kFailed);
+  campaign.ProcessSelectedFiles();
+  EXPECT_EQ(Start(), RunOutcome::kFailed);
+  EXPECT_THAT(Texts(), ElementsAre("The folder you chose to process has no sub folders.",
+                                   "Please select at least one file to process."));
+  EXPECT_FALSE(campaign.platform.settings.Get("Main Section", "Last Path").has_value());
+  EXPECT_THAT(view.calls, testing::Not(Contains("running")));
+}
+
+TEST_F(MainRunTest, RefusesAnOutputFileThatCannotBeWritten) {
+  campaign.Put("a/P-1-1.xls", {});
+  for (const char* name : {"", "missing/all.xls"}) {
+    campaign.Set("Main Section", "Output File", name);
+    campaign.platform.dialogs.texts.clear();
+    EXPECT_EQ(Start(), RunOutcome::kFailed);
+    EXPECT_THAT(Texts(), ElementsAre("Please specify a valid filename for the output file. \r\n"
+                                     "(File could be in use)."));
+  }
+  EXPECT_THAT(campaign.spreadsheet.calls, IsEmpty());
+  EXPECT_EQ(view.calls.back(), "0/3");
+}
+
+TEST_F(MainRunTest, AsksBeforeItReplacesTheOutputFile) {
+  campaign.Set("Main Section", "Auto-Replace Output files", "0");
+  campaign.Put("a/P-1-1.xls", {});
+  EXPECT_EQ(Start(), RunOutcome::kFinished);
+
+  campaign.platform.files.AddFile("/out/all.xls", "former");
+  campaign.platform.dialogs.texts.clear();
+  campaign.platform.dialogs.plain_answers = {BoxAnswer::kCancel, BoxAnswer::kOk};
+  EXPECT_EQ(Start(), RunOutcome::kFailed);
+  EXPECT_THAT(Texts(), ElementsAre("The file \"/out/all.xls\" exists. Would you like to replace it "
+                                   "with a new output file?"));
+  EXPECT_EQ(Start(), RunOutcome::kFinished);
+  EXPECT_EQ(Texts().back(), "Process finished!");
+}
+
+TEST_F(MainRunTest, TellsAStopFromAFailure) {
+  campaign.Put("a/P-1-1.xls", {});
+  campaign.platform.message_loop.on_yield = [&] {
+    EXPECT_TRUE(run.Running());
+    run.Stop();
+  };
+  EXPECT_EQ(Start(), RunOutcome::kStopped);
+  EXPECT_FALSE(run.Running());
+  run.Stop();
+  EXPECT_EQ(campaign.spreadsheet.applications_running, 0);
+
+  campaign.platform.message_loop.on_yield = nullptr;
+  campaign.platform.files.AddFile("/data/screen/a/broken.xls");
+  EXPECT_EQ(Start(), RunOutcome::kFailed);
+}
+
+TEST_F(MainRunTest, ReportsWhatTheSettingsOrTheDiskRefuse) {
+  campaign.platform.files.Remove("/data/screen");
+  EXPECT_EQ(Start(), RunOutcome::kFailed);
+  EXPECT_THAT(Texts(), ElementsAre(HasSubstr("\"Form1.MainRun\"")));
+  EXPECT_THAT(campaign.platform.dialogs.plain[0].cause, HasSubstr("/data/screen"));
+}
+
+}  // namespace
+}  // namespace korvex
