@@ -1,0 +1,78 @@
+#include "console/console_line.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "util/utf8.h"
+
+namespace korvex {
+namespace {
+
+// What a terminal shows of Ctrl-C behind the drawn line: "^C".
+constexpr std::size_t kEcho = 2;
+
+bool IsControl(char32_t code) {
+  return code < 0x20 || (code >= 0x7F && code < 0xA0);
+}
+
+std::string Printable(std::string_view text, bool keep_line_ends) {
+  std::string result;
+  while (!text.empty()) {
+    const Utf8Character character = FirstUtf8(text);
+    const std::string_view bytes = text.substr(0, character.length);
+    text.remove_prefix(character.length);
+    if (bytes == "\r" && text.starts_with('\n')) continue;
+    if (keep_line_ends && (bytes == "\r" || bytes == "\n")) {
+      result += '\n';
+    } else if (bytes == "\r" || bytes == "\n" || bytes == "\t") {
+      result += ' ';
+    } else {
+      result += IsControl(character.code) ? "?" : bytes;
+    }
+  }
+  return result;
+}
+
+std::size_t Length(std::string_view text) {
+  std::size_t length = 0;
+  for (; !text.empty(); text.remove_prefix(FirstUtf8(text).length)) ++length;
+  return length;
+}
+
+std::string_view Cut(std::string_view text, std::size_t length) {
+  std::size_t size = 0;
+  for (; length > 0 && size < text.size(); --length) size += FirstUtf8(text.substr(size)).length;
+  return text.substr(0, size);
+}
+
+}  // namespace
+
+void ConsoleLine::Draw(std::string_view text) {
+  // The last column stays free: some terminals begin a new line once it is filled.
+  const auto width = static_cast<std::size_t>(std::max(terminal_.Columns() - 1, 1));
+  const std::string printable = Printable(text, false);
+  const std::string line(Cut(printable, width));
+  if (line == drawn_) return;
+  const std::size_t length = Length(line);
+  const std::size_t former = drawn_.empty() ? 0 : std::min(Length(drawn_) + kEcho, width);
+  const std::string rest(former > length ? former - length : 0, ' ');
+  terminal_.WriteError("\r" + line + rest);
+  drawn_ = line;
+}
+
+void ConsoleLine::Clear() {
+  if (drawn_.empty()) return;
+  Draw("");
+  terminal_.WriteError("\r");
+}
+
+void ConsoleLine::WriteLine(std::string_view text) {
+  Write(std::string(text) + "\n");
+}
+
+void ConsoleLine::Write(std::string_view text) {
+  Clear();
+  terminal_.WriteError(Printable(text, true));
+}
+
+}  // namespace korvex

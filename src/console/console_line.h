@@ -1,0 +1,34 @@
+// The last line of the terminal, which progress draws over and messages need free.
+//
+// Everything that a program without a window says goes through here: line ends become LF, and
+// control characters of file names and cells become "?", since a terminal would obey them.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/terminal.h"
+
+namespace korvex {
+
+class ConsoleLine {
+ public:
+  // `terminal` must outlive the line.
+  explicit ConsoleLine(Terminal& terminal) : terminal_(terminal) {}
+
+  // Shows one line of text that the next call draws over, cut to the width of the window. Does
+  // nothing when that text stands there already.
+  void Draw(std::string_view text);
+  // Frees the line of what was drawn.
+  void Clear();
+  // Frees the line and writes a text on lines of its own.
+  void WriteLine(std::string_view text);
+  // Frees the line and writes a text without ending its line: a question.
+  void Write(std::string_view text);
+
+ private:
+  Terminal& terminal_;
+  std::string drawn_;
+};
+
+}  // namespace korvex
