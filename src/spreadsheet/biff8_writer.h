@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "spreadsheet/shared_string_table.h"
+#include "spreadsheet/shared_string_writer.h"
 #include "spreadsheet/sheet_writer.h"
 
 namespace korvex {
@@ -23,7 +23,7 @@ class Biff8Writer {
   void WriteGlobals(ByteWriter& out);
   void WriteBoundSheets(ByteWriter& out) const;
 
-  SharedStringTable strings_;
+  SharedStringWriter strings_;
   std::vector<SheetContent> sheets_;
   std::vector<std::uint64_t> sheet_sizes_;
   std::uint64_t text_cells_ = 0;

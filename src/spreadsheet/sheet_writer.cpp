@@ -9,7 +9,7 @@
 
 #include "spreadsheet/byte_writer.h"
 #include "spreadsheet/cell_store.h"
-#include "spreadsheet/shared_string_table.h"
+#include "spreadsheet/shared_string_writer.h"
 
 namespace korvex {
 
@@ -83,7 +83,7 @@ CellFormat FormatOf(CellKind kind, double number) {
 
 class CellsWriter {
  public:
-  CellsWriter(const CellStore& cells, SharedStringTable& strings, ByteWriter& out)
+  CellsWriter(const CellStore& cells, SharedStringWriter& strings, ByteWriter& out)
       : cells_(cells), strings_(strings), out_(out), blocks_(ColumnCount()) {}
 
   void WriteDimensions() {
@@ -201,7 +201,7 @@ class CellsWriter {
   }
 
   const CellStore& cells_;
-  SharedStringTable& strings_;
+  SharedStringWriter& strings_;
   ByteWriter& out_;
   std::vector<const CellBlock*> blocks_;  // of the rows being written, by column
   std::array<RkCell, biff::kMaxColumns> run_;
@@ -216,7 +216,7 @@ void WriteWindow(bool selected, ByteWriter& out) {
 
 }  // namespace
 
-void WriteSheet(const SheetContent& sheet, SharedStringTable& strings, ByteWriter& out) {
+void WriteSheet(const SheetContent& sheet, SharedStringWriter& strings, ByteWriter& out) {
   out.PutRecord(biff::kBof, biff::kVersionBiff8, biff::kWorksheetSubstream, U16{0x0DBB},
                 U16{0x07CC}, U32{0}, U32{6});
   WritePageSetup(out);

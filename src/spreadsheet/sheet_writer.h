@@ -10,7 +10,7 @@ namespace korvex {
 
 class ByteWriter;
 class CellStore;
-class SharedStringTable;
+class SharedStringWriter;
 
 // Cell formats, as indices of the XF records of the globals.
 enum class CellFormat : std::uint16_t { kGeneral = 15, kDateTime = 16, kDate = 17, kTime = 18 };
@@ -23,6 +23,6 @@ struct SheetContent {
 };
 
 // The texts that cells use are numbered in `strings` as they come.
-void WriteSheet(const SheetContent& sheet, SharedStringTable& strings, ByteWriter& out);
+void WriteSheet(const SheetContent& sheet, SharedStringWriter& strings, ByteWriter& out);
 
 }  // namespace korvex

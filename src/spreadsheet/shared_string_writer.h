@@ -21,10 +21,10 @@ class ByteWriter;
 
 // Numbers the texts in the order in which cells first use them: the table depends on what the cells
 // hold, not on how they came to hold it.
-class SharedStringTable {
+class SharedStringWriter {
  public:
   // `texts` must outlive the table.
-  explicit SharedStringTable(const TextPool& texts);
+  explicit SharedStringWriter(const TextPool& texts);
 
   std::uint32_t IndexOf(std::uint32_t text_id) {
     std::uint32_t& index = index_of_text_[text_id];

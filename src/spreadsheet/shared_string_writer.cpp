@@ -1,4 +1,4 @@
-#include "spreadsheet/shared_string_table.h"
+#include "spreadsheet/shared_string_writer.h"
 
 #include <algorithm>
 #include <array>
@@ -135,11 +135,11 @@ void WriteBuckets(ByteWriter& out, std::size_t strings_a_bucket,
 
 }  // namespace
 
-SharedStringTable::SharedStringTable(const TextPool& texts)
+SharedStringWriter::SharedStringWriter(const TextPool& texts)
     : texts_(texts), index_of_text_(texts.Count(), kUnused) {}
 
-void SharedStringTable::Write(ByteWriter& out, std::uint64_t stream_start,
-                              std::uint64_t references) const {
+void SharedStringWriter::Write(ByteWriter& out, std::uint64_t stream_start,
+                               std::uint64_t references) const {
   const std::size_t count = text_of_index_.size();
   const std::size_t strings_a_bucket =
       std::max(kMinBucketStrings, (count + kMaxBuckets - 1) / kMaxBuckets);
