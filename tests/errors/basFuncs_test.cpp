@@ -1,0 +1,160 @@
+#include "errors/basFuncs.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <new>
+
+#include "errors/clsAppLog.h"
+#include "errors/trap.h"
+#include "platform/error.h"
+#include "settings/basSettings.h"
+#include "tests/support/errors.h"
+#include "tests/support/fakes.h"
+
+namespace korvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+class Reporting : public testing::Test {
+ protected:
+  Reporting() { AppLog().Filename(AppErrFolder() + "KORVEX.LOG"); }
+
+  const std::string& Log() const { return platform.files.Content("/opt/korvex/AppErr/KORVEX.LOG"); }
+
+  // Reports an error as a trap with these choices does.
+  static void ReportPending(bool show, bool write, bool mail,
+                            const std::optional<std::string>& message = std::nullopt) {
+    try {
+      throw Error(61, "Disk full: /out/all.xls", "clsX");
+    } catch (const Error&) {
+      ReportError("frmMain.Run", message, show, write, true, mail);
+    }
+  }
+
+  TestPlatform platform;
+};
+
+TEST_F(Reporting, GoesToLogUserAndMail) {
+  basSettings::SetErrorEmailAddress("lab@example.org");
+  ReportPending(true, true, true);
+  EXPECT_EQ(Log(),
+            "\r\n"
+            "<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<ERROR>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>\r\n"
+            "Error Number   : 61\r\n"
+            "Error Desc     : Disk full: /out/all.xls\r\n"
+            "Error Source   : clsX\r\n"
+            "Date           : 05/03/2004 14:07:09\r\n"
+            "Caught by      : frmMain.Run\r\n"
+            "==================================================================\r\n"
+            "\r\n");
+  ASSERT_EQ(platform.dialogs.plain.size(), 1u);
+  const PlainMessage& shown = platform.dialogs.plain.front();
+  EXPECT_EQ(shown.text,
+            "An error occurred in procedure \"frmMain.Run\".\r\n\r\n"
+            "The Error has been written to a log file.");
+  EXPECT_EQ(shown.icon, BoxIcon::kExclamation);
+  EXPECT_EQ(shown.title, "");
+  EXPECT_EQ(shown.cause, "Disk full: /out/all.xls");
+  EXPECT_THAT(
+      platform.mail.steps,
+      ElementsAre("SignOn", "Compose", "SetSubject: Error in KORVEX",
+                  "SetNoteText: Err Number   = 61\r\nErr Desc.    = Disk full: /out/all.xls\r\n",
+                  "SetPrimaryRecipient: lab@example.org", "ResolveName", "Send", "SignOff"));
+}
+
+TEST_F(Reporting, DoesOnlyWhatIsAskedFor) {
+  ReportPending(false, false, false);
+  EXPECT_EQ(Log(), "");
+  EXPECT_THAT(platform.dialogs.texts, IsEmpty());
+  EXPECT_THAT(platform.mail.steps, IsEmpty());
+  ReportPending(true, false, false, "Errors during Unload.");
+  EXPECT_THAT(platform.dialogs.texts, ElementsAre("Errors during Unload."));
+}
+
+TEST_F(Reporting, TakesEveryStepThoughOthersFail) {
+  AppLog().CloseFile();
+  platform.dialogs.failure = error_number::kOutOfMemory;
+  platform.settings.failure = error_number::kPermissionDenied;  // the recipient cannot be read
+  platform.mail.failing = {"SignOn", "Compose", "SetSubject", "SetNoteText", "ResolveName", "Send"};
+  EXPECT_EQ(ErrorOf([] { ReportPending(true, true, true); }).Number(), 0);
+  EXPECT_EQ(platform.dialogs.texts.size(), 1u);
+  EXPECT_EQ(platform.mail.steps.size(), 7u);
+  EXPECT_EQ(platform.mail.steps.back(), "SignOff");
+}
+
+TEST_F(Reporting, KeepsTheErrorPending) {
+  int number = 0;
+  Trap(
+      "a.b", [] { throw Error(57); },
+      [&](const TrappedError& error) {
+        AppLog().CloseFile();  // reporting fails inside
+        error.Report();
+        number = PendingError().Number();
+      });
+  EXPECT_EQ(number, 57);
+}
+
+TEST_F(Reporting, SurvivesSettingsThatCannotBeRead) {
+  const struct {
+    const char* stored;
+    int failure;
+    bool mailed;
+  } cases[] = {{"-1", 0, true}, {"0", 0, false}, {"perhaps", 0, false}, {"-1", 70, false}};
+  for (const auto& c : cases) {
+    platform.mail.steps.clear();
+    platform.dialogs.texts.clear();
+    platform.settings.failure = 0;
+    platform.settings.Save("Main Section", "Send Email on Error", c.stored);
+    platform.settings.failure = c.failure;
+    Trap("frmMain.Run", [] { throw Error(57); });
+    EXPECT_THAT(platform.dialogs.texts, ElementsAre(HasSubstr("frmMain.Run"))) << c.stored;
+    EXPECT_EQ(!platform.mail.steps.empty(), c.mailed) << c.stored << c.failure;
+  }
+  EXPECT_THAT(Log(), HasSubstr("Error Number   : 57"));
+}
+
+TEST_F(Reporting, CoversForeignExceptions) {
+  Trap("a.b", [] { throw std::bad_alloc(); });
+  Trap("a.b", [] { throw std::runtime_error("odd"); });
+  EXPECT_THAT(Log(), HasSubstr("Error Number   : 7\r\n"));
+  EXPECT_THAT(Log(), HasSubstr("Error Desc     : odd\r\n"));
+}
+
+TEST_F(Reporting, LetsAHandlerPassAnErrorOn) {
+  const auto run = [](int number) {
+    return ErrorOf([&] {
+      Trap(
+          "a.b",
+          [&] {
+            if (number != 0) throw Error(number);
+          },
+          [](const TrappedError& error) {
+            if (!error.IsTold()) error.Report();
+            throw Error(error_number::kCannotPerform);
+          });
+    });
+  };
+  EXPECT_EQ(run(0).Number(), 0);
+  EXPECT_EQ(run(error_number::kCannotPerform).Number(), error_number::kCannotPerform);
+  EXPECT_THAT(platform.dialogs.texts, IsEmpty());
+  EXPECT_EQ(run(error_number::kDiskFull).Number(), error_number::kCannotPerform);
+  EXPECT_EQ(platform.dialogs.texts.size(), 1u);
+}
+
+TEST(AppErrFolder, LiesBesideTheProgramAndIsCreatedOneLevelDeep) {
+  TestPlatform platform(PathStyle::kWindows);
+  EXPECT_EQ(AppErrFolder(), "C:\\KORVEX\\bin\\..\\AppErr\\");
+  EXPECT_TRUE(platform.files.FolderExists("C:\\KORVEX\\AppErr"));
+  EXPECT_EQ(AppErrFolder(), "C:\\KORVEX\\bin\\..\\AppErr\\");
+  platform.SetProgramFolder("C:\\");
+  EXPECT_EQ(AppErrFolder(), "C:\\\\..\\AppErr\\");
+  platform.SetProgramFolder("E:\\none\\bin");
+  EXPECT_EQ(ErrorOf([] { AppErrFolder(); }).Number(), error_number::kPathNotFound);
+}
+
+}  // namespace
+}  // namespace korvex

@@ -1,0 +1,94 @@
+#include "util/text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "util/clsStrings.h"
+#include "util/code_page.h"
+
+namespace korvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(Text, IgnoresLetterCaseOfLatinGreekAndCyrillic) {
+  const struct {
+    const char* a;
+    const char* b;
+    bool equal;
+  } cases[] = {
+      {"Compound ID", "COMPOUND id", true},
+      {"Größe", "GRÖßE", true},
+      {"ÿ", "Ÿ", true},  // the upper case lies in another block
+      {"Łódź", "ŁÓDŹ", true},
+      {"ẽ", "Ẽ", true},
+      {"λόγος", "ΛΌΓΟΣ", true},
+      {"ᾳ", "ᾼ", true},
+      {"жизнь", "ЖИЗНЬ", true},
+      {"ђ", "Ђ", true},
+      {"µ÷×", "µ÷×", true},
+      {"÷", "×", false},  // stand where letters would, yet are none
+      {"ß", "SS", false},
+      {"ı", "I", false},
+      {"a", "ab", false},
+      {"\xE4", "\xC4", false},  // no valid UTF-8, so no letters
+      {"caf\xC3", "CAF\xC3", true},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(EqualText(c.a, c.b), c.equal) << c.a << " " << c.b;
+    EXPECT_EQ(UpperCase(c.a) == UpperCase(c.b), c.equal) << c.a << " " << c.b;
+  }
+}
+
+TEST(Text, ComparesAsTheUpperCasedBytesDo) {
+  const char* const texts[] = {"", "a", "A_", "aB", "b", "_", "Zz", "ä", "Äa", "ж", "a\xFF", "ab"};
+  const auto sign = [](int value) { return (value > 0) - (value < 0); };
+  for (const char* a : texts)
+    for (const char* b : texts)
+      EXPECT_EQ(sign(CompareText(a, b)), sign(UpperCase(a).compare(UpperCase(b)))) << a << " " << b;
+}
+
+TEST(Text, AppendsUpperCaseBehindWhatIsThere) {
+  std::string key = "key=";
+  AppendUpperCase("abc", key);
+  AppendUpperCase("ö!", key);
+  EXPECT_EQ(key, "key=ABCÖ!");
+}
+
+TEST(Text, SplitsAtEverySeparator) {
+  EXPECT_THAT(Split("", "-"), IsEmpty());
+  EXPECT_THAT(Split("P1", "-"), ElementsAre("P1"));
+  EXPECT_THAT(Split("-a--b-", "-"), ElementsAre("", "a", "", "b", ""));
+  EXPECT_THAT(Split("1 AND 2 and 3", " and "), ElementsAre("1", "2", "3"));
+  EXPECT_THAT(Split("a<-- -->b<-- ->c", "<-- -->"), ElementsAre("a", "b<-- ->c"));
+  EXPECT_EQ(Join(Split("a;;b", ";"), ";"), "a;;b");
+}
+
+TEST(Text, TrimsBlanksButNoOtherSpace) {
+  EXPECT_EQ(TrimBlanks("  a b "), "a b");
+  EXPECT_EQ(TrimBlanks("\t \n"), "\t \n");
+  EXPECT_EQ(TrimBlanks("   "), "");
+}
+
+TEST(Strings, TrimJunkKeepsPrintableAsciiAtTheEndsAndEverythingInside) {
+  const clsStrings strings;
+  EXPECT_EQ(strings.TrimJunk("\tabc\r\n"), "abc");
+  EXPECT_EQ(strings.TrimJunk(" a b\x7F"), "a b");
+  EXPECT_EQ(strings.TrimJunk("éa é z€"), "a é z");
+  EXPECT_EQ(strings.TrimJunk("~!"), "~!");
+  EXPECT_EQ(strings.TrimJunk("\r\n é\t"), "");
+}
+
+TEST(CodePage, KeepsWhatItHoldsAndMarksTheRest) {
+  EXPECT_EQ(ToCodePage1252("Maß 5 µM €20 “x” Ÿ"),
+            "Ma\xDF 5 \xB5M \x80"
+            "20 \x93x\x94 \x9F");
+  EXPECT_EQ(ToCodePage1252("λ→\xFF|\xC2\x81"), "???|?");
+  EXPECT_EQ(Utf8FromCodePage1252('A'), "A");
+  EXPECT_EQ(Utf8FromCodePage1252(0x80), "€");
+  EXPECT_EQ(Utf8FromCodePage1252(0xE9), "é");
+}
+
+}  // namespace
+}  // namespace korvex
