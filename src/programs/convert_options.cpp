@@ -1,0 +1,88 @@
+#include "programs/convert_options.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+
+#include "platform/services.h"
+#include "util/text.h"
+
+namespace korvex {
+namespace {
+
+constexpr char kListSeparator[] = "<-- -->";
+
+// A list of columns is stored as one text and looked up without regard to letter case.
+std::string CheckColumnNames(const std::vector<std::string>& names) {
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (TrimBlanks(names[i]).empty()) return "a column has no name";
+    if (names[i].find(kListSeparator) != std::string::npos) {
+      return "a column name cannot hold \"" + std::string(kListSeparator) + "\": " + names[i];
+    }
+    for (std::size_t j = 0; j < i; ++j) {
+      if (EqualText(names[i], names[j])) return "the column is given twice: " + names[i];
+    }
+  }
+  return {};
+}
+
+void CheckOptions(const ConvertOptions& options) {
+  if (!options.folder.empty() && !options.files.empty()) {
+    throw CLI::ValidationError("FOLDER", "give either a folder or --files, not both");
+  }
+  for (const auto& [option, names] :
+       {std::pair{"--key", &options.keys}, std::pair{"--column", &options.columns}}) {
+    const std::string complaint = CheckColumnNames(*names);
+    if (!complaint.empty()) throw CLI::ValidationError(option, complaint);
+  }
+}
+
+class UsageOfBothForms : public CLI::Formatter {
+  std::string make_usage(const CLI::App*, std::string) const override {
+    return "Usage: korvex-convert [options] FOLDER           every file of every sub-folder\n"
+           "       korvex-convert [options] --files FILE...  just these workbooks\n";
+  }
+};
+
+void Describe(CLI::App& app, ConvertOptions& options) {
+  const auto each_name = [](CLI::Option* option) {
+    option->type_name("NAME")->allow_extra_args(false)->take_all();
+  };
+  app.formatter(std::make_shared<UsageOfBothForms>());
+  app.add_option("FOLDER", options.folder, "Processing folder")->type_name("");
+  app.add_option("--files", options.files, "Workbooks to process")->type_name("FILE...");
+  each_name(app.add_option("-k,--key", options.keys, "Key column; repeat, in order"));
+  each_name(app.add_option("-c,--column", options.columns, "Output column; repeat, in order"));
+  app.add_option("-d,--data", options.data, "Data column")->type_name("NAME");
+  app.add_option("-o,--output", options.output, "Output workbook (full name)")->type_name("FILE");
+  app.add_flag("--no-replace", options.no_replace, "Ask before replacing an output file");
+  app.add_flag("--open", options.open, "Open the output workbook at the end");
+  app.add_option("--settings", options.settings_file,
+                 "Use this settings file instead of the per-user one")
+      ->type_name("FILE");
+  app.add_flag("--save-settings", options.save_settings,
+               "Keep the choices of this call in the settings");
+  app.add_flag("--list-columns", options.list_columns,
+               "Print the available columns of the sample file and stop");
+  app.add_flag("-q,--quiet", options.quiet, "No progress");
+  app.set_version_flag("--version", std::string("korvex-convert ") + kProgramVersion);
+  app.footer(
+      "What is left out comes from the settings. Exit status: 0 finished, 1 failed, 2 bad "
+      "arguments, 130 stopped.");
+}
+
+}  // namespace
+
+std::optional<int> ReadArguments(int argc, const char* const* argv, ConvertOptions& options) {
+  CLI::App app("Turns a folder of plate-reader workbooks into one flat workbook.",
+               "korvex-convert");
+  Describe(app, options);
+  try {
+    app.parse(argc, argv);
+    CheckOptions(options);
+    return std::nullopt;
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error, std::cout, std::cerr) == 0 ? 0 : kBadArguments;
+  }
+}
+
+}  // namespace korvex

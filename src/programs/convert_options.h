@@ -1,0 +1,31 @@
+// The arguments of korvex-convert.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvex {
+
+struct ConvertOptions {
+  std::string folder;              // empty when left out
+  std::vector<std::string> files;  // of --files
+  std::vector<std::string> keys;
+  std::vector<std::string> columns;
+  std::optional<std::string> data;
+  std::optional<std::string> output;
+  std::optional<std::string> settings_file;
+  bool no_replace = false;
+  bool open = false;
+  bool save_settings = false;
+  bool list_columns = false;
+  bool quiet = false;
+};
+
+inline constexpr int kBadArguments = 2;
+
+// Reads the arguments into `options`. Returns the exit status when the program is to end at once:
+// 0 after --help or --version, kBadArguments after a complaint on standard error.
+std::optional<int> ReadArguments(int argc, const char* const* argv, ConvertOptions& options);
+
+}  // namespace korvex

@@ -1,0 +1,195 @@
+// The conversion without a window. Chooses the implementations of the platform services, lays the
+// arguments over the settings, and runs.
+
+#include <cstdio>
+#include <string>
+
+#include "console/console_dialogs.h"
+#include "console/console_line.h"
+#include "console/console_message_loop.h"
+#include "console/console_progress.h"
+#include "console/console_run_view.h"
+#include "console/overlay_settings_store.h"
+#include "engine/MainRun.h"
+#include "errors/basFuncs.h"
+#include "errors/clsAppLog.h"
+#include "platform/error.h"
+#include "platform/main_window.h"
+#include "platform/posix/desktop_shell.h"
+#include "platform/posix/desktop_sound.h"
+#include "platform/posix/ini_settings_store.h"
+#include "platform/posix/posix_file_system.h"
+#include "platform/posix/posix_terminal.h"
+#include "platform/posix/program_folder.h"
+#include "platform/posix/sendmail_mail.h"
+#include "platform/posix/system_clock.h"
+#include "platform/services.h"
+#include "programs/convert_options.h"
+#include "settings/basSettings.h"
+#include "spreadsheet/embedded_application.h"
+#include "structure/clsStructure.h"
+#include "util/basGeneral.h"
+#include "util/text.h"
+
+namespace korvex {
+namespace {
+
+constexpr int kFinished = 0;
+constexpr int kFailed = 1;
+constexpr int kStopped = 130;
+constexpr char kProcessSelectedFiles[] = "Process the selected files.";
+
+// The command line stands in for the main window: its folder is the processing folder.
+struct CommandLine : MainWindow {
+  std::string ProcessingFolder() const override { return selection.folder; }
+
+  RunSelection selection;
+};
+
+// The stored folder is processed when the call names nothing.
+RunSelection SelectionOf(const ConvertOptions& options, const FileSystem& files) {
+  RunSelection selection;
+  for (const std::string& file : options.files) selection.files.push_back(files.AbsolutePath(file));
+  if (!selection.files.empty()) {
+    selection.folder = SharedFileSys().GetFilePath(selection.files.front(), false);
+  } else if (!options.folder.empty()) {
+    selection.folder = files.AbsolutePath(options.folder);
+  } else {
+    selection.folder = basSettings::LastPath();
+  }
+  return selection;
+}
+
+// Lays the choices of this call over the settings.
+void LayOverSettings(const ConvertOptions& options, const RunSelection& selection,
+                     const FileSystem& files) {
+  basSettings::SetLastPath(selection.folder);
+  if (!options.files.empty()) basSettings::SetEverySheetRepresents(kProcessSelectedFiles);
+  if (!options.folder.empty()) {
+    basSettings::SetEverySheetRepresents(basSettings::kProcessSubFolders);
+  }
+  if (!options.keys.empty()) basSettings::SetKeysColumns(options.keys);
+  if (!options.columns.empty()) basSettings::SetOutputColumns(options.columns);
+  if (options.data) basSettings::SetDataColumn(*options.data);
+  if (options.output) {
+    basSettings::SetOutputFileMethod(basSettings::kByConstantName);
+    basSettings::WriteOutputFullName(files.AbsolutePath(*options.output));
+  }
+  if (options.no_replace) basSettings::SetAutoReplaceOutputFiles(false);
+  if (options.open) basSettings::SetLaunchOutputFile(true);
+}
+
+// A document opens by itself only where somebody chose that, here or in the options dialog.
+void OpenOnlyWhenChosen(SettingsStore& settings) {
+  if (!settings.Get("Main Section", "Launch Output File")) basSettings::SetLaunchOutputFile(false);
+}
+
+bool OpenErrorLog(std::string& complaint) {
+  try {
+    AppLog().Filename(AppErrFolder() + "KORVEX.LOG");
+    return true;
+  } catch (const Error& error) {
+    complaint = error.Description();
+    return false;
+  }
+}
+
+int ListColumns(const RunSelection& selection) {
+  CheckSelection(selection);
+  clsStructure structure;
+  structure.Constructor(selection.folder, selection.files, nullptr);
+  const std::vector<std::string> columns = structure.AvailableColsArray();
+  for (const std::string& column : columns) std::printf("%s\n", column.c_str());
+  return columns.empty() ? kFailed : kFinished;
+}
+
+int ExitStatus(RunOutcome outcome) {
+  switch (outcome) {
+    case RunOutcome::kFinished:
+      return kFinished;
+    case RunOutcome::kStopped:
+      return kStopped;
+    case RunOutcome::kFailed:
+      break;
+  }
+  return kFailed;
+}
+
+// What the options leave of a call: bad arguments that only the settings can tell.
+std::string Complaint(const ConvertOptions& options, const RunSelection& selection) {
+  if (selection.folder.empty()) return "Give the folder to process, or --files.";
+  if (!options.list_columns && basSettings::KeysColumns().empty()) {
+    return "No column forms the key. Give --key NAME once or more.";
+  }
+  return {};
+}
+
+int Main(const ConvertOptions& options) {
+  PosixTerminal terminal;
+  ConsoleLine line(terminal);
+  ConsoleProgress progress(terminal, line, options.quiet);
+  ConsoleRunView view(progress);
+  MainRun run(view);
+
+  PosixFileSystem files;
+  IniSettingsStore store(files, options.settings_file ? files.AbsolutePath(*options.settings_file)
+                                                      : IniSettingsStore::PerUserPath(files));
+  OverlaySettingsStore settings(store);
+  EmbeddedSpreadsheet spreadsheet(files);
+  SendmailMail mail;
+  DesktopShell shell;
+  DesktopSound sound;
+  ConsoleDialogs dialogs(terminal, line);
+  ConsoleMessageLoop message_loop(terminal, [&] { run.Stop(); });
+  SystemClock clock;
+  CommandLine command_line;
+  const InstalledServices services({.spreadsheet = &spreadsheet,
+                                    .settings = &settings,
+                                    .files = &files,
+                                    .mail = &mail,
+                                    .shell = &shell,
+                                    .sound = &sound,
+                                    .dialogs = &dialogs,
+                                    .message_loop = &message_loop,
+                                    .clock = &clock,
+                                    .main_window = &command_line,
+                                    .program_folder = ProgramFolder()});
+  try {
+    const RunSelection& selection = command_line.selection = SelectionOf(options, files);
+    LayOverSettings(options, selection, files);
+    const std::string complaint = Complaint(options, selection);
+    if (!complaint.empty()) {
+      line.WriteLine(complaint);
+      return kBadArguments;
+    }
+    if (options.save_settings) settings.Keep();
+    OpenOnlyWhenChosen(settings);
+
+    std::string log_complaint;
+    const bool logging = OpenErrorLog(log_complaint);
+    int status = kFinished;
+    if (options.list_columns) {
+      status = ListColumns(selection);
+    } else {
+      status = ExitStatus(run.Start(selection));
+      if (status == kFinished) std::printf("%s\n", basSettings::OutputFullName().c_str());
+    }
+    if (status != kFinished && !logging) {
+      line.WriteLine("There is no error log: " + log_complaint);
+    }
+    AppLog().CloseFile();
+    return status;
+  } catch (const Error& error) {
+    if (error.Number() != error_number::kCannotPerform) line.WriteLine(error.Description());
+    return kFailed;
+  }
+}
+
+}  // namespace
+}  // namespace korvex
+
+int main(int argc, char** argv) {
+  korvex::ConvertOptions options;
+  if (const auto status = korvex::ReadArguments(argc, argv, options)) return *status;
+  return korvex::Main(options);
+}

@@ -1,0 +1,78 @@
+# What ./run, ./test and .ci/run share. Sourced, never run.
+
+# What building the programs needs, and what the tests need on top.
+BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev)
+TEST_PACKAGES=(libgtest-dev libgmock-dev clang-format python3)
+
+# Installs the named Debian packages that are not there yet. Silent when none is missing.
+install_missing() {
+  local missing=() package
+  for package in "$@"; do
+    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q ' installed$' ||
+      missing+=("$package")
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  echo "Installing: ${missing[*]}" >&2
+  local sudo=()
+  [ "$(id -u)" -eq 0 ] || sudo=(sudo)
+  {
+    "${sudo[@]}" apt-get update &&
+      "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y --no-install-recommends "${missing[@]}"
+  } >"${TMPDIR:-/tmp}/korvex-install.$$.log" 2>&1 || {
+    cat "${TMPDIR:-/tmp}/korvex-install.$$.log" >&2
+    rm -f "${TMPDIR:-/tmp}/korvex-install.$$.log"
+    echo "The packages could not be installed." >&2
+    return 1
+  }
+  rm -f "${TMPDIR:-/tmp}/korvex-install.$$.log"
+}
+
+# build_quietly FOLDER COMMAND…: runs a build step; its output is shown when it fails.
+build_quietly() {
+  local log="$1/build.log"
+  shift
+  "$@" >"$log" 2>&1 || {
+    cat "$log" >&2
+    echo "The build failed." >&2
+    return 1
+  }
+}
+
+# build ROOT TARGET…: builds targets of the release preset into ROOT/build.
+build() {
+  local root=$1
+  shift
+  mkdir -p "$root/build"
+  if [ ! -f "$root/build/build.ninja" ]; then
+    build_quietly "$root/build" cmake -S "$root" --preset release
+  fi
+  if ! ninja -C "$root/build" -n "$@" 2>/dev/null | grep -q 'no work to do'; then
+    echo "Building ..." >&2
+  fi
+  build_quietly "$root/build" ninja -C "$root/build" "$@"
+}
+
+build_programs() { build "$1" korvex-convert workbook-dump; }
+build_all() { build "$1" all; }
+
+# show_rows N: the first N rows of what workbook-dump prints, as a table of the columns that hold data
+# in them; numbers shortened to six digits.
+show_rows() {
+  awk -F'\t' -v rows="$1" '
+    $2 > rows { next }
+    {
+      value = $4 == "number" ? sprintf("%.6g", $5) : $5
+      cell[$2, $3] = value
+      if (length(value) > width[$3]) width[$3] = length(value)
+      if ($2 > 1 && $3 > last) last = $3
+    }
+    END {
+      for (r = 1; r <= rows; ++r) {
+        line = ""
+        for (c = 1; c <= last; ++c) line = line sprintf("%-" width[c] "s  ", cell[r, c])
+        sub(/ +$/, "", line)
+        print line
+      }
+    }'
+}
