@@ -1,0 +1,61 @@
+#include "spreadsheet/file_kind.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/spreadsheet/opened_workbook.h"
+
+namespace korvex::test {
+namespace {
+
+Bytes Utf16(std::string_view text) {
+  Bytes bytes = "\xFF\xFE";
+  for (const char letter : text) bytes += U16(static_cast<unsigned char>(letter));
+  return bytes;
+}
+
+TEST(FileKind, IsDecidedByTheContent) {
+  const struct {
+    Bytes file;
+    const char* refusal;
+  } cases[] = {
+      {"", "is empty (0 bytes)"},
+      {Bytes(2048, '\0'), "is not an .xls workbook: it is nothing but zero bytes"},
+      {"plate\twell\tOD\n1\tA1\t0.5\n", "is not an .xls workbook: it is tab-delimited text"},
+      {Utf16("plate\twell\n"), "is not an .xls workbook: it is tab-delimited text"},
+      {"\xEF\xBB\xBFplate;OD\n1;0,5\n", "is not an .xls workbook: it is semicolon-delimited text"},
+      {"plate,OD\n1,0.5\n", "is not an .xls workbook: it is comma-delimited text"},
+      {"\n <TABLE><tr><td>1</td></tr></TABLE>", "is not an .xls workbook: it is a web page (HTML)"},
+      {"<?xml version=\"1.0\"?>\n<Workbook "
+       "xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\">",
+       "is not an .xls workbook: it is an XML spreadsheet (SpreadsheetML)"},
+      {"ID;PWXL;N;E\n", "is not an .xls workbook: it is a SYLK file"},
+      {"PK\x03\x04 [Content_Types].xml", "is not an .xls workbook: it is an .xlsx workbook"},
+      {"PK\x03\x04 mimetypeapplication/vnd.oasis.opendocument.spreadsheet",
+       "is not an .xls workbook: it is an OpenDocument spreadsheet (.ods)"},
+      {Record(0x0409, U16(0) + U16(0x10) + U16(0)),
+       "is not an .xls workbook: it is a worksheet in the format before Excel 5"},
+      {"\x05"
+       "Anna " +
+           Bytes(159, ' '),
+       "is not an .xls workbook: it is the mark of a workbook that somebody has open"},
+      {"\x01\x02\x03", "is not an .xls workbook: it is a file of an unknown kind"},
+  };
+  for (const auto& test : cases) EXPECT_EQ(RefusalOf(test.file), test.refusal);
+}
+
+TEST(FileKind, TellsOtherDocumentsInCompoundFilesApart) {
+  const struct {
+    const char* stream;
+    const char* refusal;
+  } cases[] = {
+      {"EncryptedPackage", "needs a password: it is an encrypted .xlsx workbook"},
+      {"WordDocument", "is not an .xls workbook: it is a Word document"},
+  };
+  for (const auto& test : cases) {
+    EXPECT_EQ(RefusalOf(CompoundBytes{.stream = "x", .stream_name = test.stream}.Build()),
+              test.refusal);
+  }
+}
+
+}  // namespace
+}  // namespace korvex::test

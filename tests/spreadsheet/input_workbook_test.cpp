@@ -1,0 +1,114 @@
+#include "spreadsheet/input_workbook.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/errors.h"
+#include "tests/support/memory_file_system.h"
+#include "tests/support/workbook_bytes.h"
+
+namespace korvex::test {
+namespace {
+
+constexpr char kFile[] = "/plates/run1/P1-3-2.xls";
+
+class InputWorkbookTest : public ::testing::Test {
+ protected:
+  InputWorkbookTest() {
+    StreamBytes stream;
+    stream.globals = StringTable({NarrowText("first")});
+    stream.sheets = {{.name = "Chart1", .kind = 2},
+                     {.name = "data", .records = Record(0x00FD, CellHead(0, 0) + U32(0))},
+                     {.name = "More", .records = NumberCell(1, 1, 2)}};
+    files_.AddFile(kFile, CompoundBytes{.stream = stream.Build()}.Build());
+  }
+
+  std::unique_ptr<InputWorkbook> Open(const std::string& file = kFile) {
+    return std::make_unique<InputWorkbook>(files_, file, pool_, CloseHandler());
+  }
+
+  MemoryFileSystem files_{PathStyle::kLinux};
+  ReadBufferPool pool_;
+};
+
+TEST_F(InputWorkbookTest, NamesItselfAndItsSheets) {
+  const auto workbook = Open();
+  EXPECT_EQ(workbook->Name(), "P1-3-2.xls");
+  EXPECT_EQ(workbook->Path(), "/plates/run1");
+  EXPECT_EQ(workbook->WorksheetCount(), 2);
+  EXPECT_EQ(workbook->Worksheets(1).Name(), "data");
+  EXPECT_EQ(workbook->Worksheets("DATA").Index(), 2);
+  for (const Error& error : {ErrorOf([&] { workbook->Worksheets("missing"); }),
+                             ErrorOf([&] { workbook->Worksheets("Chart1"); }),
+                             ErrorOf([&] { workbook->Worksheets(3); })}) {
+    EXPECT_EQ(error.Number(), error_number::kSubscript);
+    EXPECT_EQ(error.Description().rfind(std::string(kFile) + " has no worksheet ", 0), 0u);
+  }
+}
+
+TEST_F(InputWorkbookTest, AnswersWithinTheSheetAndRefusesOutside) {
+  const auto workbook = Open();
+  const Worksheet& sheet = workbook->Worksheets(1);
+  EXPECT_EQ(sheet.Value(1, 1), CellValue::Text("first"));
+  EXPECT_EQ(sheet.Value(65536, 256), CellValue());
+  EXPECT_EQ(sheet.Value(1, 387), CellValue());
+  for (const CellAddress outside : {CellAddress{0, 1}, {1, 0}, {65537, 1}, {1, 388}}) {
+    const Error error = ErrorOf([&] { sheet.Value(outside.row, outside.column); });
+    EXPECT_EQ(error.Number(), error_number::kAutomation);
+    EXPECT_NE(error.Description().find(kFile), std::string::npos);
+  }
+}
+
+TEST_F(InputWorkbookTest, TextsStayWhileOtherSheetsAreRead) {
+  const auto workbook = Open();
+  const CellValue text = workbook->Worksheets("data").Value(1, 1);
+  EXPECT_EQ(workbook->Worksheets("more").Value(2, 2), CellValue::Number(2));
+  const auto second = Open();
+  EXPECT_EQ(second->Worksheets("more").Value(2, 2), CellValue::Number(2));
+  EXPECT_EQ(text.text, "first");
+  EXPECT_EQ(workbook->Worksheets("data").Value(1, 1), text);
+}
+
+TEST_F(InputWorkbookTest, RefusesChanges) {
+  const auto workbook = Open();
+  Worksheet& sheet = workbook->Worksheets(1);
+  for (const Error& error : {ErrorOf([&] { sheet.SetValue(1, 1, CellValue::Number(1)); }),
+                             ErrorOf([&] { sheet.SetName("x"); }), ErrorOf([&] { sheet.Delete(); }),
+                             ErrorOf([&] { sheet.DeleteColumn(1); }),
+                             ErrorOf([&] { workbook->SaveAs("/plates/x.xls"); })}) {
+    EXPECT_EQ(error.Number(), error_number::kAutomation);
+    EXPECT_EQ(error.Description(), std::string(kFile) + " is opened for reading only");
+  }
+}
+
+TEST_F(InputWorkbookTest, ClosingTellsTheOwnerOnce) {
+  std::unique_ptr<InputWorkbook> workbook;
+  int closed = 0;
+  workbook = std::make_unique<InputWorkbook>(files_, kFile, pool_, [&](const Workbook& closing) {
+    ++closed;
+    EXPECT_EQ(&closing, workbook.get());
+    workbook.reset();
+  });
+  workbook->Close();
+  EXPECT_EQ(closed, 1);
+  EXPECT_EQ(workbook, nullptr);
+}
+
+TEST_F(InputWorkbookTest, ErrorsNameTheFileAndTheCause) {
+  files_.AddFile("/plates/text.xls", "a\tb\n");
+  Error error = ErrorOf([&] { Open("/plates/text.xls"); });
+  EXPECT_EQ(error.Number(), error_number::kAutomation);
+  EXPECT_EQ(error.Description(),
+            "/plates/text.xls is not an .xls workbook: it is tab-delimited text");
+
+  const Bytes cell = Record(0x00FD, CellHead(0, 0) + U32(0));
+  files_.AddFile("/plates/bad.xls", CompoundBytes{.stream = OneSheet(cell)}.Build());
+  const auto workbook = Open("/plates/bad.xls");
+  for (int attempt = 1; attempt <= 2; ++attempt) {
+    error = ErrorOf([&] { workbook->Worksheets(1).Value(1, 1); });
+    EXPECT_EQ(error.Description().rfind("/plates/bad.xls is damaged: cell A1 ", 0), 0u);
+  }
+  EXPECT_EQ(ErrorOf([&] { Open("/plates/none.xls"); }).Number(), error_number::kFileNotFound);
+}
+
+}  // namespace
+}  // namespace korvex::test

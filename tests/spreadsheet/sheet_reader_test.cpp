@@ -1,0 +1,202 @@
+#include "spreadsheet/sheet_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "tests/spreadsheet/opened_workbook.h"
+
+namespace korvex::test {
+namespace {
+
+constexpr unsigned kBiff5 = 0x0500;
+
+Bytes BoolErrCell(unsigned column, unsigned value, unsigned is_error) {
+  return Record(0x0205, CellHead(0, column) + U8(value) + U8(is_error));
+}
+
+// A formula with a result of 8 bytes, and no tokens.
+Bytes FormulaCell(unsigned row, unsigned column, const Bytes& result, unsigned xf = 0) {
+  return Record(0x0006, CellHead(row, column, xf) + result + U16(0) + U32(0) + U16(0));
+}
+
+Bytes SpecialResult(unsigned type, unsigned value = 0) {
+  return U8(type) + U8(0) + U8(value) + Bytes(3, '\0') + U16(0xFFFF);
+}
+
+Bytes RkCell(unsigned column, std::uint32_t rk) {
+  return Record(0x027E, CellHead(0, column) + U32(rk));
+}
+
+TEST(SheetReader, ReadsEveryKindOfCell) {
+  const Bytes strings = StringTable({NarrowText("zero"), NarrowText("one")});
+  const struct {
+    const char* condition;
+    Bytes records;
+    const char* cells;
+  } cases[] = {
+      {"NUMBER, with surplus bytes", Record(0x0203, CellHead(2, 255) + F64(-0.25) + "surplus"),
+       "3,256 number -0.25"},
+      {"RK: double, integer, and both by 100",
+       RkCell(0, 0x3FF80000) + RkCell(1, 0x3FF80001) + RkCell(2, (7 << 2) | 2) +
+           RkCell(3, static_cast<std::uint32_t>(-123 * 4) | 3),
+       "1,1 number 1.5 | 1,2 number 0.015 | 1,3 number 7 | 1,4 number -1.23"},
+      {"MULRK, counted by its length",
+       Record(0x00BD, U16(1) + U16(2) + U16(0) + U32(6) + U16(0) + U32(10) + U16(99)),
+       "2,3 number 1 | 2,4 number 2"},
+      {"MULRK past the last column",
+       Record(0x00BD, U16(1) + U16(255) + U16(0) + U32(6) + U16(0) + U32(10) + U16(256)),
+       "2,256 number 1"},
+      {"LABELSST", Record(0x00FD, CellHead(0, 0) + U32(1)), "1,1 text one"},
+      {"LABEL", Record(0x0204, CellHead(0, 0) + WideText(u"\u03B1")), "1,1 text α"},
+      {"LABEL, empty and without a flag byte", Record(0x0204, CellHead(0, 0) + U16(0)),
+       "1,1 text "},
+      {"BOOLERR, one of them a byte too long",
+       BoolErrCell(0, 1, 0) + BoolErrCell(1, 42, 1) + BoolErrCell(2, 99, 1) +
+           Record(0x0205, CellHead(0, 3) + U8(0) + U8(0) + U8(0)),
+       "1,1 boolean True | 1,2 error Error 2042 | 1,3 error Error 2015 | 1,4 boolean False"},
+      {"blanks", Record(0x0201, CellHead(5, 1)) + Record(0x00BE, U16(7) + U16(0) + U32(0) + U16(1)),
+       ""},
+      {"infinite number", NumberCell(0, 0, std::numeric_limits<double>::infinity()),
+       "1,1 error Error 2036"},
+      {"column that no sheet has", NumberCell(0, 256, 1), ""},
+      {"record too short to be a cell", Record(0x0203, CellHead(0, 0) + "1234567"), ""},
+      {"zero bytes between records", NumberCell(0, 0, 1) + U32(0) + NumberCell(0, 1, 2),
+       "1,1 number 1 | 1,2 number 2"},
+  };
+  for (const auto& test : cases) {
+    EXPECT_EQ(ListingOfRecords(test.records, strings), test.cells) << test.condition;
+  }
+}
+
+TEST(SheetReader, TakesTheResultsOfFormulas) {
+  const Bytes text_follows = FormulaCell(0, 0, SpecialResult(0));
+  const Bytes string = Record(0x0207, NarrowText("result"));
+  const struct {
+    const char* condition;
+    Bytes records;
+    const char* cells;
+  } cases[] = {
+      {"number, Boolean, error, nothing",
+       FormulaCell(0, 0, F64(0.5)) + FormulaCell(0, 1, SpecialResult(1, 1)) +
+           FormulaCell(0, 2, SpecialResult(2, 7)) + FormulaCell(0, 3, SpecialResult(3)),
+       "1,1 number 0.5 | 1,2 boolean True | 1,3 error Error 2007 | 1,4 text "},
+      {"text", text_follows + string, "1,1 text result"},
+      {"text behind a shared formula", text_follows + Record(0x04BC, Bytes(8, 'f')) + string,
+       "1,1 text result"},
+      {"text behind an array", text_follows + Record(0x0221, Bytes(12, 'f')) + string,
+       "1,1 text result"},
+      {"text behind a table", text_follows + Record(0x0236, Bytes(16, 'f')) + string,
+       "1,1 text result"},
+      {"text in two records",
+       text_follows + Record(0x0207, U16(4) + U8(0) + "ab") + Record(0x003C, U8(0) + "cd"),
+       "1,1 text abcd"},
+      {"text that never comes", text_follows + NumberCell(0, 1, 1) + string,
+       "1,1 text  | 1,2 number 1"},
+      {"text without a formula", NumberCell(0, 0, 1) + string, "1,1 number 1"},
+  };
+  for (const auto& test : cases) {
+    EXPECT_EQ(ListingOfRecords(test.records), test.cells) << test.condition;
+  }
+}
+
+TEST(SheetReader, DecodesTextsOfOldWorkbooksByTheirCodePage) {
+  const auto code_page = [](unsigned number) { return Record(0x0042, U16(number)); };
+  const struct {
+    Bytes globals;
+    const char* bytes;
+    const char* text;
+  } cases[] = {
+      {{}, "\xB5M \x80", "µM €"},
+      {code_page(32769), "\x80", "€"},
+      {code_page(32768), "\xB5M", "µM"},
+      {code_page(1250), "\x9C", "ś"},
+      {code_page(1251), "\xE4", "д"},
+      {code_page(1253), "\xE1", "α"},
+      {code_page(1252), "a\x81z", "a\uFFFDz"},
+      {code_page(932), "a\x83\x41",
+       "a\uFFFD"
+       "A"},
+  };
+  for (const auto& test : cases) {
+    const Bytes label = Record(0x0204, CellHead(0, 0) + ByteText(test.bytes));
+    const Bytes rich =
+        Record(0x00D6, CellHead(0, 1) + ByteText(test.bytes) + U8(1) + U8(0) + U8(1));
+    const Bytes formula =
+        FormulaCell(0, 2, SpecialResult(0)) + Record(0x0207, ByteText(test.bytes));
+    const std::string text = test.text;
+    EXPECT_EQ(ListingOfRecords(label + rich + formula, test.globals, kBiff5),
+              "1,1 text " + text + " | 1,2 text " + text + " | 1,3 text " + text);
+  }
+}
+
+TEST(SheetReader, KeepsTheLaterOfTwoCellsAtOnePlace) {
+  const Bytes records = NumberCell(4, 1, 1) + NumberCell(0, 3, 2) + NumberCell(4, 1, 3) +
+                        NumberCell(0, 2, 4) + NumberCell(2, 0, 5) + Record(0x0201, CellHead(2, 0)) +
+                        Record(0x0201, CellHead(9, 0)) + NumberCell(9, 0, 6);
+  EXPECT_EQ(ListingOfRecords(records),
+            "1,3 number 4 | 1,4 number 2 | 5,2 number 3 | 10,1 number 6");
+}
+
+TEST(SheetReader, PassesOverEmbeddedCharts) {
+  const Bytes chart = Record(0x0809, U16(0x0600) + U16(0x20)) + NumberCell(0, 0, 9) +
+                      Record(0x0809, U16(0x0600) + U16(0x20)) + NumberCell(0, 1, 9) +
+                      Record(0x000A) + NumberCell(0, 2, 9) + Record(0x000A);
+  EXPECT_EQ(ListingOfRecords(NumberCell(0, 0, 1) + chart + NumberCell(0, 3, 2)),
+            "1,1 number 1 | 1,4 number 2");
+}
+
+TEST(SheetReader, KeepsTheCellsBeforeAStreamEndsEarly) {
+  const Bytes whole = OneSheet(NumberCell(0, 0, 1));
+  const struct {
+    const char* condition;
+    Bytes stream;
+  } cases[] = {
+      {"no EOF", whole.substr(0, whole.size() - 4)},
+      {"zeros", whole.substr(0, whole.size() - 4) + Bytes(1001, '\0')},
+      {"garbage", whole.substr(0, whole.size() - 4) + Bytes(50, '\xEE')},
+      {"record cut", whole.substr(0, whole.size() - 4) + NumberCell(0, 1, 2).substr(0, 12)},
+      {"cells behind EOF", whole + NumberCell(0, 1, 2)},
+  };
+  for (const auto& test : cases) {
+    EXPECT_EQ(ListingOf(CompoundBytes{.stream = test.stream}.Build()), "1,1 number 1")
+        << test.condition;
+  }
+}
+
+TEST(SheetReader, RefusesTextsThatAreNotInTheWorkbook) {
+  const Bytes cell = Record(0x00FD, CellHead(6, 27) + U32(1));
+  const Bytes strings = StringTable({NarrowText("only one")});
+  EXPECT_EQ(RefusalOf(CompoundBytes{.stream = OneSheet(cell, strings)}.Build()),
+            "is damaged: cell AB7 shows text number 2 of the workbook's texts, of which 1 can be "
+            "read");
+}
+
+TEST(SheetCells, LastCellCountsFormattedBlanks) {
+  const Bytes records = NumberCell(1, 1, 1) + Record(0x00BE, U16(1) + U16(2) + U32(0) + U16(3)) +
+                        Record(0x0201, CellHead(65535, 0));
+  OpenedWorkbook workbook(CompoundBytes{.stream = OneSheet(records)}.Build());
+  EXPECT_EQ(workbook.Cells().LastCell(), (CellAddress{65536, 4}));
+  EXPECT_EQ(workbook.Cells().CountA(2), 1);
+  EXPECT_EQ(workbook.Cells().CountA(65536), 0);
+  OpenedWorkbook empty(CompoundBytes{.stream = OneSheet({})}.Build());
+  EXPECT_EQ(empty.Cells().LastCell(), (CellAddress{1, 1}));
+}
+
+TEST(SheetCells, FindsCellsInRowsWithAndWithoutGaps) {
+  Bytes records;
+  for (const unsigned column : {1u, 2u, 3u, 7u, 9u}) records += NumberCell(2, column, column);
+  records += NumberCell(4, 0, 40);
+  OpenedWorkbook workbook(CompoundBytes{.stream = OneSheet(records)}.Build());
+  const SheetCells& cells = workbook.Cells();
+  std::string row;
+  for (int column = 1; column <= 11; ++column) row += CellText(cells.Value(3, column)) + ",";
+  EXPECT_EQ(row, ",1,2,3,,,,7,,9,,");
+  EXPECT_EQ(cells.Value(5, 1), CellValue::Number(40));
+  for (const int other_row : {0, 1, 2, 4, 6, 65536}) {
+    EXPECT_EQ(cells.Value(other_row, 1), CellValue()) << other_row;
+  }
+}
+
+}  // namespace
+}  // namespace korvex::test
