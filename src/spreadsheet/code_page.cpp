@@ -1,5 +1,7 @@
 #include "spreadsheet/code_page.h"
 
+#include <algorithm>
+
 #include "spreadsheet/little_endian.h"
 #include "spreadsheet/unicode.h"
 
@@ -206,11 +208,19 @@ const CodePage* FindCodePage(std::uint16_t number) {
   return nullptr;
 }
 
+// Writers that name UTF-16 as the code page use it for the texts that need it and leave ASCII as it
+// is.
+bool IsUtf16(std::uint16_t number, std::span<const std::byte> bytes) {
+  if ((number != 1200 && number != 21010) || bytes.size() % 2 != 0) return false;
+  return std::any_of(bytes.begin(), bytes.end(),
+                     [](std::byte byte) { return LoadU8(&byte) == 0 || LoadU8(&byte) >= 0x80; });
+}
+
 }  // namespace
 
 void AppendCodePageText(std::uint16_t number, std::span<const std::byte> bytes, TextArena& out) {
   char* at = out.Reserve((bytes.size() + 1) * kUtf8PerUnit);
-  if (number == 1200 || number == 21010) {
+  if (IsUtf16(number, bytes)) {
     Utf16Decoder decoder;
     at = decoder.Append(bytes.data(), bytes.size() / 2, at);
     out.CommitUpTo(decoder.Finish(at));

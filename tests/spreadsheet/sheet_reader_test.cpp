@@ -114,6 +114,8 @@ TEST(SheetReader, DecodesTextsOfOldWorkbooksByTheirCodePage) {
       {code_page(1251), "\xE4", "д"},
       {code_page(1253), "\xE1", "α"},
       {code_page(1252), "a\x81z", "a\uFFFDz"},
+      {code_page(1200), "\xB1\x03\xB2\x03", "αβ"},
+      {code_page(1200), "ab", "ab"},
       {code_page(932), "a\x83\x41",
        "a\uFFFD"
        "A"},
