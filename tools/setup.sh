@@ -39,22 +39,34 @@ build_quietly() {
   }
 }
 
-# build ROOT TARGET…: builds targets of the release preset into ROOT/build.
+# configure ROOT TESTS: the release preset in ROOT/build, with or without the tests (ON or OFF). What
+# is configured already stays, unless tests are wanted that were left out.
+configure() {
+  local root=$1 tests=$2 cache=$1/build/CMakeCache.txt
+  if [ -f "$root/build/build.ninja" ]; then
+    [ "$tests" = OFF ] || grep -q '^KORVEX_TESTS:BOOL=ON' "$cache" && return 0
+  fi
+  mkdir -p "$root/build"
+  build_quietly "$root/build" cmake -S "$root" --preset release -DKORVEX_TESTS="$tests"
+}
+
+# build ROOT TARGET…
 build() {
   local root=$1
   shift
-  mkdir -p "$root/build"
-  if [ ! -f "$root/build/build.ninja" ]; then
-    build_quietly "$root/build" cmake -S "$root" --preset release
-  fi
-  if ! ninja -C "$root/build" -n "$@" 2>/dev/null | grep -q 'no work to do'; then
-    echo "Building ..." >&2
-  fi
+  ninja -C "$root/build" -n "$@" 2>/dev/null | grep -q 'no work to do' || echo "Building ..." >&2
   build_quietly "$root/build" ninja -C "$root/build" "$@"
 }
 
-build_programs() { build "$1" korvex-convert workbook-dump; }
-build_all() { build "$1" all; }
+build_programs() {
+  configure "$1" OFF
+  build "$1" korvex-convert workbook-dump
+}
+
+build_all() {
+  configure "$1" ON
+  build "$1" all
+}
 
 # show_rows N: the first N rows of what workbook-dump prints, as a table of the columns that hold data
 # in them; numbers shortened to six digits.
