@@ -10,6 +10,8 @@ A workbook is (path, sheets), a sheet (name, rows), a row a list of cells, a cel
     error    0 #NULL!, 7 #DIV/0!, 15 #VALUE!, 23 #REF!, 29 #NAME?, 36 #NUM!, 42 #N/A
     text     the text
     formula  (formula in A1 notation without "=", its number)
+    nothing  a formula that gives an empty text, where the program can write it; else empty
+    blank    an empty cell with a format, where the program can write it; else empty
 """
 
 import datetime
@@ -50,15 +52,20 @@ def installed():
 def write(program, workbooks):
     """Writes all workbooks in one go, which spares the slow start of some programs."""
     if workbooks:
-        {"libreoffice": with_libreoffice, "gnumeric": with_gnumeric, "xlwt": with_xlwt,
-         "writeexcel": with_writeexcel}[program](workbooks)
+        {"libreoffice": with_libreoffice, "gnumeric": with_gnumeric, "gnumeric-95": with_gnumeric_95,
+         "xlwt": with_xlwt, "xlwt-1904": with_xlwt_1904, "writeexcel": with_writeexcel}[program](workbooks)
 
 
-def with_xlwt(workbooks):
+def with_xlwt_1904(workbooks):
+    with_xlwt(workbooks, days_off=1462)
+
+
+def with_xlwt(workbooks, days_off=0):
     import xlwt
     date_style = xlwt.easyxf(num_format_str="M/D/YYYY h:mm:ss")
     for path, sheets in workbooks:
         book = xlwt.Workbook(encoding="utf-8")
+        book.dates_1904 = bool(days_off)
         for name, rows in sheets:
             sheet = book.add_sheet(name)
             for row, cells in enumerate(rows):
@@ -66,10 +73,12 @@ def with_xlwt(workbooks):
                     if kind == "error":
                         sheet.row(row).set_cell_error(column, value)
                     elif kind == "date":
-                        sheet.row(row).write(column, value, date_style)
+                        sheet.row(row).write(column, value - days_off, date_style)
                     elif kind == "formula":
                         sheet.row(row).write(column, value[1])
-                    elif kind != "empty":
+                    elif kind == "blank":
+                        sheet.row(row).set_cell_blank(column, date_style)
+                    elif kind not in ("empty", "nothing"):
                         sheet.row(row).write(column, value)
         book.save(path)
 
@@ -92,12 +101,16 @@ def with_libreoffice(workbooks):
             shutil.move("%s/%d.xls" % (folder, number), path)
 
 
-def with_gnumeric(workbooks):
+def with_gnumeric_95(workbooks):
+    with_gnumeric(workbooks, "excel_biff7")
+
+
+def with_gnumeric(workbooks, version="excel_biff8"):
     with tempfile.TemporaryDirectory() as folder:
         for path, sheets in workbooks:
             source = folder + "/book.ods"
             write_open_document(source, sheets)
-            subprocess.run(["ssconvert", "--recalc", "--export-type=Gnumeric_Excel:excel_biff8", source, path],
+            subprocess.run(["ssconvert", "--recalc", "--export-type=Gnumeric_Excel:" + version, source, path],
                            check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
 
@@ -162,6 +175,8 @@ def open_cell(cell):
     elif kind == "formula":
         references = re.sub(r"([A-Z]+\d+)", r"[.\1]", value[0])
         attributes = 'table:formula="of:=%s" office:value-type="float" office:value="%r"' % (references, value[1])
+    elif kind == "nothing":
+        attributes = 'table:formula="of:=&quot;&quot;" office:value-type="string" office:string-value=""'
     elif kind == "text":
         attributes = 'office:value-type="string"'
         # Blanks at the ends and in a row would be lost.

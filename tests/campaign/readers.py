@@ -15,8 +15,7 @@ import subprocess
 import tempfile
 import xml.etree.ElementTree as ET
 
-ERRORS = {"#NULL!": 0, "#DIV/0!": 7, "#VALUE!": 15, "#REF!": 23, "#NAME?": 29, "#NUM!": 36, "#N/A": 42,
-          "#N/A!": 42}
+ERRORS = {"#NULL!": 0, "#DIV/0!": 7, "#VALUE!": 15, "#REF!": 23, "#NAME?": 29, "#NUM!": 36, "#N/A": 42}
 EPOCH = datetime.datetime(1899, 12, 30)
 
 
@@ -31,18 +30,30 @@ def installed():
     return found
 
 
-# What a reader does not tell apart.
-BLURRED = {"libreoffice": {"boolean": "number"}, "parseexcel": {"date": "number"}}
+def blurred(reader, cell):
+    """A cell without what a reader does not tell."""
+    kind, value = cell
+    if reader == "libreoffice" and kind == "boolean":
+        return ("number", value)
+    if reader == "parseexcel":
+        if kind == "date":
+            return ("number", value)
+        if kind == "error":
+            return ("text", next(name for name, code in ERRORS.items() if code == value))
+        if kind == "boolean":
+            return ("text", "TRUE" if value else "FALSE")
+    return cell
 
 
 def differences(reader, expected, found):
     """Places where the cells that a reader found are not the expected ones."""
-    blurred = BLURRED.get(reader, {})
+    tolerance = 0 if reader == "xlrd" else 1e-13
     places = []
     for place in sorted(expected.keys() | found.keys()):
         a, b = expected.get(place), found.get(place)
-        if a and b and blurred.get(a[0], a[0]) == blurred.get(b[0], b[0]):
-            if a[1] == b[1] or a[0] != "text" and math.isclose(a[1], b[1], rel_tol=0 if reader == "xlrd" else 1e-13):
+        if a and b:
+            a, b = blurred(reader, a), blurred(reader, b)
+            if a == b or a[0] == b[0] != "text" and math.isclose(a[1], b[1], rel_tol=tolerance):
                 continue
         places.append("row %d, column %d: %r instead of %r" % (*place, b, a))
     return places
@@ -80,12 +91,8 @@ def with_parseexcel(paths):
 
 def parsed_cell(kind, value):
     if kind == "Text":
-        # This reader hands errors and booleans out as their texts.
-        if value in ERRORS:
-            return ("error", ERRORS[value])
-        if value in ("TRUE", "FALSE"):
-            return ("boolean", value == "TRUE")
-        return ("text", value.encode("utf-16", "surrogatepass").decode("utf-16"))
+        value = value.encode("utf-16", "surrogatepass").decode("utf-16")
+        return ("text", "#N/A" if value == "#N/A!" else value)  # its own spelling of the error
     return ("date" if kind == "Date" else "number", float(value))
 
 

@@ -1,0 +1,183 @@
+#!/usr/bin/env bash
+# Runs korvex-convert on the campaign in samples/: the cells of its output, what it refuses and its
+# exit statuses.
+#
+#   tests/campaign/run_samples.sh BIN_DIR
+#
+# Needs nothing but the two programs in BIN_DIR; works in a temporary folder.
+set -uo pipefail
+
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+bin=$(cd "$1" && pwd)
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export HOME=$work XDG_CONFIG_HOME=$work/config LC_ALL=C.UTF-8
+
+# The error log lies beside the program's folder, so the program gets a place of its own.
+mkdir -p "$work/program/bin"
+cp "$bin/korvex-convert" "$work/program/bin/"
+log=$work/program/AppErr/KORVEX.LOG
+
+passed=0
+failed=0
+
+check() { # WHAT CONDITION...
+  local what=$1
+  shift
+  if "$@"; then
+    passed=$((passed + 1))
+  else
+    failed=$((failed + 1))
+    echo "FAILED: $case: $what"
+    sed 's/^/    /' "$work/told"
+  fi
+}
+
+# A fresh copy of the samples in $campaign, and no error log.
+start() { # CASE
+  case=$1
+  rm -rf "$work/samples" "$work/program/AppErr"
+  cp -r "$here/../../samples" "$work/samples"
+  campaign=$work/samples/campaign
+  first="$campaign/Set 1 kinase inhibitors"
+  output=$campaign/campaign.xls
+  rm -f "$output"
+}
+
+convert() { # ARGS...
+  "$work/program/bin/korvex-convert" --settings "$work/samples/korvex.ini" "$@" \
+    </dev/null >"$work/printed" 2>"$work/told.raw"
+  status=$?
+  tr -d '\r' <"$work/told.raw" >"$work/told"
+}
+
+told() { # TEXT, which may have several lines
+  [[ $(<"$work/told") == *"$1"* ]]
+}
+
+cells() { # WORKBOOK COLUMN...: the texts of row 1 in these columns
+  "$bin/workbook-dump" "$1" | awk -F '\t' -v columns=" ${*:2} " \
+    '$2 == 1 && index(columns, " " $3 " ") { printf "%s%s", separator, $5; separator = "|" }'
+}
+
+refused() { # TEXT LOGGED: a refusal with this text and as many records in the error log
+  check "exit status is $status, not 1" [ "$status" = 1 ]
+  check "text" told "$1"
+  check "prints nothing" [ ! -s "$work/printed" ]
+  check "leaves no output" [ ! -e "$output" ]
+  local records=0
+  [[ -e $log ]] && records=$(grep -c '^Error Number' "$log")
+  check "$records error log records, not $2" [ "$records" = "$2" ]
+}
+
+start "the campaign"
+convert "$campaign"
+check "exit status is $status" [ "$status" = 0 ]
+check "prints the output's name" [ "$(<"$work/printed")" = "$output" ]
+"$bin/workbook-dump" "$output" >"$work/cells" 2>>"$work/told"
+check "cells" diff -q "$here/expected/samples.tsv" "$work/cells"
+check "no error log record" [ ! -s "$log" ]
+convert --quiet "$campaign"
+check "replaces its former output" [ "$status" = 0 ]
+check "tells no progress" [ "$(grep -c Folder "$work/told")" = 0 ]
+
+start "files given"
+convert -q -o "$work/some.xls" -c "compound ID" -c FILENAME --files "$first/KIN01-1-1.xls" "$first/KIN01-1-3.xls"
+check "exit status is $status" [ "$status" = 0 ]
+check "headers" [ "$(cells "$work/some.xls" 1 2 3 4 5)" = "chem_id|FILENAME|A|C|screen_num" ]
+check "writes where told" [ ! -e "$output" ]
+
+start "columns"
+convert --list-columns "$campaign"
+check "exit status is $status" [ "$status" = 0 ]
+check "names" [ "$(paste -sd'|' "$work/printed")" = \
+  "Filename|Date|day_num|cell plate #|cell plate wells ##|compound ID|compound #|conc (µM)|OD 0 h|OD 24 h|Delta OD|remarks" ]
+
+start "empty sub-folder"
+mkdir "$campaign/Set 2b"
+convert "$campaign"
+refused 'The sub-folder "Set 2b" is empty. Please make sure all sub-folders of chosen processing folder have files in them.' 0
+
+start "no sub-folders"
+convert "$first"
+refused "The folder you chose to process has no sub folders." 0
+
+start "key column that the sample lacks"
+convert -k "compound ID" -k plate "$campaign"
+refused "Please check structure settings before start.
+
+File used for format check:
+
+/.../campaign/Set 1 kinase inhibitors/KIN01-1-1.xls" 0
+
+start "no replication number"
+cp "$first/KIN01-1-1.xls" "$first/KIN03-1-one.xls"
+convert "$campaign"
+refused 'Could not extract replication number from file. Please make sure filenames are in format "<XXX>-<X>-<REPLICATION-NUM>.xls".
+
+Filename: /.../campaign/Set 1 kinase inhibitors/KIN03-1-one.xls' 0
+
+start "same key and replication in two files"
+cp "$first/KIN01-1-1.xls" "$campaign/Set 3 fragments/ZZZ-9-1.xls"
+convert "$campaign"
+refused "The same key, with the same replication number was found in different files, and data would be overwritten. Please check that all key fields are truely unique.
+
+Current file: /.../campaign/Set 3 fragments/ZZZ-9-1.xls
+
+Key name:   compound ID=DMSO;cell plate #=1041;cell plate wells ##=A01;" 0
+
+start "same key twice in a sheet"
+convert -k "compound ID" "$campaign"
+refused "Duplicate key in file 
+'/.../campaign/Set 1 kinase inhibitors/KIN01-1-1.xls'
+
+Key name:   compound ID=DMSO;" 0
+
+start "day number is a word"
+mv "$first/KIN01-1-2.xls" "$first/KIN01-x-2.xls"
+convert "$campaign"
+check "only rows that are new need it" [ "$status" = 0 ]
+mv "$first/KIN01-1-1.xls" "$first/KIN01-x-1.xls"
+mv "$first/KIN01-1-3.xls" "$first/KIN01-x-3.xls"
+rm "$output"
+convert "$campaign"
+refused "An error occurred while processing the file /.../campaign/Set 1 kinase inhibitors/KIN01-x-1.xls" 1
+
+start "a file that is no workbook"
+head -c 3000 /dev/zero >"$campaign/Set 2 natural products/NAT07-2-4.xls"
+convert "$campaign"
+refused "An error occurred while processing the file /.../campaign/Set 2 natural products/NAT07-2-4.xls" 1
+
+start "sample that is no workbook"
+head -c 3000 /dev/zero >"$first/A-1-1.xls"
+convert "$campaign"
+refused "Problems occurred when opening a file to use as a sample for format settings. Please double click the folder or parent-folder you want to process, and make sure it has the files with a correct format in them." 2
+
+start "workbook cut short"
+head -c 9000 "$first/KIN01-1-2.xls" >"$first/cut" && mv "$first/cut" "$first/KIN01-1-2.xls"
+convert "$campaign"
+refused "An error occurred while processing the file /.../campaign/Set 1 kinase inhibitors/KIN01-1-2.xls" 1
+
+start "output that cannot be written"
+convert -o "$work/nowhere/out.xls" "$campaign"
+refused "Please specify a valid filename for the output file. 
+(File could be in use)." 0
+
+start "output that exists"
+echo kept >"$work/kept.xls"
+convert --no-replace -o "$work/kept.xls" "$campaign"
+check "exit status is $status, not 1" [ "$status" = 1 ]
+check "keeps the file" [ "$(<"$work/kept.xls")" = kept ]
+check "asks" told 'exists. Would you like to replace it with a new output file?'
+
+start "arguments"
+convert
+check "neither folder nor files: exit status is $status, not 2" [ "$status" = 2 ]
+convert --unknown "$campaign"
+check "unknown option: exit status is $status, not 2" [ "$status" = 2 ]
+convert --version
+check "version: exit status is $status, not 0" [ "$status" = 0 ]
+check "version: prints it" grep -q '1\.3\.11' "$work/printed"
+
+echo "campaign: $passed passed, $failed failed"
+[ "$failed" = 0 ]
