@@ -149,6 +149,7 @@ TEST(AppErrFolder, LiesBesideTheProgramAndIsCreatedOneLevelDeep) {
   TestPlatform platform(PathStyle::kWindows);
   EXPECT_EQ(AppErrFolder(), "C:\\KORVEX\\bin\\..\\AppErr\\");
   EXPECT_TRUE(platform.files.FolderExists("C:\\KORVEX\\AppErr"));
+  platform.files.Deny("C:\\KORVEX\\AppErr");  // nothing more is asked of a folder that exists
   EXPECT_EQ(AppErrFolder(), "C:\\KORVEX\\bin\\..\\AppErr\\");
   platform.SetProgramFolder("C:\\");
   EXPECT_EQ(AppErrFolder(), "C:\\\\..\\AppErr\\");

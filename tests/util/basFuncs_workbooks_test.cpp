@@ -29,6 +29,26 @@ class RefusingWorkbook : public Workbook {
   int number_;
 };
 
+// Formatted down to row 9, filled down to `filled_rows`.
+class FormattedSheet : public Worksheet {
+ public:
+  explicit FormattedSheet(int filled_rows) : filled_rows_(filled_rows) {}
+
+  std::string Name() const override { return "data"; }
+  void SetName(const std::string&) override {}
+  int Index() const override { return 1; }
+  void Activate() override {}
+  void Delete() override {}
+  CellValue Value(int, int) const override { return {}; }
+  void SetValue(int, int, const CellValue&) override {}
+  CellAddress LastCell() const override { return {9, 4}; }
+  int CountA(int row) const override { return row <= filled_rows_ ? 1 : 0; }
+  void DeleteColumn(int) override {}
+
+ private:
+  int filled_rows_;
+};
+
 // Holds two workbooks that cannot be closed.
 class StubbornApplication : public Application {
  public:
@@ -86,6 +106,12 @@ TEST_F(WorkbookHelpers, FindTheLowestRowThatIsNotNumeric) {
     EXPECT_EQ(GetLastRow(GetDataSheet(workbook)), c.last_row);
     EXPECT_EQ(GetHeaderRow(workbook), c.header_row);
   }
+}
+
+TEST_F(WorkbookHelpers, PassOverRowsThatAreOnlyFormatted) {
+  EXPECT_EQ(GetLastRow(FormattedSheet(9)), 9);
+  EXPECT_EQ(GetLastRow(FormattedSheet(4)), 4);
+  EXPECT_EQ(GetLastRow(FormattedSheet(0)), 1);
 }
 
 TEST_F(WorkbookHelpers, TellAboutAMissingDataSheetAndFailSilently) {
