@@ -64,14 +64,16 @@ std::optional<U32> EncodeRk(double number) {
   constexpr double kLimit = 536870912;  // 2^29
   const U64 bits = std::bit_cast<U64>(number);
   if ((bits & kBitsLost) == 0) return static_cast<U32>(bits >> 32);
-  const auto encode = [](double integer, U32 type) {
-    return (static_cast<U32>(static_cast<std::int32_t>(integer)) << 2) | type;
+  const auto encode = [](std::int32_t integer, U32 type) {
+    return (static_cast<U32>(integer) << 2) | type;
   };
-  if (std::abs(number) < kLimit && std::trunc(number) == number) return encode(number, 2);
+  if (std::abs(number) >= kLimit) return {};
+  const auto integer = static_cast<std::int32_t>(number);
+  if (integer == number) return encode(integer, 2);
   const double scaled = number * 100;
-  if (std::abs(scaled) < kLimit && std::trunc(scaled) == scaled && scaled / 100 == number) {
-    return encode(scaled, 3);
-  }
+  if (std::abs(scaled) >= kLimit) return {};
+  const auto hundredths = static_cast<std::int32_t>(scaled);
+  if (hundredths == scaled && scaled / 100 == number) return encode(hundredths, 3);
   return {};
 }
 
