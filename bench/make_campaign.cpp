@@ -53,8 +53,9 @@ class CampaignWriter {
       const std::string sub_folder = folder_ + "/set " + std::to_string(set);
       files_.CreateFolder(sub_folder);
       for (int replication = 1; replication <= replications; ++replication) {
-        const std::string name = std::string("P") + Padded(plate + 1, 3) + "-" +
-                                 std::to_string(set) + "-" + std::to_string(replication) + ".xls";
+        std::string name = "P";
+        name += Padded(plate + 1, 3) + "-" + std::to_string(set) + "-" +
+                std::to_string(replication) + ".xls";
         WriteWorkbook(sub_folder + "/" + name, plate, replication);
       }
     }

@@ -55,9 +55,11 @@ std::string ConsoleProgress::Bar() const {
   const std::int64_t filled = kBarWidth * value_ / maximum_;
   const std::int64_t percent = std::int64_t{100} * value_ / maximum_;
   const std::string maximum = std::to_string(maximum_);
-  return std::string("[") + Repeated('#', filled) + Repeated('-', kBarWidth - filled) + "] " +
-         PaddedLeft(std::to_string(percent), 3) + "%  " +
-         PaddedLeft(std::to_string(value_), maximum.size()) + " of " + maximum + "  ";
+  std::string bar = "[";
+  bar += Repeated('#', filled) + Repeated('-', kBarWidth - filled) + "] ";
+  bar += PaddedLeft(std::to_string(percent), 3) + "%  ";
+  bar += PaddedLeft(std::to_string(value_), maximum.size()) + " of " + maximum + "  ";
+  return bar;
 }
 
 }  // namespace korvex

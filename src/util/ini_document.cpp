@@ -137,7 +137,9 @@ void IniDocument::Set(std::string_view section, std::string_view key, std::strin
     EndLine(lines_.back());
     lines_.push_back(Parse(LineEnd(), ""));
   }
-  lines_.push_back(Parse(std::string("[") + EncodedName(section) + "]" + LineEnd(), ""));
+  std::string header = "[";
+  header += EncodedName(section) + "]" + LineEnd();
+  lines_.push_back(Parse(header, ""));
   lines_.push_back(entry());
 }
 
