@@ -5,11 +5,13 @@
 // By default 400 workbooks of 384 wells and 10 columns: 100 plates, read four times each, in four
 // sub-folders. The content follows from a fixed seed. More than 170 plates would not fit the rows
 // of one output sheet, so a larger campaign needs more replications, up to 32: their letters still
-// differ in more than case.
-#include <algorithm>
+// differ in more than case. No cell is a date: the reader in C counts the days of a date one by
+// one, which would measure nothing else.
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <random>
 #include <string>
 
@@ -28,14 +30,12 @@ constexpr const char* kHeaders[] = {"cell plate #", "cell plate wells ##",
                                     "compound ID",  "compound #",
                                     "conc uM",      "OD 0 h",
                                     "OD 24 h",      "Delta OD",
-                                    "read at",      "remarks"};
+                                    "temp C",       "remarks"};
 
-std::string Padded(int number, int width) {
+std::string Padded(int number, std::size_t width) {
   std::string digits = std::to_string(number);
-  return std::string(
-             std::max<std::size_t>(static_cast<std::size_t>(width), digits.size()) - digits.size(),
-             '0') +
-         digits;
+  if (digits.size() < width) digits.insert(0, width - digits.size(), '0');
+  return digits;
 }
 
 class CampaignWriter {
@@ -67,17 +67,18 @@ class CampaignWriter {
     while (workbook.WorksheetCount() > 1) workbook.Worksheets(1).Delete();
     Worksheet& sheet = workbook.Worksheets(1);
     sheet.SetName("data");
-    const double read_at = 37593.25 + plate / 100.0 + replication / 144.0;
-    sheet.SetValue(1, 1, CellValue::Date(read_at));
+    const std::string read_at =
+        "12/03/2002 " + std::to_string(8 + plate % 10) + ":" + Padded(replication, 2);
+    sheet.SetValue(1, 1, CellValue::Text(read_at));
     sheet.SetValue(1, 3, CellValue::Text("plate reader export"));
     int column = 0;
     for (const char* header : kHeaders) sheet.SetValue(2, ++column, CellValue::Text(header));
-    for (int well = 0; well < kWells; ++well) WriteWell(sheet, plate, well, read_at);
+    for (int well = 0; well < kWells; ++well) WriteWell(sheet, plate, well);
     workbook.SaveAs(full_name);
     workbook.Close();
   }
 
-  void WriteWell(Worksheet& sheet, int plate, int well, double read_at) {
+  void WriteWell(Worksheet& sheet, int plate, int well) {
     const int row = well + 3;
     const int compound = plate * kWells + well + 1;
     const std::string name =
@@ -92,7 +93,7 @@ class CampaignWriter {
     sheet.SetValue(row, 6, CellValue::Number(Rounded(start)));
     sheet.SetValue(row, 7, CellValue::Number(Rounded(end)));
     sheet.SetValue(row, 8, CellValue::Number(end - start));
-    sheet.SetValue(row, 9, CellValue::Date(read_at + well / 864000.0));
+    sheet.SetValue(row, 9, CellValue::Number(30 + Rounded(Noise(0.4))));
     if (well % 40 == 7) sheet.SetValue(row, 10, CellValue::Text("edge well"));
   }
 

@@ -6,6 +6,7 @@ import glob
 import os
 import statistics
 import subprocess
+import tempfile
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -15,14 +16,15 @@ COLUMNS = ["cell plate #", "cell plate wells ##", "compound ID", "compound #", "
 
 def call(command):
     """Wall time in seconds and peak memory in MiB of one process."""
-    with open(os.devnull, "w") as nowhere:
+    with tempfile.TemporaryFile() as told:
         start = time.perf_counter()
-        process = subprocess.Popen(command, stdout=nowhere)
+        process = subprocess.Popen(command, stdout=told, stderr=told)
         _, status, usage = os.wait4(process.pid, 0)
         seconds = time.perf_counter() - start
-    process.returncode = os.waitstatus_to_exitcode(status)
-    if process.returncode != 0:
-        raise SystemExit("failed: " + " ".join(command[:3]))
+        process.returncode = os.waitstatus_to_exitcode(status)
+        if process.returncode != 0:
+            told.seek(0)
+            raise SystemExit("%s failed: %s" % (command[0], told.read().decode()))
     return seconds, usage.ru_maxrss / 1024
 
 
