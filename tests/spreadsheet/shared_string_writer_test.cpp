@@ -35,7 +35,8 @@ std::string WriteTable(const std::vector<std::string>& texts) {
 // A reader that takes splits nowhere but between two whole characters, with the flags repeated.
 class StrictTable {
  public:
-  explicit StrictTable(std::string_view bytes) : records_(std::as_bytes(std::span(bytes)), 0) {
+  explicit StrictTable(std::string_view bytes)
+      : stream_(std::as_bytes(std::span(bytes))), records_(stream_, 0) {
     NextRecord(biff::kSst);
     Skip(4);
     const std::uint32_t count = LoadU32(data_.data());
@@ -83,8 +84,9 @@ class StrictTable {
   void ReadText() {
     if (data_.empty()) NextRecord(biff::kContinue);
     ASSERT_GE(data_.size(), 3u) << "the header is cut";
-    const std::size_t in_record = records_.Data().size() - data_.size() + biff::kRecordHeaderSize;
-    starts_.push_back({records_.Offset() + in_record, in_record});
+    const auto in_data = static_cast<std::size_t>(data_.data() - records_.Data().data());
+    const auto in_stream = static_cast<std::size_t>(data_.data() - stream_.data());
+    starts_.push_back({in_stream, in_data + biff::kRecordHeaderSize});
     const std::size_t units = LoadU16(data_.data());
     Skip(2);
     const std::uint8_t flags = TakeByte();
@@ -103,6 +105,7 @@ class StrictTable {
     texts_.push_back(text);
   }
 
+  std::span<const std::byte> stream_;
   RecordReader records_;
   std::span<const std::byte> data_;
   std::vector<std::u16string> texts_;
