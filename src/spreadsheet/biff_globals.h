@@ -17,13 +17,13 @@ struct BiffGlobals {
   std::uint16_t code_page = kDefaultCodePage;  // of BIFF5 texts
   std::vector<SheetInfo> sheets;
   std::vector<std::uint32_t> sheet_offsets;  // of their BOF in the stream
-  std::vector<bool> shows_date;              // by XF index
+  std::vector<std::uint8_t> shows_date;      // by XF index, 0 or 1
   // The SST record: its data and the rest of the stream. Empty when there is none.
   std::span<const std::byte> strings;
   std::size_t strings_length = 0;
   bool has_end = false;  // the closing EOF was there
 
-  bool ShowsDate(std::uint16_t xf) const { return xf < shows_date.size() && shows_date[xf]; }
+  bool ShowsDate(std::uint16_t xf) const { return xf < shows_date.size() && shows_date[xf] != 0; }
 };
 
 // Records used (lengths are minimums, surplus is ignored):

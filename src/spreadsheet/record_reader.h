@@ -1,6 +1,7 @@
 // Walks the records of a workbook stream; biff_records.h has their layout.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -15,30 +16,30 @@ namespace korvex {
 class RecordReader {
  public:
   RecordReader(std::span<const std::byte> stream, std::size_t offset)
-      : stream_(stream), next_(offset) {}
+      : next_(stream.data() + std::min(offset, stream.size())),
+        end_(stream.data() + stream.size()) {}
 
   bool Next() {
-    if (next_ > stream_.size() || stream_.size() - next_ < biff::kRecordHeaderSize) return false;
-    const std::size_t length = LoadU16(stream_.data() + next_ + 2);
-    if (stream_.size() - next_ - biff::kRecordHeaderSize < length) return false;
-    number_ = LoadU16(stream_.data() + next_);
-    data_ = stream_.subspan(next_ + biff::kRecordHeaderSize, length);
-    next_ += biff::kRecordHeaderSize + length;
+    const std::size_t left = static_cast<std::size_t>(end_ - next_);
+    if (left < biff::kRecordHeaderSize) return false;
+    const std::size_t length = LoadU16(next_ + 2);
+    if (left - biff::kRecordHeaderSize < length) return false;
+    number_ = LoadU16(next_);
+    data_ = next_ + biff::kRecordHeaderSize;
+    next_ = data_ + length;
     return true;
   }
 
   std::uint16_t Number() const { return number_; }
-  std::span<const std::byte> Data() const { return data_; }
-  // Where the present record begins.
-  std::size_t Offset() const { return next_ - data_.size() - biff::kRecordHeaderSize; }
+  std::span<const std::byte> Data() const { return {data_, next_}; }
   // Stream from the data of the present record on, for texts that go on in CONTINUE records.
-  std::span<const std::byte> Rest() const { return stream_.subspan(next_ - data_.size()); }
+  std::span<const std::byte> Rest() const { return {data_, end_}; }
 
  private:
-  std::span<const std::byte> stream_;
-  std::size_t next_;
+  const std::byte* data_ = nullptr;
+  const std::byte* next_;
+  const std::byte* end_;
   std::uint16_t number_ = 0;
-  std::span<const std::byte> data_;
 };
 
 // The data of one record and of the CONTINUE records behind it, as one sequence in pieces.

@@ -9,38 +9,22 @@ void SheetCells::Clear(const TextArena* shared) {
   row_starts_.clear();
   own_texts_.Clear();
   shared_texts_ = shared;
-  last_place_ = 0;
+  next_place_ = 0;
   is_ordered_ = true;
   last_row_ = 0;
   last_column_ = 0;
 }
 
 // A blank needs a cell of its own only where it may replace a value that came before it.
-void SheetCells::AddBlanks(std::uint32_t row, std::uint16_t first_column,
-                           std::uint16_t last_column) {
-  for (std::uint32_t column = first_column; column <= last_column; ++column) {
-    const Cell cell = {row, static_cast<std::uint16_t>(column), CellKind::kEmpty, false, {0}};
-    if (cells_.empty() || Place(cell) > last_place_) break;
-    Add(cell);
+void SheetCells::AddBlanks(std::uint32_t row, std::uint16_t first_column, int count) {
+  if (count < 1) return;
+  const auto end = static_cast<std::uint16_t>(first_column + count);
+  for (std::uint16_t column = first_column; column < end; ++column) {
+    if (Place(row, column) >= next_place_) break;
+    Add(row, column, CellKind::kEmpty, false, {.number = 0});
   }
   last_row_ = std::max(last_row_, row);
-  last_column_ = std::max(last_column_, last_column);
-}
-
-void SheetCells::AddNumber(std::uint32_t row, std::uint16_t column, CellKind kind, double number) {
-  Add({row, column, kind, false, {number}});
-}
-
-void SheetCells::AddSharedText(std::uint32_t row, std::uint16_t column, TextRange text) {
-  Cell cell = {row, column, CellKind::kText, true, {}};
-  cell.content.text = text;
-  Add(cell);
-}
-
-void SheetCells::AddOwnText(std::uint32_t row, std::uint16_t column, TextRange text) {
-  Cell cell = {row, column, CellKind::kText, false, {}};
-  cell.content.text = text;
-  Add(cell);
+  last_column_ = std::max<std::uint16_t>(last_column_, end - 1);
 }
 
 void SheetCells::Order() {
@@ -57,16 +41,17 @@ void SheetCells::Order() {
 }
 
 void SheetCells::Finish() {
+  if (next_place_ > 0)
+    last_row_ = std::max(last_row_, static_cast<std::uint32_t>((next_place_ - 1) >> 16));
   if (!is_ordered_) Order();
   row_starts_.clear();
   if (cells_.empty()) return;
-  const std::size_t rows = std::size_t{cells_.back().row} + 1;
-  row_starts_.reserve(rows + 1);
+  row_starts_.resize(std::size_t{cells_.back().row} + 2);
+  std::size_t row = 0;
   for (std::size_t i = 0; i < cells_.size(); ++i) {
-    const std::size_t row = cells_[i].row;
-    if (row >= row_starts_.size()) row_starts_.resize(row + 1, static_cast<std::uint32_t>(i));
+    while (row <= cells_[i].row) row_starts_[row++] = static_cast<std::uint32_t>(i);
   }
-  row_starts_.push_back(static_cast<std::uint32_t>(cells_.size()));
+  row_starts_[row] = static_cast<std::uint32_t>(cells_.size());
 }
 
 CellValue SheetCells::Value(int row, int column) const {

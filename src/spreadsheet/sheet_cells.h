@@ -5,6 +5,7 @@
 // formats. Texts are views that live as long as the cells, and the shared arena, are kept.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -34,10 +35,16 @@ class SheetCells {
   // change any more.
   void Clear(const TextArena* shared = nullptr);
   // Cells may come in any order; of two at one place the later one counts, a blank too.
-  void AddBlanks(std::uint32_t row, std::uint16_t first_column, std::uint16_t last_column);
-  void AddNumber(std::uint32_t row, std::uint16_t column, CellKind kind, double number);
-  void AddSharedText(std::uint32_t row, std::uint16_t column, TextRange text);
-  void AddOwnText(std::uint32_t row, std::uint16_t column, TextRange text);
+  void AddBlanks(std::uint32_t row, std::uint16_t first_column, int count);
+  void AddNumber(std::uint32_t row, std::uint16_t column, CellKind kind, double number) {
+    Add(row, column, kind, false, {.number = number});
+  }
+  void AddSharedText(std::uint32_t row, std::uint16_t column, TextRange text) {
+    Add(row, column, CellKind::kText, true, {.text = text});
+  }
+  void AddOwnText(std::uint32_t row, std::uint16_t column, TextRange text) {
+    Add(row, column, CellKind::kText, false, {.text = text});
+  }
   // Gives the cell added last the text that its formula yields.
   void ReplaceLastText(TextRange text) { cells_.back().content.text = text; }
   // Texts for AddOwnText.
@@ -60,16 +67,21 @@ class SheetCells {
   };
   static_assert(sizeof(Cell) == 16);
 
-  static std::uint64_t Place(const Cell& cell) {
-    return std::uint64_t{cell.row} << 16 | cell.column;
+  // Row and column as one number, in the order of the cells.
+  static std::uint64_t Place(std::uint32_t row, std::uint16_t column) {
+    return std::uint64_t{row} << 16 | column;
   }
-  void Add(const Cell& cell) {
-    const std::uint64_t place = Place(cell);
-    is_ordered_ &= cells_.empty() || place > last_place_;
-    if (cells_.empty() || place > last_place_) last_place_ = place;
-    cells_.push_back(cell);
-    if (cell.row > last_row_) last_row_ = cell.row;
-    if (cell.column > last_column_) last_column_ = cell.column;
+  static std::uint64_t Place(const Cell& cell) { return Place(cell.row, cell.column); }
+  void Add(std::uint32_t row, std::uint16_t column, CellKind kind, bool is_shared_text,
+           Content content) {
+    const std::uint64_t place = Place(row, column);
+    if (place >= next_place_) {
+      next_place_ = place + 1;
+    } else {
+      is_ordered_ = false;
+    }
+    cells_.emplace_back(row, column, kind, is_shared_text, content);
+    last_column_ = std::max(last_column_, column);
   }
   void Order();
   CellValue View(const Cell& cell) const;
@@ -78,9 +90,9 @@ class SheetCells {
   std::vector<std::uint32_t> row_starts_;  // by zero-based row, and one more
   const TextArena* shared_texts_ = nullptr;
   TextArena own_texts_;
-  std::uint64_t last_place_ = 0;  // highest so far
+  std::uint64_t next_place_ = 0;  // behind the cells added so far
   bool is_ordered_ = true;
-  std::uint32_t last_row_ = 0;
+  std::uint32_t last_row_ = 0;  // of blanks until Finish, then of all cells
   std::uint16_t last_column_ = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "spreadsheet/sheet_reader.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <string>
@@ -42,31 +43,6 @@ std::string CellName(const std::byte* cell) {
   return name + std::to_string(Row(cell) + 1);
 }
 
-// Bytes that a record must have to be a cell; 0 for one that is none.
-std::size_t MinimumSize(std::uint16_t number) {
-  switch (number) {
-    case biff::kBlank:
-      return 6;
-    case biff::kMulBlank:
-    case biff::kBoolErr:
-    case biff::kLabel:
-    case biff::kRString:
-      return 8;
-    case biff::kRk:
-    case biff::kLabelSst:
-      return 10;
-    case biff::kMulRk:
-      return 12;
-    case biff::kNumber:
-    case biff::kFormula:
-    case biff::kFormulaBiff3:
-    case biff::kFormulaBiff4:
-      return 14;
-    default:
-      return 0;
-  }
-}
-
 }  // namespace
 
 bool SheetReader::Read(std::span<const std::byte> stream, std::size_t offset) {
@@ -74,62 +50,66 @@ bool SheetReader::Read(std::span<const std::byte> stream, std::size_t offset) {
   depth_ = 0;
   awaits_string_ = false;
   while (records_.Next()) {
+    const std::uint16_t number = records_.Number();
     // Some writers begin a sheet without its BOF.
-    if (depth_ == 0 && records_.Number() != biff::kBof) depth_ = 1;
-    if (ReadNestedRecord()) {
-      if (depth_ == 0) return true;
+    if (depth_ == 0 && number != biff::kBof) depth_ = 1;
+    if (number == biff::kBof) {
+      ++depth_;
+    } else if (number == biff::kEof) {
+      if (--depth_ == 0) return true;
     } else if (depth_ == 1) {
-      ReadCellRecord();
+      ReadRecord(number, records_.Data());
     }
   }
   return false;
 }
 
-bool SheetReader::ReadNestedRecord() {
-  switch (records_.Number()) {
-    case biff::kBof:
-    case biff::kBofBiff4:
-    case biff::kBofBiff3:
-    case biff::kBofBiff2:
-      ++depth_;
-      return true;
-    case biff::kEof:
-      --depth_;
-      return true;
+void SheetReader::ReadRecord(std::uint16_t number, std::span<const std::byte> data) {
+  switch (number) {
+    case biff::kNumber:
+      if (IsCell(data, 14)) ReadNumber(data.data());
+      break;
+    case biff::kRk:
+      if (IsCell(data, 10)) ReadRk(data.data());
+      break;
+    case biff::kLabelSst:
+      if (IsCell(data, 10)) ReadLabelSst(data.data());
+      break;
+    case biff::kFormula:
+    case biff::kFormulaBiff3:
+    case biff::kFormulaBiff4:
+      if (IsCell(data, 14)) ReadFormula(data.data());
+      break;
+    case biff::kString:
+      ReadString();
+      break;
+    case biff::kMulRk:
+      if (IsCell(data, 12)) ReadMulRk(data);
+      break;
+    case biff::kLabel:
+    case biff::kRString:
+      if (IsCell(data, 8)) ReadLabel(data.data());
+      break;
+    case biff::kBoolErr:
+      if (IsCell(data, 8)) ReadBoolErr(data.data());
+      break;
+    case biff::kBlank:
+      if (IsCell(data, 6)) cells_.AddBlanks(Row(data.data()), Column(data.data()), 1);
+      break;
+    case biff::kMulBlank:
+      if (IsCell(data, 8)) ReadMulBlank(data);
+      break;
     default:
-      return false;
+      break;
   }
 }
 
-void SheetReader::ReadCellRecord() {
-  const std::uint16_t number = records_.Number();
-  const std::span<const std::byte> data = records_.Data();
-  if (number == biff::kString) return ReadString();
-  const std::size_t minimum = MinimumSize(number);
-  if (minimum == 0 || data.size() < minimum) return;
+// Whether a cell record holds all that it must, in a column that a sheet has. A formula's text
+// does not come behind the next cell.
+bool SheetReader::IsCell(std::span<const std::byte> data, std::size_t minimum) {
+  if (data.size() < minimum) return false;
   awaits_string_ = false;
-  if (Column(data.data()) >= biff::kMaxColumns) return;
-  switch (number) {
-    case biff::kNumber:
-      return ReadNumber(data.data());
-    case biff::kRk:
-      return ReadRk(data.data());
-    case biff::kMulRk:
-      return ReadMulRk(data);
-    case biff::kLabelSst:
-      return ReadLabelSst(data.data());
-    case biff::kLabel:
-    case biff::kRString:
-      return ReadLabel(data.data());
-    case biff::kBoolErr:
-      return ReadBoolErr(data.data());
-    case biff::kBlank:
-      return cells_.AddBlanks(Row(data.data()), Column(data.data()), Column(data.data()));
-    case biff::kMulBlank:
-      return ReadMulBlank(data);
-    default:
-      return ReadFormula(data.data());
-  }
+  return Column(data.data()) < biff::kMaxColumns;
 }
 
 void SheetReader::ReadNumber(const std::byte* data) {
@@ -149,12 +129,9 @@ void SheetReader::ReadMulRk(std::span<const std::byte> data) {
 }
 
 void SheetReader::ReadMulBlank(std::span<const std::byte> data) {
-  const std::size_t count = (data.size() - 6) / 2;
-  const std::size_t first = Column(data.data());
-  const std::size_t end = std::min<std::size_t>(first + count, biff::kMaxColumns);
-  if (count == 0) return;
-  cells_.AddBlanks(Row(data.data()), static_cast<std::uint16_t>(first),
-                   static_cast<std::uint16_t>(end - 1));
+  const int count = static_cast<int>(data.size() - 6) / 2;
+  const std::uint16_t first = Column(data.data());
+  cells_.AddBlanks(Row(data.data()), first, std::min(count, biff::kMaxColumns - first));
 }
 
 void SheetReader::ReadLabelSst(const std::byte* data) {

@@ -33,8 +33,8 @@ class SheetReader {
   bool Read(std::span<const std::byte> stream, std::size_t offset);
 
  private:
-  bool ReadNestedRecord();
-  void ReadCellRecord();
+  void ReadRecord(std::uint16_t number, std::span<const std::byte> data);
+  bool IsCell(std::span<const std::byte> data, std::size_t minimum);
   void ReadNumber(const std::byte* data);
   void ReadRk(const std::byte* data);
   void ReadMulRk(std::span<const std::byte> data);
