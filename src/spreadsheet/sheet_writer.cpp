@@ -70,10 +70,11 @@ std::optional<U32> EncodeRk(double number) {
   if (std::abs(number) >= kLimit) return {};
   const auto integer = static_cast<std::int32_t>(number);
   if (integer == number) return encode(integer, 2);
+  // The product is rounded (0.29 gives 28.999…), the quotient is what readers compute.
   const double scaled = number * 100;
-  if (std::abs(scaled) >= kLimit) return {};
-  const auto hundredths = static_cast<std::int32_t>(scaled);
-  if (hundredths == scaled && scaled / 100 == number) return encode(hundredths, 3);
+  if (std::abs(scaled) >= kLimit - 1) return {};
+  const auto hundredths = static_cast<std::int32_t>(scaled + (scaled < 0 ? -0.5 : 0.5));
+  if (hundredths / 100.0 == number) return encode(hundredths, 3);
   return {};
 }
 

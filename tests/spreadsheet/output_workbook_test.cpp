@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
 #include <limits>
 
@@ -48,6 +49,8 @@ TEST_F(OutputWorkbookTest, KeepsEveryValueThroughAFile) {
       CellValue::Number(536870911),
       CellValue::Number(536870912),
       CellValue::Number(-536870913),
+      CellValue::Number(0.29),                       // no 29 when multiplied by 100
+      CellValue::Number(std::nextafter(0.35, 1.0)),  // but this is 35
       CellValue::Number(1.0 / 3),
       CellValue::Number(std::numeric_limits<double>::max()),
       CellValue::Number(std::numeric_limits<double>::denorm_min()),
@@ -158,8 +161,12 @@ TEST_F(OutputWorkbookTest, StartsWithThreeSheetsOfTheirOwnNames) {
   third.Delete();
   EXPECT_EQ(ErrorOf([&] { workbook.Worksheets(3); }).Number(), error_number::kSubscript);
   EXPECT_EQ(ErrorOf([&] { workbook.Worksheets("Sheet3"); }).Number(), error_number::kSubscript);
+  workbook.Worksheets(1).SetValue(1, 1, CellValue::Text("first"));
+  workbook.Worksheets(2).SetValue(1, 1, CellValue::Text("second"));
   workbook.Worksheets(2).SetName("R\u00FCn \u65E5\u672C");
-  EXPECT_EQ(SaveAndOpen(workbook).Worksheets(2).Name(), "R\u00FCn \u65E5\u672C");
+  Workbook& read = SaveAndOpen(workbook);
+  EXPECT_EQ(read.Worksheets(1).Value(1, 1).text, "first");
+  EXPECT_EQ(read.Worksheets("R\u00FCn \u65E5\u672C").Value(1, 1).text, "second");
 }
 
 TEST_F(OutputWorkbookTest, SavesEqualContentAsEqualBytes) {
