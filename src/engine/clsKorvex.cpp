@@ -118,7 +118,8 @@ void clsKorvex::ProcessSubFolders() {
     ++current_folder_;
     const std::string sub_folder = JoinPath(processing_folder_, name);
     clsArray paths;
-    for (const std::string& file : FileNames(sub_folder)) paths.AddText(JoinPath(sub_folder, file));
+    for (const std::string& file : WorkbookNames(sub_folder))
+      paths.AddText(JoinPath(sub_folder, file));
     if (paths.IsEmpty()) {
       Refuse("The sub-folder \"" + name + "\" is empty. " +
              "Please make sure all sub-folders of chosen processing folder have " +

@@ -41,7 +41,10 @@ void clsKorvex::ProcessSheet(const std::string& base_name, std::int16_t file_num
   const std::int16_t replication = GetReplicationNum();
   const SheetColumns columns = FindSheetColumns();
 
-  for (int row = header_row + 1; !IsBlank(data_sheet_->Value(row, 1)); ++row) {
+  // A blank ends the data; a sheet that is full to its last row has none below.
+  const int last_row = GetLastRow(*data_sheet_);
+  for (int row = header_row + 1; row <= last_row; ++row) {
+    if (IsBlank(data_sheet_->Value(row, 1))) break;
     BuildKey(row, columns, key_);
     bool is_new = false;
     const KeyRow key_row = CheckKey(key_, is_new);

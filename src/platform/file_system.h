@@ -14,6 +14,7 @@ namespace korvex {
 struct FolderEntry {
   std::string name;
   bool is_folder = false;
+  bool is_link = false;  // and may lead back to where it stands
 };
 
 // A file open for appending. Every write goes straight to the file.

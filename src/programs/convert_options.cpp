@@ -48,8 +48,11 @@ void Describe(CLI::App& app, ConvertOptions& options) {
     option->type_name("NAME")->allow_extra_args(false)->take_all();
   };
   app.formatter(std::make_shared<UsageOfBothForms>());
+  app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   app.add_option("FOLDER", options.folder, "Processing folder")->type_name("");
-  app.add_option("--files", options.files, "Workbooks to process")->type_name("FILE...");
+  app.add_option("--files", options.files, "Workbooks to process")
+      ->type_name("FILE...")
+      ->take_all();
   each_name(app.add_option("-k,--key", options.keys, "Key column; repeat, in order"));
   each_name(app.add_option("-c,--column", options.columns, "Output column; repeat, in order"));
   app.add_option("-d,--data", options.data, "Data column")->type_name("NAME");

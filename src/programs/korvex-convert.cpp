@@ -115,15 +115,6 @@ int ExitStatus(RunOutcome outcome) {
   return kFailed;
 }
 
-// What the options leave of a call: bad arguments that only the settings can tell.
-std::string Complaint(const ConvertOptions& options, const RunSelection& selection) {
-  if (selection.folder.empty()) return "Give the folder to process, or --files.";
-  if (!options.list_columns && basSettings::KeysColumns().empty()) {
-    return "No column forms the key. Give --key NAME once or more.";
-  }
-  return {};
-}
-
 int Main(const ConvertOptions& options) {
   PosixTerminal terminal;
   ConsoleLine line(terminal);
@@ -156,12 +147,11 @@ int Main(const ConvertOptions& options) {
                                     .program_folder = ProgramFolder()});
   try {
     const RunSelection& selection = command_line.selection = SelectionOf(options, files);
-    LayOverSettings(options, selection, files);
-    const std::string complaint = Complaint(options, selection);
-    if (!complaint.empty()) {
-      line.WriteLine(complaint);
+    if (selection.folder.empty()) {
+      line.WriteLine("Give the folder to process, or --files.");
       return kBadArguments;
     }
+    LayOverSettings(options, selection, files);
     if (options.save_settings) settings.Keep();
     OpenOnlyWhenChosen(settings);
 

@@ -67,7 +67,7 @@ void clsStructure::ChooseSample(const std::string& path, const std::vector<std::
   const std::vector<std::string> sub_folders = SubFolderNames(path);
   if (!sub_folders.empty()) {
     const std::string sub_folder = JoinPath(path, sub_folders.front());
-    const std::vector<std::string> names = FileNames(sub_folder);
+    const std::vector<std::string> names = WorkbookNames(sub_folder);
     if (!names.empty()) sample_file_ = JoinPath(sub_folder, names.front());
   }
   if (!TrimBlanks(sample_file_).empty()) return;

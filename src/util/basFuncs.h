@@ -18,7 +18,8 @@ std::string ShortenPath(const std::string& path, bool with_slash);
 // 76 when its folder does not exist; a bare file name has none.
 std::string GetDisplayPath(const std::string& full_name);
 
-// Files in the folder and in all folders below it. Error 6 beyond 32 bits.
+// Files in the folder and in all folders below it, those behind links to folders left out. Error 6
+// beyond 32 bits.
 int CountFiles(const std::string& folder);
 
 // Whether the file can be created or appended to. Leaves the disk as it was.

@@ -14,8 +14,13 @@ namespace {
 
 std::int64_t CountFilesBelow(const std::string& folder) {
   std::int64_t count = 0;
-  for (const FolderEntry& entry : Platform().files->List(folder))
-    count += entry.is_folder ? CountFilesBelow(JoinPath(folder, entry.name)) : 1;
+  for (const FolderEntry& entry : Platform().files->List(folder)) {
+    if (!entry.is_folder) {
+      ++count;
+    } else if (!entry.is_link) {
+      count += CountFilesBelow(JoinPath(folder, entry.name));
+    }
+  }
   return count;
 }
 

@@ -28,11 +28,11 @@ std::string clsFileSys::FindFile(std::string& folder, const std::string& filenam
   std::vector<FolderEntry> entries;
   Attempt([&] { entries = SortedEntries(folder); });
   for (const FolderEntry& entry : entries) {
-    if (entry.is_folder) {
+    if (entry.is_folder && !entry.is_link) {
       std::string sub_folder = folder + entry.name;
       std::string found = FindFile(sub_folder, filename, with_do_events);
       if (!found.empty()) return found;
-    } else if (EqualText(entry.name, filename)) {
+    } else if (!entry.is_folder && EqualText(entry.name, filename)) {
       return folder + filename;
     }
     if (with_do_events) Platform().message_loop->Yield();

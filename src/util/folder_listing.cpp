@@ -35,6 +35,17 @@ std::vector<std::string> FileNames(const std::string& folder) {
   return Names(folder, false);
 }
 
+std::vector<std::string> WorkbookNames(const std::string& folder) {
+  std::vector<std::string> names;
+  for (FolderEntry& entry : SortedEntries(folder)) {
+    const bool like_a_workbook =
+        entry.name.size() > 4 &&
+        EqualText(std::string_view(entry.name).substr(entry.name.size() - 4), ".xls");
+    if (!entry.is_folder || like_a_workbook) names.push_back(std::move(entry.name));
+  }
+  return names;
+}
+
 std::string WithSeparator(std::string folder) {
   const char separator = Platform().files->Separator();
   if (!folder.ends_with(separator)) folder.push_back(separator);

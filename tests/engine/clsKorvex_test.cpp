@@ -255,6 +255,17 @@ TEST_F(Engine, ReportsAFileThatCannotBeRead) {
   EXPECT_THAT(events.errors, ElementsAre("Error while processing folder /.../screen/a"));
 }
 
+TEST_F(Engine, RefusesAFolderNamedLikeAWorkbookAndPassesOthersOver) {
+  campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
+  campaign.Put("a/raw/P-1-1.xls", {{1, "K1", 7, 0.2}});
+  EXPECT_EQ(Run(), 0);
+  campaign.platform.files.AddFolder("/data/screen/a/P-1-2.XLS");
+  EXPECT_EQ(Run(), 17);
+  EXPECT_THAT(Texts().back(),
+              "An error occurred while processing the file "
+              "/.../screen/a/P-1-2.XLS");
+}
+
 TEST_F(Engine, ProcessesSelectedFilesAsOneBatch) {
   campaign.ProcessSelectedFiles();
   campaign.Put("P-1-2.xls", {{1, "K1", 7, 0.2}});

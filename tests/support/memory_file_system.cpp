@@ -151,7 +151,7 @@ std::vector<FolderEntry> MemoryFileSystem::List(const std::string& folder) const
   for (auto node = nodes_.rbegin(); node != nodes_.rend(); ++node) {
     if (node->first == parent || Parent(node->first) != parent) continue;
     const std::string& path = node->second.path;
-    entries.push_back({path.substr(path.rfind(Separator()) + 1), node->second.is_folder});
+    entries.push_back({path.substr(path.rfind(Separator()) + 1), node->second.is_folder, false});
   }
   return entries;
 }

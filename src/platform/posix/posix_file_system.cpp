@@ -89,10 +89,17 @@ Descriptor OpenOrCreate(const std::string& path) {
   return OpenFile(path, O_WRONLY | O_APPEND);
 }
 
-bool IsFolderEntry(int folder, const dirent& entry) {
-  if (entry.d_type != DT_LNK && entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+FolderEntry EntryOf(int folder, const dirent& entry) {
+  FolderEntry found{entry.d_name, entry.d_type == DT_DIR, entry.d_type == DT_LNK};
   struct stat status {};
-  return fstatat(folder, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+  if (entry.d_type == DT_UNKNOWN) {
+    found.is_link =
+        fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
+  }
+  if (found.is_link || entry.d_type == DT_UNKNOWN) {
+    found.is_folder = fstatat(folder, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+  }
+  return found;
 }
 
 std::string CurrentFolder() {
@@ -149,7 +156,7 @@ std::vector<FolderEntry> PosixFileSystem::List(const std::string& folder) const 
     if (!entry) break;
     const std::string_view name = entry->d_name;
     if (name == "." || name == "..") continue;
-    entries.push_back({std::string(name), IsFolderEntry(dirfd(open_folder.get()), *entry)});
+    entries.push_back(EntryOf(dirfd(open_folder.get()), *entry));
   }
   if (errno != 0) throw SystemError(errno, "list", folder);
   return entries;

@@ -42,10 +42,8 @@ PosixTerminal::PosixTerminal() {
   struct sigaction action {};
   action.sa_handler = SIG_IGN;
   sigaction(SIGPIPE, &action, &former_pipe_);
-  sigaction(SIGINT, nullptr, &former_interrupt_);
-  if (former_interrupt_.sa_handler == SIG_IGN) return;
   action.sa_handler = HandleInterrupt;
-  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGINT, &action, &former_interrupt_);
 }
 
 PosixTerminal::~PosixTerminal() {

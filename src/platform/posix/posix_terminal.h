@@ -1,7 +1,7 @@
 // The terminal behind standard input and standard error.
 //
-// While it exists, Ctrl-C asks instead of ending the program (unless the program was started with
-// Ctrl-C ignored, as a background job is), and a reader that goes away does not end it either.
+// While it exists, Ctrl-C asks instead of ending the program (even one that a script has started in
+// the background, with Ctrl-C ignored), and a reader that goes away does not end it either.
 // There is at most one at a time, since signals belong to the process.
 #pragma once
 

@@ -253,14 +253,15 @@ TEST_F(PosixFileSystemTest, ListsLinksAsWhatTheyLeadTo) {
   const std::pair<const char*, const char*> links[] = {
       {"run1", "to_folder"}, {"a.xls", "to_file"}, {"nowhere", "dead"}};
   for (const auto& [target, name] : links) ASSERT_EQ(symlink(target, (folder_ / name).c_str()), 0);
-  std::vector<std::pair<std::string, bool>> found;
+  using Entry = std::tuple<std::string, bool, bool>;
+  std::vector<Entry> found;
   for (const FolderEntry& entry : files_.List(folder_.Path())) {
-    found.emplace_back(entry.name, entry.is_folder);
+    found.emplace_back(entry.name, entry.is_folder, entry.is_link);
   }
-  using Entry = std::pair<std::string, bool>;
-  EXPECT_THAT(found, UnorderedElementsAre(Entry("run1", true), Entry("a.xls", false),
-                                          Entry("to_folder", true), Entry("to_file", false),
-                                          Entry("dead", false)));
+  EXPECT_THAT(found,
+              UnorderedElementsAre(Entry("run1", true, false), Entry("a.xls", false, false),
+                                   Entry("to_folder", true, true), Entry("to_file", false, true),
+                                   Entry("dead", false, true)));
   EXPECT_EQ(ErrorOf([&] { files_.List(folder_ / "missing"); }).Number(), 76);
   EXPECT_EQ(ErrorOf([&] { files_.List(folder_ / "a.xls"); }).Number(), 76);
 }
