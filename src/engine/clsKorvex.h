@@ -107,8 +107,7 @@ class clsKorvex {
   // Filling the output sheet, in clsKorvex_output.cpp.
   void WriteHeaders();
   KeyRow& CheckKey(const std::string& key, bool& is_new);
-  void WriteData(const std::string& key, int output_row, int row, std::int16_t replication,
-                 int data_column);
+  void WriteData(const std::string& key, int output_row, int row, int data_column);
   int ReplicationColumn(std::int16_t replication);
   void WriteOutputColumns(int output_row, int row, const SheetColumns& columns);
   void RemoveEmptyColumns();
@@ -138,6 +137,8 @@ class clsKorvex {
   std::int16_t folder_count_ = 0;
 
   int sheet_number_ = 0;             // counts the data sheets of the run
+  std::int16_t replication_ = 0;     // of the current data sheet
+  int replication_column_ = 0;       // its output column, once a row needed it
   std::optional<std::string> date_;  // of the current data sheet, once somebody asked for it
   std::string key_;
   std::string text_;

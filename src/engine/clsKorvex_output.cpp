@@ -78,9 +78,9 @@ clsKorvex::KeyRow& clsKorvex::CheckKey(const std::string& key, bool& is_new) {
   return found;
 }
 
-void clsKorvex::WriteData(const std::string& key, int output_row, int row, std::int16_t replication,
-                          int data_column) {
-  const int column = ReplicationColumn(replication);
+void clsKorvex::WriteData(const std::string& key, int output_row, int row, int data_column) {
+  if (replication_column_ == 0) replication_column_ = ReplicationColumn(replication_);
+  const int column = replication_column_;
   const CellValue present = output_sheet_->Value(output_row, column);
   if (present.kind != CellKind::kEmpty && !TrimBlanks(CellText(present)).empty()) {
     Refuse(std::string("The same key, with the same replication number was found in different ") +

@@ -38,7 +38,8 @@ void clsKorvex::ProcessSheet(const std::string& base_name, std::int16_t file_num
   ++sheet_number_;
   date_.reset();
   const int header_row = GetHeaderRow(*input_workbook_);
-  const std::int16_t replication = GetReplicationNum();
+  replication_ = GetReplicationNum();
+  replication_column_ = 0;
   const SheetColumns columns = FindSheetColumns();
 
   // A blank ends the data; a sheet that is full to its last row has none below.
@@ -48,7 +49,7 @@ void clsKorvex::ProcessSheet(const std::string& base_name, std::int16_t file_num
     BuildKey(row, columns, key_);
     bool is_new = false;
     const KeyRow key_row = CheckKey(key_, is_new);
-    WriteData(key_, key_row.row, row, replication, columns.data_column);
+    WriteData(key_, key_row.row, row, columns.data_column);
     if (!is_new) continue;
     WriteOutputColumns(key_row.row, row, columns);
     ++next_output_row_;

@@ -96,4 +96,25 @@ class SheetCells {
   std::uint16_t last_column_ = 0;
 };
 
+inline CellValue SheetCells::Value(int row, int column) const {
+  if (row < 1 || column < 1 || static_cast<std::size_t>(row) >= row_starts_.size()) return {};
+  const std::size_t index = static_cast<std::size_t>(row) - 1;
+  const Cell* const begin = cells_.data() + row_starts_[index];
+  const Cell* const end = cells_.data() + row_starts_[index + 1];
+  if (begin == end) return {};
+  // In a row without gaps the cell stands where its column says.
+  const int skipped = column - 1 - begin->column;
+  if (skipped < 0) return {};
+  if (skipped < end - begin && begin[skipped].column == column - 1) return View(begin[skipped]);
+  const Cell* found = std::lower_bound(
+      begin, end, column - 1, [](const Cell& cell, int wanted) { return cell.column < wanted; });
+  return found != end && found->column == column - 1 ? View(*found) : CellValue();
+}
+
+inline CellValue SheetCells::View(const Cell& cell) const {
+  if (cell.kind != CellKind::kText) return {cell.kind, cell.content.number, {}};
+  const TextArena& arena = cell.is_shared_text ? *shared_texts_ : own_texts_;
+  return CellValue::Text(arena.Text(cell.content.text));
+}
+
 }  // namespace korvex

@@ -1,5 +1,7 @@
 #include "structure/keyed_collection.h"
 
+#include <cstring>
+
 namespace korvex {
 namespace {
 constexpr std::size_t kFirstSlots = 16;  // a power of two, like every later number of slots
@@ -19,7 +21,7 @@ std::uint32_t NameIndex::Hash(std::string_view name) const {
   std::size_t at = 0;
   for (; at + 8 <= upper_.size(); at += 8) {
     std::uint64_t step;
-    upper_.copy(reinterpret_cast<char*>(&step), sizeof step, at);
+    std::memcpy(&step, upper_.data() + at, sizeof step);
     hash = (hash ^ step) * kPrime;
     hash ^= hash >> 29;
   }
@@ -45,14 +47,18 @@ std::size_t NameIndex::Find(std::string_view name) const {
 }
 
 std::pair<std::size_t, bool> NameIndex::FindOrAdd(std::string_view name) {
+  // The sheets of a plate repeat its keys in the same order: the name behind the one found last is
+  // tried before the table is.
+  if (++last_found_ < names_.size() && Name(last_found_) == name) return {last_found_, false};
   if (2 * (names_.size() + 1) > slots_.size()) Grow();
   const std::uint32_t hash = Hash(name);
   std::uint32_t& slot = slots_[SlotOf(name, hash)];
-  if (slot != 0) return {slot - 1, false};
+  if (slot != 0) return {last_found_ = slot - 1, false};
+  last_found_ = names_.size();
   names_.push_back({text_.size(), static_cast<std::uint32_t>(name.size()), hash});
   text_.append(name);
   slot = static_cast<std::uint32_t>(names_.size());
-  return {slot - 1, true};
+  return {last_found_, true};
 }
 
 void NameIndex::Grow() {
@@ -69,6 +75,7 @@ void NameIndex::Clear() {
   text_.clear();
   names_.clear();
   slots_.clear();
+  last_found_ = 0;
 }
 
 }  // namespace korvex

@@ -43,6 +43,7 @@ class NameIndex {
   std::string text_;
   std::vector<Stored> names_;
   std::vector<std::uint32_t> slots_;  // position + 1, 0 for an empty slot
+  std::size_t last_found_ = 0;
   mutable std::string upper_;
 };
 

@@ -65,7 +65,7 @@ void AppendUpperCase(std::string_view text, std::string& out) {
 }
 
 bool EqualText(std::string_view a, std::string_view b) {
-  return CompareText(a, b) == 0;
+  return a == b || CompareText(a, b) == 0;
 }
 
 int CompareText(std::string_view a, std::string_view b) {
