@@ -1,8 +1,9 @@
 # What ./run, ./test and .ci/run share. Sourced, never run.
 
-# What building the programs needs, and what the tests need on top.
+# What building the programs needs, what the tests need on top, and what the checks of .ci/run need.
 BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev)
-TEST_PACKAGES=(libgtest-dev libgmock-dev clang-format python3)
+TEST_PACKAGES=(libgtest-dev libgmock-dev)
+CHECK_PACKAGES=(clang-format git)
 
 # Installs the named Debian packages that are not there yet. Silent when none is missing.
 install_missing() {
