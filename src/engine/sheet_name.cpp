@@ -2,21 +2,16 @@
 
 #include <cstddef>
 
+#include "util/utf8.h"
+
 namespace korvex {
 namespace {
 
 constexpr std::size_t kLongestSheetName = 31;
 
-bool CannotStandInSheetName(unsigned char c) {
-  return c < 0x20 || c == 0x7F ||
-         std::string_view("\\/?*[]:").find(static_cast<char>(c)) != std::string_view::npos;
-}
-
-// The bytes of the UTF-8 character that starts with `lead`.
-std::size_t CharacterBytes(unsigned char lead) {
-  if (lead >= 0xF0) return 4;
-  if (lead >= 0xE0) return 3;
-  return lead >= 0xC0 ? 2 : 1;
+bool CannotStandInSheetName(char32_t code) {
+  return code < 0x20 || code == 0x7F || code == kInvalidByte ||
+         std::u32string_view(U"\\/?*[]:").find(code) != std::u32string_view::npos;
 }
 
 }  // namespace
@@ -24,17 +19,16 @@ std::size_t CharacterBytes(unsigned char lead) {
 std::string SheetNameFromFolder(std::string_view folder_name) {
   std::string name;
   std::size_t units = 0;
-  for (std::size_t at = 0; at < folder_name.size();) {
-    const auto lead = static_cast<unsigned char>(folder_name[at]);
-    const std::size_t bytes = CharacterBytes(lead);
-    units += bytes == 4 ? 2 : 1;
+  while (!folder_name.empty()) {
+    const Utf8Character character = FirstUtf8(folder_name);
+    units += character.length == 4 ? 2 : 1;
     if (units > kLongestSheetName) break;
-    if (CannotStandInSheetName(lead)) {
+    if (CannotStandInSheetName(character.code)) {
       name += '_';
     } else {
-      name += folder_name.substr(at, bytes);
+      name += folder_name.substr(0, character.length);
     }
-    at += bytes;
+    folder_name.remove_prefix(character.length);
   }
   if (!name.empty() && name.front() == '\'') name.front() = '_';
   if (!name.empty() && name.back() == '\'') name.back() = '_';

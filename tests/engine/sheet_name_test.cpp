@@ -10,6 +10,7 @@ TEST(SheetNameFromFolder, HoldsOnlyWhatASheetNameCan) {
   EXPECT_EQ(SheetNameFromFolder("a\\b/c?d*e[f]g:h\x01"), "a_b_c_d_e_f_g_h_");
   EXPECT_EQ(SheetNameFromFolder("'it's'"), "_it's_");
   EXPECT_EQ(SheetNameFromFolder(""), "");
+  EXPECT_EQ(SheetNameFromFolder("caf\xE9 [1]"), "caf_ _1_");  // a name in Latin-1
 }
 
 TEST(SheetNameFromFolder, IsCutTo31UnitsWithoutSplittingACharacter) {
