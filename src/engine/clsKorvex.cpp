@@ -106,8 +106,8 @@ void clsKorvex::CreateOutputWorkbook() {
   output_workbook_ = &application_->AddWorkbook();
   while (output_workbook_->WorksheetCount() >= 2) output_workbook_->Worksheets(1).Delete();
   output_sheet_ = &output_workbook_->Worksheets(1);
-  const std::string name =
-      SheetNameFromFolder(SharedFileSys().GetFileTitle(processing_folder_, false));
+  const std::string folder = Platform().files->AbsolutePath(processing_folder_);
+  const std::string name = SheetNameFromFolder(SharedFileSys().GetFileTitle(folder, false));
   if (!name.empty()) output_sheet_->SetName(name);
 }
 

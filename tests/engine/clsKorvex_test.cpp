@@ -87,6 +87,13 @@ TEST_F(Engine, DrivesTheApplicationInOrder) {
                   "Close Book1", "Quit"));
 }
 
+TEST_F(Engine, NamesTheSheetAfterAFolderGivenWithASeparator) {
+  campaign.Put("a/P-1-1.xls", {});
+  std::string folder = campaign.folder + "/";
+  ASSERT_EQ(ErrorOf([&] { clsKorvex(events).ProcessFolders(folder, {}); }).Number(), 0);
+  EXPECT_EQ(campaign.Output().name, "screen");
+}
+
 TEST_F(Engine, SuppliesDateFilenameAndDayNumber) {
   campaign.SetKeys({"date", "compound id"});
   campaign.SetOutputs({"FILENAME", "DATE", "Day_Num", "Compound ID"});
@@ -202,6 +209,7 @@ TEST_F(Engine, RefusesAFileNameOrDateThatItNeedsAndCannotRead) {
   EXPECT_THAT(Texts(),
               ElementsAre("An error occurred while processing the file /.../screen/a/P1-2.xls"));
   EXPECT_THAT(campaign.platform.dialogs.plain.back().cause, HasSubstr("\"P1\""));
+  EXPECT_EQ(campaign.spreadsheet.workbooks_open, 2);  // until the engine goes
 
   campaign.SetKeys({"compound ID", "Date"});
   FakeSheet sheet("data",
@@ -212,6 +220,7 @@ TEST_F(Engine, RefusesAFileNameOrDateThatItNeedsAndCannotRead) {
   EXPECT_THAT(Texts(), ElementsAre("Problem occurred while trying to extract the date from Column "
                                    "\"A1\".Please make sure date format is as required.\r\n\r\n"
                                    "Filename: /.../screen/a/P1-2.xls"));
+  EXPECT_EQ(campaign.spreadsheet.workbooks_open, 1);  // the input workbook was closed at once
 }
 
 TEST_F(Engine, RefusesAFileWithoutASheetData) {
