@@ -25,14 +25,12 @@ void OverlaySettingsStore::Delete(std::string_view section, std::string_view key
 }
 
 void OverlaySettingsStore::Keep() {
-  while (!changes_.empty()) {
-    const Change& change = changes_.begin()->second;
+  for (const auto& [name, change] : changes_) {
     if (change.value) {
       below_.Save(change.section, change.key, *change.value);
     } else if (below_.Get(change.section, change.key)) {
       below_.Delete(change.section, change.key);
     }
-    changes_.erase(changes_.begin());
   }
 }
 

@@ -46,7 +46,7 @@ TEST_F(OverlaySettingsStoreTest, KeepsItsChangesOnRequest) {
   EXPECT_EQ(below_.Get("S", "new"), "4");
   EXPECT_EQ(below_.Get("S", "old"), std::nullopt);
   below_.Save("S", "given", "7");
-  EXPECT_EQ(store_.Get("S", "given"), "7") << "nothing stands above any more";
+  EXPECT_EQ(store_.Get("S", "given"), "3") << "another call's choice is none of this one";
 }
 
 }  // namespace
