@@ -21,7 +21,7 @@ class Terminal {
   // One line from standard input without its line end; none at the end of input or when the user
   // interrupts the wait (Ctrl-C).
   virtual std::optional<std::string> ReadLine() = 0;
-  // Whether Ctrl-C was pressed since the last call.
+  // Takes one press of Ctrl-C, if there was one that nobody has taken.
   virtual bool TakeInterrupt() = 0;
 };
 

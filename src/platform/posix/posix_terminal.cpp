@@ -17,13 +17,13 @@ constexpr int kDefaultColumns = 80;
 constexpr int kWriteTimeout = 1000;  // milliseconds that a stopped terminal can hold up the program
 
 // All that a signal handler can reach.
-std::atomic<bool> interrupted = false;
+std::atomic<int> interrupts = 0;  // that nobody has taken yet
 std::atomic<int> wake_descriptor = -1;
 
 void HandleInterrupt(int) {
   const int error = errno;
   [[maybe_unused]] const ssize_t written = write(wake_descriptor, "", 1);
-  interrupted = true;  // last: who takes it finds the byte to drain
+  ++interrupts;  // last: who takes it finds the byte to drain
   errno = error;
 }
 
@@ -37,17 +37,19 @@ PosixTerminal::PosixTerminal() {
   wake_reader_ = Descriptor(ends[0]);
   wake_writer_ = Descriptor(ends[1]);
   wake_descriptor = ends[1];
-  interrupted = false;
+  interrupts = 0;
 
   struct sigaction action {};
   action.sa_handler = SIG_IGN;
   sigaction(SIGPIPE, &action, &former_pipe_);
+  sigaction(SIGXFSZ, &action, &former_file_size_);
   action.sa_handler = HandleInterrupt;
   sigaction(SIGINT, &action, &former_interrupt_);
 }
 
 PosixTerminal::~PosixTerminal() {
   sigaction(SIGINT, &former_interrupt_, nullptr);
+  sigaction(SIGXFSZ, &former_file_size_, nullptr);
   sigaction(SIGPIPE, &former_pipe_, nullptr);
   wake_descriptor = -1;
 }
@@ -101,10 +103,10 @@ std::optional<std::string> PosixTerminal::ReadLine() {
 }
 
 bool PosixTerminal::TakeInterrupt() {
-  if (!interrupted.exchange(false)) return false;
-  std::array<char, 64> wakes;
-  while (read(wake_reader_.Get(), wakes.data(), wakes.size()) > 0) {
-  }
+  if (interrupts == 0) return false;
+  char wake;
+  [[maybe_unused]] const ssize_t count = read(wake_reader_.Get(), &wake, 1);
+  --interrupts;
   return true;
 }
 

@@ -1,7 +1,8 @@
 // The terminal behind standard input and standard error.
 //
 // While it exists, Ctrl-C asks instead of ending the program (even one that a script has started in
-// the background, with Ctrl-C ignored), and a reader that goes away does not end it either.
+// the background, with Ctrl-C ignored), and neither a reader that goes away nor a limit on the size
+// of files ends it: writing fails instead.
 // There is at most one at a time, since signals belong to the process.
 #pragma once
 
@@ -37,6 +38,7 @@ class PosixTerminal : public Terminal {
   Descriptor wake_writer_;
   struct sigaction former_interrupt_ {};
   struct sigaction former_pipe_ {};
+  struct sigaction former_file_size_ {};
   std::string unread_;
 };
 

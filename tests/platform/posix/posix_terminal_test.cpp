@@ -131,6 +131,17 @@ TEST(PosixTerminal, EndsTheWaitForALineOnCtrlC) {
   EXPECT_EQ(terminal.ReadLine(), "x") << "an interrupt that was taken is over";
 }
 
+TEST(PosixTerminal, TakesTwoQuickInterruptsAsQuestionAndAnswer) {
+  const Pipe pipe;
+  const StandardStreams streams(pipe.reader.Get(), STDERR_FILENO);
+  PosixTerminal terminal;
+  raise(SIGINT);
+  raise(SIGINT);
+  EXPECT_TRUE(terminal.TakeInterrupt());
+  EXPECT_EQ(terminal.ReadLine(), std::nullopt);
+  EXPECT_FALSE(terminal.TakeInterrupt());
+}
+
 TEST(PosixTerminal, NoticesInterruptsThatAScriptHadIgnored) {
   const auto former = signal(SIGINT, SIG_IGN);
   {
