@@ -52,6 +52,8 @@ class FileSystem {
 
   virtual bool FileExists(const std::string& path) const = 0;
   virtual bool FolderExists(const std::string& path) const = 0;
+  // Whether both paths lead to one file that exists, by links or in another spelling.
+  virtual bool IsSameFile(const std::string& a, const std::string& b) const = 0;
   // Files and sub-folders in no order; "." and ".." left out. Links count as what they lead to;
   // what is neither file nor folder (sockets, dead links) counts as a file.
   virtual std::vector<FolderEntry> List(const std::string& folder) const = 0;

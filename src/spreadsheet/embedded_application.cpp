@@ -18,7 +18,7 @@ Workbook& EmbeddedApplication::AddWorkbook() {
   CheckRunning();
   ++new_workbooks_;
   workbooks_.push_back(
-      std::make_unique<OutputWorkbook>(files_, "Book" + std::to_string(new_workbooks_),
+      std::make_unique<OutputWorkbook>(files_, "Book" + std::to_string(new_workbooks_), inputs_,
                                        [this](const Workbook& closing) { Drop(closing); }));
   return *workbooks_.back();
 }
@@ -32,6 +32,7 @@ Workbook& EmbeddedApplication::OpenWorkbook(const std::string& full_name, const 
     // The object model knows one number for all that an application refuses.
     throw Error(error_number::kAutomation, error.Description());
   }
+  inputs_.push_back(full_name);
   return *workbooks_.back();
 }
 

@@ -39,7 +39,8 @@ class EmbeddedApplication : public Application {
   void Drop(const Workbook& closing);
 
   FileSystem& files_;
-  ReadBufferPool buffers_;  // outlives the workbooks
+  ReadBufferPool buffers_;           // outlives the workbooks
+  std::vector<std::string> inputs_;  // full names of all files that were opened; outlives them too
   std::vector<std::unique_ptr<Workbook>> workbooks_;
   int new_workbooks_ = 0;
   bool has_quit_ = false;

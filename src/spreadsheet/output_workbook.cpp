@@ -9,14 +9,16 @@
 #include "spreadsheet/biff_records.h"
 #include "spreadsheet/byte_writer.h"
 #include "spreadsheet/compound_file_writer.h"
+#include "spreadsheet/output_format.h"
 #include "spreadsheet/refusal.h"
 #include "spreadsheet/utf16.h"
 #include "util/text.h"
 
 namespace korvex {
 
-OutputWorkbook::OutputWorkbook(FileSystem& files, std::string name, CloseHandler close)
-    : files_(files), name_(std::move(name)), close_(std::move(close)) {
+OutputWorkbook::OutputWorkbook(FileSystem& files, std::string name,
+                               const std::vector<std::string>& inputs, CloseHandler close)
+    : files_(files), inputs_(inputs), name_(std::move(name)), close_(std::move(close)) {
   for (const char* sheet : {"Sheet1", "Sheet2", "Sheet3"}) {
     sheets_.push_back(std::make_unique<OutputSheet>(*this, sheet));
   }
@@ -75,6 +77,7 @@ void OutputWorkbook::CheckSheetName(std::string_view name, const OutputSheet& sh
 void OutputWorkbook::SaveAs(const std::string& full_name) {
   const std::string target = files_.AbsolutePath(full_name);
   try {
+    CheckTarget(target);
     WriteFile(target);
   } catch (const Error& error) {
     throw Error(error_number::kAutomation,
@@ -83,6 +86,15 @@ void OutputWorkbook::SaveAs(const std::string& full_name) {
   const std::size_t name_start = target.rfind(files_.Separator()) + 1;
   name_ = target.substr(name_start);
   path_ = target.substr(0, name_start == 0 ? 0 : name_start - 1);
+}
+
+void OutputWorkbook::CheckTarget(const std::string& target) const {
+  CheckOutputEnding(target);
+  if (!files_.FileExists(target)) return;
+  for (const std::string& input : inputs_) {
+    if (!files_.IsSameFile(input, target)) continue;
+    Refuse("It was read as input, and would be lost. Choose another file.");
+  }
 }
 
 void OutputWorkbook::WriteFile(const std::string& target) const {

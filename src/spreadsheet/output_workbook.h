@@ -16,16 +16,18 @@ class FileSystem;
 
 class OutputWorkbook : public Workbook {
  public:
-  // `name` is what the workbook is called until it is saved. `files` must outlive it.
-  OutputWorkbook(FileSystem& files, std::string name, CloseHandler close);
+  // `name` is what the workbook is called until it is saved; `inputs` are the files that must not
+  // be saved over. Both `files` and `inputs` must outlive it.
+  OutputWorkbook(FileSystem& files, std::string name, const std::vector<std::string>& inputs,
+                 CloseHandler close);
 
   std::string Name() const override { return name_; }
   std::string Path() const override { return path_; }  // empty until saved
   int WorksheetCount() const override { return static_cast<int>(sheets_.size()); }
   Worksheet& Worksheets(int index) override;
   Worksheet& Worksheets(std::string_view name) override;
-  // Writes an .xls file (BIFF8), whatever the extension; the workbook then goes by its name. Equal
-  // content gives equal files, byte for byte. Error 1004 names the cause when that fails.
+  // Writes an .xls file (BIFF8); the workbook then goes by its name. Equal content gives equal
+  // files, byte for byte. Error 1004 names the cause when that fails.
   void SaveAs(const std::string& full_name) override;
   void Close() override;
 
@@ -39,9 +41,11 @@ class OutputWorkbook : public Workbook {
   void CheckSheetName(std::string_view name, const OutputSheet& sheet) const;
 
  private:
+  void CheckTarget(const std::string& target) const;
   void WriteFile(const std::string& target) const;
 
   FileSystem& files_;
+  const std::vector<std::string>& inputs_;
   std::string name_;
   std::string path_;
   CloseHandler close_;

@@ -189,6 +189,27 @@ TEST_F(OutputWorkbookTest, SavesEqualContentAsEqualBytes) {
   EXPECT_EQ(files_.Content("/plates/other.xls"), files_.Content(kFile));
 }
 
+TEST_F(OutputWorkbookTest, IsSavedUnderNoOtherFormatsEnding) {
+  for (const char* name : {"/plates/out.xlsx", "/plates/out.CSV", "/plates/a.xls.ods"}) {
+    EXPECT_THAT(ErrorOf([&] { workbook_.SaveAs(name); }).Description(), HasSubstr("ends with .xls"))
+        << name;
+    EXPECT_FALSE(files_.FileExists(name));
+  }
+  for (const char* name : {"/plates/out.XLS", "/plates/plain", "/plates.csv/1.5"}) {
+    files_.AddFolder("/plates.csv");
+    EXPECT_NO_THROW(workbook_.SaveAs(name)) << name;
+  }
+}
+
+TEST_F(OutputWorkbookTest, IsNotSavedOverAWorkbookThatWasRead) {
+  SaveAndOpen(workbook_).Close();
+  const std::string former = files_.Content(kFile);
+  sheet_.SetValue(1, 1, CellValue::Number(1));
+  EXPECT_THAT(ErrorOf([&] { workbook_.SaveAs("/plates/../plates/out.xls"); }).Description(),
+              HasSubstr("was read"));
+  EXPECT_EQ(files_.Content(kFile), former);
+}
+
 TEST_F(OutputWorkbookTest, LeavesTheFormerFileWhenSavingFails) {
   files_.AddFile(kFile, "former");
   for (int row = 1; row <= 20000; ++row) sheet_.SetValue(row, 1, CellValue::Number(row / 7.0));

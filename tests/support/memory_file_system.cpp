@@ -143,6 +143,10 @@ bool MemoryFileSystem::FolderExists(const std::string& path) const {
   return node && node->is_folder;
 }
 
+bool MemoryFileSystem::IsSameFile(const std::string& a, const std::string& b) const {
+  return FileExists(a) && Find(a) == Find(b);
+}
+
 std::vector<FolderEntry> MemoryFileSystem::List(const std::string& folder) const {
   if (!FolderExists(folder)) Raise(error_number::kPathNotFound, folder);
   Check(FileOperation::kList, folder);

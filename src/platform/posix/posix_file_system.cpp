@@ -146,6 +146,13 @@ bool PosixFileSystem::FolderExists(const std::string& path) const {
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+bool PosixFileSystem::IsSameFile(const std::string& a, const std::string& b) const {
+  struct stat first {};
+  struct stat second {};
+  return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 std::vector<FolderEntry> PosixFileSystem::List(const std::string& folder) const {
   const std::unique_ptr<DIR, int (*)(DIR*)> open_folder(opendir(folder.c_str()), &closedir);
   if (!open_folder) throw SystemError(errno, "list", folder);

@@ -21,6 +21,7 @@ class PosixFileSystem : public FileSystem {
 
   bool FileExists(const std::string& path) const override;
   bool FolderExists(const std::string& path) const override;
+  bool IsSameFile(const std::string& a, const std::string& b) const override;
   std::vector<FolderEntry> List(const std::string& folder) const override;
 
   void ReadFile(const std::string& path, std::vector<std::byte>& content) const override;
