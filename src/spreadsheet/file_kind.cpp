@@ -40,6 +40,7 @@ bool IsBareBiff(std::span<const std::byte> bytes) {
 FileKind ZipKind(std::span<const std::byte> bytes) {
   const std::string_view head = Characters(bytes, kZipHead);
   if (Contains(head, "opendocument.spreadsheet")) return FileKind::kOpenDocument;
+  if (Contains(head, "xl/workbook.bin")) return FileKind::kXlsb;
   if (Contains(head, "xl/") || Contains(head, "[Content_Types].xml")) return FileKind::kXlsx;
   return FileKind::kZip;
 }
@@ -115,6 +116,8 @@ std::string_view FileKindText(FileKind kind) {
       return "a compound file";
     case FileKind::kXlsx:
       return "an .xlsx workbook";
+    case FileKind::kXlsb:
+      return "an .xlsb workbook";
     case FileKind::kOpenDocument:
       return "an OpenDocument spreadsheet (.ods)";
     case FileKind::kZip:

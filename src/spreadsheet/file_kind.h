@@ -11,6 +11,7 @@ enum class FileKind {
   kEmpty,
   kCompoundFile,  // .xls workbooks among them
   kXlsx,
+  kXlsb,
   kOpenDocument,
   kZip,
   kBareBiff,  // records without a compound file around them

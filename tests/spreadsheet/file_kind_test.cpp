@@ -30,6 +30,8 @@ TEST(FileKind, IsDecidedByTheContent) {
        "is not an .xls workbook: it is an XML spreadsheet (SpreadsheetML)"},
       {"ID;PWXL;N;E\n", "is not an .xls workbook: it is a SYLK file"},
       {"PK\x03\x04 [Content_Types].xml", "is not an .xls workbook: it is an .xlsx workbook"},
+      {"PK\x03\x04 [Content_Types].xml PK\x03\x04 xl/workbook.bin",
+       "is not an .xls workbook: it is an .xlsb workbook"},
       {"PK\x03\x04 mimetypeapplication/vnd.oasis.opendocument.spreadsheet",
        "is not an .xls workbook: it is an OpenDocument spreadsheet (.ods)"},
       {Record(0x0409, U16(0) + U16(0x10) + U16(0)),
