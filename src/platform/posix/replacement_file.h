@@ -2,6 +2,7 @@
 //
 // While it is written it has no name at all where the file system allows that (O_TMPFILE), so that
 // not even a killed program leaves it behind; elsewhere its name is ".korvex-" and random digits.
+// While it exists the signals that end a program wait, so that they leave no such name behind.
 // It lies in the target's own folder, since a file is only ever renamed within one file system.
 #pragma once
 
@@ -11,6 +12,7 @@
 #include <string>
 
 #include "platform/file_system.h"
+#include "platform/posix/held_signals.h"
 #include "platform/posix/posix_io.h"
 
 namespace korvex {
@@ -41,6 +43,7 @@ class PosixReplacementFile : public ReplacementFile {
   void SyncFolder();
   Error Failure(int error) const;
 
+  HeldSignals held_;  // first, to be let go last
   std::string target_;
   std::string folder_;
   std::optional<Former> former_;

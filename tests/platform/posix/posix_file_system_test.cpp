@@ -247,6 +247,32 @@ TEST_F(PosixFileSystemTest, LeavesNothingBehindWhenTheProgramIsKilled) {
   EXPECT_EQ(folder_.EntryCount(), 1u);
 }
 
+TEST_F(PosixFileSystemTest, FinishesAReplacementBeforeTheProgramIsEnded) {
+  const pid_t child = fork();
+  if (child == 0) {
+    auto file = files_.Replace(folder_ / "x.xls");
+    raise(SIGTERM);
+    file->Write(Bytes("whole"));
+    file->Commit();
+    file.reset();
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM) << status;
+  EXPECT_EQ(Content(folder_ / "x.xls"), "whole");
+  EXPECT_EQ(folder_.EntryCount(), 1u);
+}
+
+TEST_F(PosixFileSystemTest, KnowsAFileByAnyOfItsNames) {
+  const std::string file = folder_.Put("x.xls", "x");
+  const std::string other = folder_.Put("y.xls", "x");
+  ASSERT_EQ(symlink("x.xls", (folder_ / "link.xls").c_str()), 0);
+  EXPECT_TRUE(files_.IsSameFile(file, folder_ / "./link.xls"));
+  EXPECT_FALSE(files_.IsSameFile(file, other));
+  EXPECT_FALSE(files_.IsSameFile(folder_ / "no.xls", folder_ / "no.xls"));
+}
+
 TEST_F(PosixFileSystemTest, ListsLinksAsWhatTheyLeadTo) {
   files_.CreateFolder(folder_ / "run1");
   folder_.Put("a.xls", "");
