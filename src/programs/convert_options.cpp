@@ -1,6 +1,7 @@
 #include "programs/convert_options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <iostream>
 
 #include "platform/services.h"
@@ -26,8 +27,12 @@ std::string CheckColumnNames(const std::vector<std::string>& names) {
 }
 
 void CheckOptions(const ConvertOptions& options) {
-  if (!options.folder.empty() && !options.files.empty()) {
+  if (options.folder && !options.files.empty()) {
     throw CLI::ValidationError("FOLDER", "give either a folder or --files, not both");
+  }
+  if (options.folder == "") throw CLI::ValidationError("FOLDER", "the folder has no name");
+  if (std::ranges::count(options.files, "") > 0) {
+    throw CLI::ValidationError("--files", "a file has no name");
   }
   for (const auto& [option, names] :
        {std::pair{"--key", &options.keys}, std::pair{"--column", &options.columns}}) {
@@ -73,6 +78,22 @@ void Describe(CLI::App& app, ConvertOptions& options) {
       "arguments, 130 stopped.");
 }
 
+// The arguments, the last one first. CLI11 would take a "--" behind --files for a file, and a file
+// behind that for an option where its name begins with "-".
+std::vector<std::string> ReversedArguments(int argc, const char* const* argv) {
+  std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+  const auto files = std::ranges::find(arguments, "--files");
+  const auto mark = std::find(files, arguments.end(), "--");
+  if (mark != arguments.end()) {
+    for (auto name = mark + 1; name != arguments.end(); ++name) {
+      if (name->starts_with('-')) name->insert(0, "./");
+    }
+    arguments.erase(mark);
+  }
+  std::ranges::reverse(arguments);
+  return arguments;
+}
+
 }  // namespace
 
 std::optional<int> ReadArguments(int argc, const char* const* argv, ConvertOptions& options) {
@@ -80,7 +101,7 @@ std::optional<int> ReadArguments(int argc, const char* const* argv, ConvertOptio
                "korvex-convert");
   Describe(app, options);
   try {
-    app.parse(argc, argv);
+    app.parse(ReversedArguments(argc, argv));
     CheckOptions(options);
     return std::nullopt;
   } catch (const CLI::ParseError& error) {

@@ -8,7 +8,7 @@
 namespace korvex {
 
 struct ConvertOptions {
-  std::string folder;              // empty when left out
+  std::optional<std::string> folder;
   std::vector<std::string> files;  // of --files
   std::vector<std::string> keys;
   std::vector<std::string> columns;

@@ -22,11 +22,13 @@
 #include "platform/posix/posix_terminal.h"
 #include "platform/posix/program_folder.h"
 #include "platform/posix/sendmail_mail.h"
+#include "platform/posix/standard_streams.h"
 #include "platform/posix/system_clock.h"
 #include "platform/services.h"
 #include "programs/convert_options.h"
 #include "settings/basSettings.h"
 #include "spreadsheet/embedded_application.h"
+#include "spreadsheet/output_format.h"
 #include "structure/clsStructure.h"
 #include "util/basGeneral.h"
 #include "util/text.h"
@@ -52,8 +54,8 @@ RunSelection SelectionOf(const ConvertOptions& options, const FileSystem& files)
   for (const std::string& file : options.files) selection.files.push_back(files.AbsolutePath(file));
   if (!selection.files.empty()) {
     selection.folder = SharedFileSys().GetFilePath(selection.files.front(), false);
-  } else if (!options.folder.empty()) {
-    selection.folder = files.AbsolutePath(options.folder);
+  } else if (options.folder) {
+    selection.folder = files.AbsolutePath(*options.folder);
   } else {
     selection.folder = basSettings::LastPath();
   }
@@ -65,7 +67,7 @@ void LayOverSettings(const ConvertOptions& options, const RunSelection& selectio
                      const FileSystem& files) {
   basSettings::SetLastPath(selection.folder);
   if (!options.files.empty()) basSettings::SetEverySheetRepresents(kProcessSelectedFiles);
-  if (!options.folder.empty()) {
+  if (options.folder) {
     basSettings::SetEverySheetRepresents(basSettings::kProcessSubFolders);
   }
   if (!options.keys.empty()) basSettings::SetKeysColumns(options.keys);
@@ -84,6 +86,12 @@ void OpenOnlyWhenChosen(SettingsStore& settings) {
   if (!settings.Get("Main Section", "Launch Output File")) basSettings::SetLaunchOutputFile(false);
 }
 
+// What would otherwise fail when the work is done.
+void CheckAhead() {
+  CheckOutputEnding(basSettings::OutputFullName());
+  basSettings::LaunchOutputFile();
+}
+
 bool OpenErrorLog(std::string& complaint) {
   try {
     AppLog().Filename(AppErrFolder() + "KORVEX.LOG");
@@ -99,7 +107,7 @@ int ListColumns(const RunSelection& selection) {
   clsStructure structure;
   structure.Constructor(selection.folder, selection.files, nullptr);
   const std::vector<std::string> columns = structure.AvailableColsArray();
-  for (const std::string& column : columns) std::printf("%s\n", column.c_str());
+  for (const std::string& column : columns) WriteOutput(column + "\n");
   return columns.empty() ? kFailed : kFinished;
 }
 
@@ -152,6 +160,7 @@ int Main(const ConvertOptions& options) {
       return kBadArguments;
     }
     LayOverSettings(options, selection, files);
+    if (!options.list_columns) CheckAhead();
     if (options.save_settings) settings.Keep();
     OpenOnlyWhenChosen(settings);
 
@@ -162,14 +171,16 @@ int Main(const ConvertOptions& options) {
       status = ListColumns(selection);
     } else {
       status = ExitStatus(run.Start(selection));
-      if (status == kFinished) std::printf("%s\n", basSettings::OutputFullName().c_str());
+      if (status == kFinished) WriteOutput(basSettings::OutputFullName() + "\n");
     }
+    FlushOutput();
     if (status != kFinished && !logging) {
       line.WriteLine("There is no error log: " + log_complaint);
     }
     AppLog().CloseFile();
     return status;
-  } catch (const Error& error) {
+  } catch (...) {
+    const Error error = PendingError();
     if (error.Number() != error_number::kCannotPerform) line.WriteLine(error.Description());
     return kFailed;
   }
@@ -179,7 +190,15 @@ int Main(const ConvertOptions& options) {
 }  // namespace korvex
 
 int main(int argc, char** argv) {
-  korvex::ConvertOptions options;
-  if (const auto status = korvex::ReadArguments(argc, argv, options)) return *status;
-  return korvex::Main(options);
+  korvex::OccupyStandardStreams();
+  try {
+    korvex::ConvertOptions options;
+    const auto status = korvex::ReadArguments(argc, argv, options);
+    if (!status) return korvex::Main(options);
+    korvex::FlushOutput();
+    return *status;
+  } catch (...) {
+    std::fprintf(stderr, "%s\n", korvex::PendingError().Description().c_str());
+    return korvex::kFailed;
+  }
 }

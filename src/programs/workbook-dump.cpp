@@ -12,6 +12,7 @@
 
 #include "platform/error.h"
 #include "platform/posix/posix_file_system.h"
+#include "platform/posix/standard_streams.h"
 #include "spreadsheet/refusal.h"
 #include "spreadsheet/workbook_reader.h"
 #include "util/cell_text.h"
@@ -96,7 +97,7 @@ void Dump(const std::string& file) {
         line += '\t';
         AppendValue(cell.value, line);
         line += '\n';
-        std::fwrite(line.data(), 1, line.size(), stdout);
+        WriteOutput(line);
       }
     }
   });
@@ -106,14 +107,16 @@ void Dump(const std::string& file) {
 }  // namespace korvex
 
 int main(int argc, char** argv) {
+  korvex::OccupyStandardStreams();
   if (argc != 2) {
     std::fputs("usage: workbook-dump FILE\n", stderr);
     return 2;
   }
   try {
     korvex::Dump(argv[1]);
-  } catch (const korvex::Error& error) {
-    std::fprintf(stderr, "%s\n", error.Description().c_str());
+    korvex::FlushOutput();
+  } catch (...) {
+    std::fprintf(stderr, "%s\n", korvex::PendingError().Description().c_str());
     return 1;
   }
   return 0;

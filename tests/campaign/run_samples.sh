@@ -170,7 +170,39 @@ check "exit status is $status, not 1" [ "$status" = 1 ]
 check "keeps the file" [ "$(<"$work/kept.xls")" = kept ]
 check "asks" told 'exists. Would you like to replace it with a new output file?'
 
+start "output that is an input"
+cp "$first/KIN01-1-1.xls" "$work/kept.xls"
+ln -sf "$first/KIN01-1-1.xls" "$work/link.xls"
+convert -o "$work/link.xls" "$campaign"
+refused "$work/link.xls: It was read as input, and would be lost." 1
+check "keeps the input" cmp -s "$first/KIN01-1-1.xls" "$work/kept.xls"
+
+start "output of another format"
+convert -o "$campaign/campaign.csv" "$campaign"
+refused "Only .xls workbooks can be written" 0
+check "says so at once" [ "$(grep -c Folder "$work/told")" = 0 ]
+
+start "streams that are closed or full"
+"$work/program/bin/korvex-convert" --settings "$work/samples/korvex.ini" "$campaign" \
+  >"$work/printed" 2>&-
+check "no messages: exit status" [ $? = 0 ]
+check "no messages: nothing in the error log" [ ! -s "$log" ]
+for target in /dev/full "&-"; do
+  eval "'$work/program/bin/korvex-convert' -q --settings '$work/samples/korvex.ini' '$campaign' \
+    >$target 2>'$work/told'"
+  check "lost name of the output ($target): exit status" [ $? = 1 ]
+  check "lost name of the output ($target): says so" told "Cannot write to standard output"
+  eval "'$bin/workbook-dump' '$output' >$target 2>'$work/told'"
+  check "lost cells ($target): exit status" [ $? = 1 ]
+done
+
 start "arguments"
+convert -o "$work/some.xls" --files -- "$first/KIN01-1-1.xls"
+check "files behind --: exit status is $status" [ "$status" = 0 ]
+(cd "$first" && mv -- KIN01-1-1.xls -a-1-1.xls && convert -o "$output" --files -- -a-1-1.xls)
+check "file named like an option" [ -s "$output" ]
+convert -o "$work/some.xls" ""
+check "empty folder name: exit status is $status, not 2" [ "$status" = 2 ]
 convert
 check "neither folder nor files: exit status is $status, not 2" [ "$status" = 2 ]
 convert --unknown "$campaign"
