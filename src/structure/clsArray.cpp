@@ -92,14 +92,12 @@ std::int32_t clsArray::Count() const {
 }
 
 std::int32_t clsArray::Remove(const Value& item) {
-  // The rest goes into a list of its own first, so that a value that cannot be compared loses none.
-  clsArray rest;
-  rest.SetCompareMode(compare_mode_);
-  for (const Value& value : items_.value_or(Values())) {
-    if (!Matches(item, value)) rest.Add({value});
+  const std::int32_t former_count = Count();
+  const Values former = std::exchange(items_, std::nullopt).value_or(Values());
+  for (const Value& value : former) {
+    if (!Matches(item, value)) Add({value});
   }
-  const std::int32_t removed = Count() - rest.Count();
-  items_ = std::move(rest.items_);
+  const std::int32_t removed = former_count - Count();
   if (removed == 0 && raise_if_not_found_) {
     throw Error(error_number::kInvalidCall, "Item not found", "clsArray");
   }

@@ -39,8 +39,10 @@ class clsArray {
   // ignored: the search always begins at the first element.
   std::int32_t GetPos(const Value& item, const Value& start_from = Null{}) const;
   std::int32_t Count() const;
-  // Removes every match and returns how many there were. With RaiseIfNotFound set, error 5 ("Item
-  // not found", source "clsArray") when there was none.
+  // Removes every match and returns how many there were, by adding the others anew: what cannot be
+  // compared, or is a duplicate by a mode that was set later, ends that, and the list holds what
+  // came before it. With RaiseIfNotFound set, error 5 ("Item not found", source "clsArray") when
+  // there was no match.
   std::int32_t Remove(const Value& item);
   std::int32_t CompareMode() const { return compare_mode_; }
   void SetCompareMode(std::int32_t mode) { compare_mode_ = mode; }
