@@ -3,27 +3,9 @@
 #include <cstring>
 
 #include "spreadsheet/little_endian.h"
+#include "util/utf8.h"
 
 namespace korvex {
-
-char* EncodeUtf8(char32_t code, char* out) {
-  if (code < 0x80) {
-    *out++ = static_cast<char>(code);
-  } else if (code < 0x800) {
-    *out++ = static_cast<char>(0xC0 | code >> 6);
-    *out++ = static_cast<char>(0x80 | (code & 0x3F));
-  } else if (code < 0x10000) {
-    *out++ = static_cast<char>(0xE0 | code >> 12);
-    *out++ = static_cast<char>(0x80 | (code >> 6 & 0x3F));
-    *out++ = static_cast<char>(0x80 | (code & 0x3F));
-  } else {
-    *out++ = static_cast<char>(0xF0 | code >> 18);
-    *out++ = static_cast<char>(0x80 | (code >> 12 & 0x3F));
-    *out++ = static_cast<char>(0x80 | (code >> 6 & 0x3F));
-    *out++ = static_cast<char>(0x80 | (code & 0x3F));
-  }
-  return out;
-}
 
 char* Latin1ToUtf8(const std::byte* in, std::size_t count, char* out) {
   const std::byte* const end = in + count;

@@ -7,12 +7,8 @@
 
 namespace korvex {
 
-inline constexpr char32_t kReplacementCharacter = 0xFFFD;
-
 // Room that one UTF-16 unit or single-byte character can need.
 inline constexpr std::size_t kUtf8PerUnit = 3;
-
-char* EncodeUtf8(char32_t code, char* out);
 
 // Characters U+0000 to U+00FF, one byte each.
 char* Latin1ToUtf8(const std::byte* in, std::size_t count, char* out);

@@ -7,13 +7,12 @@ namespace korvex {
 namespace {
 
 constexpr char32_t kFirstPair = 0x10000;
-constexpr char32_t kReplacement = 0xFFFD;
 
 // The character at the front of `text`, which it takes off.
 char32_t TakeCharacter(std::string_view& text) {
   const Utf8Character first = FirstUtf8(text);
   text.remove_prefix(first.length);
-  return first.code == kInvalidByte ? kReplacement : first.code;
+  return first.code == kInvalidByte ? kReplacementCharacter : first.code;
 }
 
 }  // namespace

@@ -22,22 +22,8 @@ Utf8Character FirstUtf8(std::string_view text) {
 }
 
 void AppendUtf8(char32_t code, std::string& out) {
-  const auto put = [&out](char32_t byte) { out.push_back(static_cast<char>(byte)); };
-  if (code < 0x80) {
-    put(code);
-  } else if (code < 0x800) {
-    put(0xC0 | code >> 6);
-    put(0x80 | (code & 0x3F));
-  } else if (code < 0x10000) {
-    put(0xE0 | code >> 12);
-    put(0x80 | (code >> 6 & 0x3F));
-    put(0x80 | (code & 0x3F));
-  } else {
-    put(0xF0 | code >> 18);
-    put(0x80 | (code >> 12 & 0x3F));
-    put(0x80 | (code >> 6 & 0x3F));
-    put(0x80 | (code & 0x3F));
-  }
+  char bytes[kLongestUtf8];
+  out.append(bytes, EncodeUtf8(code, bytes));
 }
 
 }  // namespace korvex

@@ -84,10 +84,11 @@ TEST(CodePage, KeepsWhatItHoldsAndMarksTheRest) {
   EXPECT_EQ(ToCodePage1252("Maß 5 µM €20 “x” Ÿ"),
             "Ma\xDF 5 \xB5M \x80"
             "20 \x93x\x94 \x9F");
-  EXPECT_EQ(ToCodePage1252("λ→\xFF|\xC2\x81"), "???|?");
+  EXPECT_EQ(ToCodePage1252("λ→\xFF\uFFFD|\xC2\x81"), "????|?");
   EXPECT_EQ(ToCodePage1252("\xE0\x80\xAF \xED\xA0\x80"), "??? ???");  // overlong, surrogate
   EXPECT_EQ(Utf8FromCodePage1252('A'), "A");
   EXPECT_EQ(Utf8FromCodePage1252(0x80), "€");
+  EXPECT_EQ(Utf8FromCodePage1252(0x81), "\xC2\x81");  // stands for nothing
   EXPECT_EQ(Utf8FromCodePage1252(0xE9), "é");
 }
 
