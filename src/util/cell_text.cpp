@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "platform/error.h"
+#include "util/text.h"
 
 namespace korvex {
 namespace {
@@ -161,17 +162,12 @@ void AppendDate(double serial, std::string& out) {
   if (day == 0 || seconds != 0) AppendTime(seconds, out);
 }
 
-constexpr bool IsBlank(char c) {
-  return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
 constexpr bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
 void DropBlanks(std::string_view& text) {
-  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
+  text = TrimBlanks(text, " \t\n\v\f\r");
 }
 
 // "10" of "&H10"; up to four digits are a 16-bit number in two's complement, up to eight a 32-bit

@@ -16,8 +16,8 @@ void AppendUpperCase(std::string_view text, std::string& out);
 bool EqualText(std::string_view a, std::string_view b);
 int CompareText(std::string_view a, std::string_view b);
 
-// Takes blanks (U+0020 alone) off both ends.
-std::string_view TrimBlanks(std::string_view text);
+// Takes blanks (U+0020 alone, unless others are named) off both ends.
+std::string_view TrimBlanks(std::string_view text, std::string_view blanks = " ");
 
 // Splits at every occurrence of a separator, whose letter case is ignored when it has any. An empty
 // text splits into no fields at all.
