@@ -106,9 +106,9 @@ int ListColumns(const RunSelection& selection) {
   CheckSelection(selection);
   clsStructure structure;
   structure.Constructor(selection.folder, selection.files, nullptr);
-  const std::vector<std::string> columns = structure.AvailableColsArray();
-  for (const std::string& column : columns) WriteOutput(column + "\n");
-  return columns.empty() ? kFailed : kFinished;
+  if (!structure.SampleUsable()) return kFailed;
+  for (const std::string& column : structure.AvailableColsArray()) WriteOutput(column + "\n");
+  return kFinished;
 }
 
 int ExitStatus(RunOutcome outcome) {
@@ -155,7 +155,7 @@ int Main(const ConvertOptions& options) {
                                     .program_folder = ProgramFolder()});
   try {
     const RunSelection& selection = command_line.selection = SelectionOf(options, files);
-    if (selection.folder.empty()) {
+    if (selection.folder.empty() && selection.files.empty()) {
       line.WriteLine("Give the folder to process, or --files.");
       return kBadArguments;
     }

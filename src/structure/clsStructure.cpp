@@ -39,6 +39,7 @@ void clsStructure::Constructor(const std::string& path, const std::vector<std::s
       "clsStructure.Constructor",
       [&] {
         discrepancy_ = false;
+        sample_usable_ = false;
         available_columns_.RemoveAll();
         output_columns_.RemoveAll();
         key_columns_.RemoveAll();
@@ -48,6 +49,7 @@ void clsStructure::Constructor(const std::string& path, const std::vector<std::s
           application = started.get();
         }
         ReadSample(*application);
+        sample_usable_ = true;
       },
       [](const TrappedError& error) {
         if (error.IsTold()) return;

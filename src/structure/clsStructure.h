@@ -56,6 +56,8 @@ class clsStructure {
 
   // Whether a configured key, output or data column turned out not to be available.
   bool Discrepancy() const { return discrepancy_; }
+  // Whether the Constructor could read its sample to the end.
+  bool SampleUsable() const { return sample_usable_; }
   // Full path of the sample; with `short_name` its display path.
   std::string SampleFileUsed(bool short_name) const;
 
@@ -70,6 +72,7 @@ class clsStructure {
   Columns key_columns_;
   std::string sample_file_;
   bool discrepancy_ = false;
+  bool sample_usable_ = false;
 };
 
 }  // namespace korvex

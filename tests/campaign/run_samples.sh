@@ -153,6 +153,11 @@ head -c 3000 /dev/zero >"$first/A-1-1.xls"
 convert "$campaign"
 refused "Problems occurred when opening a file to use as a sample for format settings. Please double click the folder or parent-folder you want to process, and make sure it has the files with a correct format in them." 2
 
+start "columns of settings that fit no sample"
+sed -i 's/^Keys Columns=.*/Keys Columns=Date<-- -->Date/' "$work/samples/korvex.ini"
+convert --list-columns "$campaign"
+refused "Problems occurred when opening a file to use as a sample for format settings. " 1
+
 start "workbook cut short"
 head -c 9000 "$first/KIN01-1-2.xls" >"$first/cut" && mv "$first/cut" "$first/KIN01-1-2.xls"
 convert "$campaign"

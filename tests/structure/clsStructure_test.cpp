@@ -38,6 +38,7 @@ TEST_F(Structure, ReadsTheHeaderRowOfTheFirstFileOfTheFirstSubFolder) {
   campaign.SetOutputs({"7", "Delta OD", "day_num"});
   campaign.Set("File Structure", "Data Column", "#");
   Construct();
+  EXPECT_TRUE(structure.SampleUsable());
   EXPECT_EQ(structure.SampleFileUsed(false), "/data/screen/a/P2-1-1.xls");
   EXPECT_EQ(structure.SampleFileUsed(true), "/.../screen/a/P2-1-1.xls");
   EXPECT_THAT(structure.AvailableColsArray(),
@@ -119,6 +120,7 @@ TEST_F(Structure, ReportsASampleThatCannotBeUsed) {
     EXPECT_EQ(campaign.spreadsheet.applications_running, 0);
     EXPECT_EQ(campaign.spreadsheet.workbooks_open, 0);
     EXPECT_FALSE(structure.Discrepancy());
+    EXPECT_FALSE(structure.SampleUsable());
   }
 }
 
