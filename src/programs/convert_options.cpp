@@ -5,19 +5,19 @@
 #include <iostream>
 
 #include "platform/services.h"
+#include "settings/basSettings.h"
 #include "util/text.h"
 
 namespace korvex {
 namespace {
 
-constexpr char kListSeparator[] = "<-- -->";
-
 // A list of columns is stored as one text and looked up without regard to letter case.
 std::string CheckColumnNames(const std::vector<std::string>& names) {
   for (std::size_t i = 0; i < names.size(); ++i) {
     if (TrimBlanks(names[i]).empty()) return "a column has no name";
-    if (names[i].find(kListSeparator) != std::string::npos) {
-      return "a column name cannot hold \"" + std::string(kListSeparator) + "\": " + names[i];
+    if (names[i].find(basSettings::kListSeparator) != std::string::npos) {
+      return "a column name cannot hold \"" + std::string(basSettings::kListSeparator) +
+             "\": " + names[i];
     }
     for (std::size_t j = 0; j < i; ++j) {
       if (EqualText(names[i], names[j])) return "the column is given twice: " + names[i];

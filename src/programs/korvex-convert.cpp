@@ -82,8 +82,8 @@ void LayOverSettings(const ConvertOptions& options, const RunSelection& selectio
 }
 
 // A document opens by itself only where somebody chose that, here or in the options dialog.
-void OpenOnlyWhenChosen(SettingsStore& settings) {
-  if (!settings.Get("Main Section", "Launch Output File")) basSettings::SetLaunchOutputFile(false);
+void OpenOnlyWhenChosen() {
+  if (!basSettings::LaunchOutputFileIsStored()) basSettings::SetLaunchOutputFile(false);
 }
 
 // What would otherwise fail when the work is done.
@@ -162,7 +162,7 @@ int Main(const ConvertOptions& options) {
     LayOverSettings(options, selection, files);
     if (!options.list_columns) CheckAhead();
     if (options.save_settings) settings.Keep();
-    OpenOnlyWhenChosen(settings);
+    OpenOnlyWhenChosen();
 
     std::string log_complaint;
     const bool logging = OpenErrorLog(log_complaint);

@@ -65,8 +65,6 @@ constexpr Setting kSettings[] = {
 };
 static_assert(std::size(kSettings) == kDataColumn + 1);
 
-constexpr std::string_view kListSeparator = "<-- -->";
-
 std::optional<std::string> Stored(Id id) {
   return Platform().settings->Get(kSettings[id].section, kSettings[id].key);
 }
@@ -161,6 +159,10 @@ void SetAutoReplaceOutputFiles(bool replace) {
 
 bool LaunchOutputFile() {
   return ReadFlag(kLaunchOutputFile);
+}
+
+bool LaunchOutputFileIsStored() {
+  return Stored(kLaunchOutputFile).has_value();
 }
 
 int LaunchOutputFileNumber() {

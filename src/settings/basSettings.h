@@ -41,6 +41,7 @@ void SetAutoReplaceOutputFiles(bool replace);
 
 // Open the output workbook when a run ends. The options dialog keeps its check box as a number.
 bool LaunchOutputFile();
+bool LaunchOutputFileIsStored();
 int LaunchOutputFileNumber();
 void SetLaunchOutputFile(bool launch);
 void SetLaunchOutputFileNumber(int launch);
@@ -57,7 +58,8 @@ void SetEverySheetRepresents(const std::string& mode);
 bool ProcessingSubFolders();
 bool ProcessingFiles();
 
-// Names of columns, in order. A name cannot hold the separator of the stored text, "<-- -->".
+// Names of columns, in order. A name cannot hold the separator of the stored text.
+inline constexpr char kListSeparator[] = "<-- -->";
 std::vector<std::string> OutputColumns();
 void SetOutputColumns(const std::vector<std::string>& names);
 std::vector<std::string> KeysColumns();
