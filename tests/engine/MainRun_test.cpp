@@ -106,10 +106,17 @@ TEST_F(MainRunTest, TellsAStopFromAFailure) {
 }
 
 TEST_F(MainRunTest, ReportsWhatTheSettingsOrTheDiskRefuse) {
+  campaign.Put("a/P-1-1.xls", {});
+  campaign.platform.files.AddFile("/out/all.xls", "former");
+  campaign.Set("Main Section", "Auto-Replace Output files", "perhaps");
+  EXPECT_EQ(Start(), RunOutcome::kFailed);
+  EXPECT_EQ(view.calls.back(), "0/3");
   campaign.platform.files.Remove("/data/screen");
   EXPECT_EQ(Start(), RunOutcome::kFailed);
-  EXPECT_THAT(Texts(), ElementsAre(HasSubstr("\"Form1.MainRun\"")));
-  EXPECT_THAT(campaign.platform.dialogs.plain[0].cause, HasSubstr("/data/screen"));
+  EXPECT_THAT(Texts(), testing::SizeIs(2));
+  EXPECT_THAT(Texts(), testing::Each(HasSubstr("\"Form1.MainRun\"")));
+  EXPECT_THAT(campaign.platform.dialogs.plain[0].cause, HasSubstr("\"perhaps\""));
+  EXPECT_THAT(campaign.platform.dialogs.plain[1].cause, HasSubstr("/data/screen"));
 }
 
 }  // namespace
