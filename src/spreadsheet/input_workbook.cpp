@@ -53,13 +53,19 @@ class InputWorkbook::Sheet : public Worksheet {
   std::size_t index_;
   mutable std::unique_ptr<SheetCells> own_cells_;
   mutable const SheetCells* cells_ = nullptr;
+  mutable int last_row_ = 0;  // the row that was read last, and its cells
+  mutable SheetCells::Row last_cells_;
 };
 
 CellValue InputWorkbook::Sheet::Value(int row, int column) const {
   if (row < 1 || row > biff::kMaxRows || column < 1 || column > kReadableColumns) {
     RefuseCell(row, column);
   }
-  return Cells().Value(row, column);
+  if (row != last_row_) {
+    last_cells_ = Cells().RowOf(row);
+    last_row_ = row;
+  }
+  return cells_->Value(last_cells_, column);
 }
 
 int InputWorkbook::Sheet::CountA(int row) const {

@@ -22,7 +22,15 @@ class SheetCells {
     CellValue value;
   };
 
-  CellValue Value(int row, int column) const;
+  CellValue Value(int row, int column) const { return Value(RowOf(row), column); }
+
+  // The same in two steps, for who reads many cells of a row.
+  struct Row {
+    std::uint32_t begin = 0;  // positions in the run of cells
+    std::uint32_t end = 0;
+  };
+  Row RowOf(int row) const;
+  CellValue Value(const Row& row, int column) const;
   CellAddress LastCell() const { return {static_cast<int>(last_row_) + 1, last_column_ + 1}; }
   // Cells of a row that are not empty.
   int CountA(int row) const;
@@ -96,12 +104,16 @@ class SheetCells {
   std::uint16_t last_column_ = 0;
 };
 
-inline CellValue SheetCells::Value(int row, int column) const {
-  if (row < 1 || column < 1 || static_cast<std::size_t>(row) >= row_starts_.size()) return {};
+inline SheetCells::Row SheetCells::RowOf(int row) const {
+  if (row < 1 || static_cast<std::size_t>(row) >= row_starts_.size()) return {};
   const std::size_t index = static_cast<std::size_t>(row) - 1;
-  const Cell* const begin = cells_.data() + row_starts_[index];
-  const Cell* const end = cells_.data() + row_starts_[index + 1];
-  if (begin == end) return {};
+  return {row_starts_[index], row_starts_[index + 1]};
+}
+
+inline CellValue SheetCells::Value(const Row& row, int column) const {
+  if (row.begin == row.end) return {};
+  const Cell* const begin = cells_.data() + row.begin;
+  const Cell* const end = cells_.data() + row.end;
   // In a row without gaps the cell stands where its column says.
   const int skipped = column - 1 - begin->column;
   if (skipped < 0) return {};
