@@ -15,9 +15,10 @@ namespace {
 
 constexpr int kSuccessIcon = 13;
 
-[[noreturn]] void RefuseRun(const std::string& text) {
+[[noreturn]] void RefuseRun(const std::string& text, const std::string& cause = {}) {
   PlainMessage message;
   message.text = text;
+  message.cause = cause;
   Platform().dialogs->ShowPlain(message);
   throw Error(error_number::kCannotPerform);
 }
@@ -46,8 +47,10 @@ void CheckSelection(const RunSelection& selection) {
 
 void CheckOutputFile() {
   const std::string output = basSettings::OutputFullName();
-  if (!FileIsWritable(output)) {
-    RefuseRun("Please specify a valid filename for the output file. \r\n(File could be in use).");
+  std::string cause;
+  if (!FileIsWritable(output, &cause)) {
+    RefuseRun("Please specify a valid filename for the output file. \r\n(File could be in use).",
+              cause);
   }
   if (!Platform().files->FileExists(output) || basSettings::AutoReplaceOutputFiles()) return;
   PlainMessage question;

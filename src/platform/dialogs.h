@@ -16,8 +16,8 @@ struct PlainMessage {
   BoxButtons buttons = BoxButtons::kOk;
   BoxIcon icon = BoxIcon::kNone;
   std::string title = {};
-  // What lies behind a reported error. A terminal prints it below the text; a window shows the text
-  // alone, the cause being in the error log.
+  // What lies behind an error or a refusal. A terminal prints it below the text; a window shows the
+  // text alone, the cause being in the error log.
   std::string cause = {};
 };
 

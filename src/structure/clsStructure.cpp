@@ -90,6 +90,11 @@ void clsStructure::RefreshAvailableCols(Workbook& workbook) {
   available_columns_.RemoveAll();
   Worksheet& sheet = GetDataSheet(workbook);
   const int header_row = GetHeaderRow(sheet);
+  if (header_row == 0) {
+    throw Error(error_number::kAutomation,
+                "The sheet \"" + sheet.Name() + "\" of " + workbook.Name() +
+                    " has no header row: the first column holds nothing but numbers and blanks.");
+  }
   for (const char* name : {kFilenameColumn, kDateColumn, kDayNumColumn}) {
     available_columns_.Add(name, kPseudoColumn);
   }

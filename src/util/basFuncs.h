@@ -22,8 +22,8 @@ std::string GetDisplayPath(const std::string& full_name);
 // beyond 32 bits.
 int CountFiles(const std::string& folder);
 
-// Whether the file can be created or appended to. Leaves the disk as it was.
-bool FileIsWritable(const std::string& full_name);
+// Whether the file can be created or appended to, and if not, why. Leaves the disk as it was.
+bool FileIsWritable(const std::string& full_name, std::string* cause = nullptr);
 
 // The worksheet "data"; error 9 when there is none.
 Worksheet& GetDataSheet(Workbook& workbook);

@@ -57,15 +57,19 @@ int CountFiles(const std::string& folder) {
   return static_cast<int>(count);
 }
 
-bool FileIsWritable(const std::string& full_name) {
+bool FileIsWritable(const std::string& full_name, std::string* cause) {
   FileSystem& files = *Platform().files;
   try {
-    if (full_name.empty() || files.FolderExists(full_name)) return false;
+    if (full_name.empty()) throw Error(error_number::kPathFileAccess, "There is no file name.");
+    if (files.FolderExists(full_name)) {
+      throw Error(error_number::kPathFileAccess, full_name + " is a folder.");
+    }
     const bool existed = files.FileExists(full_name);
     files.OpenForAppending(full_name).reset();
     if (!existed) files.DeleteFile(full_name);
     return true;
-  } catch (const std::exception&) {
+  } catch (...) {
+    if (cause != nullptr) *cause = PendingError().Description();
     return false;
   }
 }

@@ -63,12 +63,14 @@ TEST_F(MainRunTest, RefusesAnEmptySelectionAndStoresNothing) {
 
 TEST_F(MainRunTest, RefusesAnOutputFileThatCannotBeWritten) {
   campaign.Put("a/P-1-1.xls", {});
-  for (const char* name : {"", "missing/all.xls"}) {
+  campaign.platform.files.Deny("/out/denied.xls");
+  for (const char* name : {"missing/all.xls", "denied.xls", ""}) {
     campaign.Set("Main Section", "Output File", name);
     campaign.platform.dialogs.texts.clear();
     EXPECT_EQ(Start(), RunOutcome::kFailed);
     EXPECT_THAT(Texts(), ElementsAre("Please specify a valid filename for the output file. \r\n"
                                      "(File could be in use)."));
+    EXPECT_THAT(campaign.platform.dialogs.plain.back().cause, HasSubstr(name));
   }
   EXPECT_THAT(campaign.spreadsheet.calls, IsEmpty());
   EXPECT_EQ(view.calls.back(), "0/3");
