@@ -96,11 +96,11 @@ class clsKorvex {
   SheetColumns FindSheetColumns();
   ColumnSource FindColumn(const std::string& name);
   void BuildKey(int row, const SheetColumns& columns, std::string& key);
-  // The value of a column as a cell value; its text may lie in `text`.
-  CellValue GetColumnValue(const ColumnSource& source, int row, std::string& text);
-  const std::string& GetDate();
+  CellValue GetColumnValue(const ColumnSource& source, int row);
+  std::string GetDate() const;
   std::int16_t GetDayNum() const;
   std::int16_t GetReplicationNum() const;
+  std::string InputFullName() const;
   std::string InputDisplayPath() const;
 
   // Filling the output sheet, in clsKorvex_output.cpp.
@@ -135,13 +135,16 @@ class clsKorvex {
   std::int16_t current_folder_ = 0;
   std::int16_t folder_count_ = 0;
 
-  int sheet_number_ = 0;             // counts the data sheets of the run
-  std::int16_t replication_ = 0;     // of the current data sheet
-  int replication_column_ = 0;       // its output column, once a row needed it
-  std::optional<std::string> date_;  // of the current data sheet, once somebody asked for it
-  std::string key_;
-  std::string text_;
-  std::string written_text_;
+  int sheet_number_ = 0;  // counts the data sheets of the run
+  // Of the current data sheet, each once a row needed it.
+  std::int16_t replication_ = 0;
+  int replication_column_ = 0;
+  std::optional<std::string> date_;
+  std::optional<std::string> filename_;
+  std::optional<std::string> day_num_;
+
+  std::string key_;           // of the current row
+  std::string written_text_;  // room for the text form of a value
 };
 
 }  // namespace korvex

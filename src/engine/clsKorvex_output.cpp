@@ -105,7 +105,7 @@ int clsKorvex::ReplicationColumn(std::int16_t replication) {
 
 void clsKorvex::WriteOutputColumns(int output_row, int row, const SheetColumns& columns) {
   for (const OutputColumn& column : columns.outputs) {
-    const CellValue value = GetColumnValue(column.source, row, text_);
+    const CellValue value = GetColumnValue(column.source, row);
     output_sheet_->SetValue(output_row, column.position, WrittenAsText(value, written_text_));
   }
 }

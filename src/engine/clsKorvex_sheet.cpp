@@ -37,6 +37,8 @@ void clsKorvex::ProcessSheet(const std::string& base_name, std::int16_t file_num
                   std::to_string(input_workbook_->WorksheetCount()));
   ++sheet_number_;
   date_.reset();
+  filename_.reset();
+  day_num_.reset();
   const int header_row = GetHeaderRow(*input_workbook_);
   replication_ = GetReplicationNum();
   replication_column_ = 0;
@@ -82,34 +84,32 @@ void clsKorvex::BuildKey(int row, const SheetColumns& columns, std::string& key)
   key.clear();
   for (const KeyColumn& column : columns.keys) {
     key += column.label;
-    AppendCellText(GetColumnValue(column.source, row, text_), key);
+    AppendCellText(GetColumnValue(column.source, row), key);
     key += ';';
   }
 }
 
-CellValue clsKorvex::GetColumnValue(const ColumnSource& source, int row, std::string& text) {
+CellValue clsKorvex::GetColumnValue(const ColumnSource& source, int row) {
   using Kind = ColumnSource::Kind;
   switch (source.kind) {
     case Kind::kSheetColumn:
       return data_sheet_->Value(row, source.sheet_column);
     case Kind::kDate:
-      text = GetDate();
-      break;
+      if (!date_) date_ = GetDate();
+      return CellValue::Text(*date_);
     case Kind::kFilename:
-      text = input_workbook_->Path() + Platform().files->Separator() + input_workbook_->Name();
-      break;
+      if (!filename_) filename_ = InputFullName();
+      return CellValue::Text(*filename_);
     case Kind::kDayNum:
-      text = std::to_string(GetDayNum());
-      break;
+      if (!day_num_) day_num_ = std::to_string(GetDayNum());
+      return CellValue::Text(*day_num_);
     case Kind::kNothing:
-      text.clear();
       break;
   }
-  return CellValue::Text(text);
+  return CellValue::Text("");
 }
 
-const std::string& clsKorvex::GetDate() {
-  if (date_) return *date_;
+std::string clsKorvex::GetDate() const {
   const std::string text = CellText(data_sheet_->Value(1, 1));
   const std::size_t blank = text.find(' ');
   if (blank == std::string::npos) {
@@ -117,7 +117,7 @@ const std::string& clsKorvex::GetDate() {
            "Please make sure date format is as required." + kLineBreak + kLineBreak +
            "Filename: " + InputDisplayPath());
   }
-  return date_.emplace(text.substr(0, blank));
+  return text.substr(0, blank);
 }
 
 std::int16_t clsKorvex::GetDayNum() const {
@@ -141,9 +141,12 @@ std::int16_t clsKorvex::GetReplicationNum() const {
          kLineBreak + kLineBreak + "Filename: " + InputDisplayPath());
 }
 
+std::string clsKorvex::InputFullName() const {
+  return input_workbook_->Path() + Platform().files->Separator() + input_workbook_->Name();
+}
+
 std::string clsKorvex::InputDisplayPath() const {
-  return GetDisplayPath(input_workbook_->Path() + Platform().files->Separator() +
-                        input_workbook_->Name());
+  return GetDisplayPath(InputFullName());
 }
 
 }  // namespace korvex
