@@ -7,17 +7,6 @@
 #include "util/text.h"
 
 namespace korvex {
-namespace {
-
-std::vector<std::string> Names(const std::string& folder, bool of_folders) {
-  std::vector<std::string> names;
-  for (FolderEntry& entry : SortedEntries(folder))
-    if (entry.is_folder == of_folders) names.push_back(std::move(entry.name));
-  return names;
-}
-
-}  // namespace
-
 std::vector<FolderEntry> SortedEntries(const std::string& folder) {
   std::vector<FolderEntry> entries = Platform().files->List(folder);
   std::sort(entries.begin(), entries.end(), [](const FolderEntry& a, const FolderEntry& b) {
@@ -28,11 +17,11 @@ std::vector<FolderEntry> SortedEntries(const std::string& folder) {
 }
 
 std::vector<std::string> SubFolderNames(const std::string& folder) {
-  return Names(folder, true);
-}
-
-std::vector<std::string> FileNames(const std::string& folder) {
-  return Names(folder, false);
+  std::vector<std::string> names;
+  for (FolderEntry& entry : SortedEntries(folder)) {
+    if (entry.is_folder) names.push_back(std::move(entry.name));
+  }
+  return names;
 }
 
 std::vector<std::string> WorkbookNames(const std::string& folder) {

@@ -13,7 +13,6 @@ namespace korvex {
 
 std::vector<FolderEntry> SortedEntries(const std::string& folder);
 std::vector<std::string> SubFolderNames(const std::string& folder);
-std::vector<std::string> FileNames(const std::string& folder);
 // The files, and the folders that are named like an .xls file: what somebody took for a workbook is
 // refused by name when it is opened, not passed over in silence.
 std::vector<std::string> WorkbookNames(const std::string& folder);

@@ -99,7 +99,7 @@ TEST(FolderListing, SortsByUpperCasedName) {
       platform.files.AddFile(JoinPath(folder, name));
     for (const char* name : {"Run2", "run10", "RUN1"})
       platform.files.AddFolder(JoinPath(folder, name));
-    EXPECT_THAT(FileNames(folder),
+    EXPECT_THAT(WorkbookNames(folder),
                 ElementsAre("10.xls", "9.xls", "a.xls", "b.xls", "Z.xls", "_.xls", "é.xls"));
     EXPECT_THAT(SubFolderNames(folder), ElementsAre("RUN1", "run10", "Run2"));
   }
@@ -108,8 +108,8 @@ TEST(FolderListing, SortsByUpperCasedName) {
 TEST(FolderListing, OrdersNamesThatDifferInCaseByTheirBytes) {
   TestPlatform platform;
   for (const char* name : {"/d/a", "/d/A", "/d/B"}) platform.files.AddFile(name);
-  EXPECT_THAT(FileNames("/d"), ElementsAre("A", "a", "B"));
-  EXPECT_EQ(ErrorOf([] { FileNames("/nowhere"); }).Number(), error_number::kPathNotFound);
+  EXPECT_THAT(WorkbookNames("/d"), ElementsAre("A", "a", "B"));
+  EXPECT_EQ(ErrorOf([] { WorkbookNames("/nowhere"); }).Number(), error_number::kPathNotFound);
 }
 
 }  // namespace
