@@ -1,8 +1,8 @@
 # What ./run, ./test and .ci/run share. Sourced, never run.
 
 # What building the programs needs, what the tests need on top, and what the checks of .ci/run need.
-BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev)
-TEST_PACKAGES=(libgtest-dev libgmock-dev)
+BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libwxgtk3.2-dev)
+TEST_PACKAGES=(libgtest-dev libgmock-dev xvfb openbox)
 CHECK_PACKAGES=(clang-format git)
 
 # Installs the named Debian packages that are not there yet. Silent when none is missing.
@@ -61,7 +61,7 @@ build() {
 
 build_programs() {
   configure "$1" OFF
-  build "$1" korvex-convert workbook-dump
+  build "$1" korvex korvex-convert workbook-dump
 }
 
 build_all() {

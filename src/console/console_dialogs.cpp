@@ -88,6 +88,10 @@ std::string ConsoleDialogs::BrowseForFolder(void*, const std::string&) {
   return "";
 }
 
+std::string ConsoleDialogs::BrowseNetwork(void*, const std::string&) {
+  return "";
+}
+
 std::size_t ConsoleDialogs::Answer(const std::vector<std::string>& captions,
                                    std::size_t default_button, std::size_t unanswered) {
   std::string row;

@@ -26,6 +26,7 @@ class ConsoleDialogs : public Dialogs {
   std::string ShowButtons(const ButtonMessage& message) override;
   // There is nothing to browse with: always empty.
   std::string BrowseForFolder(void* owner, const std::string& prompt) override;
+  std::string BrowseNetwork(void* owner, const std::string& title) override;
 
  private:
   std::optional<std::size_t> Ask(const std::vector<std::string>& captions,

@@ -16,6 +16,9 @@ class ConsoleRunView : public RunView {
     running_ = false;
     progress_.Finish();
   }
+  void ErrorMessage(const std::string& text) override { SetMessage(text); }
+  void Message(const std::string& text) override { SetMessage(text); }
+  void ProcessedFile() override { progress_.SetValue(++value_); }
   // A terminal has no idle state to show.
   void SetMessage(const std::string& text) override {
     if (running_) progress_.SetMessage(text);
@@ -23,11 +26,12 @@ class ConsoleRunView : public RunView {
   void SetProgress(std::int32_t value, std::int32_t maximum) override {
     if (!running_) return;
     progress_.SetMaximum(maximum);
-    progress_.SetValue(value);
+    progress_.SetValue(value_ = value);
   }
 
  private:
   ConsoleProgress& progress_;
+  std::int32_t value_ = 0;
   bool running_ = false;
 };
 

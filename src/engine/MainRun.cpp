@@ -65,7 +65,7 @@ void CheckOutputFile() {
 
 RunOutcome MainRun::Start(const RunSelection& selection) {
   RunOutcome outcome = RunOutcome::kFinished;
-  engine_.reset(new clsKorvex(*this));
+  engine_.reset(new clsKorvex(view_));
   Trap(
       "Form1.MainRun", [&] { Run(selection); },
       [&](const TrappedError& error) {
@@ -73,7 +73,7 @@ RunOutcome MainRun::Start(const RunSelection& selection) {
         outcome = engine_->Stopped() ? RunOutcome::kStopped : RunOutcome::kFailed;
         view_.LeaveRunning();
         view_.SetMessage("Ready");
-        AdvanceTo(0);
+        view_.SetProgress(0, progress_maximum_);
         engine_.reset();
       });
   return outcome;
@@ -85,13 +85,13 @@ void MainRun::Run(const RunSelection& selection) {
   view_.EnterRunning();
   view_.SetMessage("Initializing...");
   progress_maximum_ = ProgressMaximum(selection);
-  AdvanceTo(1);
+  view_.SetProgress(1, progress_maximum_);
   CheckOutputFile();
 
   std::string folder = selection.folder;
   engine_->ProcessFolders(folder, selection.files);
 
-  AdvanceTo(progress_maximum_);
+  view_.SetProgress(progress_maximum_, progress_maximum_);
   ShowMessageBox("Process finished!", {"OK"}, kProgramTitle, kSuccessIcon);
   view_.LeaveRunning();
   view_.SetMessage("Ready");
@@ -100,11 +100,6 @@ void MainRun::Run(const RunSelection& selection) {
 
 void MainRun::Stop() {
   if (Running()) engine_->StopProcess();
-}
-
-void MainRun::AdvanceTo(std::int32_t value) {
-  progress_ = value;
-  view_.SetProgress(progress_, progress_maximum_);
 }
 
 }  // namespace korvex

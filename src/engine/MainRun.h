@@ -16,11 +16,10 @@ struct RunSelection {
   std::vector<std::string> files;  // full paths; used when single files are processed
 };
 
-// Where a run shows itself.
-class RunView {
+// Where a run shows itself. It hears of the engine's events as they happen; each file that was
+// processed is one step of progress.
+class RunView : public KorvexEvents {
  public:
-  virtual ~RunView() = default;
-
   virtual void EnterRunning() = 0;
   // Also called when a run ends before it entered the running state.
   virtual void LeaveRunning() = 0;
@@ -36,7 +35,7 @@ void CheckOutputFile();
 
 enum class RunOutcome { kFinished, kFailed, kStopped };
 
-class MainRun : private KorvexEvents {
+class MainRun {
  public:
   // `view` must outlive the run.
   explicit MainRun(RunView& view) : view_(view) {}
@@ -49,15 +48,9 @@ class MainRun : private KorvexEvents {
 
  private:
   void Run(const RunSelection& selection);
-  void AdvanceTo(std::int32_t value);
-
-  void ErrorMessage(const std::string& text) override { view_.SetMessage(text); }
-  void Message(const std::string& text) override { view_.SetMessage(text); }
-  void ProcessedFile() override { AdvanceTo(progress_ + 1); }
 
   RunView& view_;
   std::unique_ptr<clsKorvex> engine_;
-  std::int32_t progress_ = 0;
   std::int32_t progress_maximum_ = 0;
 };
 

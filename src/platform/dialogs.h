@@ -16,8 +16,7 @@ struct PlainMessage {
   BoxButtons buttons = BoxButtons::kOk;
   BoxIcon icon = BoxIcon::kNone;
   std::string title = {};
-  // What lies behind an error or a refusal. A terminal prints it below the text; a window shows the
-  // text alone, the cause being in the error log.
+  // What lies behind an error or a refusal, shown below the text.
   std::string cause = {};
 };
 
@@ -40,6 +39,9 @@ class Dialogs {
   virtual std::string ShowButtons(const ButtonMessage& message) = 0;
   // Folders of the file system only; empty when the user cancels. `owner` is the native window.
   virtual std::string BrowseForFolder(void* owner, const std::string& prompt) = 0;
+  // A share of the network, or what stands for one here; empty when the user cancels or stops at a
+  // computer.
+  virtual std::string BrowseNetwork(void* owner, const std::string& title) = 0;
 };
 
 }  // namespace korvex

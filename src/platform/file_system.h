@@ -14,7 +14,8 @@ namespace korvex {
 struct FolderEntry {
   std::string name;
   bool is_folder = false;
-  bool is_link = false;  // and may lead back to where it stands
+  bool is_link = false;    // and may lead back to where it stands
+  bool is_hidden = false;  // from people who choose among files, not from a run
 };
 
 // A file open for appending. Every write goes straight to the file.
@@ -43,6 +44,9 @@ class FileSystem {
   virtual char Separator() const = 0;
   // "C:" or "\\server\share" on Windows, "" on Linux.
   virtual std::string DriveName(std::string_view path) const = 0;
+  // The root folders to choose from: "A:\", "C:\" on Windows; on Linux "/" and what is mounted
+  // below it, in ascending order. A drive may turn out to be empty when it is listed (68).
+  virtual std::vector<std::string> Drives() const = 0;
   // Folder where a program starts that has no stored folder: "C:\", or the home folder on Linux.
   virtual std::string DefaultFolder() const = 0;
   // The folder for temporary files when the environment names none: "C:\TEMP", or "/tmp" on Linux.

@@ -64,6 +64,10 @@ std::string RecordingDialogs::BrowseForFolder(void*, const std::string& prompt) 
   return NextAnswer(folder_answers, std::string());
 }
 
+std::string RecordingDialogs::BrowseNetwork(void* owner, const std::string& title) {
+  return BrowseForFolder(owner, title);
+}
+
 void FakeMail::Step(const std::string& name) {
   steps.push_back(name);
   if (failing.contains(name)) throw Error(error_number::kDeviceUnavailable);

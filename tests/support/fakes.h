@@ -43,6 +43,7 @@ class RecordingDialogs : public Dialogs {
   BoxAnswer ShowPlain(const PlainMessage& message) override;
   std::string ShowButtons(const ButtonMessage& message) override;
   std::string BrowseForFolder(void* owner, const std::string& prompt) override;
+  std::string BrowseNetwork(void* owner, const std::string& title) override;
 
   std::vector<PlainMessage> plain;
   std::vector<ButtonMessage> buttons;

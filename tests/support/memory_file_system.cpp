@@ -66,6 +66,14 @@ std::string MemoryFileSystem::DriveName(std::string_view path) const {
   return std::string(path.substr(0, share_end));
 }
 
+std::vector<std::string> MemoryFileSystem::Drives() const {
+  std::vector<std::string> drives;
+  for (const auto& [key, node] : nodes_) {
+    if (node.path == Root(node.path) && !node.path.starts_with("\\\\")) drives.push_back(node.path);
+  }
+  return drives;
+}
+
 std::string MemoryFileSystem::DefaultFolder() const {
   return style_ == PathStyle::kWindows ? "C:\\" : "/home/user";
 }
@@ -155,7 +163,8 @@ std::vector<FolderEntry> MemoryFileSystem::List(const std::string& folder) const
   for (auto node = nodes_.rbegin(); node != nodes_.rend(); ++node) {
     if (node->first == parent || Parent(node->first) != parent) continue;
     const std::string& path = node->second.path;
-    entries.push_back({path.substr(path.rfind(Separator()) + 1), node->second.is_folder, false});
+    const std::string name = path.substr(path.rfind(Separator()) + 1);
+    entries.push_back({name, node->second.is_folder, false, name.starts_with('.')});
   }
   return entries;
 }

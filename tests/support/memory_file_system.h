@@ -23,6 +23,7 @@ class MemoryFileSystem : public FileSystem {
 
   char Separator() const override;
   std::string DriveName(std::string_view path) const override;
+  std::vector<std::string> Drives() const override;
   std::string DefaultFolder() const override;
   std::string DefaultTempFolder() const override;
   std::string AbsolutePath(std::string_view path) const override;

@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <mntent.h>
 #include <pwd.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
@@ -90,7 +92,8 @@ Descriptor OpenOrCreate(const std::string& path) {
 }
 
 FolderEntry EntryOf(int folder, const dirent& entry) {
-  FolderEntry found{entry.d_name, entry.d_type == DT_DIR, entry.d_type == DT_LNK};
+  FolderEntry found{entry.d_name, entry.d_type == DT_DIR, entry.d_type == DT_LNK,
+                    entry.d_name[0] == '.'};
   struct stat status {};
   if (entry.d_type == DT_UNKNOWN) {
     found.is_link =
@@ -100,6 +103,17 @@ FolderEntry EntryOf(int folder, const dirent& entry) {
     found.is_folder = fstatat(folder, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
   }
   return found;
+}
+
+// Disks by their device, shares by "server:folder" or "//server/share", and what a virtual machine
+// or a program of the user's lends; not what the kernel shows of itself, nor the images of
+// programs.
+bool HoldsUserFiles(const mntent& mount) {
+  const std::string_view device = mount.mnt_fsname;
+  const std::string_view kind = mount.mnt_type;
+  if (kind == "squashfs" || kind == "fuse.snapfuse" || kind == "autofs") return false;
+  return device.starts_with('/') || device.find(":/") != std::string_view::npos ||
+         kind == "fuse.sshfs" || kind == "9p" || kind == "virtiofs" || kind == "vboxsf";
 }
 
 std::string CurrentFolder() {
@@ -151,6 +165,21 @@ bool PosixFileSystem::IsSameFile(const std::string& a, const std::string& b) con
   struct stat second {};
   return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+std::vector<std::string> PosixFileSystem::Drives() const {
+  std::vector<std::string> drives{"/"};
+  const std::unique_ptr<FILE, int (*)(FILE*)> mounts(setmntent("/proc/self/mounts", "r"),
+                                                     &endmntent);
+  if (!mounts) return drives;
+  mntent mount{};
+  std::array<char, 4096> line;
+  while (getmntent_r(mounts.get(), &mount, line.data(), line.size())) {
+    if (HoldsUserFiles(mount)) drives.emplace_back(mount.mnt_dir);
+  }
+  std::sort(drives.begin(), drives.end());
+  drives.erase(std::unique(drives.begin(), drives.end()), drives.end());
+  return drives;
 }
 
 std::vector<FolderEntry> PosixFileSystem::List(const std::string& folder) const {

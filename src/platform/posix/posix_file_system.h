@@ -15,6 +15,7 @@ class PosixFileSystem : public FileSystem {
  public:
   char Separator() const override { return '/'; }
   std::string DriveName(std::string_view) const override { return {}; }
+  std::vector<std::string> Drives() const override;
   std::string DefaultFolder() const override;
   std::string DefaultTempFolder() const override { return "/tmp"; }
   std::string AbsolutePath(std::string_view path) const override;

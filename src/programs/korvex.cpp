@@ -1,0 +1,4 @@
+// The desktop program.
+#include <wx/app.h>
+
+wxIMPLEMENT_APP(wxApp);

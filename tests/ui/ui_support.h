@@ -1,0 +1,58 @@
+// How tests use a window: as a user would, through the events of its controls.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <wx/app.h>
+#include <wx/button.h>
+#include <wx/dialog.h>
+#include <wx/modalhook.h>
+#include <wx/window.h>
+
+#include <deque>
+#include <functional>
+#include <string>
+
+namespace korvex {
+
+// The descendant of that name; fails the test when there is none or it is of another class.
+template <class Control>
+Control& Find(wxWindow& form, const std::string& name) {
+  auto* control =
+      dynamic_cast<Control*>(wxWindow::FindWindowByName(wxString::FromUTF8(name), &form));
+  if (!control) {
+    ADD_FAILURE() << "no control " << name;
+    std::abort();
+  }
+  return *control;
+}
+
+// What a click or a key sends when it reaches the control, which must be enabled and visible.
+void Send(wxWindow& control, wxEventType type, int number = 0);
+inline void Click(wxButton& button) {
+  Send(button, wxEVT_BUTTON);
+}
+
+// Serves what is waiting until the condition holds; fails the test after ten seconds.
+void WaitUntil(const std::function<bool()>& condition);
+// Serves what is waiting now.
+void ServeEvents();
+
+// Answers the modal dialogs that are ours. Each is driven by the oldest step that is left; one that
+// nobody expects fails the test and is cancelled.
+class ModalDriver : public wxModalDialogHook {
+ public:
+  using Step = std::function<void(wxDialog&)>;
+
+  ModalDriver() { Register(); }
+  ~ModalDriver() override;
+
+  void Expect(Step step) { steps_.push_back(std::move(step)); }
+
+ protected:
+  int Enter(wxDialog* dialog) override;
+
+ private:
+  std::deque<Step> steps_;
+};
+
+}  // namespace korvex
