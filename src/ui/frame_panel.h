@@ -22,6 +22,9 @@ class FramePanel : public wxPanel {
   std::string Caption() const;
   void SetCaption(const std::string& caption);
 
+  // Whether a child belongs to the frame itself, not to the form that it is placed on.
+  bool IsOwnPart(const wxWindow& child) const { return &child == caption_; }
+
  private:
   wxStaticText* caption_;
   wxBoxSizer* content_;
