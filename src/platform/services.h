@@ -32,7 +32,9 @@ struct Services {
   MessageLoop* message_loop = nullptr;
   Clock* clock = nullptr;
   MainWindow* main_window = nullptr;
-  std::string program_folder;  // of the executable, without trailing separator
+  // Without trailing separator.
+  std::string program_folder;    // of the executable
+  std::string user_folder = {};  // the user's own for what the program keeps; need not exist
 };
 
 // The installed set; error 91 when there is none.

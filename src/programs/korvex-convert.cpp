@@ -11,8 +11,8 @@
 #include "console/console_run_view.h"
 #include "console/overlay_settings_store.h"
 #include "engine/MainRun.h"
-#include "errors/basFuncs.h"
 #include "errors/clsAppLog.h"
+#include "errors/open_app_log.h"
 #include "platform/error.h"
 #include "platform/main_window.h"
 #include "platform/posix/desktop_shell.h"
@@ -24,6 +24,7 @@
 #include "platform/posix/sendmail_mail.h"
 #include "platform/posix/standard_streams.h"
 #include "platform/posix/system_clock.h"
+#include "platform/posix/user_folder.h"
 #include "platform/services.h"
 #include "programs/convert_options.h"
 #include "settings/basSettings.h"
@@ -94,7 +95,7 @@ void CheckAhead() {
 
 bool OpenErrorLog(std::string& complaint) {
   try {
-    AppLog().Filename(AppErrFolder() + "KORVEX.LOG");
+    OpenAppLog();
     return true;
   } catch (const Error& error) {
     complaint = error.Description();
@@ -152,7 +153,8 @@ int Main(const ConvertOptions& options) {
                                     .message_loop = &message_loop,
                                     .clock = &clock,
                                     .main_window = &command_line,
-                                    .program_folder = ProgramFolder()});
+                                    .program_folder = ProgramFolder(),
+                                    .user_folder = UserFolder(files)});
   try {
     const RunSelection& selection = command_line.selection = SelectionOf(options, files);
     if (selection.folder.empty() && selection.files.empty()) {
