@@ -5,6 +5,7 @@
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
+#include "platform/spreadsheet.h"
 #include "settings/basSettings.h"
 #include "util/basFuncs.h"
 #include "util/basGeneral.h"
@@ -21,6 +22,17 @@ constexpr int kSuccessIcon = 13;
   message.cause = cause;
   Platform().dialogs->ShowPlain(message);
   throw Error(error_number::kCannotPerform);
+}
+
+// Whether the output can be saved under that name when the work is done, and if not, why.
+bool IsUsableOutput(const std::string& full_name, std::string& cause) {
+  try {
+    Platform().spreadsheet->CheckOutputName(full_name);
+  } catch (const Error& error) {
+    cause = error.Description();
+    return false;
+  }
+  return FileIsWritable(full_name, &cause);
 }
 
 // One step before the first file and one after the last, so that the bar moves at once.
@@ -48,7 +60,7 @@ void CheckSelection(const RunSelection& selection) {
 void CheckOutputFile() {
   const std::string output = basSettings::OutputFullName();
   std::string cause;
-  if (!FileIsWritable(output, &cause)) {
+  if (!IsUsableOutput(output, cause)) {
     RefuseRun("Please specify a valid filename for the output file. \r\n(File could be in use).",
               cause);
   }
@@ -65,16 +77,16 @@ void CheckOutputFile() {
 
 RunOutcome MainRun::Start(const RunSelection& selection) {
   RunOutcome outcome = RunOutcome::kFinished;
-  engine_.reset(new clsKorvex(view_));
+  moKorvex_.reset(new clsKorvex(view_));
   Trap(
       "Form1.MainRun", [&] { Run(selection); },
       [&](const TrappedError& error) {
         if (!error.IsTold()) error.Report();
-        outcome = engine_->Stopped() ? RunOutcome::kStopped : RunOutcome::kFailed;
+        outcome = moKorvex_->Stopped() ? RunOutcome::kStopped : RunOutcome::kFailed;
         view_.LeaveRunning();
         view_.SetMessage("Ready");
         view_.SetProgress(0, progress_maximum_);
-        engine_.reset();
+        moKorvex_.reset();
       });
   return outcome;
 }
@@ -89,7 +101,7 @@ void MainRun::Run(const RunSelection& selection) {
   CheckOutputFile();
 
   std::string folder = selection.folder;
-  engine_->ProcessFolders(folder, selection.files);
+  moKorvex_->ProcessFolders(folder, selection.files);
 
   view_.SetProgress(progress_maximum_, progress_maximum_);
   ShowMessageBox("Process finished!", {"OK"}, kProgramTitle, kSuccessIcon);
@@ -99,7 +111,7 @@ void MainRun::Run(const RunSelection& selection) {
 }
 
 void MainRun::Stop() {
-  if (Running()) engine_->StopProcess();
+  if (Running()) moKorvex_->StopProcess();
 }
 
 }  // namespace korvex

@@ -44,13 +44,13 @@ class MainRun {
   RunOutcome Start(const RunSelection& selection);
   // Asks the engine for a stop; does nothing when none is running.
   void Stop();
-  bool Running() const { return engine_ && engine_->Running(); }
+  bool Running() const { return moKorvex_ && moKorvex_->Running(); }
 
  private:
   void Run(const RunSelection& selection);
 
   RunView& view_;
-  std::unique_ptr<clsKorvex> engine_;
+  std::unique_ptr<clsKorvex> moKorvex_;
   std::int32_t progress_maximum_ = 0;
 };
 

@@ -82,6 +82,8 @@ class SpreadsheetProgram {
 
   // Error 429 when the application cannot be started.
   virtual std::unique_ptr<Application> CreateApplication() = 0;
+  // Error 1004 when no workbook can be saved under that name, whatever is in it.
+  virtual void CheckOutputName(const std::string& full_name) const = 0;
 };
 
 }  // namespace korvex

@@ -26,10 +26,10 @@
 #include "platform/posix/system_clock.h"
 #include "platform/posix/user_folder.h"
 #include "platform/services.h"
+#include "platform/spreadsheet.h"
 #include "programs/convert_options.h"
 #include "settings/basSettings.h"
 #include "spreadsheet/embedded_application.h"
-#include "spreadsheet/output_format.h"
 #include "structure/clsStructure.h"
 #include "util/basGeneral.h"
 #include "util/text.h"
@@ -40,7 +40,6 @@ namespace {
 constexpr int kFinished = 0;
 constexpr int kFailed = 1;
 constexpr int kStopped = 130;
-constexpr char kProcessSelectedFiles[] = "Process the selected files.";
 
 // The command line stands in for the main window: its folder is the processing folder.
 struct CommandLine : MainWindow {
@@ -67,7 +66,8 @@ RunSelection SelectionOf(const ConvertOptions& options, const FileSystem& files)
 void LayOverSettings(const ConvertOptions& options, const RunSelection& selection,
                      const FileSystem& files) {
   basSettings::SetLastPath(selection.folder);
-  if (!options.files.empty()) basSettings::SetEverySheetRepresents(kProcessSelectedFiles);
+  if (!options.files.empty())
+    basSettings::SetEverySheetRepresents(basSettings::kProcessSelectedFiles);
   if (options.folder) {
     basSettings::SetEverySheetRepresents(basSettings::kProcessSubFolders);
   }
@@ -89,7 +89,7 @@ void OpenOnlyWhenChosen() {
 
 // What would otherwise fail when the work is done.
 void CheckAhead() {
-  CheckOutputEnding(basSettings::OutputFullName());
+  Platform().spreadsheet->CheckOutputName(basSettings::OutputFullName());
   basSettings::LaunchOutputFile();
 }
 

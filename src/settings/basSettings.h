@@ -53,6 +53,7 @@ void SetErrorEmailAddress(const std::string& address);
 
 // What is processed: the sub-folders of a folder for this one text, selected files for any other.
 inline constexpr char kProcessSubFolders[] = "Process Sub-Folders of this folder:";
+inline constexpr char kProcessSelectedFiles[] = "Process the selected files.";
 std::string EverySheetRepresents();
 void SetEverySheetRepresents(const std::string& mode);
 bool ProcessingSubFolders();

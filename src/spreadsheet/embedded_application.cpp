@@ -5,6 +5,7 @@
 
 #include "platform/error.h"
 #include "platform/file_system.h"
+#include "spreadsheet/output_format.h"
 #include "spreadsheet/output_workbook.h"
 #include "spreadsheet/refusal.h"
 
@@ -66,6 +67,10 @@ void EmbeddedApplication::Drop(const Workbook& closing) {
 
 std::unique_ptr<Application> EmbeddedSpreadsheet::CreateApplication() {
   return std::make_unique<EmbeddedApplication>(files_);
+}
+
+void EmbeddedSpreadsheet::CheckOutputName(const std::string& full_name) const {
+  CheckOutputEnding(full_name);
 }
 
 }  // namespace korvex

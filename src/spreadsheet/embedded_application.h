@@ -52,6 +52,7 @@ class EmbeddedSpreadsheet : public SpreadsheetProgram {
   explicit EmbeddedSpreadsheet(FileSystem& files) : files_(files) {}
 
   std::unique_ptr<Application> CreateApplication() override;
+  void CheckOutputName(const std::string& full_name) const override;
 
  private:
   FileSystem& files_;

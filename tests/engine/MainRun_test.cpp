@@ -68,7 +68,7 @@ TEST_F(MainRunTest, RefusesAnEmptySelectionAndStoresNothing) {
 TEST_F(MainRunTest, RefusesAnOutputFileThatCannotBeWritten) {
   campaign.Put("a/P-1-1.xls", {});
   campaign.platform.files.Deny("/out/denied.xls");
-  for (const char* name : {"missing/all.xls", "denied.xls", ""}) {
+  for (const char* name : {"missing/all.xls", "denied.xls", "all.xlsx", ""}) {
     campaign.Set("Main Section", "Output File", name);
     campaign.platform.dialogs.texts.clear();
     EXPECT_EQ(Start(), RunOutcome::kFailed);

@@ -227,6 +227,12 @@ std::vector<std::string> FakeSheet::Headers() const {
   return headers;
 }
 
+void FakeSpreadsheet::CheckOutputName(const std::string& full_name) const {
+  if (full_name.ends_with(".xlsx")) {
+    throw Error(error_number::kAutomation, "cannot save " + full_name);
+  }
+}
+
 std::unique_ptr<Application> FakeSpreadsheet::CreateApplication() {
   return std::make_unique<RunningApplication>(*this);
 }

@@ -51,6 +51,8 @@ struct FakeWorkbookContent {
 
 class FakeSpreadsheet : public SpreadsheetProgram {
  public:
+  // Refuses names that end in ".xlsx".
+  void CheckOutputName(const std::string& full_name) const override;
   std::unique_ptr<Application> CreateApplication() override;
 
   // Lays a workbook with the one sheet "data" under a full name.
