@@ -1,17 +1,32 @@
 // Lets the user choose a drive, a folder and files, inside one frame: a drive box over a folder
 // list, a splitter, a file list, and a button that browses the network.
 //
-// Paths are native and UTF-8. Listing errors (68, 70, 75, 76) reach the caller of SetPath; those
-// that follow a click are shown.
+// Paths are native and UTF-8. Listing errors (68, 70, 75, 76) reach the caller of SetPath, and then
+// nothing has changed; those that follow a click are shown. The lists follow the disk whenever the
+// user comes back to the window.
 #pragma once
 
 #include <wx/panel.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/file_system.h"
+#include "ui/file_pattern.h"
+
+class wxActivateEvent;
+class wxBoxSizer;
+class wxButton;
+class wxChoice;
+class wxListBox;
+
 namespace korvex {
+
+class FolderTree;
+class FramePanel;
+class TrappedError;
 
 class FileChooser : public wxPanel {
  public:
@@ -23,15 +38,15 @@ class FileChooser : public wxPanel {
 
   // Patterns of file names with "*" and "?", several separated by ";". Error 5 for one that no file
   // name can match.
-  const std::string& Pattern() const;
+  const std::string& Pattern() const { return pattern_.Text(); }
   void SetPattern(const std::string& pattern);
 
   // The frame and everything in it. Not virtual in wx's sense: hides wxWindow's.
   bool Enabled() const;
   void SetEnabled(bool enabled);
 
-  bool MultiSelect() const;
-  void SetMultiSelect(bool multi_select);
+  bool MultiSelect() const { return multi_select_; }
+  void SetMultiSelect(bool multi_select) { multi_select_ = multi_select; }
 
   // The current folder, without a separator at its end unless it is a root.
   std::string Path() const;
@@ -48,6 +63,42 @@ class FileChooser : public wxPanel {
 
   // Raised when the user double-clicks a file.
   std::function<void()> DblClick;
+
+ private:
+  void LayOut();
+  void BindEvents();
+  void BindSplitter();
+  void FitLists();
+
+  void drvMain_Change();
+  void dirMain_Change();
+  void filMain_Click(int item);
+  void filMain_MouseMove(const wxPoint& position);
+  void cmdNetWork_Click();
+  void OnActivate(wxActivateEvent& event);
+
+  void Open(const std::string& drive, const std::string& folder);
+  void ShowDrives(const std::string& drive);
+  void ShowFiles(const std::vector<FolderEntry>& entries);
+  void ShowMatchingFiles();
+  void ForgetFiles();
+  void ShowFailure(const TrappedError& error);
+
+  FilePattern pattern_{"*.*"};
+  bool multi_select_ = true;
+  std::vector<std::string> drives_;     // in the order of the drive box
+  std::vector<std::string> all_files_;  // of the current folder
+  std::vector<std::string> files_;      // in the order of the file list
+  int splitter_left_;                   // where the user has put it, in twips
+  std::optional<int> drag_start_;       // while the splitter is dragged: the pointer within it
+
+  FramePanel* fraMain_;
+  wxChoice* drvMain_;
+  FolderTree* dirMain_;
+  wxWindow* Splitter_;
+  wxListBox* filMain_;
+  wxButton* cmdNetWork_;
+  wxBoxSizer* left_column_;
 };
 
 }  // namespace korvex

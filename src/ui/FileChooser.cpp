@@ -1,0 +1,381 @@
+#include "ui/FileChooser.h"
+
+#include <wx/button.h>
+#include <wx/choice.h>
+#include <wx/dcclient.h>
+#include <wx/listbox.h>
+#include <wx/settings.h>
+#include <wx/sizer.h>
+#include <wx/toplevel.h>
+#include <wx/wupdlock.h>
+
+#include <algorithm>
+#include <set>
+
+#include "errors/trap.h"
+#include "platform/dialogs.h"
+#include "platform/services.h"
+#include "ui/EnableFrame.h"
+#include "ui/chooser_layout.h"
+#include "ui/folder_paths.h"
+#include "ui/folder_tree.h"
+#include "ui/frame_panel.h"
+#include "ui/twips.h"
+#include "ui/wx_text.h"
+#include "util/attempt.h"
+#include "util/folder_listing.h"
+
+namespace korvex {
+namespace {
+
+constexpr int kDesignedSplitterLeft = 3600;  // twips
+constexpr int kSplitterWidth = 6;
+constexpr int kGap = 6;
+const wxSize kLeastSize(420, 240);
+
+wxArrayString Shown(const std::vector<std::string>& names) {
+  wxArrayString shown;
+  shown.reserve(names.size());
+  for (const std::string& name : names) shown.push_back(ToWx(name));
+  return shown;
+}
+
+// Whether the folder, and not this program, is why something failed.
+bool IsFolderError(int number) {
+  switch (number) {
+    case error_number::kDeviceIo:
+    case error_number::kDeviceUnavailable:
+    case error_number::kPermissionDenied:
+    case error_number::kPathFileAccess:
+    case error_number::kPathNotFound:
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+FileChooser::FileChooser(wxWindow* parent, const std::string& name)
+    : wxPanel(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL, ToWx(name)),
+      splitter_left_(kDesignedSplitterLeft) {
+  fraMain_ = new FramePanel(this, "fraMain", "", false);
+  drvMain_ = new wxChoice(fraMain_, wxID_ANY);
+  drvMain_->SetName("drvMain");
+  dirMain_ = new FolderTree(new wxPanel(fraMain_, wxID_ANY, wxDefaultPosition, wxDefaultSize,
+                                        wxTAB_TRAVERSAL | wxBORDER_THEME),
+                            "dirMain");
+  Splitter_ =
+      new wxWindow(fraMain_, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "Splitter");
+  filMain_ = new wxListBox(fraMain_, wxID_ANY, wxDefaultPosition, wxDefaultSize, 0, nullptr,
+                           wxLB_EXTENDED | wxLB_HSCROLL, wxDefaultValidator, "filMain");
+  cmdNetWork_ = new wxButton(fraMain_, wxID_ANY, "Network Neighbourhood");
+  cmdNetWork_->SetName("cmdNetWork");
+  LayOut();
+  BindEvents();
+  BindSplitter();
+}
+
+// The lists take the room that there is: their contents have no say in it, and measuring thousands
+// of names would take its time.
+void FileChooser::LayOut() {
+  for (wxWindow* list : std::initializer_list<wxWindow*>{dirMain_, filMain_})
+    list->SetMinSize(FromDIP(wxSize(40, 40)));
+  drvMain_->SetMinSize(wxSize(FromDIP(40), drvMain_->GetBestSize().y));
+  Splitter_->SetMinSize(wxSize(FromDIP(kSplitterWidth), -1));
+  Splitter_->SetCursor(wxCursor(wxCURSOR_SIZEWE));
+
+  // A tree draws no border of its own everywhere.
+  wxWindow* tree_border = dirMain_->GetParent();
+  tree_border->SetSizer(new wxBoxSizer(wxVERTICAL));
+  tree_border->GetSizer()->Add(dirMain_, wxSizerFlags(1).Expand());
+  left_column_ = new wxBoxSizer(wxVERTICAL);
+  left_column_->Add(drvMain_, wxSizerFlags().Expand());
+  left_column_->Add(tree_border, wxSizerFlags(1).Expand().Border(wxTOP, FromDIP(kGap)));
+  auto* lists = new wxBoxSizer(wxHORIZONTAL);
+  lists->Add(left_column_, wxSizerFlags().Expand());
+  lists->Add(Splitter_, wxSizerFlags().Expand());
+  lists->Add(filMain_, wxSizerFlags(1).Expand());
+  fraMain_->Content().Add(lists, wxSizerFlags(1).Expand());
+  fraMain_->Content().Add(cmdNetWork_, wxSizerFlags().Border(wxTOP, FromDIP(kGap)));
+
+  auto* outer = new wxBoxSizer(wxVERTICAL);
+  outer->Add(fraMain_, wxSizerFlags(1).Expand());
+  SetSizer(outer);
+  SetMinSize(FromDIP(kLeastSize));
+}
+
+void FileChooser::BindEvents() {
+  fraMain_->Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+    FitLists();
+    event.Skip();
+  });
+  drvMain_->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) { drvMain_Change(); });
+  dirMain_->Change = [this] { dirMain_Change(); };
+  dirMain_->Failed = [this] { ShowFailure(TrappedError("FileChooser.dirMain_Expand")); };
+  filMain_->Bind(wxEVT_LISTBOX, [this](wxCommandEvent& event) { filMain_Click(event.GetInt()); });
+  filMain_->Bind(wxEVT_LISTBOX_DCLICK, [this](wxCommandEvent&) {
+    Trap("FileChooser.filMain_DblClick", [&] {
+      if (DblClick) DblClick();
+    });
+  });
+  filMain_->Bind(wxEVT_MOTION, [this](wxMouseEvent& event) {
+    filMain_MouseMove(event.GetPosition());
+    event.Skip();
+  });
+  cmdNetWork_->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { cmdNetWork_Click(); });
+  wxGetTopLevelParent(this)->Bind(wxEVT_ACTIVATE, &FileChooser::OnActivate, this);
+}
+
+void FileChooser::BindSplitter() {
+  Splitter_->Bind(wxEVT_LEFT_DOWN, [this](wxMouseEvent& event) {
+    drag_start_ = event.GetX();
+    Splitter_->SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNSHADOW));
+    Splitter_->Refresh();
+    Splitter_->CaptureMouse();
+  });
+  Splitter_->Bind(wxEVT_MOTION, [this](wxMouseEvent& event) {
+    if (!drag_start_ || !event.LeftIsDown() || event.GetX() == *drag_start_) return;
+    const int left = Splitter_->GetPosition().x + event.GetX() - *drag_start_;
+    splitter_left_ = Twips(*this).FromPixels(left);
+    FitLists();
+    fraMain_->Layout();
+  });
+  const auto end_drag = [this](wxEvent&) {
+    if (!drag_start_) return;
+    drag_start_.reset();
+    if (Splitter_->HasCapture()) Splitter_->ReleaseMouse();
+    Splitter_->SetBackgroundColour(wxNullColour);
+    Splitter_->Refresh();
+    const Twips twips(*this);
+    splitter_left_ = twips.FromPixels(Splitter_->GetPosition().x);
+  };
+  Splitter_->Bind(wxEVT_LEFT_UP, end_drag);
+  Splitter_->Bind(wxEVT_MOUSE_CAPTURE_LOST, end_drag);
+}
+
+// The splitter stays where the user has put it as long as both lists have room.
+void FileChooser::FitLists() {
+  const Twips twips(*this);
+  const int right = twips.FromPixels(fraMain_->GetClientSize().x);
+  const int left = std::max(0, twips.ToPixels(ClampSplitter(splitter_left_, right)));
+  left_column_->SetMinSize(wxSize(left, 1));
+}
+
+std::string FileChooser::Caption() const {
+  return fraMain_->Caption();
+}
+
+void FileChooser::SetCaption(const std::string& caption) {
+  fraMain_->SetCaption(caption);
+}
+
+void FileChooser::SetPattern(const std::string& pattern) {
+  pattern_ = FilePattern(pattern);
+  ShowMatchingFiles();
+}
+
+bool FileChooser::Enabled() const {
+  return fraMain_->IsThisEnabled();
+}
+
+// What a run has left behind shows as soon as it is over.
+void FileChooser::SetEnabled(bool enabled) {
+  const bool again = enabled && !Enabled();
+  EnableFrame(*fraMain_, enabled);
+  EnableFrame(*dirMain_, enabled);
+  dirMain_->SetForegroundColour(
+      wxSystemSettings::GetColour(enabled ? wxSYS_COLOUR_WINDOWTEXT : wxSYS_COLOUR_GRAYTEXT));
+  for (wxWindow* control : std::initializer_list<wxWindow*>{cmdNetWork_, drvMain_, filMain_})
+    control->Enable(enabled);
+  if (again) Attempt([&] { Refresh(); });
+}
+
+std::string FileChooser::Path() const {
+  return dirMain_->Folder();
+}
+
+void FileChooser::SetPath(const std::string& new_path) {
+  if (new_path.empty()) throw Error(error_number::kPathNotFound);
+  const FileSystem& files = *Platform().files;
+  const std::string folder = files.AbsolutePath(new_path);
+  Open(DriveOf(folder, files.Drives()), folder);
+}
+
+void FileChooser::Open(const std::string& drive, const std::string& folder) {
+  const std::vector<FolderEntry> entries = SortedEntries(folder);
+  ShowDrives(drive);
+  dirMain_->Open(drive, folder, entries);
+  ForgetFiles();
+  ShowFiles(entries);
+}
+
+void FileChooser::ShowDrives(const std::string& drive) {
+  std::vector<std::string> drives = Platform().files->Drives();
+  auto selected = std::find(drives.begin(), drives.end(), drive);
+  if (selected == drives.end()) selected = drives.insert(drives.end(), drive);
+  const auto index = static_cast<int>(selected - drives.begin());
+  if (drives != drives_) {
+    drvMain_->Set(Shown(drives));
+    drives_ = std::move(drives);
+  }
+  if (drvMain_->GetSelection() != index) drvMain_->SetSelection(index);
+}
+
+void FileChooser::ShowFiles(const std::vector<FolderEntry>& entries) {
+  all_files_.clear();
+  for (const FolderEntry& entry : entries) {
+    if (!entry.is_folder && !entry.is_hidden) all_files_.push_back(entry.name);
+  }
+  ShowMatchingFiles();
+}
+
+// A file of another folder is another file, whatever its name.
+void FileChooser::ForgetFiles() {
+  files_.clear();
+  filMain_->Clear();
+}
+
+// Files that are still there stay selected, and the list stays where it was scrolled to.
+void FileChooser::ShowMatchingFiles() {
+  std::vector<std::string> files;
+  std::copy_if(all_files_.begin(), all_files_.end(), std::back_inserter(files),
+               [&](const std::string& name) { return pattern_.Matches(name); });
+  if (files == files_) return;
+  const std::vector<std::string> names = SelFilenames();
+  const std::set<std::string> selected(names.begin(), names.end());
+  const int top = files_.empty() ? 0 : filMain_->GetTopItem();
+  const wxWindowUpdateLocker no_flicker(filMain_);
+  files_ = std::move(files);
+  filMain_->Set(Shown(files_));
+  for (std::size_t i = 0; i < files_.size() && !selected.empty(); ++i) {
+    if (selected.contains(files_[i])) filMain_->SetSelection(static_cast<int>(i));
+  }
+  if (top > 0 && top < FileCount()) filMain_->SetFirstItem(top);
+}
+
+std::vector<std::string> FileChooser::SelFilenames() const {
+  wxArrayInt selections;
+  filMain_->GetSelections(selections);
+  std::sort(selections.begin(), selections.end());
+  std::vector<std::string> names;
+  for (const int item : selections) names.push_back(files_[static_cast<std::size_t>(item)]);
+  return names;
+}
+
+std::vector<std::string> FileChooser::SelFullPaths() const {
+  std::vector<std::string> paths = SelFilenames();
+  for (std::string& path : paths) path = JoinPath(Path(), path);
+  return paths;
+}
+
+int FileChooser::FileCount() const {
+  return static_cast<int>(files_.size());
+}
+
+int FileChooser::SelectedCount() const {
+  wxArrayInt selections;
+  return filMain_->GetSelections(selections);
+}
+
+void FileChooser::Refresh() {
+  if (Path().empty()) return;
+  const std::string folder = NearestExistingFolder(Path());
+  if (folder != Path()) {
+    SetPath(folder);
+  } else {
+    ShowDrives(dirMain_->Drive());
+    std::vector<FolderEntry> entries;
+    Attempt([&] { entries = SortedEntries(folder); });
+    dirMain_->ShowEntries(entries);
+    ShowFiles(entries);
+  }
+  dirMain_->LookAgain();
+}
+
+void FileChooser::drvMain_Change() {
+  Trap(
+      "FileChooser.drvMain_Change",
+      [&] {
+        const std::string& drive = drives_[static_cast<std::size_t>(drvMain_->GetSelection())];
+        if (drive != dirMain_->Drive()) Open(std::string(drive), std::string(drive));
+      },
+      [&](const TrappedError& error) {
+        const bool is_unavailable = error.Number() == error_number::kDeviceUnavailable ||
+                                    error.Number() == error_number::kPathNotFound;
+        if (is_unavailable) {
+          Platform().dialogs->ShowPlain(
+              {"Drive not available.", BoxButtons::kOk, BoxIcon::kCritical});
+        } else {
+          ShowFailure(error);
+        }
+        ShowDrives(dirMain_->Drive());
+      });
+}
+
+void FileChooser::dirMain_Change() {
+  ForgetFiles();
+  Trap(
+      "FileChooser.dirMain_Change",
+      [&] {
+        const std::vector<FolderEntry> entries = SortedEntries(Path());
+        dirMain_->ShowEntries(entries);
+        ShowFiles(entries);
+      },
+      [&](const TrappedError& error) {
+        ShowFiles({});
+        ShowFailure(error);
+      });
+}
+
+void FileChooser::filMain_Click(int item) {
+  if (!multi_select_ && item != wxNOT_FOUND && filMain_->IsSelected(item))
+    filMain_->DeselectAll(item);
+}
+
+void FileChooser::filMain_MouseMove(const wxPoint& position) {
+  const int item = filMain_->HitTest(position);
+  const wxString tip = item < 0 || item >= FileCount()
+                           ? wxString()
+                           : filMain_->GetString(static_cast<unsigned>(item));
+  if (tip == filMain_->GetToolTipText()) return;
+  if (tip.empty()) {
+    filMain_->UnsetToolTip();
+  } else {
+    filMain_->SetToolTip(tip);
+  }
+}
+
+void FileChooser::cmdNetWork_Click() {
+  Trap(
+      "FileChooser.cmdNetWork_Click",
+      [&] {
+        Dialogs& dialogs = *Platform().dialogs;
+        for (;;) {
+          const std::string share = dialogs.BrowseNetwork(wxGetTopLevelParent(this)->GetHandle(),
+                                                          "Select a network computer or share.");
+          if (!share.empty()) {
+            SetPath(share);
+            return;
+          }
+          const PlainMessage question{"Did not select specific drive.", BoxButtons::kRetryCancel};
+          if (dialogs.ShowPlain(question) != BoxAnswer::kRetry) return;
+        }
+      },
+      [&](const TrappedError& error) { ShowFailure(error); });
+}
+
+void FileChooser::OnActivate(wxActivateEvent& event) {
+  event.Skip();
+  if (event.GetActive() && Enabled()) Attempt([&] { Refresh(); });
+}
+
+// The message waits until the lists have done with the click that led to it.
+void FileChooser::ShowFailure(const TrappedError& error) {
+  if (!IsFolderError(error.Number())) return error.Report();
+  CallAfter([text = PendingError().Description()] {
+    Platform().dialogs->ShowPlain({text, BoxButtons::kOk, BoxIcon::kCritical});
+  });
+}
+
+}  // namespace korvex

@@ -1,0 +1,59 @@
+// The folders of one drive as a tree: opened from the root down to the current folder, which is the
+// selected item. Other folders are looked into when the user opens them.
+//
+// Hidden folders are left out unless the way to the current folder leads through them.
+#pragma once
+
+#include <wx/treectrl.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/file_system.h"
+
+namespace korvex {
+
+class FolderTree : public wxTreeCtrl {
+ public:
+  FolderTree(wxWindow* parent, const std::string& name);
+
+  // The drive, and the selected folder in it; both empty until Open.
+  const std::string& Drive() const { return drive_; }
+  const std::string& Folder() const { return folder_; }
+
+  // Makes a folder current. `entries` is what it holds, in listing order.
+  void Open(const std::string& drive, const std::string& folder,
+            const std::vector<FolderEntry>& entries);
+
+  // Shows what has been found in the current folder.
+  void ShowEntries(const std::vector<FolderEntry>& entries);
+
+  // Looks again at every open folder but the current one.
+  void LookAgain();
+
+  // The user has selected another folder.
+  std::function<void()> Change;
+  // A folder that the user has opened cannot be listed; called while the error is the pending one.
+  std::function<void()> Failed;
+
+ private:
+  class Item;
+
+  void OnSelect(wxTreeEvent& event);
+  void OnOpen(wxTreeEvent& event);
+  Item& ItemOf(const wxTreeItemId& id) const;
+  wxTreeItemId Child(const wxTreeItemId& parent, const std::string& name) const;
+  std::string NameOnWay(const std::string& folder) const;
+  void Fill(const wxTreeItemId& id, const std::vector<FolderEntry>& entries);
+  void FillFromDisk(const wxTreeItemId& id);
+  void SetSubFolders(const wxTreeItemId& id, const std::vector<std::string>& names);
+  void Reveal();
+  void LookAgainBelow(const wxTreeItemId& id);
+
+  std::string drive_;
+  std::string folder_;
+  bool updating_ = false;
+};
+
+}  // namespace korvex
