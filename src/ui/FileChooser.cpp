@@ -244,14 +244,16 @@ void FileChooser::ShowMatchingFiles() {
   if (files == files_) return;
   const std::vector<std::string> names = SelFilenames();
   const std::set<std::string> selected(names.begin(), names.end());
-  const int top = files_.empty() ? 0 : filMain_->GetTopItem();
+  const std::string top =
+      files_.empty() ? "" : files_[static_cast<std::size_t>(filMain_->GetTopItem())];
   const wxWindowUpdateLocker no_flicker(filMain_);
   files_ = std::move(files);
   filMain_->Set(Shown(files_));
   for (std::size_t i = 0; i < files_.size() && !selected.empty(); ++i) {
     if (selected.contains(files_[i])) filMain_->SetSelection(static_cast<int>(i));
   }
-  if (top > 0 && top < FileCount()) filMain_->SetFirstItem(top);
+  const auto first = std::find(files_.begin(), files_.end(), top);
+  if (first != files_.end()) filMain_->SetFirstItem(static_cast<int>(first - files_.begin()));
 }
 
 std::vector<std::string> FileChooser::SelFilenames() const {
