@@ -84,6 +84,7 @@ void FileChooser::LayOut() {
   drvMain_->SetMinSize(wxSize(FromDIP(40), drvMain_->GetBestSize().y));
   Splitter_->SetMinSize(wxSize(FromDIP(kSplitterWidth), -1));
   Splitter_->SetCursor(wxCursor(wxCURSOR_SIZEWE));
+  Splitter_->DisableFocusFromKeyboard();
 
   // A tree draws no border of its own everywhere.
   wxWindow* tree_border = dirMain_->GetParent();
@@ -244,15 +245,16 @@ void FileChooser::ShowMatchingFiles() {
   if (files == files_) return;
   const std::vector<std::string> names = SelFilenames();
   const std::set<std::string> selected(names.begin(), names.end());
-  const std::string top =
-      files_.empty() ? "" : files_[static_cast<std::size_t>(filMain_->GetTopItem())];
+  const int top = filMain_->GetTopItem();  // none before the list has been drawn
+  const std::string first_name =
+      top >= 0 && top < FileCount() ? files_[static_cast<std::size_t>(top)] : std::string();
   const wxWindowUpdateLocker no_flicker(filMain_);
   files_ = std::move(files);
   filMain_->Set(Shown(files_));
   for (std::size_t i = 0; i < files_.size() && !selected.empty(); ++i) {
     if (selected.contains(files_[i])) filMain_->SetSelection(static_cast<int>(i));
   }
-  const auto first = std::find(files_.begin(), files_.end(), top);
+  const auto first = std::find(files_.begin(), files_.end(), first_name);
   if (first != files_.end()) filMain_->SetFirstItem(static_cast<int>(first - files_.begin()));
 }
 

@@ -21,6 +21,7 @@ std::string ParentFolder(const std::string& folder) {
   const std::string root = files.DriveName(folder) + files.Separator();
   if (folder.size() <= root.size()) return "";
   const std::size_t last = folder.rfind(files.Separator());
+  if (last == std::string::npos) return "";
   return last < root.size() ? root : folder.substr(0, last);
 }
 

@@ -58,6 +58,7 @@ FolderTree::FolderTree(wxWindow* parent, const std::string& name)
   Bind(wxEVT_TREE_ITEM_EXPANDING, &FolderTree::OnOpen, this);
   Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
     event.Skip();
+    if (!reveal_at_size_) return;
     CallAfter([this] { Reveal(); });
   });
 }
@@ -87,8 +88,10 @@ void FolderTree::Open(const std::string& drive, const std::string& folder,
   Reveal();
 }
 
-// Scrolls to the current folder, and to as much of what lies in it as there is room for.
+// Scrolls to the current folder, and to as much of what lies in it as there is room for: again with
+// every size until the window shows.
 void FolderTree::Reveal() {
+  reveal_at_size_ = !IsShownOnScreen();
   const wxTreeItemId id = GetSelection();
   if (!id.IsOk()) return;
   if (IsExpanded(id)) EnsureVisible(GetLastChild(id));

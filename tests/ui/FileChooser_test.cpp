@@ -1,0 +1,268 @@
+#include "ui/FileChooser.h"
+
+#include <gmock/gmock.h>
+#include <wx/choice.h>
+#include <wx/frame.h>
+#include <wx/listbox.h>
+#include <wx/sizer.h>
+
+#include "tests/support/errors.h"
+#include "tests/support/fakes.h"
+#include "tests/ui/ui_support.h"
+#include "ui/folder_tree.h"
+#include "ui/twips.h"
+#include "ui/wx_text.h"
+
+namespace korvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// A chooser on a window of its own, at /data/run1 or C:\data\run1 with the files A.xls, b.XLS and
+// c.csv and the folders sub and .hidden.
+struct Chooser {
+  explicit Chooser(PathStyle style = PathStyle::kLinux) : platform(style) {
+    for (const char* file : {"c.csv", "b.XLS", "A.xls", ".lock.xls"})
+      platform.files.AddFile(In(file));
+    platform.files.AddFolder(In("sub"));
+    platform.files.AddFolder(In(".hidden"));
+    frame->SetSizer(new wxBoxSizer(wxVERTICAL));
+    frame->GetSizer()->Add(&chooser, wxSizerFlags(1).Expand());
+    frame->SetClientSize(800, 500);
+    frame->Show();
+    ServeEvents();
+    chooser.SetPath(folder);
+  }
+  ~Chooser() { delete frame; }
+
+  std::string In(const std::string& name) const {
+    return folder + platform.files.Separator() + name;
+  }
+  std::vector<std::string> Files() {
+    std::vector<std::string> names;
+    for (const wxString& name : filMain.GetStrings()) names.push_back(FromWx(name));
+    return names;
+  }
+  // The item with the names on the way to it, below the root.
+  wxTreeItemId Item(const std::vector<std::string>& names) {
+    wxTreeItemId item = dirMain.GetRootItem();
+    for (const std::string& name : names) {
+      wxTreeItemIdValue cookie;
+      item = dirMain.GetFirstChild(item, cookie);
+      while (item.IsOk() && FromWx(dirMain.GetItemText(item)) != name)
+        item = dirMain.GetNextSibling(item);
+      if (!item.IsOk()) break;
+    }
+    return item;
+  }
+  void ComeBack() {
+    wxActivateEvent event(wxEVT_ACTIVATE, true, frame->GetId());
+    frame->ProcessWindowEvent(event);
+  }
+  void ChooseDrive(const std::string& drive) {
+    drvMain.SetStringSelection(ToWx(drive));
+    Send(drvMain, wxEVT_CHOICE, drvMain.GetSelection());
+  }
+  void DragSplitterTo(int x) {
+    auto& splitter = Find<wxWindow>(chooser, "Splitter");
+    for (const wxEventType type : {wxEVT_LEFT_DOWN, wxEVT_MOTION, wxEVT_LEFT_UP}) {
+      wxMouseEvent event(type);
+      event.m_leftDown = type != wxEVT_LEFT_UP;
+      event.m_x = type == wxEVT_LEFT_DOWN ? 2 : 2 + x - splitter.GetPosition().x;
+      splitter.HandleWindowEvent(event);
+    }
+  }
+
+  TestPlatform platform;
+  const std::string folder = platform.files.Separator() == '/' ? "/data/run1" : "C:\\data\\run1";
+  wxFrame* frame = new wxFrame(nullptr, wxID_ANY, "form");
+  FileChooser& chooser = *new FileChooser(frame, "FileChooser");
+  wxListBox& filMain = Find<wxListBox>(chooser, "filMain");
+  FolderTree& dirMain = Find<FolderTree>(chooser, "dirMain");
+  wxChoice& drvMain = Find<wxChoice>(chooser, "drvMain");
+};
+
+TEST(FileChooser, ListsTheFilesThatThePatternLetsThrough) {
+  Chooser form;
+  EXPECT_THAT(form.Files(), ElementsAre("A.xls", "b.XLS", "c.csv"));
+  form.chooser.SetPattern("*.xls");
+  EXPECT_THAT(form.Files(), ElementsAre("A.xls", "b.XLS"));
+  EXPECT_EQ(ErrorOf([&] { form.chooser.SetPattern("a/b"); }).Number(), error_number::kInvalidCall);
+  EXPECT_EQ(form.chooser.Pattern(), "*.xls");
+}
+
+TEST(FileChooser, HandsOverTheSelectedFilesByteForByte) {
+  Chooser form;
+  form.platform.files.AddFile(form.In("z\xff.xls"));
+  form.chooser.Refresh();
+  EXPECT_THAT(form.chooser.SelFullPaths(), IsEmpty());
+  form.filMain.SetSelection(3);
+  form.filMain.SetSelection(0);
+  EXPECT_THAT(form.chooser.SelFilenames(), ElementsAre("A.xls", "z\xff.xls"));
+  EXPECT_THAT(form.chooser.SelFullPaths(), ElementsAre("/data/run1/A.xls", "/data/run1/z\xff.xls"));
+}
+
+TEST(FileChooser, SelectsOneFileWhenToldSo) {
+  Chooser form;
+  form.chooser.SetMultiSelect(false);
+  form.filMain.SetSelection(0);
+  form.filMain.SetSelection(1);
+  Send(form.filMain, wxEVT_LISTBOX, 1);
+  EXPECT_THAT(form.chooser.SelFilenames(), ElementsAre("b.XLS"));
+}
+
+TEST(FileChooser, ForgetsTheSelectionWithTheFolder) {
+  Chooser form;
+  form.platform.files.AddFile(form.In("sub/A.xls"));
+  form.filMain.SetSelection(0);
+  form.dirMain.SelectItem(form.Item({"data", "run1", "sub"}));
+  EXPECT_EQ(form.chooser.Path(), "/data/run1/sub");
+  EXPECT_THAT(form.Files(), ElementsAre("A.xls"));
+  EXPECT_EQ(form.chooser.SelectedCount(), 0);
+}
+
+TEST(FileChooser, ChangesNothingWhenAFolderCannotBeListed) {
+  Chooser form;
+  form.platform.files.AddFolder("/secret");
+  form.platform.files.Deny("/secret");
+  EXPECT_EQ(ErrorOf([&] { form.chooser.SetPath("/secret"); }).Number(),
+            error_number::kPermissionDenied);
+  EXPECT_EQ(ErrorOf([&] { form.chooser.SetPath("/gone"); }).Number(), error_number::kPathNotFound);
+  EXPECT_EQ(form.chooser.Path(), form.folder);
+  EXPECT_EQ(form.chooser.FileCount(), 3);
+}
+
+TEST(FileChooser, ReachesAFolderBelowOneThatCannotBeListed) {
+  Chooser form;
+  form.platform.files.AddFile("/secret/open/x.xls");
+  form.platform.files.Deny("/secret");
+  form.chooser.SetPath("/secret/open/");
+  EXPECT_EQ(form.chooser.Path(), "/secret/open");
+  EXPECT_EQ(form.dirMain.GetSelection(), form.Item({"secret", "open"}));
+}
+
+TEST(FileChooser, SaysWhyAFolderThatIsClickedShowsNothing) {
+  Chooser form;
+  form.platform.files.Deny(form.In("sub"));
+  form.dirMain.SelectItem(form.Item({"data", "run1", "sub"}));
+  WaitUntil([&] { return !form.platform.dialogs.plain.empty(); });
+  EXPECT_THAT(form.Files(), IsEmpty());
+  EXPECT_EQ(form.platform.dialogs.plain[0].icon, BoxIcon::kCritical);
+}
+
+TEST(FileChooser, LooksIntoAFolderWhenItIsOpened) {
+  Chooser form;
+  form.platform.files.AddFolder("/data/run2/plates");
+  form.chooser.Refresh();
+  EXPECT_FALSE(form.Item({"data", "run1", ".hidden"}).IsOk());
+  const wxTreeItemId with = form.Item({"data", "run2"});
+  const wxTreeItemId without = form.Item({"data", "run1", "sub"});
+  EXPECT_TRUE(form.dirMain.ItemHasChildren(with) && form.dirMain.ItemHasChildren(without));
+  EXPECT_EQ(form.dirMain.GetChildrenCount(with), 0u);
+  form.dirMain.Expand(with);
+  form.dirMain.Expand(without);
+  EXPECT_TRUE(form.Item({"data", "run2", "plates"}).IsOk());
+  EXPECT_FALSE(form.dirMain.ItemHasChildren(without));
+  form.chooser.SetPath("/data/run1/.hidden");
+  EXPECT_EQ(form.dirMain.GetSelection(), form.Item({"data", "run1", ".hidden"}));
+}
+
+TEST(FileChooser, FollowsTheDiskWhenTheUserComesBack) {
+  Chooser form;
+  form.platform.files.AddFolder("/data/run2/plates");
+  form.ComeBack();
+  form.dirMain.Expand(form.Item({"data", "run2"}));
+  form.filMain.SetSelection(1);
+  form.platform.files.AddFile(form.In("aa.xls"));
+  form.platform.files.AddFolder("/data/run0");
+  form.platform.files.Remove(form.In("sub"));
+  form.ComeBack();
+  EXPECT_THAT(form.Files(), ElementsAre("A.xls", "aa.xls", "b.XLS", "c.csv"));
+  EXPECT_THAT(form.chooser.SelFilenames(), ElementsAre("b.XLS"));
+  EXPECT_TRUE(form.Item({"data", "run0"}).IsOk());
+  EXPECT_FALSE(form.Item({"data", "run1", "sub"}).IsOk());
+  EXPECT_TRUE(form.dirMain.IsExpanded(form.Item({"data", "run2"})));
+  form.platform.files.Remove(form.folder);
+  form.ComeBack();
+  EXPECT_EQ(form.chooser.Path(), "/data");
+  EXPECT_THAT(form.platform.dialogs.plain, IsEmpty());
+}
+
+TEST(FileChooser, RestsWhileItIsDisabled) {
+  Chooser form;
+  form.chooser.SetEnabled(false);
+  for (const char* name : {"fraMain", "drvMain", "dirMain", "filMain", "cmdNetWork"})
+    EXPECT_FALSE(Find<wxWindow>(form.chooser, name).IsThisEnabled()) << name;
+  form.platform.files.AddFile(form.In("results.xls"));
+  form.ComeBack();
+  EXPECT_EQ(form.chooser.FileCount(), 3);
+  form.chooser.SetEnabled(true);
+  EXPECT_TRUE(form.chooser.Enabled());
+  EXPECT_EQ(form.chooser.FileCount(), 4);
+}
+
+TEST(FileChooser, ReturnsFromADriveThatIsEmpty) {
+  Chooser form(PathStyle::kWindows);
+  form.platform.files.AddFolder("A:\\");
+  form.platform.files.AddFile("D:\\d.xls");
+  form.platform.files.Fail(FileOperation::kList, "A:\\", error_number::kDeviceUnavailable);
+  form.chooser.Refresh();
+  form.ChooseDrive("A:\\");
+  EXPECT_THAT(form.platform.dialogs.texts, ElementsAre("Drive not available."));
+  EXPECT_EQ(form.drvMain.GetStringSelection(), "C:\\");
+  EXPECT_EQ(form.chooser.Path(), form.folder);
+  form.ChooseDrive("D:\\");
+  EXPECT_EQ(form.chooser.Path(), "D:\\");
+  form.filMain.SetSelection(0);
+  EXPECT_THAT(form.chooser.SelFullPaths(), ElementsAre("D:\\d.xls"));
+}
+
+TEST(FileChooser, AsksForAShareUntilItGetsOneOrIsCancelled) {
+  Chooser form(PathStyle::kWindows);
+  form.platform.files.AddFolder("\\\\lab\\plates");
+  auto& cmdNetWork = Find<wxButton>(form.chooser, "cmdNetWork");
+  RecordingDialogs& dialogs = form.platform.dialogs;
+  dialogs.folder_answers = {""};
+  dialogs.plain_answers = {BoxAnswer::kCancel};
+  Click(cmdNetWork);
+  EXPECT_EQ(form.chooser.Path(), form.folder);
+  dialogs.folder_answers = {"", "\\\\lab\\plates"};
+  dialogs.plain_answers = {BoxAnswer::kRetry};
+  Click(cmdNetWork);
+  EXPECT_EQ(form.chooser.Path(), "\\\\lab\\plates");
+  EXPECT_EQ(form.drvMain.GetStringSelection(), "\\\\lab\\plates");
+  EXPECT_THAT(dialogs.texts,
+              ElementsAre("Did not select specific drive.", "Did not select specific drive."));
+}
+
+TEST(FileChooser, ShowsTheNameUnderThePointer) {
+  Chooser form;
+  const auto point_at = [&](int y) {
+    wxMouseEvent event(wxEVT_MOTION);
+    event.m_x = 5;
+    event.m_y = y;
+    form.filMain.HandleWindowEvent(event);
+    return FromWx(form.filMain.GetToolTipText());
+  };
+  WaitUntil([&] { return point_at(3) == "A.xls"; });
+  EXPECT_EQ(point_at(form.filMain.GetClientSize().y - 3), "");
+}
+
+TEST(FileChooser, KeepsTheSplitterBetweenItsBounds) {
+  Chooser form;
+  const Twips twips(form.chooser);
+  const auto& splitter = Find<wxWindow>(form.chooser, "Splitter");
+  form.DragSplitterTo(300);
+  EXPECT_EQ(splitter.GetPosition().x, 300);
+  EXPECT_EQ(form.drvMain.GetRect().GetRight() + 1, 300);
+  form.DragSplitterTo(-100);
+  EXPECT_EQ(splitter.GetPosition().x, twips.ToPixels(1320));
+  form.DragSplitterTo(2000);
+  const int right = form.filMain.GetRect().GetRight() + 1;
+  EXPECT_NEAR(splitter.GetPosition().x, right - twips.ToPixels(830), 1);
+  EXPECT_GE(form.filMain.GetPosition().x, splitter.GetRect().GetRight());
+}
+
+}  // namespace
+}  // namespace korvex
