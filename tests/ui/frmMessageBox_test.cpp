@@ -54,8 +54,7 @@ TEST_F(MessageBox, LetsTheTextBeReadOnly) {
     text.SelectAll();
     EXPECT_EQ(text.GetStringSelection(), "One\nTwo");
     text.WriteText("typed");
-    ServeEvents();
-    EXPECT_EQ(text.GetValue(), "One\nTwo");
+    WaitUntil([&] { return text.GetValue() == "One\nTwo"; });
   });
 }
 

@@ -1,6 +1,7 @@
 #include "tests/ui/ui_support.h"
 
 #include <wx/evtloop.h>
+#include <wx/menu.h>
 #include <wx/stopwatch.h>
 
 namespace korvex {
@@ -12,6 +13,19 @@ void Send(wxWindow& control, wxEventType type, int number) {
   event.SetEventObject(&control);
   event.SetInt(number);
   control.HandleWindowEvent(event);
+}
+
+void ChooseMenu(wxFrame& window, const std::string& menu, const std::string& entry) {
+  wxMenuBar& bar = *window.GetMenuBar();
+  const int id = bar.FindMenuItem(wxString::FromUTF8(menu), wxString::FromUTF8(entry));
+  ASSERT_NE(id, wxNOT_FOUND) << menu << ", " << entry;
+  const int position = bar.FindMenu(wxString::FromUTF8(menu));
+  ASSERT_TRUE(bar.IsEnabledTop(static_cast<std::size_t>(position))) << menu << " is disabled";
+  wxCommandEvent event(wxEVT_MENU, id);
+  event.SetEventObject(&bar);
+  wxMenu* owner = nullptr;
+  bar.FindItem(id, &owner);
+  owner->ProcessEvent(event);
 }
 
 void ServeEvents() {

@@ -5,6 +5,7 @@
 #include <wx/app.h>
 #include <wx/button.h>
 #include <wx/dialog.h>
+#include <wx/frame.h>
 #include <wx/modalhook.h>
 #include <wx/window.h>
 
@@ -31,6 +32,9 @@ void Send(wxWindow& control, wxEventType type, int number = 0);
 inline void Click(wxButton& button) {
   Send(button, wxEVT_BUTTON);
 }
+
+// Chooses an entry of a menu, both named without their access keys; it must be enabled.
+void ChooseMenu(wxFrame& window, const std::string& menu, const std::string& entry);
 
 // Serves what is waiting until the condition holds; fails the test after ten seconds.
 void WaitUntil(const std::function<bool()>& condition);

@@ -1,0 +1,286 @@
+#include "ui/frmMain.h"
+
+#include <algorithm>
+
+#include "errors/clsAppLog.h"
+#include "errors/open_app_log.h"
+#include "errors/trap.h"
+#include "platform/dialogs.h"
+#include "platform/error.h"
+#include "platform/file_system.h"
+#include "platform/services.h"
+#include "settings/basSettings.h"
+#include "ui/EnableFrame.h"
+#include "ui/clsControls.h"
+#include "ui/frmOptions.h"
+#include "ui/wx_text.h"
+#include "util/basFuncs.h"
+#include "util/basGeneral.h"
+#include "util/folder_listing.h"
+
+namespace korvex {
+namespace {
+
+constexpr char kDefaultPattern[] = "*.xls";
+// Matches no file: while sub-folders are processed there is nothing to select.
+constexpr char kNoFilePattern[] = "bijo.bijo";
+constexpr int kFolderLabelInterval = 200;  // milliseconds
+
+bool Confirm(const std::string& text, BoxIcon icon = BoxIcon::kNone) {
+  return Platform().dialogs->ShowPlain(
+             {.text = text, .buttons = BoxButtons::kOkCancel, .icon = icon}) == BoxAnswer::kOk;
+}
+
+// Sets its flag for its own lifetime.
+class WhileOnStack {
+ public:
+  explicit WhileOnStack(bool& flag) : flag_(flag) { flag_ = true; }
+  ~WhileOnStack() { flag_ = false; }
+  WhileOnStack(const WhileOnStack&) = delete;
+  WhileOnStack& operator=(const WhileOnStack&) = delete;
+
+ private:
+  bool& flag_;
+};
+
+}  // namespace
+
+frmMain::frmMain(std::function<void()> show_afresh)
+    : wxFrame(nullptr, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
+              wxDEFAULT_FRAME_STYLE | wxTAB_TRAVERSAL, "frmMain"),
+      show_afresh_(std::move(show_afresh)),
+      Timer1_(this) {
+  CreateMenus();
+  CreateControls();
+  FitToControls();
+  Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+    event.Skip();
+    Form_Resize();
+  });
+  Bind(wxEVT_CLOSE_WINDOW, &frmMain::Form_Unload, this);
+  Bind(wxEVT_TIMER, [this](wxTimerEvent&) { Timer1_Timer(); });
+  Form_Load();
+}
+
+void frmMain::Form_Load() {
+  Trap(
+      "frmMain.Form_Load",
+      [&] {
+        design_size_ = GetSize();
+        cmdProcess_->SetLabel("&Run!");
+        SetTitle(ToWx(std::string(kProgramTitle) + " " + kProgramVersion));
+        const std::string complaint = ShowFolder(basSettings::LastPathAtStart());
+        FileChooser_->SetPattern(kDefaultPattern);
+        txtPattern_->ChangeValue(kDefaultPattern);
+        SetMessage(complaint.empty() ? "Ready" : complaint);
+        SetProgress(0, 1);
+        // Whatever is not the text for sub-folders means files.
+        optFiles_->SetValue(true);
+        SharedControls().SetSelectedOption(basSettings::EverySheetRepresents(), *fraCurrentMode_,
+                                           kByCaption);
+        optFolders_->GetValue() ? optFolders_Click() : optFiles_Click();
+        Timer1_Timer();
+        Timer1_.Start(kFolderLabelInterval);
+        OpenAppLog();
+      },
+      [&](const TrappedError& error) {
+        error.Report(
+            "An error occurred while loading.\r\n\r\nThe Error has been written to a log file.");
+      });
+}
+
+std::string frmMain::ShowFolder(const std::string& folder) {
+  const FileSystem& files = *Platform().files;
+  std::string complaint;
+  std::string candidate = files.AbsolutePath(folder.empty() ? files.DefaultFolder() : folder);
+  for (;;) {
+    try {
+      FileChooser_->SetPath(candidate);
+      return complaint;
+    } catch (const Error& error) {
+      if (complaint.empty()) complaint = error.Description();
+      const std::string parent = files.AbsolutePath(JoinPath(candidate, ".."));
+      if (parent == candidate) throw;
+      candidate = parent;
+    }
+  }
+}
+
+void frmMain::Form_Resize() {
+  Trap("frmMain.Form_Resize", [&] {
+    const wxSize size = GetSize();
+    if (IsIconized() || IsMaximized() || size == design_size_) return;
+    // A window manager that insists on a size would be asked for ever.
+    if (size == refused_size_) return;
+    refused_size_ = size;
+    CallAfter([this] {
+      if (!IsIconized() && !IsMaximized()) SetSize(design_size_);
+    });
+  });
+}
+
+void frmMain::Form_Unload(wxCloseEvent& event) {
+  if (run_on_stack_ && event.CanVeto()) {
+    event.Veto();
+    return;
+  }
+  Trap(
+      "frmMain.Form_Unload",
+      [&] {
+        Timer1_.Stop();
+        AppLog().CloseFile();
+        Destroy();
+      },
+      [](const TrappedError& error) { error.Report("Errors during Unload."); });
+}
+
+void frmMain::StartOrStop(const char* location) {
+  Trap(location, [&] {
+    if (run_.Running()) {
+      run_.Stop();
+    } else if (!run_on_stack_) {
+      const WhileOnStack flag(run_on_stack_);
+      run_.Start(Selection());
+    }
+  });
+}
+
+RunSelection frmMain::Selection() const {
+  return {FileChooser_->Path(), FileChooser_->SelFullPaths()};
+}
+
+void frmMain::mnuOptions_Click() {
+  Trap(
+      "frmMain.mnuOptions_Click",
+      [&] {
+        const RunSelection selection = Selection();
+        CheckSelection(selection);
+        frmOptions::ShowOptions(selection.folder, selection.files, this);
+      },
+      [](const TrappedError& error) {
+        if (!error.IsTold()) error.Report();
+      });
+}
+
+void frmMain::mnuRegistry_Click() {
+  Trap("frmMain.mnuRegistry_Click", [&] {
+    if (!Confirm("This will delete all registry settings and reload the program. "
+                 "Are you sure you want to proceed?",
+                 BoxIcon::kCritical)) {
+      return;
+    }
+    basSettings::DeleteAllSettings();
+    Close();
+    show_afresh_();
+  });
+}
+
+void frmMain::mnuExit_Click() {
+  Trap("frmMain.mnuExit_Click", [&] { Close(); });
+}
+
+void frmMain::mnuHelpHelp_Click() {
+  Trap("frmMain.mnuHelpHelp_Click",
+       [&] { ShellOpen(JoinPath(JoinPath(Platform().program_folder, "Help"), "korvex.html")); });
+}
+
+void frmMain::StoreSelectedMode() {
+  const OptionId mode = SharedControls().GetSelectedOption(*fraCurrentMode_, kByCaption);
+  basSettings::SetEverySheetRepresents(std::get<std::string>(mode));
+}
+
+void frmMain::optFiles_Click() {
+  Trap("frmMain.optFiles_Click", [&] {
+    StoreSelectedMode();
+    FileChooser_->SetPattern(FromWx(txtPattern_->GetValue()));
+  });
+}
+
+void frmMain::optFolders_Click() {
+  Trap("frmMain.optFolders_Click", [&] {
+    StoreSelectedMode();
+    FileChooser_->SetPattern(kNoFilePattern);
+  });
+}
+
+void frmMain::txtPattern_Change() {
+  const std::string pattern = FromWx(txtPattern_->GetValue());
+  Trap(
+      "frmMain.txtPattern_Change",
+      [&] { FileChooser_->SetPattern(pattern.empty() ? "*" : pattern); },
+      [](const TrappedError&) {
+        Platform().dialogs->ShowPlain(
+            {.text = "Please insert a valid filename pattern. (Example: *.xls)"});
+      });
+}
+
+void frmMain::Timer1_Timer() {
+  const std::string folder = FileChooser_->Path();
+  std::string shown = folder;
+  try {
+    shown = ShortenPath(folder, false);
+  } catch (const Error&) {
+    // The folder has just vanished: its full name will do.
+  }
+  const wxString label = ToWx(shown + " ");
+  if (label == lblFolder_->GetLabel()) return;
+  lblFolder_->SetLabel(label);
+  lblFolder_->SetToolTip(ToWx(folder));
+}
+
+void frmMain::FileChooser_DblClick() {
+  Trap("frmMain.FileChooser_DblClick", [&] {
+    if (!Confirm("Open this File?") || FileChooser_->FileCount() == 0) return;
+    const std::vector<std::string> selected = FileChooser_->SelFullPaths();
+    if (!selected.empty()) ShellOpen(selected.front());
+  });
+}
+
+void frmMain::ErrorMessage(const std::string& text) {
+  Trap("frmMain.moKorvex_ErrorMessage", [&] { SetMessage(text); });
+}
+
+void frmMain::Message(const std::string& text) {
+  Trap("frmMain.moKorvex_Message", [&] { SetMessage(text); });
+}
+
+void frmMain::ProcessedFile() {
+  Trap("frmMain.moKorvex_ProcessedFile",
+       [&] { prg_->SetValue(std::min(prg_->GetValue() + 1, prg_->GetRange())); });
+}
+
+void frmMain::EnterRunning() {
+  EnableForRun(false);
+  cmdProcess_->SetLabel("Stop");
+  SetCursor(wxCURSOR_WAIT);
+  cmdProcess_->SetFocus();
+}
+
+void frmMain::LeaveRunning() {
+  EnableForRun(true);
+  cmdProcess_->SetLabel("&Run!");
+  SetCursor(wxNullCursor);
+  FileChooser_->Refresh();
+}
+
+void frmMain::EnableForRun(bool enable) {
+  for (std::size_t menu = 0; menu < GetMenuBar()->GetMenuCount(); ++menu) {
+    GetMenuBar()->EnableTop(menu, enable);
+  }
+  for (FramePanel* frame : {fraMain_, fraCurrentMode_}) {
+    korvex::EnableFrame(*frame, enable);
+    SharedControls().EnableFrame(*frame, enable);
+  }
+  FileChooser_->SetEnabled(enable);
+}
+
+void frmMain::SetMessage(const std::string& text) {
+  lblMessages_->SetLabel(ToWx(text));
+}
+
+void frmMain::SetProgress(std::int32_t value, std::int32_t maximum) {
+  prg_->SetRange(std::max<std::int32_t>(maximum, 1));
+  prg_->SetValue(std::min(value, prg_->GetRange()));
+}
+
+}  // namespace korvex

@@ -1,0 +1,90 @@
+// The main window: the user chooses what to process, starts and stops a run and watches it, and
+// reaches options, help, and the deletion of all settings.
+#pragma once
+
+#include <wx/button.h>
+#include <wx/frame.h>
+#include <wx/gauge.h>
+#include <wx/menu.h>
+#include <wx/radiobut.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+#include <wx/timer.h>
+
+#include <functional>
+#include <string>
+
+#include "engine/MainRun.h"
+#include "ui/FileChooser.h"
+#include "ui/frame_panel.h"
+
+namespace korvex {
+
+class frmMain : public wxFrame, private RunView {
+ public:
+  // `show_afresh` opens a new main window when this one has been unloaded for that.
+  explicit frmMain(std::function<void()> show_afresh);
+
+  // The folder that the file chooser shows.
+  std::string ProcessingFolder() const { return FileChooser_->Path(); }
+
+ private:
+  // The controls and where they stand, in frmMain_layout.cpp.
+  void CreateMenus();
+  void CreateControls();
+  wxSizer* ModeRows();
+  wxSizer* PatternRow();
+  wxSizer* ProgressRow(wxWindow* form);
+  void FitToControls();
+
+  void Form_Load();
+  void Form_Resize();
+  void Form_Unload(wxCloseEvent& event);
+  void cmdProcess_Click() { StartOrStop("frmMain.cmdProcess_Click"); }
+  void mnuRun_Click() { StartOrStop("frmMain.mnuRun_Click"); }
+  void mnuOptions_Click();
+  void mnuRegistry_Click();
+  void mnuExit_Click();
+  void mnuHelpHelp_Click();
+  void optFiles_Click();
+  void optFolders_Click();
+  void txtPattern_Change();
+  void Timer1_Timer();
+  void FileChooser_DblClick();
+
+  void StartOrStop(const char* location);
+  void StoreSelectedMode();
+  // Opens the folder, or the nearest one above it that can be opened; says what was wrong with it.
+  std::string ShowFolder(const std::string& folder);
+  RunSelection Selection() const;
+  void EnableForRun(bool enable);
+
+  // The engine's events and the run's state.
+  void ErrorMessage(const std::string& text) override;
+  void Message(const std::string& text) override;
+  void ProcessedFile() override;
+  void EnterRunning() override;
+  void LeaveRunning() override;
+  void SetMessage(const std::string& text) override;
+  void SetProgress(std::int32_t value, std::int32_t maximum) override;
+
+  std::function<void()> show_afresh_;
+  MainRun run_{*this};
+  bool run_on_stack_ = false;  // from its first check to its last message
+  wxSize design_size_;
+  wxSize refused_size_;  // the last one that the window was given against its design
+
+  FramePanel* fraCurrentMode_;
+  wxRadioButton* optFolders_;
+  wxRadioButton* optFiles_;
+  wxStaticText* lblFolder_;
+  FramePanel* fraMain_;
+  FileChooser* FileChooser_;
+  wxTextCtrl* txtPattern_;
+  wxGauge* prg_;
+  wxButton* cmdProcess_;
+  wxStaticText* lblMessages_;
+  wxTimer Timer1_;
+};
+
+}  // namespace korvex

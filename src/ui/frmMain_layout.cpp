@@ -1,0 +1,134 @@
+// The main window's controls and where they stand.
+
+#include <wx/display.h>
+#include <wx/panel.h>
+#include <wx/sizer.h>
+
+#include "settings/basSettings.h"
+#include "ui/app_icon.h"
+#include "ui/frmMain.h"
+#include "ui/wx_text.h"
+
+namespace korvex {
+namespace {
+
+constexpr int kGap = 10;  // device independent pixels between neighbours
+constexpr int kChooserWidth = 600;
+constexpr int kChooserHeight = 300;
+constexpr int kPatternWidth = 220;
+
+template <class Handler>
+void Append(wxMenu& menu, const char* caption, Handler handler) {
+  menu.Bind(
+      wxEVT_MENU, [handler](wxCommandEvent&) { handler(); },
+      menu.Append(wxID_ANY, caption)->GetId());
+}
+
+}  // namespace
+
+void frmMain::CreateMenus() {
+  auto* mnuFile = new wxMenu;
+  Append(*mnuFile, "&Run\tF5", [this] { mnuRun_Click(); });
+  mnuFile->AppendSeparator();
+  Append(*mnuFile, "&Options...", [this] { mnuOptions_Click(); });
+  Append(*mnuFile, "&Delete &Registry Settings", [this] { mnuRegistry_Click(); });
+  mnuFile->AppendSeparator();
+  Append(*mnuFile, "E&xit", [this] { mnuExit_Click(); });
+  auto* mnuHelp = new wxMenu;
+  Append(*mnuHelp, "&Help\tF1", [this] { mnuHelpHelp_Click(); });
+  auto* bar = new wxMenuBar;
+  bar->Append(mnuFile, "&File");
+  bar->Append(mnuHelp, "&Help");
+  SetMenuBar(bar);
+}
+
+void frmMain::CreateControls() {
+  SetIcons(AppIcons());
+  auto* form = new wxPanel(this);
+  // The tab order is the order of creation.
+  fraCurrentMode_ = new FramePanel(form, "fraCurrentMode");
+  fraCurrentMode_->Content().Add(ModeRows(), wxSizerFlags().Expand());
+  fraMain_ = new FramePanel(form, "fraMain");
+  FileChooser_ = new FileChooser(fraMain_, "FileChooser");
+  FileChooser_->SetMinSize(FromDIP(wxSize(kChooserWidth, kChooserHeight)));
+  FileChooser_->DblClick = [this] { FileChooser_DblClick(); };
+  fraMain_->Content().Add(FileChooser_, wxSizerFlags(1).Expand());
+  fraMain_->Content().Add(PatternRow(), wxSizerFlags().Border(wxTOP, FromDIP(kGap)));
+
+  auto* rows = new wxBoxSizer(wxVERTICAL);
+  const wxSizerFlags row = wxSizerFlags().Expand().Border(wxLEFT | wxTOP | wxRIGHT, FromDIP(kGap));
+  rows->Add(fraCurrentMode_, row);
+  rows->Add(fraMain_, wxSizerFlags(row).Proportion(1));
+  rows->Add(ProgressRow(form), row);
+  lblMessages_ = new wxStaticText(form, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
+                                  wxST_ELLIPSIZE_END | wxST_NO_AUTORESIZE, "lblMessages");
+  rows->Add(lblMessages_, wxSizerFlags(row).Border(wxALL, FromDIP(kGap)));
+  form->SetSizer(rows);
+}
+
+// The folder stands beside the option that it belongs to. Its label is made before the options: the
+// search for the selected one begins at the end and ends at what is no option.
+wxSizer* frmMain::ModeRows() {
+  lblFolder_ = new wxStaticText(fraCurrentMode_, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
+                                wxST_ELLIPSIZE_MIDDLE | wxST_NO_AUTORESIZE, "lblFolder");
+  const auto option = [this](const char* caption, const char* name, long style) {
+    auto* button = new wxRadioButton(fraCurrentMode_, wxID_ANY, ToWx(caption), wxDefaultPosition,
+                                     wxDefaultSize, style);
+    button->SetName(ToWx(name));
+    return button;
+  };
+  optFolders_ = option(basSettings::kProcessSubFolders, "optFolders", wxRB_GROUP);
+  optFiles_ = option(basSettings::kProcessSelectedFiles, "optFiles", 0);
+  optFolders_->Bind(wxEVT_RADIOBUTTON, [this](wxCommandEvent&) { optFolders_Click(); });
+  optFiles_->Bind(wxEVT_RADIOBUTTON, [this](wxCommandEvent&) { optFiles_Click(); });
+
+  auto* rows = new wxFlexGridSizer(2, wxSize(FromDIP(kGap), FromDIP(kGap / 2)));
+  rows->AddGrowableCol(1);
+  rows->Add(optFolders_, wxSizerFlags().CenterVertical());
+  rows->Add(lblFolder_, wxSizerFlags().Expand().CenterVertical());
+  rows->Add(optFiles_, wxSizerFlags().CenterVertical());
+  return rows;
+}
+
+wxSizer* frmMain::PatternRow() {
+  auto* row = new wxBoxSizer(wxHORIZONTAL);
+  auto* lblFilePattern = new wxStaticText(fraMain_, wxID_ANY, "Filename Pattern:");
+  lblFilePattern->SetName("lblFilePattern");
+  txtPattern_ =
+      new wxTextCtrl(fraMain_, wxID_ANY, "", wxDefaultPosition, wxSize(FromDIP(kPatternWidth), -1));
+  txtPattern_->SetName("txtPattern");
+  txtPattern_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { txtPattern_Change(); });
+  row->Add(lblFilePattern, wxSizerFlags().CenterVertical());
+  row->AddSpacer(FromDIP(kGap));
+  row->Add(txtPattern_, wxSizerFlags().CenterVertical());
+  return row;
+}
+
+wxSizer* frmMain::ProgressRow(wxWindow* form) {
+  auto* row = new wxBoxSizer(wxHORIZONTAL);
+  prg_ = new wxGauge(form, wxID_ANY, 1, wxDefaultPosition, wxDefaultSize,
+                     wxGA_HORIZONTAL | wxGA_SMOOTH);
+  prg_->SetName("prg");
+  cmdProcess_ = new wxButton(form, wxID_ANY, "&Run!");
+  cmdProcess_->SetName("cmdProcess");
+  cmdProcess_->SetCursor(wxCURSOR_ARROW);
+  cmdProcess_->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { cmdProcess_Click(); });
+  row->Add(prg_, wxSizerFlags(1).CenterVertical());
+  row->AddSpacer(FromDIP(kGap));
+  row->Add(cmdProcess_, wxSizerFlags().CenterVertical());
+  return row;
+}
+
+// As large as its controls need, but never larger than the screen.
+void frmMain::FitToControls() {
+  auto* frame = new wxBoxSizer(wxVERTICAL);
+  frame->Add(GetChildren().front(), wxSizerFlags(1).Expand());
+  SetSizer(frame);
+  Fit();
+  wxSize size = GetSize();
+  size.DecTo(wxDisplay(this).GetClientArea().GetSize());
+  SetSize(size);
+  Centre();
+}
+
+}  // namespace korvex

@@ -1,0 +1,194 @@
+// The whole desktop program over the real machine: its windows, files and settings file, and the
+// sample campaign. Only the platform's standard message boxes are answered for the user.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <wx/checkbox.h>
+#include <wx/choice.h>
+#include <wx/listbox.h>
+#include <wx/notebook.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "errors/clsAppLog.h"
+#include "platform/posix/ini_settings_store.h"
+#include "platform/posix/posix_file_system.h"
+#include "platform/posix/system_clock.h"
+#include "spreadsheet/embedded_application.h"
+#include "tests/support/fakes.h"
+#include "tests/ui/ui_support.h"
+#include "ui/open_main_window.h"
+#include "ui/window_dialogs.h"
+#include "ui/window_message_loop.h"
+
+namespace korvex {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct AnsweredDialogs : WindowDialogs {
+  BoxAnswer ShowPlain(const PlainMessage& message) override {
+    texts.push_back(message.text);
+    return message.buttons == BoxButtons::kOk ? BoxAnswer::kOk : BoxAnswer::kCancel;
+  }
+
+  std::vector<std::string> texts;
+};
+
+std::string ContentOf(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+class DesktopTest : public testing::Test {
+ protected:
+  DesktopTest() {
+    char name[] = "/tmp/korvex-desktop-XXXXXX";
+    folder_ = mkdtemp(name);
+    fs::create_directories(folder_ / "program" / "bin");
+    fs::copy(SAMPLES "/campaign", folder_ / "campaign", fs::copy_options::recursive);
+    fs::remove(folder_ / "campaign" / "campaign.xls");
+    store_.emplace(files_, (folder_ / "korvex.ini").string());
+    services_.emplace(Services{.spreadsheet = &spreadsheet_,
+                               .settings = &*store_,
+                               .files = &files_,
+                               .mail = &mail_,
+                               .shell = &shell_,
+                               .sound = &sound_,
+                               .dialogs = &dialogs_,
+                               .message_loop = &message_loop_,
+                               .clock = &clock_,
+                               .main_window = &main_window_,
+                               .program_folder = (folder_ / "program" / "bin").string(),
+                               .user_folder = (folder_ / "user").string()});
+  }
+  ~DesktopTest() override {
+    if (main_window_.Window()) main_window_.Window()->Close();
+    WaitUntil([this] { return !main_window_.Window(); });
+    fs::remove_all(folder_);
+  }
+
+  // Opens the window on the campaign, as a user who chooses its folder.
+  void Open() {
+    main_window_.Show();
+    The<FileChooser>("FileChooser").SetPath((folder_ / "campaign").string());
+  }
+  template <class Control>
+  Control& The(const std::string& name) {
+    return Find<Control>(*main_window_.Window(), name);
+  }
+  void ChooseOptions(ModalDriver::Step step) {
+    driver_.Expect(std::move(step));
+    ChooseMenu(*main_window_.Window(), "File", "Options...");
+  }
+  // A message box of ours that is to show this text, answered by its button of that number.
+  void ExpectMessage(const std::string& text, int button) {
+    driver_.Expect([text, button](wxDialog& box) {
+      EXPECT_EQ(Find<wxTextCtrl>(box, "txtMessage").GetValue(), text);
+      Click(Find<wxButton>(box, "cmdMain" + std::to_string(button)));
+    });
+  }
+  void Run() { Click(The<wxButton>("cmdProcess")); }
+  fs::path Output() const { return folder_ / "campaign" / "flat.xls"; }
+
+  fs::path folder_;
+  PosixFileSystem files_;
+  std::optional<IniSettingsStore> store_;
+  EmbeddedSpreadsheet spreadsheet_{files_};
+  FakeMail mail_;
+  FakeShell shell_;
+  FakeSound sound_;
+  AnsweredDialogs dialogs_;
+  WindowMessageLoop message_loop_;
+  SystemClock clock_;
+  OpenMainWindow main_window_;
+  std::optional<InstalledServices> services_;
+  ModalDriver driver_;
+};
+
+void Pick(wxDialog& options, const char* column, const char* button) {
+  auto& available = Find<wxListBox>(options, "lstAvailableCols");
+  ASSERT_TRUE(available.SetStringSelection(column)) << column;
+  Click(Find<wxButton>(options, button));
+}
+
+// What samples/korvex.ini holds, chosen by hand.
+void ChooseAsTheSamplesDo(wxDialog& options) {
+  auto& by_folder = Find<wxRadioButton>(options, "optOutputFileByFolder");
+  by_folder.SetValue(true);
+  Send(by_folder, wxEVT_RADIOBUTTON);
+  Find<wxTextCtrl>(options, "txtFilename").SetValue("flat.xls");
+  Find<wxCheckBox>(options, "chkLaunchOutputFile").SetValue(false);
+  Find<wxRadioButton>(options, "optAutoReplaceTrue").SetValue(true);
+  Find<wxNotebook>(options, "tabOptions").SetSelection(1);
+  for (const char* key : {"compound ID", "cell plate #", "cell plate wells ##"}) {
+    Pick(options, key, "cmdToKeys");
+  }
+  for (const char* column :
+       {"cell plate #", "cell plate wells ##", "compound ID", "compound #", "Date", "day_num"}) {
+    Pick(options, column, "cmdToOutput");
+  }
+  EXPECT_TRUE(Find<wxChoice>(options, "cboDataCol").SetStringSelection("Delta OD"));
+  Click(Find<wxButton>(options, "cmdOK"));
+}
+
+TEST_F(DesktopTest, ConvertsACampaignLikeTheCommandLine) {
+  Open();
+  ChooseOptions(ChooseAsTheSamplesDo);
+  ExpectMessage("Process finished!", 0);
+  Run();
+  EXPECT_THAT(dialogs_.texts, IsEmpty());
+  const std::string by_window = ContentOf(Output());
+
+  // The settings of the window serve the command line, with the same outcome.
+  fs::remove(Output());
+  const std::string command = std::string(KORVEX_CONVERT) + " --quiet --settings " +
+                              (folder_ / "korvex.ini").string() + " " +
+                              (folder_ / "campaign").string() + " >/dev/null 2>&1";
+  EXPECT_EQ(std::system(command.c_str()), 0);
+  EXPECT_FALSE(by_window.empty());
+  EXPECT_TRUE(by_window == ContentOf(Output()));
+}
+
+TEST_F(DesktopTest, TakesTheSettingsOfTheCommandLine) {
+  const std::string command = std::string(KORVEX_CONVERT) + " --quiet --save-settings --settings " +
+                              (folder_ / "korvex.ini").string() +
+                              " --key 'compound ID' --key 'cell plate #'" +
+                              " --column Date --data 'Delta OD' --output " + Output().string() +
+                              " " + (folder_ / "campaign").string() + " >/dev/null 2>&1";
+  std::system(command.c_str());
+  main_window_.Show();
+  EXPECT_EQ(main_window_.ProcessingFolder(), (folder_ / "campaign").string());
+  ChooseOptions([&](wxDialog& options) {
+    EXPECT_EQ(Find<wxTextCtrl>(options, "txtOutputFile").GetValue(), Output().string());
+    EXPECT_EQ(Find<wxListBox>(options, "lstKeyColumns").GetString(1), "cell plate #");
+    EXPECT_EQ(Find<wxListBox>(options, "lstOutputColumns").GetString(0), "Date");
+    EXPECT_EQ(Find<wxChoice>(options, "cboDataCol").GetStringSelection(), "Delta OD");
+    options.Close();
+  });
+}
+
+TEST_F(DesktopTest, StopsWithinOneFileWhenTheUserConfirms) {
+  Open();
+  ChooseOptions(ChooseAsTheSamplesDo);
+  for (const bool stop : {false, true}) {
+    fs::remove(Output());
+    // Served by the run itself, as a user's click is.
+    wxTheApp->CallAfter([this] {
+      EXPECT_FALSE(main_window_.Window()->Close());
+      Run();
+    });
+    ExpectMessage("Stop Process?", stop ? 0 : 1);
+    if (!stop) ExpectMessage("Process finished!", 0);
+    Run();
+    EXPECT_EQ(fs::exists(Output()), !stop);
+    EXPECT_EQ(The<wxButton>("cmdProcess").GetLabel(), "&Run!");
+  }
+}
+
+}  // namespace
+}  // namespace korvex
