@@ -2,7 +2,6 @@
 
 #include <wx/button.h>
 #include <wx/choice.h>
-#include <wx/dcclient.h>
 #include <wx/listbox.h>
 #include <wx/settings.h>
 #include <wx/sizer.h>
@@ -10,6 +9,8 @@
 #include <wx/wupdlock.h>
 
 #include <algorithm>
+#include <initializer_list>
+#include <iterator>
 #include <set>
 
 #include "errors/trap.h"
@@ -86,7 +87,7 @@ void FileChooser::LayOut() {
   Splitter_->SetCursor(wxCursor(wxCURSOR_SIZEWE));
   Splitter_->DisableFocusFromKeyboard();
 
-  // A tree draws no border of its own everywhere.
+  // Not everywhere does a tree draw its own border.
   wxWindow* tree_border = dirMain_->GetParent();
   tree_border->SetSizer(new wxBoxSizer(wxVERTICAL));
   tree_border->GetSizer()->Add(dirMain_, wxSizerFlags(1).Expand());
