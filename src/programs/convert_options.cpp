@@ -80,8 +80,7 @@ void Describe(CLI::App& app, ConvertOptions& options) {
 
 // The arguments, the last one first. CLI11 would take a "--" behind --files for a file, and a file
 // behind that for an option where its name begins with "-".
-std::vector<std::string> ReversedArguments(int argc, const char* const* argv) {
-  std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+std::vector<std::string> Reversed(std::vector<std::string> arguments) {
   const auto files = std::ranges::find(arguments, "--files");
   const auto mark = std::find(files, arguments.end(), "--");
   if (mark != arguments.end()) {
@@ -96,12 +95,12 @@ std::vector<std::string> ReversedArguments(int argc, const char* const* argv) {
 
 }  // namespace
 
-std::optional<int> ReadArguments(int argc, const char* const* argv, ConvertOptions& options) {
+std::optional<int> ReadArguments(std::vector<std::string> arguments, ConvertOptions& options) {
   CLI::App app("Turns a folder of plate-reader workbooks into one flat workbook.",
                "korvex-convert");
   Describe(app, options);
   try {
-    app.parse(ReversedArguments(argc, argv));
+    app.parse(Reversed(std::move(arguments)));
     CheckOptions(options);
     return std::nullopt;
   } catch (const CLI::ParseError& error) {

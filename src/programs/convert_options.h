@@ -24,8 +24,9 @@ struct ConvertOptions {
 
 inline constexpr int kBadArguments = 2;
 
-// Reads the arguments into `options`. Returns the exit status when the program is to end at once:
-// 0 after --help or --version, kBadArguments after a complaint on standard error.
-std::optional<int> ReadArguments(int argc, const char* const* argv, ConvertOptions& options);
+// Reads the arguments, the program's name not among them, into `options`. Returns the exit status
+// when the program is to end at once: 0 after --help or --version, kBadArguments after a complaint
+// on standard error.
+std::optional<int> ReadArguments(std::vector<std::string> arguments, ConvertOptions& options);
 
 }  // namespace korvex

@@ -2,6 +2,7 @@
 // arguments over the settings, and runs.
 
 #include <cstdio>
+#include <memory>
 #include <string>
 
 #include "console/console_dialogs.h"
@@ -15,18 +16,10 @@
 #include "errors/open_app_log.h"
 #include "platform/error.h"
 #include "platform/main_window.h"
-#include "platform/posix/desktop_shell.h"
-#include "platform/posix/desktop_sound.h"
-#include "platform/posix/ini_settings_store.h"
-#include "platform/posix/posix_file_system.h"
-#include "platform/posix/posix_terminal.h"
-#include "platform/posix/program_folder.h"
-#include "platform/posix/sendmail_mail.h"
-#include "platform/posix/standard_streams.h"
-#include "platform/posix/system_clock.h"
-#include "platform/posix/user_folder.h"
+#include "platform/native_platform.h"
 #include "platform/services.h"
 #include "platform/spreadsheet.h"
+#include "platform/standard_streams.h"
 #include "programs/convert_options.h"
 #include "settings/basSettings.h"
 #include "spreadsheet/embedded_application.h"
@@ -125,36 +118,26 @@ int ExitStatus(RunOutcome outcome) {
 }
 
 int Main(const ConvertOptions& options) {
-  PosixTerminal terminal;
-  ConsoleLine line(terminal);
-  ConsoleProgress progress(terminal, line, options.quiet);
+  const std::unique_ptr<Terminal> terminal = OpenTerminal();
+  ConsoleLine line(*terminal);
+  ConsoleProgress progress(*terminal, line, options.quiet);
   ConsoleRunView view(progress);
   MainRun run(view);
 
-  PosixFileSystem files;
-  IniSettingsStore store(files, options.settings_file ? files.AbsolutePath(*options.settings_file)
-                                                      : IniSettingsStore::PerUserPath(files));
-  OverlaySettingsStore settings(store);
-  EmbeddedSpreadsheet spreadsheet(files);
-  SendmailMail mail;
-  DesktopShell shell;
-  DesktopSound sound;
-  ConsoleDialogs dialogs(terminal, line);
-  ConsoleMessageLoop message_loop(terminal, [&] { run.Stop(); });
-  SystemClock clock;
+  const NativePlatform native(options.settings_file);
+  Services services = native.Provided();
+  const FileSystem& files = *services.files;
+  OverlaySettingsStore settings(*services.settings);
+  EmbeddedSpreadsheet embedded(*services.files);
+  ConsoleDialogs dialogs(*terminal, line);
+  ConsoleMessageLoop message_loop(*terminal, [&] { run.Stop(); });
   CommandLine command_line;
-  const InstalledServices services({.spreadsheet = &spreadsheet,
-                                    .settings = &settings,
-                                    .files = &files,
-                                    .mail = &mail,
-                                    .shell = &shell,
-                                    .sound = &sound,
-                                    .dialogs = &dialogs,
-                                    .message_loop = &message_loop,
-                                    .clock = &clock,
-                                    .main_window = &command_line,
-                                    .program_folder = ProgramFolder(),
-                                    .user_folder = UserFolder(files)});
+  if (!services.spreadsheet) services.spreadsheet = &embedded;
+  services.settings = &settings;
+  services.dialogs = &dialogs;
+  services.message_loop = &message_loop;
+  services.main_window = &command_line;
+  const InstalledServices installed(services);
   try {
     const RunSelection& selection = command_line.selection = SelectionOf(options, files);
     if (selection.folder.empty() && selection.files.empty()) {
@@ -195,7 +178,7 @@ int main(int argc, char** argv) {
   korvex::OccupyStandardStreams();
   try {
     korvex::ConvertOptions options;
-    const auto status = korvex::ReadArguments(argc, argv, options);
+    const auto status = korvex::ReadArguments(korvex::ProgramArguments(argc, argv), options);
     if (!status) return korvex::Main(options);
     korvex::FlushOutput();
     return *status;

@@ -2,22 +2,14 @@
 // window.
 
 #include <wx/app.h>
-#include <wx/wxcrtvararg.h>
 
 #include <memory>
 
 #include "errors/basFuncs.h"
 #include "platform/error.h"
-#include "platform/posix/desktop_shell.h"
-#include "platform/posix/desktop_sound.h"
-#include "platform/posix/ini_settings_store.h"
-#include "platform/posix/posix_file_system.h"
-#include "platform/posix/program_folder.h"
-#include "platform/posix/sendmail_mail.h"
-#include "platform/posix/standard_streams.h"
-#include "platform/posix/system_clock.h"
-#include "platform/posix/user_folder.h"
+#include "platform/native_platform.h"
 #include "platform/services.h"
+#include "platform/standard_streams.h"
 #include "spreadsheet/embedded_application.h"
 #include "ui/open_main_window.h"
 #include "ui/window_dialogs.h"
@@ -27,29 +19,25 @@ namespace korvex {
 namespace {
 
 // The platform as the whole program sees it, from its start to its end.
-struct Desktop {
-  PosixFileSystem files;
-  IniSettingsStore settings{files, IniSettingsStore::PerUserPath(files)};
-  EmbeddedSpreadsheet spreadsheet{files};
-  SendmailMail mail;
-  DesktopShell shell;
-  DesktopSound sound;
-  WindowDialogs dialogs;
-  WindowMessageLoop message_loop;
-  SystemClock clock;
+class Desktop {
+ public:
   OpenMainWindow main_window;
-  InstalledServices services{{.spreadsheet = &spreadsheet,
-                              .settings = &settings,
-                              .files = &files,
-                              .mail = &mail,
-                              .shell = &shell,
-                              .sound = &sound,
-                              .dialogs = &dialogs,
-                              .message_loop = &message_loop,
-                              .clock = &clock,
-                              .main_window = &main_window,
-                              .program_folder = ProgramFolder(),
-                              .user_folder = UserFolder(files)}};
+
+ private:
+  Services AllServices() {
+    Services services = native_.Provided();
+    if (!services.spreadsheet) services.spreadsheet = &embedded_;
+    services.dialogs = &dialogs_;
+    services.message_loop = &message_loop_;
+    services.main_window = &main_window;
+    return services;
+  }
+
+  NativePlatform native_;
+  EmbeddedSpreadsheet embedded_{*native_.Provided().files};
+  WindowDialogs dialogs_;
+  WindowMessageLoop message_loop_;
+  InstalledServices installed_{AllServices()};
 };
 
 class App : public wxApp {

@@ -11,8 +11,9 @@
 #include <string_view>
 
 #include "platform/error.h"
-#include "platform/posix/posix_file_system.h"
-#include "platform/posix/standard_streams.h"
+#include "platform/file_system.h"
+#include "platform/native_platform.h"
+#include "platform/standard_streams.h"
 #include "spreadsheet/refusal.h"
 #include "spreadsheet/workbook_reader.h"
 #include "util/cell_text.h"
@@ -80,7 +81,7 @@ void AppendValue(const CellValue& value, std::string& out) {
 
 void Dump(const std::string& file) {
   ReadBuffers buffers;
-  PosixFileSystem().ReadFile(file, buffers.file);
+  NativePlatform().Provided().files->ReadFile(file, buffers.file);
   NamingFile(file, [&] {
     const auto workbook = OpenWorkbookReader(buffers);
     std::string line;
@@ -108,12 +109,13 @@ void Dump(const std::string& file) {
 
 int main(int argc, char** argv) {
   korvex::OccupyStandardStreams();
-  if (argc != 2) {
+  const std::vector<std::string> arguments = korvex::ProgramArguments(argc, argv);
+  if (arguments.size() != 1) {
     std::fputs("usage: workbook-dump FILE\n", stderr);
     return 2;
   }
   try {
-    korvex::Dump(argv[1]);
+    korvex::Dump(arguments.front());
     korvex::FlushOutput();
   } catch (...) {
     std::fprintf(stderr, "%s\n", korvex::PendingError().Description().c_str());
