@@ -128,7 +128,13 @@ void frmMain::FitToControls() {
   wxSize size = GetSize();
   size.DecTo(wxDisplay(this).GetClientArea().GetSize());
   SetSize(size);
-  Centre();
+  // Not before: some window managers get a new window as a dot and put that in the place.
+  Bind(wxEVT_SHOW, [this, size](wxShowEvent& event) {
+    event.Skip();
+    if (!event.IsShown()) return;
+    SetSize(size);
+    Centre();
+  });
 }
 
 }  // namespace korvex
