@@ -2,6 +2,7 @@
 
 #include "spreadsheet/refusal.h"
 #include "spreadsheet/sheet_reader.h"
+#include "util/text.h"
 
 namespace korvex {
 namespace {

@@ -6,6 +6,7 @@
 #include "spreadsheet/compound_file.h"
 #include "spreadsheet/little_endian.h"
 #include "spreadsheet/refusal.h"
+#include "util/text.h"
 
 namespace korvex {
 

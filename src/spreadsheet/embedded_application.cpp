@@ -5,9 +5,9 @@
 
 #include "platform/error.h"
 #include "platform/file_system.h"
-#include "spreadsheet/output_format.h"
 #include "spreadsheet/output_workbook.h"
 #include "spreadsheet/refusal.h"
+#include "util/output_rules.h"
 
 namespace korvex {
 

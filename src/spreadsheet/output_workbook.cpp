@@ -6,12 +6,10 @@
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "spreadsheet/biff8_writer.h"
-#include "spreadsheet/biff_records.h"
 #include "spreadsheet/byte_writer.h"
 #include "spreadsheet/compound_file_writer.h"
-#include "spreadsheet/output_format.h"
 #include "spreadsheet/refusal.h"
-#include "spreadsheet/utf16.h"
+#include "util/output_rules.h"
 #include "util/text.h"
 
 namespace korvex {
@@ -58,26 +56,17 @@ void OutputWorkbook::Delete(const OutputSheet& sheet) {
 }
 
 void OutputWorkbook::CheckSheetName(std::string_view name, const OutputSheet& sheet) const {
-  const std::string opening = "A worksheet cannot be named \"" + std::string(name) + "\": ";
-  if (name.empty()) Refuse(opening + "the name must not be empty.");
-  const std::size_t length = Utf16Length(name);
-  if (length > biff::kMaxSheetNameCharacters) {
-    Refuse(opening + "it has " + std::to_string(length) +
-           " characters, and the name of a sheet at most 31.");
-  }
-  if (name.find_first_of("\\/?*[]:") != std::string_view::npos) {
-    Refuse(opening + R"(the name of a sheet cannot hold any of \ / ? * [ ] :)");
-  }
+  korvex::CheckSheetName(name);
   for (const auto& other : sheets_) {
     if (other.get() == &sheet || !EqualText(other->Name(), name)) continue;
-    Refuse(opening + "another sheet of the workbook has this name.");
+    Refuse(SheetNameRefusal(name) + "another sheet of the workbook has this name.");
   }
 }
 
 void OutputWorkbook::SaveAs(const std::string& full_name) {
   const std::string target = files_.AbsolutePath(full_name);
   try {
-    CheckTarget(target);
+    CheckOutputTarget(files_, target, inputs_);
     WriteFile(target);
   } catch (const Error& error) {
     throw Error(error_number::kAutomation,
@@ -86,15 +75,6 @@ void OutputWorkbook::SaveAs(const std::string& full_name) {
   const std::size_t name_start = target.rfind(files_.Separator()) + 1;
   name_ = target.substr(name_start);
   path_ = target.substr(0, name_start == 0 ? 0 : name_start - 1);
-}
-
-void OutputWorkbook::CheckTarget(const std::string& target) const {
-  CheckOutputEnding(target);
-  if (!files_.FileExists(target)) return;
-  for (const std::string& input : inputs_) {
-    if (!files_.IsSameFile(input, target)) continue;
-    Refuse("It was read as input, and would be lost. Choose another file.");
-  }
 }
 
 void OutputWorkbook::WriteFile(const std::string& target) const {

@@ -41,7 +41,6 @@ class OutputWorkbook : public Workbook {
   void CheckSheetName(std::string_view name, const OutputSheet& sheet) const;
 
  private:
-  void CheckTarget(const std::string& target) const;
   void WriteFile(const std::string& target) const;
 
   FileSystem& files_;

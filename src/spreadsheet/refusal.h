@@ -4,7 +4,6 @@
 // bytes)"), and the one place that knows the file puts its path in front.
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 #include "platform/error.h"
@@ -14,13 +13,6 @@ namespace korvex {
 // Throws Error 1004 with the predicate as its description.
 [[noreturn]] inline void Refuse(const std::string& predicate) {
   throw Error(error_number::kAutomation, predicate);
-}
-
-// A byte count as people read it: "12,288".
-inline std::string GroupedDigits(std::uint64_t number) {
-  std::string digits = std::to_string(number);
-  for (std::size_t end = digits.size(); end > 3; end -= 3) digits.insert(end - 3, 1, ',');
-  return digits;
 }
 
 // Runs a step of reading `file` and puts its path in front of a refusal.

@@ -8,6 +8,7 @@
 #include "spreadsheet/biff_records.h"
 #include "spreadsheet/biff_text.h"
 #include "spreadsheet/refusal.h"
+#include "util/text.h"
 
 namespace korvex {
 namespace {

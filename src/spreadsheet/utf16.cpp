@@ -30,10 +30,4 @@ void ToUtf16(std::string_view utf8, std::u16string& out) {
   }
 }
 
-std::size_t Utf16Length(std::string_view utf8) {
-  std::size_t units = 0;
-  while (!utf8.empty()) units += TakeCharacter(utf8) < kFirstPair ? 1 : 2;
-  return units;
-}
-
 }  // namespace korvex

@@ -1,7 +1,6 @@
 // UTF-8 to the UTF-16 of the file formats. Bytes that are no UTF-8 become U+FFFD each.
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -9,8 +8,5 @@ namespace korvex {
 
 // Replaces the content of `out`, reusing its memory.
 void ToUtf16(std::string_view utf8, std::u16string& out);
-
-// The number of UTF-16 units that a text takes.
-std::size_t Utf16Length(std::string_view utf8);
 
 }  // namespace korvex

@@ -112,4 +112,10 @@ std::string Join(const std::vector<std::string>& fields, std::string_view separa
   return joined;
 }
 
+std::string GroupedDigits(std::uint64_t number) {
+  std::string digits = std::to_string(number);
+  for (std::size_t end = digits.size(); end > 3; end -= 3) digits.insert(end - 3, 1, ',');
+  return digits;
+}
+
 }  // namespace korvex

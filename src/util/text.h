@@ -2,6 +2,7 @@
 // stand for themselves.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,5 +24,8 @@ std::string_view TrimBlanks(std::string_view text, std::string_view blanks = " "
 // text splits into no fields at all.
 std::vector<std::string> Split(std::string_view text, std::string_view separator);
 std::string Join(const std::vector<std::string>& fields, std::string_view separator);
+
+// A count as people read it: "12,288".
+std::string GroupedDigits(std::uint64_t number);
 
 }  // namespace korvex

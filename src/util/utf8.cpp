@@ -26,4 +26,14 @@ void AppendUtf8(char32_t code, std::string& out) {
   out.append(bytes, EncodeUtf8(code, bytes));
 }
 
+std::size_t Utf16Length(std::string_view text) {
+  std::size_t units = 0;
+  while (!text.empty()) {
+    const std::size_t length = FirstUtf8(text).length;
+    units += length == 4 ? 2 : 1;
+    text.remove_prefix(length);
+  }
+  return units;
+}
+
 }  // namespace korvex

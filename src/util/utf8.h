@@ -45,4 +45,7 @@ inline char* EncodeUtf8(char32_t code, char* out) {
 }
 void AppendUtf8(char32_t code, std::string& out);
 
+// The number of UTF-16 units that a text takes; a byte that is no UTF-8 counts as one.
+std::size_t Utf16Length(std::string_view text);
+
 }  // namespace korvex
