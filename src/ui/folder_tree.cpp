@@ -5,8 +5,10 @@
 
 #include <initializer_list>
 #include <set>
+#include <utility>
 
 #include "ui/folder_paths.h"
+#include "ui/raised_flag.h"
 #include "ui/wx_text.h"
 #include "util/attempt.h"
 #include "util/folder_listing.h"
@@ -23,19 +25,6 @@ wxVector<wxBitmapBundle> SmallIcons() {
     images.push_back(wxArtProvider::GetBitmapBundle(id, wxART_LIST, wxSize(16, 16)));
   return images;
 }
-
-// Sets a flag for its own lifetime.
-class Raised {
- public:
-  explicit Raised(bool& flag) : flag_(flag), former_(flag) { flag_ = true; }
-  ~Raised() { flag_ = former_; }
-  Raised(const Raised&) = delete;
-  Raised& operator=(const Raised&) = delete;
-
- private:
-  bool& flag_;
-  bool former_;
-};
 
 }  // namespace
 
@@ -58,14 +47,14 @@ FolderTree::FolderTree(wxWindow* parent, const std::string& name)
   Bind(wxEVT_TREE_ITEM_EXPANDING, &FolderTree::OnOpen, this);
   Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
     event.Skip();
-    if (!reveal_at_size_) return;
-    CallAfter([this] { Reveal(); });
+    const int height = event.GetSize().y;
+    if (height != std::exchange(height_, height)) CallAfter([this] { Reveal(); });
   });
 }
 
 void FolderTree::Open(const std::string& drive, const std::string& folder,
                       const std::vector<FolderEntry>& entries) {
-  const Raised updating(updating_);
+  const RaisedFlag updating(updating_);
   const wxWindowUpdateLocker no_flicker(this);
   folder_ = folder;
   if (drive != drive_ || !GetRootItem().IsOk()) {
@@ -88,10 +77,9 @@ void FolderTree::Open(const std::string& drive, const std::string& folder,
   Reveal();
 }
 
-// Scrolls to the current folder, and to as much of what lies in it as there is room for: again with
-// every size until the window shows.
+// Scrolls to the current folder, and to as much of what lies in it as there is room for: again when
+// there is more room or less. A window may well show before it has its size.
 void FolderTree::Reveal() {
-  reveal_at_size_ = !IsShownOnScreen();
   const wxTreeItemId id = GetSelection();
   if (!id.IsOk()) return;
   if (IsExpanded(id)) EnsureVisible(GetLastChild(id));
@@ -99,12 +87,12 @@ void FolderTree::Reveal() {
 }
 
 void FolderTree::ShowEntries(const std::vector<FolderEntry>& entries) {
-  const Raised updating(updating_);
+  const RaisedFlag updating(updating_);
   if (GetSelection().IsOk()) Fill(GetSelection(), entries);
 }
 
 void FolderTree::LookAgain() {
-  const Raised updating(updating_);
+  const RaisedFlag updating(updating_);
   LookAgainBelow(GetRootItem());
 }
 
@@ -127,7 +115,7 @@ void FolderTree::OnSelect(wxTreeEvent& event) {
 
 void FolderTree::OnOpen(wxTreeEvent& event) {
   if (updating_) return;
-  const Raised updating(updating_);
+  const RaisedFlag updating(updating_);
   const wxTreeItemId id = event.GetItem();
   try {
     Fill(id, SortedEntries(ItemOf(id).path));

@@ -2,25 +2,13 @@
 
 #include <wx/app.h>
 
+#include "ui/raised_flag.h"
+
 namespace korvex {
-namespace {
-
-class Flag {
- public:
-  explicit Flag(bool& flag) : flag_(flag) { flag_ = true; }
-  ~Flag() { flag_ = false; }
-  Flag(const Flag&) = delete;
-  Flag& operator=(const Flag&) = delete;
-
- private:
-  bool& flag_;
-};
-
-}  // namespace
 
 void WindowMessageLoop::Yield() {
   if (serving_) return;
-  const Flag flag(serving_);
+  const RaisedFlag serving(serving_);
   wxTheApp->Yield(true);
 }
 
