@@ -13,6 +13,7 @@
 #include "ui/EnableFrame.h"
 #include "ui/clsControls.h"
 #include "ui/frmOptions.h"
+#include "ui/raised_flag.h"
 #include "ui/wx_text.h"
 #include "util/basFuncs.h"
 #include "util/basGeneral.h"
@@ -30,18 +31,6 @@ bool Confirm(const std::string& text, BoxIcon icon = BoxIcon::kNone) {
   return Platform().dialogs->ShowPlain(
              {.text = text, .buttons = BoxButtons::kOkCancel, .icon = icon}) == BoxAnswer::kOk;
 }
-
-// Sets its flag for its own lifetime.
-class WhileOnStack {
- public:
-  explicit WhileOnStack(bool& flag) : flag_(flag) { flag_ = true; }
-  ~WhileOnStack() { flag_ = false; }
-  WhileOnStack(const WhileOnStack&) = delete;
-  WhileOnStack& operator=(const WhileOnStack&) = delete;
-
- private:
-  bool& flag_;
-};
 
 }  // namespace
 
@@ -139,7 +128,7 @@ void frmMain::StartOrStop(const char* location) {
     if (run_.Running()) {
       run_.Stop();
     } else if (!run_on_stack_) {
-      const WhileOnStack flag(run_on_stack_);
+      const RaisedFlag on_stack(run_on_stack_);
       run_.Start(Selection());
     }
   });
@@ -223,8 +212,8 @@ void frmMain::Timer1_Timer() {
     // The folder has just vanished: its full name will do.
   }
   const wxString label = ToWx(shown + " ");
-  if (label == lblFolder_->GetLabel()) return;
-  lblFolder_->SetLabel(label);
+  if (label == lblFolder_->GetLabelText()) return;
+  lblFolder_->SetLabelText(label);
   lblFolder_->SetToolTip(ToWx(folder));
 }
 
@@ -275,7 +264,7 @@ void frmMain::EnableForRun(bool enable) {
 }
 
 void frmMain::SetMessage(const std::string& text) {
-  lblMessages_->SetLabel(ToWx(text));
+  lblMessages_->SetLabelText(ToWx(text));
 }
 
 void frmMain::SetProgress(std::int32_t value, std::int32_t maximum) {

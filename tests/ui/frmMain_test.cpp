@@ -95,10 +95,12 @@ TEST_F(MainWindowTest, StartsWhereTheUserLeftIt) {
 }
 
 TEST_F(MainWindowTest, StartsAboveAFolderThatIsGoneAndSaysSo) {
-  Set("Last Path", "/data/screen/b/c");
+  campaign.platform.files.AddFolder(campaign.Path("R&D"));
+  Set("Last Path", campaign.Path("R&D/b/c"));
   Open();
-  EXPECT_EQ(main_window_.ProcessingFolder(), campaign.folder);
-  EXPECT_THAT(Label("lblMessages"), testing::HasSubstr("/data/screen/b/c"));
+  EXPECT_EQ(main_window_.ProcessingFolder(), campaign.Path("R&D"));
+  EXPECT_EQ(Label("lblFolder"), "/.../screen/R&D ");
+  EXPECT_THAT(Label("lblMessages"), testing::HasSubstr("/data/screen/R&D/b/c"));
   EXPECT_THAT(Texts(), IsEmpty());
 }
 
