@@ -6,6 +6,7 @@
 
 #include "settings/basSettings.h"
 #include "ui/app_icon.h"
+#include "ui/centre.h"
 #include "ui/frmMain.h"
 #include "ui/wx_text.h"
 
@@ -128,13 +129,7 @@ void frmMain::FitToControls() {
   wxSize size = GetSize();
   size.DecTo(wxDisplay(this).GetClientArea().GetSize());
   SetSize(size);
-  // Not before: some window managers get a new window as a dot and put that in the place.
-  Bind(wxEVT_SHOW, [this, size](wxShowEvent& event) {
-    event.Skip();
-    if (!event.IsShown()) return;
-    SetSize(size);
-    Centre();
-  });
+  CentreWhenShown(*this);
 }
 
 }  // namespace korvex

@@ -10,6 +10,7 @@
 #include "platform/error.h"
 #include "platform/message_sound.h"
 #include "platform/services.h"
+#include "ui/centre.h"
 #include "ui/wx_text.h"
 
 namespace korvex {
@@ -82,7 +83,7 @@ std::string frmMessageBox::ShowMsgBox(const ButtonMessage& message) {
   imgIcon_->SetIcon(message.icon);
   imgIcon_->Show(message.icon != 0);
   if (Sound* sound = Platform().sound) PlayMessageSound(*sound, message.sound);
-  CentreOnParent();
+  CentreWhenShown(*this);
   ShowModal();
   return message.buttons[pressed_];
 }

@@ -13,10 +13,12 @@
 namespace korvex {
 namespace {
 
-// The window that has the focus, or the newest one that shows while another program has it.
+// The window that has the focus, or the newest one that shows: another program may have the focus,
+// or a dialog that is still being filled.
 wxWindow* ActiveWindow() {
   wxWindow* active = wxGetTopLevelParent(wxWindow::FindFocus());
-  if (active) return active;
+  if (active && active->IsShown()) return active;
+  active = nullptr;
   for (wxWindow* window : wxTopLevelWindows) {
     if (window->IsShown()) active = window;
   }
