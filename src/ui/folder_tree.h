@@ -54,7 +54,7 @@ class FolderTree : public wxTreeCtrl {
   std::string drive_;
   std::string folder_;
   bool updating_ = false;
-  bool reveal_at_size_ = false;
+  int height_ = 0;  // for which the current folder has been revealed
 };
 
 }  // namespace korvex
