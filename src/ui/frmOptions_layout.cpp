@@ -9,6 +9,7 @@
 
 #include <algorithm>
 
+#include "ui/centre.h"
 #include "ui/frmOptions.h"
 #include "ui/wx_text.h"
 #include "util/basGeneral.h"
@@ -19,6 +20,7 @@ namespace {
 // Device independent pixels.
 constexpr int kGap = 8;
 constexpr int kMargin = 12;  // around a frame
+constexpr int kOutline = 4;  // of the control that has the focus, drawn around it
 constexpr int kIndent = 24;  // of what belongs to an option, below its caption
 
 // Characters of an ordinary text, and lines.
@@ -47,7 +49,10 @@ int LineHeight(const wxWindow& window) {
 
 FramePanel& AddFrame(FramePanel& page, const char* name, int proportion = 0) {
   auto* frame = new FramePanel(&page, name, {}, false);
-  page.Content().Add(frame, wxSizerFlags(proportion).Expand().Border(wxALL, page.FromDIP(kMargin)));
+  const int outline = page.FromDIP(kOutline);
+  frame->GetSizer()->GetItem(&frame->Content())->SetBorder(outline);
+  page.Content().Add(
+      frame, wxSizerFlags(proportion).Expand().Border(wxALL, page.FromDIP(kMargin) - outline));
   return *frame;
 }
 
@@ -133,7 +138,7 @@ void frmOptions::OpenLarger() {
   size += wxSize(std::min(2 * missing, size.GetWidth()), kMoreLines * LineHeight(*this));
   size.DecTo(wxDisplay(this).GetClientArea().GetSize());
   SetSize(size);
-  CentreOnParent();
+  CentreWhenShown(*this);
 }
 
 // The face of the button, shortened to its width.
@@ -181,9 +186,11 @@ void frmOptions::BuildOutputFile(FramePanel& frame) {
   row->Add(cmdBrowse_, wxSizerFlags().CenterVertical());
   wxBoxSizer& content = frame.Content();
   content.Add(optOutputFileByFolder_);
+  content.AddSpacer(FromDIP(kOutline));
   content.Add(txtFilename_.box, BelowOption(frame));
   content.AddSpacer(FromDIP(kGap));
   content.Add(optOutputFileByName_);
+  content.AddSpacer(FromDIP(kOutline));
   content.Add(row, BelowOption(frame));
 }
 
@@ -207,6 +214,7 @@ void frmOptions::BuildAfterwards(FramePanel& frame) {
   frame.Content().Add(chkLaunchOutputFile_);
   frame.Content().AddSpacer(FromDIP(kGap));
   frame.Content().Add(chkErrMail_);
+  frame.Content().AddSpacer(FromDIP(kOutline));
   frame.Content().Add(txtEmailAddress_, BelowOption(frame));
 }
 
