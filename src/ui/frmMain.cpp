@@ -1,6 +1,9 @@
 #include "ui/frmMain.h"
 
+#include <wx/app.h>
+
 #include <algorithm>
+#include <utility>
 
 #include "errors/clsAppLog.h"
 #include "errors/open_app_log.h"
@@ -15,6 +18,7 @@
 #include "ui/frmOptions.h"
 #include "ui/raised_flag.h"
 #include "ui/wx_text.h"
+#include "util/attempt.h"
 #include "util/basFuncs.h"
 #include "util/basGeneral.h"
 #include "util/folder_listing.h"
@@ -58,38 +62,44 @@ void frmMain::Form_Load() {
         design_size_ = GetSize();
         cmdProcess_->SetLabel("&Run!");
         SetTitle(ToWx(std::string(kProgramTitle) + " " + kProgramVersion));
-        const std::string complaint = ShowFolder(basSettings::LastPathAtStart());
-        FileChooser_->SetPattern(kDefaultPattern);
         txtPattern_->ChangeValue(kDefaultPattern);
-        SetMessage(complaint.empty() ? "Ready" : complaint);
+        SetMessage("Ready");
         SetProgress(0, 1);
+        const std::string complaint = ShowFolder(basSettings::LastPathAtStart());
+        if (!complaint.empty()) SetMessage(complaint);
         // Whatever is not the text for sub-folders means files.
         optFiles_->SetValue(true);
         SharedControls().SetSelectedOption(basSettings::EverySheetRepresents(), *fraCurrentMode_,
                                            kByCaption);
-        optFolders_->GetValue() ? optFolders_Click() : optFiles_Click();
-        Timer1_Timer();
-        Timer1_.Start(kFolderLabelInterval);
+        ListFilesOfMode();
         OpenAppLog();
       },
       [&](const TrappedError& error) {
+        Attempt([] { OpenAppLog(); });  // for this very error
         error.Report(
             "An error occurred while loading.\r\n\r\nThe Error has been written to a log file.");
+        if (!ProcessingFolder().empty()) return;
+        Attempt([&] { ShowFolder(""); });
+        ListFilesOfMode();
       });
+  Timer1_Timer();
+  Timer1_.Start(kFolderLabelInterval);
 }
 
 std::string frmMain::ShowFolder(const std::string& folder) {
   const FileSystem& files = *Platform().files;
+  std::string last_resort = files.DefaultFolder();
   std::string complaint;
-  std::string candidate = files.AbsolutePath(folder.empty() ? files.DefaultFolder() : folder);
+  std::string candidate = files.AbsolutePath(folder.empty() ? last_resort : folder);
   for (;;) {
     try {
       FileChooser_->SetPath(candidate);
       return complaint;
     } catch (const Error& error) {
       if (complaint.empty()) complaint = error.Description();
-      const std::string parent = files.AbsolutePath(JoinPath(candidate, ".."));
-      if (parent == candidate) throw;
+      std::string parent = files.AbsolutePath(JoinPath(candidate, ".."));
+      if (parent == candidate) parent = std::exchange(last_resort, "");
+      if (parent.empty()) throw;
       candidate = parent;
     }
   }
@@ -109,15 +119,16 @@ void frmMain::Form_Resize() {
 }
 
 void frmMain::Form_Unload(wxCloseEvent& event) {
-  if (run_on_stack_ && event.CanVeto()) {
-    event.Veto();
-    return;
+  if (run_on_stack_) {
+    if (event.CanVeto()) event.Veto();
+    return;  // at the end of a session, the run ends with the program
   }
   Trap(
       "frmMain.Form_Unload",
       [&] {
         Timer1_.Stop();
         AppLog().CloseFile();
+        Hide();  // it lives on until the events that are under way have ended
         Destroy();
       },
       [](const TrappedError& error) { error.Report("Errors during Unload."); });
@@ -159,8 +170,8 @@ void frmMain::mnuRegistry_Click() {
       return;
     }
     basSettings::DeleteAllSettings();
-    Close();
-    show_afresh_();
+    // The new window may show messages, and while it does this one goes away.
+    if (Close()) wxTheApp->CallAfter(show_afresh_);
   });
 }
 
@@ -181,22 +192,29 @@ void frmMain::StoreSelectedMode() {
 void frmMain::optFiles_Click() {
   Trap("frmMain.optFiles_Click", [&] {
     StoreSelectedMode();
-    FileChooser_->SetPattern(FromWx(txtPattern_->GetValue()));
+    ListFilesOfMode();
   });
 }
 
 void frmMain::optFolders_Click() {
   Trap("frmMain.optFolders_Click", [&] {
     StoreSelectedMode();
-    FileChooser_->SetPattern(kNoFilePattern);
+    ListFilesOfMode();
   });
 }
 
-void frmMain::txtPattern_Change() {
+void frmMain::ListFilesOfMode() {
+  FileChooser_->SetPattern(optFolders_->GetValue() ? kNoFilePattern : TypedPattern());
+}
+
+std::string frmMain::TypedPattern() const {
   const std::string pattern = FromWx(txtPattern_->GetValue());
+  return pattern.empty() ? "*" : pattern;
+}
+
+void frmMain::txtPattern_Change() {
   Trap(
-      "frmMain.txtPattern_Change",
-      [&] { FileChooser_->SetPattern(pattern.empty() ? "*" : pattern); },
+      "frmMain.txtPattern_Change", [&] { FileChooser_->SetPattern(TypedPattern()); },
       [](const TrappedError&) {
         Platform().dialogs->ShowPlain(
             {.text = "Please insert a valid filename pattern. (Example: *.xls)"});
@@ -204,13 +222,10 @@ void frmMain::txtPattern_Change() {
 }
 
 void frmMain::Timer1_Timer() {
+  if (GetSize() == design_size_) refused_size_ = {};
   const std::string folder = FileChooser_->Path();
-  std::string shown = folder;
-  try {
-    shown = ShortenPath(folder, false);
-  } catch (const Error&) {
-    // The folder has just vanished: its full name will do.
-  }
+  std::string shown = folder;  // which will do when the folder has just vanished
+  Attempt([&] { shown = ShortenPath(folder, false); });
   const wxString label = ToWx(shown + " ");
   if (label == lblFolder_->GetLabelText()) return;
   lblFolder_->SetLabelText(label);
@@ -249,7 +264,6 @@ void frmMain::LeaveRunning() {
   EnableForRun(true);
   cmdProcess_->SetLabel("&Run!");
   SetCursor(wxNullCursor);
-  FileChooser_->Refresh();
 }
 
 void frmMain::EnableForRun(bool enable) {

@@ -54,6 +54,9 @@ class frmMain : public wxFrame, private RunView {
 
   void StartOrStop(const char* location);
   void StoreSelectedMode();
+  // While sub-folders are processed there is no file to choose from.
+  void ListFilesOfMode();
+  std::string TypedPattern() const;
   // Opens the folder, or the nearest one above it that can be opened; says what was wrong with it.
   std::string ShowFolder(const std::string& folder);
   RunSelection Selection() const;
@@ -72,7 +75,7 @@ class frmMain : public wxFrame, private RunView {
   MainRun run_{*this};
   bool run_on_stack_ = false;  // from its first check to its last message
   wxSize design_size_;
-  wxSize refused_size_;  // the last one that the window was given against its design
+  wxSize refused_size_;  // what it was given against its design, until it has had that for a while
 
   FramePanel* fraCurrentMode_;
   wxRadioButton* optFolders_;

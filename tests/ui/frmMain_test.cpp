@@ -104,6 +104,16 @@ TEST_F(MainWindowTest, StartsAboveAFolderThatIsGoneAndSaysSo) {
   EXPECT_THAT(Texts(), IsEmpty());
 }
 
+TEST_F(MainWindowTest, StartsInTheHomeFolderWhenTheSettingsCannotBeRead) {
+  campaign.platform.settings.failure = 70;
+  Open();
+  EXPECT_EQ(main_window_.ProcessingFolder(), "/home/user");
+  EXPECT_THAT(Texts(), ElementsAre(testing::StartsWith("An error occurred while loading.")));
+  EXPECT_THAT(campaign.platform.files.Content("/opt/korvex/AppErr/KORVEX.LOG"),
+              testing::HasSubstr("frmMain.Form_Load"));
+  ExpectIdle();
+}
+
 TEST_F(MainWindowTest, ListsFilesByThePatternUnlessSubFoldersAreProcessed) {
   campaign.platform.files.AddFile(campaign.Path("a/notes.txt"));
   Set("Last Path", campaign.Path("a"));
@@ -119,6 +129,7 @@ TEST_F(MainWindowTest, ListsFilesByThePatternUnlessSubFoldersAreProcessed) {
   Choose("optFiles");
   EXPECT_THAT(Files(), ElementsAre("notes.txt", "P-1-2.xls"));
   pattern.SetValue("");
+  Choose("optFiles");
   EXPECT_THAT(Files(), ElementsAre("notes.txt", "P-1-1.xls", "P-1-2.xls"));
   EXPECT_THAT(Texts(), IsEmpty());
   pattern.SetValue("a/b");
