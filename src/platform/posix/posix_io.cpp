@@ -5,7 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <system_error>
+#include <cstring>
 #include <utility>
 
 namespace korvex {
@@ -42,6 +42,12 @@ int ErrorNumber(int error, const std::string& path, Missing missing) {
   }
 }
 
+// In English like everything around it, whatever language a toolkit has chosen for the process.
+std::string Reason(int error) {
+  const char* text = strerrordesc_np(error);
+  return text ? text : "Error " + std::to_string(error);
+}
+
 }  // namespace
 
 Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
@@ -61,9 +67,8 @@ void Descriptor::Close() {
 }
 
 Error SystemError(int error, std::string_view action, const std::string& path, Missing missing) {
-  return Error(ErrorNumber(error, path, missing), "Cannot " + std::string(action) + " " + path +
-                                                      ": " +
-                                                      std::generic_category().message(error) + ".");
+  return Error(ErrorNumber(error, path, missing),
+               "Cannot " + std::string(action) + " " + path + ": " + Reason(error) + ".");
 }
 
 void RequireOrdinaryFile(mode_t mode, std::string_view action, const std::string& path) {
