@@ -49,10 +49,10 @@ std::optional<std::string> IniSettingsStore::Get(std::string_view section, std::
 
 void IniSettingsStore::Save(std::string_view section, std::string_view key,
                             std::string_view value) {
+  if (Get(section, key) == value) return;
   CreateFolders();
   const Descriptor lock = Lock();
   Refresh();
-  if (document_.Get(section, key) == value) return;
   document_.Set(section, key, value);
   Write();
 }
