@@ -1,0 +1,41 @@
+// A file written beside its target that takes the target's place as a whole.
+//
+// Its name is ".korvex-" and random digits, in the target's own folder, since a file only moves as
+// a whole within one volume. While it is written it is marked for deletion, so that the system
+// takes it away even when the program is killed.
+#pragma once
+
+#include <string>
+
+#include "platform/file_system.h"
+#include "platform/windows/windows_error.h"
+#include "platform/windows/windows_handle.h"
+
+namespace korvex {
+
+class WindowsReplacementFile : public ReplacementFile {
+ public:
+  explicit WindowsReplacementFile(const std::string& path);
+  ~WindowsReplacementFile() override;
+  WindowsReplacementFile(const WindowsReplacementFile&) = delete;
+  WindowsReplacementFile& operator=(const WindowsReplacementFile&) = delete;
+
+  void Write(std::span<const std::byte> bytes) override;
+  void Commit() override;
+
+ private:
+  void ExamineTarget();
+  void Create();
+  DWORD TakeItsPlace() const;
+  DWORD TakeOver() const;
+  DWORD Move() const;
+  Error Failure(DWORD code) const;
+
+  std::string path_;     // as the caller spells it
+  std::wstring target_;  // what it leads to, for the system
+  std::wstring name_;    // of the file beside it, for the system; empty once it is in place
+  bool replaces_ = false;
+  Handle file_;
+};
+
+}  // namespace korvex

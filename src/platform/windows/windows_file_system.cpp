@@ -1,0 +1,197 @@
+#include "platform/windows/windows_file_system.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/windows/replacement_file.h"
+#include "platform/windows/wide_text.h"
+#include "platform/windows/windows_api.h"
+#include "platform/windows/windows_error.h"
+#include "platform/windows/windows_file.h"
+#include "platform/windows/windows_path.h"
+
+namespace korvex {
+namespace {
+
+class WindowsAppendFile : public AppendFile {
+ public:
+  WindowsAppendFile(Handle file, std::string path)
+      : file_(std::move(file)), path_(std::move(path)) {}
+
+  void Write(std::string_view bytes) override {
+    WriteAll(file_.Get(), std::as_bytes(std::span(bytes)), path_);
+  }
+
+ private:
+  Handle file_;
+  std::string path_;
+};
+
+void RefuseIfOwned(const std::string& path) {
+  const std::size_t name = path.find_last_of("\\/:") + 1;  // 0 when there is no folder in the path
+  const std::string folder = path.substr(0, name);
+  for (const std::string& owner_file :
+       {folder + "~$" + path.substr(name), folder + ".~lock." + path.substr(name) + "#"}) {
+    if (AttributesOf(SystemPath(owner_file)) != INVALID_FILE_ATTRIBUTES) {
+      throw InUse(path,
+                  " (" + owner_file + " says so; delete it if no program has the file open).");
+    }
+  }
+}
+
+// Links and junctions; files that are stored elsewhere (in a cloud, for example) are no links. A
+// file system that does not tell the kind shows a link all the same.
+bool IsLink(const WIN32_FIND_DATAW& entry) {
+  if (!(entry.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT)) return false;
+  return entry.dwReserved0 == 0 || IsReparseTagNameSurrogate(entry.dwReserved0);
+}
+
+FolderEntry EntryOf(const std::wstring& folder, const WIN32_FIND_DATAW& entry) {
+  FolderEntry found{FromWide(entry.cFileName), IsFolder(entry.dwFileAttributes), IsLink(entry),
+                    (entry.dwFileAttributes & FILE_ATTRIBUTE_HIDDEN) != 0};
+  if (found.is_link) found.is_folder = IsFolder(AttributesOf(folder + entry.cFileName));
+  return found;
+}
+
+bool IsSelfOrParent(const wchar_t* name) {
+  const std::wstring_view text = name;
+  return text == L"." || text == L"..";
+}
+
+// A search for what lies in a folder.
+class Search {
+ public:
+  explicit Search(const std::wstring& pattern)
+      : handle_(FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &entry_, FindExSearchNameMatch,
+                                 nullptr, FIND_FIRST_EX_LARGE_FETCH)) {}
+  ~Search() {
+    if (Found()) FindClose(handle_);
+  }
+  Search(const Search&) = delete;
+  Search& operator=(const Search&) = delete;
+
+  bool Found() const { return handle_ != INVALID_HANDLE_VALUE; }
+  const WIN32_FIND_DATAW& Entry() const { return entry_; }
+  bool Next() { return FindNextFileW(handle_, &entry_); }
+
+ private:
+  WIN32_FIND_DATAW entry_{};
+  HANDLE handle_;
+};
+
+bool Identify(const std::string& path, BY_HANDLE_FILE_INFORMATION& information) {
+  const Handle file(CreateFileW(SystemPath(path).c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
+                                FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  return file.IsOpen() && GetFileInformationByHandle(file.Get(), &information);
+}
+
+std::size_t ReadSome(HANDLE file, std::span<std::byte> bytes, const std::string& path) {
+  constexpr std::size_t kLargestRead = 16 * 1024 * 1024;
+  DWORD count = 0;
+  const auto size = static_cast<DWORD>(std::min(bytes.size(), kLargestRead));
+  if (!::ReadFile(file, bytes.data(), size, &count, nullptr)) {
+    throw SystemError(GetLastError(), "read", path, Missing::kFile);
+  }
+  return count;
+}
+
+}  // namespace
+
+WindowsFileSystem::WindowsFileSystem() {
+  SetErrorMode(GetErrorMode() | SEM_FAILCRITICALERRORS);
+}
+
+std::string WindowsFileSystem::DriveName(std::string_view path) const {
+  return FromWide(DriveOf(ToWide(path)));
+}
+
+std::vector<std::string> WindowsFileSystem::Drives() const {
+  std::vector<std::string> drives;
+  const DWORD present = GetLogicalDrives();
+  for (char letter = 'A'; letter <= 'Z'; ++letter) {
+    if (present >> (letter - 'A') & 1) drives.push_back(std::string{letter} + ":\\");
+  }
+  return drives;
+}
+
+std::string WindowsFileSystem::AbsolutePath(std::string_view path) const {
+  return FromWide(AbsoluteWide(path));
+}
+
+bool WindowsFileSystem::FileExists(const std::string& path) const {
+  if (path.ends_with('\\') || path.ends_with('/')) return false;
+  const DWORD attributes = AttributesOf(SystemPath(path));
+  return attributes != INVALID_FILE_ATTRIBUTES && !IsFolder(attributes);
+}
+
+bool WindowsFileSystem::FolderExists(const std::string& path) const {
+  return IsFolder(AttributesOf(SystemPath(path)));
+}
+
+bool WindowsFileSystem::IsSameFile(const std::string& a, const std::string& b) const {
+  BY_HANDLE_FILE_INFORMATION first;
+  BY_HANDLE_FILE_INFORMATION second;
+  return Identify(a, first) && Identify(b, second) &&
+         first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
+         first.nFileIndexHigh == second.nFileIndexHigh &&
+         first.nFileIndexLow == second.nFileIndexLow;
+}
+
+std::vector<FolderEntry> WindowsFileSystem::List(const std::string& folder) const {
+  std::wstring path = SystemPath(folder);
+  if (!path.empty() && !path.ends_with(L'\\')) path += L'\\';
+  std::vector<FolderEntry> entries;
+  Search search(path + L'*');
+  if (!search.Found()) {
+    const DWORD code = GetLastError();
+    // The root of an empty drive has not even itself in it.
+    if (code == ERROR_FILE_NOT_FOUND && FolderExists(folder)) return entries;
+    throw SystemError(FileExists(folder) ? DWORD{ERROR_DIRECTORY} : code, "list", folder);
+  }
+  do {
+    if (!IsSelfOrParent(search.Entry().cFileName)) entries.push_back(EntryOf(path, search.Entry()));
+  } while (search.Next());
+  if (GetLastError() != ERROR_NO_MORE_FILES) throw SystemError(GetLastError(), "list", folder);
+  return entries;
+}
+
+void WindowsFileSystem::ReadFile(const std::string& path, std::vector<std::byte>& content) const {
+  const Handle file = OpenFile(SystemPath(path), path, "read", GENERIC_READ, OPEN_EXISTING);
+  LARGE_INTEGER told{};
+  GetFileSizeEx(file.Get(), &told);
+  // The size is a hint: a file may grow. One byte more than it tells finds the end without growing
+  // the buffer.
+  content.resize(static_cast<std::size_t>(told.QuadPart) + 1);
+  std::size_t size = 0;
+  for (;;) {
+    if (size == content.size()) content.resize(size + std::max<std::size_t>(size, 65536));
+    const std::size_t count = ReadSome(file.Get(), std::span(content).subspan(size), path);
+    if (count == 0) break;
+    size += count;
+  }
+  content.resize(size);
+}
+
+std::unique_ptr<AppendFile> WindowsFileSystem::OpenForAppending(const std::string& path) {
+  RefuseIfOwned(path);
+  Handle file = OpenFile(SystemPath(path), path, "write to", FILE_APPEND_DATA, OPEN_ALWAYS);
+  return std::make_unique<WindowsAppendFile>(std::move(file), path);
+}
+
+std::unique_ptr<ReplacementFile> WindowsFileSystem::Replace(const std::string& path) {
+  return std::make_unique<WindowsReplacementFile>(path);
+}
+
+void WindowsFileSystem::CreateFolder(const std::string& path) {
+  if (CreateDirectoryW(SystemPath(path).c_str(), nullptr)) return;
+  const DWORD code = GetLastError();
+  if (!FolderExists(path)) throw SystemError(code, "create", path);
+}
+
+void WindowsFileSystem::DeleteFile(const std::string& path) {
+  if (!DeleteFileW(SystemPath(path).c_str())) {
+    throw SystemError(GetLastError(), "delete", path, Missing::kFile);
+  }
+}
+
+}  // namespace korvex

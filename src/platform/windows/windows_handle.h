@@ -1,0 +1,33 @@
+// Owns one open file, or another thing that the system lends by handle.
+#pragma once
+
+#include <utility>
+
+#include "platform/windows/windows_api.h"
+
+namespace korvex {
+
+class Handle {
+ public:
+  Handle() = default;
+  explicit Handle(HANDLE handle) : handle_(handle) {}
+  Handle(Handle&& other) noexcept : handle_(other.Release()) {}
+  Handle& operator=(Handle&& other) noexcept {
+    if (this != &other) {
+      Close();
+      handle_ = other.Release();
+    }
+    return *this;
+  }
+  ~Handle() { Close(); }
+
+  HANDLE Get() const { return handle_; }
+  bool IsOpen() const { return handle_ != nullptr && handle_ != INVALID_HANDLE_VALUE; }
+  HANDLE Release() { return std::exchange(handle_, nullptr); }
+  bool Close() { return !IsOpen() || CloseHandle(Release()); }
+
+ private:
+  HANDLE handle_ = nullptr;
+};
+
+}  // namespace korvex
