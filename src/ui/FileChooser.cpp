@@ -29,7 +29,7 @@
 namespace korvex {
 namespace {
 
-constexpr int kDesignedSplitterLeft = 3600;  // twips
+constexpr int kDesignedSplitterLeft = 4200;  // twips
 constexpr int kSplitterWidth = 6;
 constexpr int kGap = 6;
 const wxSize kLeastSize(420, 240);
