@@ -51,10 +51,10 @@ std::optional<std::string> IniSettingsStore::Get(std::string_view section, std::
 
 void IniSettingsStore::Save(std::string_view section, std::string_view key,
                             std::string_view value) {
+  if (Get(section, key) == value) return;
   CreateFolders(FromWide(FolderOf(ToWide(path_))));
   const Handle lock = Lock(path_);
   IniDocument document = Read();
-  if (document.Get(section, key) == value) return;
   document.Set(section, key, value);
   Write(document);
 }

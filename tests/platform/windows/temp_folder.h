@@ -8,8 +8,23 @@
 #include <string>
 
 #include "platform/windows/wide_text.h"
+#include "platform/windows/windows_api.h"
+#include "platform/windows/windows_file_system.h"
+#include "platform/windows/windows_path.h"
 
 namespace korvex {
+
+// Whatever names a test has made.
+inline void RemoveTree(const std::string& folder) {
+  for (const FolderEntry& entry : WindowsFileSystem().List(folder)) {
+    const std::string path = folder + "\\" + entry.name;
+    const std::wstring system_path = SystemPath(path);
+    SetFileAttributesW(system_path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    if (entry.is_folder && !entry.is_link) RemoveTree(path);
+    if (!DeleteFileW(system_path.c_str())) RemoveDirectoryW(system_path.c_str());
+  }
+  RemoveDirectoryW(SystemPath(folder).c_str());
+}
 
 class TempFolder {
  public:
@@ -19,11 +34,7 @@ class TempFolder {
             std::to_string(random());
     std::filesystem::create_directory(ToWide(path_));
   }
-  ~TempFolder() {
-    std::error_code ignored;
-    // As the system takes names that end in a dot, or long paths.
-    std::filesystem::remove_all(LR"(\\?\)" + ToWide(path_), ignored);
-  }
+  ~TempFolder() { RemoveTree(path_); }
   TempFolder(const TempFolder&) = delete;
   TempFolder& operator=(const TempFolder&) = delete;
 

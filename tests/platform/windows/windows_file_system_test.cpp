@@ -216,10 +216,11 @@ TEST_F(WindowsFileSystemTest, KeepsTheFormerFileThatIsOpenedMeanwhile) {
 }
 
 // Run by the test below, in a process of its own.
-TEST_F(WindowsFileSystemTest, DISABLED_IsKilledWhileItWrites) {
+TEST(WindowsReplacementFile, DISABLED_IsKilledWhileItWrites) {
+  WindowsFileSystem files;
   wchar_t path[MAX_PATH];
   GetEnvironmentVariableW(L"KORVEX_TEST_FILE", path, MAX_PATH);
-  const auto replacement = files_.Replace(FromWide(path));
+  const auto replacement = files.Replace(FromWide(path));
   replacement->Write(Bytes("half"));
   TerminateProcess(GetCurrentProcess(), 3);
 }
