@@ -8,15 +8,17 @@
 #include "ui/app_icon.h"
 #include "ui/centre.h"
 #include "ui/frmMain.h"
+#include "ui/text_box.h"
+#include "ui/twips.h"
 #include "ui/wx_text.h"
 
 namespace korvex {
 namespace {
 
-constexpr int kGap = 10;  // device independent pixels between neighbours
-constexpr int kChooserWidth = 600;
-constexpr int kChooserHeight = 300;
-constexpr int kPatternWidth = 220;
+constexpr int kGap = 10;             // device independent pixels between neighbours
+constexpr int kChooserWidth = 9000;  // twips
+constexpr int kChooserHeight = 4500;
+constexpr int kPatternWidth = 26;  // characters
 
 template <class Handler>
 void Append(wxMenu& menu, const char* caption, Handler handler) {
@@ -51,7 +53,8 @@ void frmMain::CreateControls() {
   fraCurrentMode_->Content().Add(ModeRows(), wxSizerFlags().Expand());
   fraMain_ = new FramePanel(form, "fraMain");
   FileChooser_ = new FileChooser(fraMain_, "FileChooser");
-  FileChooser_->SetMinSize(FromDIP(wxSize(kChooserWidth, kChooserHeight)));
+  const Twips twips(*this);
+  FileChooser_->SetMinSize(wxSize(twips.ToPixels(kChooserWidth), twips.ToPixels(kChooserHeight)));
   FileChooser_->DblClick = [this] { FileChooser_DblClick(); };
   fraMain_->Content().Add(FileChooser_, wxSizerFlags(1).Expand());
   fraMain_->Content().Add(PatternRow(), wxSizerFlags().Border(wxTOP, FromDIP(kGap)));
@@ -65,6 +68,9 @@ void frmMain::CreateControls() {
                                   wxST_ELLIPSIZE_END | wxST_NO_AUTORESIZE, "lblMessages");
   rows->Add(lblMessages_, wxSizerFlags(row).Border(wxALL, FromDIP(kGap)));
   form->SetSizer(rows);
+  auto* frame = new wxBoxSizer(wxVERTICAL);
+  frame->Add(form, wxSizerFlags(1).Expand());
+  SetSizer(frame);
 }
 
 // The folder stands beside the option that it belongs to. Its label is made before the options: the
@@ -95,9 +101,7 @@ wxSizer* frmMain::PatternRow() {
   auto* row = new wxBoxSizer(wxHORIZONTAL);
   auto* lblFilePattern = new wxStaticText(fraMain_, wxID_ANY, "Filename Pattern:");
   lblFilePattern->SetName("lblFilePattern");
-  txtPattern_ =
-      new wxTextCtrl(fraMain_, wxID_ANY, "", wxDefaultPosition, wxSize(FromDIP(kPatternWidth), -1));
-  txtPattern_->SetName("txtPattern");
+  txtPattern_ = NewTextBox(*fraMain_, "txtPattern", kPatternWidth);
   txtPattern_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { txtPattern_Change(); });
   row->Add(lblFilePattern, wxSizerFlags().CenterVertical());
   row->AddSpacer(FromDIP(kGap));
@@ -122,9 +126,6 @@ wxSizer* frmMain::ProgressRow(wxWindow* form) {
 
 // As large as its controls need, but never larger than the screen.
 void frmMain::FitToControls() {
-  auto* frame = new wxBoxSizer(wxVERTICAL);
-  frame->Add(GetChildren().front(), wxSizerFlags(1).Expand());
-  SetSizer(frame);
   Fit();
   wxSize size = GetSize();
   size.DecTo(wxDisplay(this).GetClientArea().GetSize());

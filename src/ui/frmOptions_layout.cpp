@@ -11,6 +11,7 @@
 
 #include "ui/centre.h"
 #include "ui/frmOptions.h"
+#include "ui/text_box.h"
 #include "ui/wx_text.h"
 #include "util/basGeneral.h"
 
@@ -59,12 +60,6 @@ FramePanel& AddFrame(FramePanel& page, const char* name, int proportion = 0) {
 wxRadioButton* NewOption(wxWindow& parent, const char* name, const char* caption, long style = 0) {
   return Named(
       new wxRadioButton(&parent, wxID_ANY, caption, wxDefaultPosition, wxDefaultSize, style), name);
-}
-
-wxTextCtrl* NewTextBox(wxWindow& parent, const char* name) {
-  auto* box = Named(new wxTextCtrl(&parent, wxID_ANY), name);
-  box->SetMinSize(wxSize(kPathWidth * parent.GetCharWidth(), -1));
-  return box;
 }
 
 // Where the text box stands that an option or a check box is about.
@@ -175,9 +170,9 @@ void frmOptions::BuildOutputFile(FramePanel& frame) {
   optOutputFileUnknown_->Hide();
   optOutputFileByFolder_ = NewOption(frame, "optOutputFileByFolder",
                                      "Always output to current process folder, with this name:");
-  txtFilename_.box = NewTextBox(frame, "txtFilename");
+  txtFilename_.box = NewTextBox(frame, "txtFilename", kPathWidth);
   optOutputFileByName_ = NewOption(frame, "optOutputFileByName", "Output to this file:");
-  txtOutputFile_.box = NewTextBox(frame, "txtOutputFile");
+  txtOutputFile_.box = NewTextBox(frame, "txtOutputFile", kPathWidth);
   cmdBrowse_ = Named(new wxButton(&frame, wxID_ANY, "Browse..."), "cmdBrowse");
 
   auto* row = new wxBoxSizer(wxHORIZONTAL);
@@ -210,7 +205,7 @@ void frmOptions::BuildAfterwards(FramePanel& frame) {
             "chkLaunchOutputFile");
   chkErrMail_ =
       Named(new wxCheckBox(&frame, wxID_ANY, "On Error, email this person:"), "chkErrMail");
-  txtEmailAddress_ = NewTextBox(frame, "txtEmailAddress");
+  txtEmailAddress_ = NewTextBox(frame, "txtEmailAddress", kPathWidth);
   frame.Content().Add(chkLaunchOutputFile_);
   frame.Content().AddSpacer(FromDIP(kGap));
   frame.Content().Add(chkErrMail_);
