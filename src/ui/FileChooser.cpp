@@ -190,7 +190,7 @@ void FileChooser::SetEnabled(bool enabled) {
       wxSystemSettings::GetColour(enabled ? wxSYS_COLOUR_WINDOWTEXT : wxSYS_COLOUR_GRAYTEXT));
   for (wxWindow* control : std::initializer_list<wxWindow*>{cmdNetWork_, drvMain_, filMain_})
     control->Enable(enabled);
-  if (again) Attempt([&] { Refresh(); });
+  if (again) Attempt([&] { LookAgain(); });
 }
 
 std::string FileChooser::Path() const {
@@ -283,7 +283,7 @@ int FileChooser::SelectedCount() const {
   return filMain_->GetSelections(selections);
 }
 
-void FileChooser::Refresh() {
+void FileChooser::LookAgain() {
   if (Path().empty()) return;
   const std::string folder = NearestExistingFolder(Path());
   if (folder != Path()) {
@@ -372,7 +372,7 @@ void FileChooser::cmdNetWork_Click() {
 
 void FileChooser::OnActivate(wxActivateEvent& event) {
   event.Skip();
-  if (event.GetActive() && Enabled()) Attempt([&] { Refresh(); });
+  if (event.GetActive() && Enabled()) Attempt([&] { LookAgain(); });
 }
 
 // The message waits until the lists have done with the click that led to it.

@@ -41,7 +41,7 @@ class FileChooser : public wxPanel {
   const std::string& Pattern() const { return pattern_.Text(); }
   void SetPattern(const std::string& pattern);
 
-  // The frame and everything in it. Not virtual in wx's sense: hides wxWindow's.
+  // The frame and everything in it.
   bool Enabled() const;
   void SetEnabled(bool enabled);
 
@@ -59,7 +59,7 @@ class FileChooser : public wxPanel {
   int SelectedCount() const;
 
   // Looks at the disk again. Folder and selection stay, as far as they still exist.
-  void Refresh();
+  void LookAgain();
 
   // Raised when the user double-clicks a file.
   std::function<void()> DblClick;

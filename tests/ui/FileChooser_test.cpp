@@ -95,7 +95,7 @@ TEST(FileChooser, ListsTheFilesThatThePatternLetsThrough) {
 TEST(FileChooser, HandsOverTheSelectedFilesByteForByte) {
   Chooser form;
   form.platform.files.AddFile(form.In("z\xff.xls"));
-  form.chooser.Refresh();
+  form.chooser.LookAgain();
   EXPECT_THAT(form.chooser.SelFullPaths(), IsEmpty());
   form.filMain.SetSelection(3);
   form.filMain.SetSelection(0);
@@ -154,7 +154,7 @@ TEST(FileChooser, SaysWhyAFolderThatIsClickedShowsNothing) {
 TEST(FileChooser, LooksIntoAFolderWhenItIsOpened) {
   Chooser form;
   form.platform.files.AddFolder("/data/run2/plates");
-  form.chooser.Refresh();
+  form.chooser.LookAgain();
   EXPECT_FALSE(form.Item({"data", "run1", ".hidden"}).IsOk());
   const wxTreeItemId with = form.Item({"data", "run2"});
   const wxTreeItemId without = form.Item({"data", "run1", "sub"});
@@ -207,7 +207,7 @@ TEST(FileChooser, ReturnsFromADriveThatIsEmpty) {
   form.platform.files.AddFolder("A:\\");
   form.platform.files.AddFile("D:\\d.xls");
   form.platform.files.Fail(FileOperation::kList, "A:\\", error_number::kDeviceUnavailable);
-  form.chooser.Refresh();
+  form.chooser.LookAgain();
   form.ChooseDrive("A:\\");
   EXPECT_THAT(form.platform.dialogs.texts, ElementsAre("Drive not available."));
   EXPECT_EQ(form.drvMain.GetStringSelection(), "C:\\");
