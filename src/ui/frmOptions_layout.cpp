@@ -26,7 +26,7 @@ constexpr int kIndent = 24;  // of what belongs to an option, below its caption
 
 // Characters of an ordinary text, and lines.
 constexpr int kPathWidth = 44;
-constexpr int kListWidth = 26;
+constexpr int kListWidth = 24;
 constexpr int kArrowWidth = 6;
 constexpr int kListHeight = 3;  // at least; the dialog opens with more
 constexpr int kScrollBarWidth = 3;
