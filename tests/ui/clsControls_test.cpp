@@ -7,12 +7,10 @@
 #include <wx/frame.h>
 #include <wx/listbox.h>
 #include <wx/radiobut.h>
-#include <wx/settings.h>
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 
 #include "tests/support/errors.h"
-#include "ui/EnableFrame.h"
 #include "ui/frame_panel.h"
 #include "ui/late_bound.h"
 
@@ -61,15 +59,7 @@ TYPED_TEST(Lists, SelectTheFirstOfATextAndTheLastOfADatum) {
   EXPECT_EQ(form.list.GetSelection(), 1);
   EXPECT_TRUE(form.controls.SelectInList(form.list, "", 7));
   EXPECT_EQ(form.list.GetSelection(), 2);
-}
-
-TEST(ClsControls, KeepTheSelectionWithoutAMatch) {
-  ListForm<wxListBox> form;
-  form.controls.ArrayToList(form.list, {"a", "b"});
-  form.controls.SelectInList(form.list, "b");
-  EXPECT_TRUE(form.controls.SelectInList(form.list, "B"));
   EXPECT_TRUE(form.controls.SelectInList(form.list, "", 5));
-  EXPECT_EQ(form.list.GetSelection(), 1);
 }
 
 TEST(ClsControls, RefuseToFillWhatIsNoList) {
@@ -146,17 +136,6 @@ TEST(ClsControls, EnableOnlyWhatLiesDirectlyInAContainer) {
   EXPECT_TRUE(form.other.IsThisEnabled());
   form.controls.EnableFrame(form.group, true);
   EXPECT_TRUE(form.first.IsThisEnabled());
-}
-
-TEST(EnableFrame, ShadesWhatItDisables) {
-  Form form;
-  EnableFrame(form.other, false);
-  EXPECT_FALSE(form.other.IsThisEnabled());
-  const wxColour shade = form.other.GetBackgroundColour();
-  EnableFrame(form.other, true);
-  EXPECT_TRUE(form.other.IsThisEnabled());
-  EXPECT_NE(form.other.GetBackgroundColour(), shade);
-  EXPECT_EQ(form.other.GetBackgroundColour(), wxSystemSettings::GetColour(wxSYS_COLOUR_WINDOW));
 }
 
 }  // namespace

@@ -93,6 +93,13 @@ class DesktopTest : public testing::Test {
     });
   }
   void Run() { Click(The<wxButton>("cmdProcess")); }
+  // What the command line makes of the campaign and the settings.
+  int Convert(const std::string& options) {
+    const std::string command = std::string(KORVEX_CONVERT) + " --quiet " + options +
+                                " --settings " + (folder_ / "korvex.ini").string() + " " +
+                                (folder_ / "campaign").string() + " >/dev/null 2>&1";
+    return std::system(command.c_str());
+  }
   fs::path Output() const { return folder_ / "campaign" / "flat.xls"; }
 
   fs::path folder_;
@@ -146,21 +153,16 @@ TEST_F(DesktopTest, ConvertsACampaignLikeTheCommandLine) {
 
   // The settings of the window serve the command line, with the same outcome.
   fs::remove(Output());
-  const std::string command = std::string(KORVEX_CONVERT) + " --quiet --settings " +
-                              (folder_ / "korvex.ini").string() + " " +
-                              (folder_ / "campaign").string() + " >/dev/null 2>&1";
-  EXPECT_EQ(std::system(command.c_str()), 0);
+  EXPECT_EQ(Convert(""), 0);
   EXPECT_FALSE(by_window.empty());
   EXPECT_TRUE(by_window == ContentOf(Output()));
 }
 
 TEST_F(DesktopTest, TakesTheSettingsOfTheCommandLine) {
-  const std::string command = std::string(KORVEX_CONVERT) + " --quiet --save-settings --settings " +
-                              (folder_ / "korvex.ini").string() +
-                              " --key 'compound ID' --key 'cell plate #'" +
-                              " --column Date --data 'Delta OD' --output " + Output().string() +
-                              " " + (folder_ / "campaign").string() + " >/dev/null 2>&1";
-  std::system(command.c_str());
+  EXPECT_EQ(Convert("--save-settings --output " + Output().string() +
+                    " --key 'compound ID' --key 'cell plate #' --key 'cell plate wells ##'"
+                    " --column Date --data 'Delta OD'"),
+            0);
   main_window_.Show();
   EXPECT_EQ(main_window_.ProcessingFolder(), (folder_ / "campaign").string());
   ChooseOptions([&](wxDialog& options) {

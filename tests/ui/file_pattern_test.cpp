@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/errors.h"
-#include "ui/chooser_layout.h"
 
 namespace korvex {
 namespace {
@@ -40,14 +39,6 @@ TEST(FilePattern, RefusesWhatNoFileNameCanMatch) {
   for (const char* pattern : {"", " ", " ; ", "a/*.xls", "a\\b", "c:*", "\"x\"", "<x", "x>", "a|b"})
     EXPECT_EQ(ErrorOf([&] { FilePattern{pattern}; }).Number(), error_number::kInvalidCall)
         << pattern;
-}
-
-TEST(ChooserLayout, KeepsRoomOnBothSidesOfTheSplitter) {
-  EXPECT_EQ(ClampSplitter(-50, 9000), 1320);
-  EXPECT_EQ(ClampSplitter(3000, 9000), 3000);
-  EXPECT_EQ(ClampSplitter(8171, 9000), 8170);
-  // In too little room the file list keeps its own.
-  EXPECT_EQ(ClampSplitter(1400, 2000), 1170);
 }
 
 }  // namespace

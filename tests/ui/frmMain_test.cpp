@@ -170,30 +170,11 @@ TEST_F(MainWindowTest, ConvertsTheSelectedFiles) {
   ExpectIdle();
 
   Texts().clear();
-  Select({1});
+  Select({0, 1});
   ChooseMenu(*window_, "File", "Run");
   EXPECT_THAT(Texts(), ElementsAre("Process finished!"));
-  EXPECT_EQ(The<wxGauge>("prg").GetRange(), 3);
-}
-
-TEST_F(MainWindowTest, StopsOrGoesOnAsTheUserSays) {
-  for (const bool stop : {false, true}) {
-    Texts().clear();
-    campaign.spreadsheet.saved.clear();
-    campaign.platform.dialogs.button_answers = {stop ? "Yes, Stop." : "Continue"};
-    bool clicked = false;
-    Open();
-    campaign.platform.message_loop.on_yield = [&] {
-      if (!std::exchange(clicked, true)) Click(Run());
-    };
-    Click(Run());
-    EXPECT_EQ(Texts().front(), "Stop Process?");
-    EXPECT_EQ(campaign.spreadsheet.saved.empty(), stop);
-    EXPECT_EQ(campaign.spreadsheet.applications_running, 0);
-    ExpectIdle();
-    window_->Close();
-    WaitUntil([this] { return !window_; });
-  }
+  EXPECT_EQ(The<wxGauge>("prg").GetRange(), 4);
+  EXPECT_EQ(campaign.Output().At(2, 4).number, 0.2);
 }
 
 TEST_F(MainWindowTest, ReturnsToIdleFromARunThatMayNotStart) {

@@ -16,49 +16,35 @@ MessageBoxLayout LayOut(const std::vector<int>& captions, int message_height,
       kDesign, {captions, has_icon, [=](int) { return message_height; }, 20'000, 15'000});
 }
 
-TEST(MessageBoxLayout, KeepsTheDesignForAShortMessage) {
-  const MessageBoxLayout layout = LayOut({300}, 850);
-
-  EXPECT_EQ(layout.form_width, 6000);
-  EXPECT_EQ(layout.form_height, 2000);
-  EXPECT_EQ(layout.message, (TwipBox{900, 150, 6000 - 900 - 250, 850}));
-  ASSERT_EQ(layout.buttons.size(), 1u);
-  EXPECT_EQ(layout.buttons[0], (TwipBox{(6000 - 1000) / 2, 1200, 1000, 400}));
-}
-
-TEST(MessageBoxLayout, GivesTheTextThePlaceOfAMissingIcon) {
-  const MessageBoxLayout layout = LayOut({300}, 100, false);
-
-  EXPECT_EQ(layout.message, (TwipBox{150, 150, 6000 - 150 - 250, 100}));
-}
-
-TEST(MessageBoxLayout, GrowsDownwardsWithTheMessage) {
-  const MessageBoxLayout layout = LayOut({300, 300}, 851);
-
-  EXPECT_EQ(layout.buttons[0].top, 150 + 851 + 200);
-  EXPECT_EQ(layout.buttons[1].top, layout.buttons[0].top);
-  EXPECT_EQ(layout.form_height, layout.buttons[0].Bottom() + 450);
-}
-
-TEST(MessageBoxLayout, MakesAllButtonsAsWideAsTheWidestNeeds) {
-  const MessageBoxLayout layout = LayOut({801, 300, 1200}, 100);
-
-  const int span = 3 * 1400 + 2 * 200;
-  const int left = 100 + (6000 - span) / 2 - 100;
-  EXPECT_EQ(layout.form_width, 6000);
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_TRUE(
-        (layout.buttons[static_cast<std::size_t>(i)] == TwipBox{left + i * 1600, 1200, 1400, 400}));
+TEST(MessageBoxLayout, GrowsWithTheMessageAndTheButtonsAndNeverShrinks) {
+  const struct {
+    std::vector<int> captions;
+    int message_height;
+    bool has_icon;
+    int form_width, form_height, message_left;
+    TwipBox first_button;
+  } cases[] = {
+      {{300}, 850, true, 6000, 2000, 900, {2500, 1200, 1000, 400}},
+      {{300}, 850, false, 6000, 2000, 150, {2500, 1200, 1000, 400}},
+      // Below the message.
+      {{300, 300}, 851, true, 6000, 2051, 900, {1900, 1201, 1000, 400}},
+      // As wide as the widest caption needs, and in the middle as long as there is room.
+      {{801, 300, 1200}, 100, true, 6000, 2000, 900, {700, 1200, 1400, 400}},
+      {{2000, 2000, 2000}, 100, true, 7300, 2000, 900, {100, 1200, 2200, 400}},
+  };
+  for (const auto& c : cases) {
+    const MessageBoxLayout layout = LayOut(c.captions, c.message_height, c.has_icon);
+    EXPECT_EQ(layout.form_width, c.form_width);
+    EXPECT_EQ(layout.form_height, c.form_height);
+    const int message_width = c.form_width - c.message_left - 250;
+    EXPECT_TRUE((layout.message == TwipBox{c.message_left, 150, message_width, c.message_height}));
+    ASSERT_EQ(layout.buttons.size(), c.captions.size());
+    TwipBox button = c.first_button;
+    for (const TwipBox& placed : layout.buttons) {
+      EXPECT_TRUE(placed == button) << placed.left << ", not " << button.left;
+      button.left = button.Right() + 200;
+    }
   }
-}
-
-TEST(MessageBoxLayout, WidensFormAndTextForItsButtons) {
-  const MessageBoxLayout layout = LayOut({2000, 2000, 2000}, 100);
-
-  EXPECT_EQ(layout.buttons[0].left, 100);
-  EXPECT_EQ(layout.buttons[2].Right(), 100 + 3 * 2200 + 2 * 200);
-  EXPECT_EQ(layout.form_width, layout.buttons[2].Right() + 100 + 100);
-  EXPECT_EQ(layout.message.Right(), layout.form_width - 250);
 }
 
 TEST(MessageBoxLayout, GoesOnInFurtherRowsWhereTheScreenIsTooNarrow) {
