@@ -40,6 +40,7 @@ constexpr struct {
     {ERROR_FILE_EXISTS, {error_number::kPathFileAccess, "File exists"}},
     {ERROR_ALREADY_EXISTS, {error_number::kPathFileAccess, "File exists"}},
     {ERROR_FILE_TOO_LARGE, {error_number::kPathFileAccess, "File too large"}},
+    {ERROR_INVALID_HANDLE, {error_number::kPathFileAccess, "Bad file descriptor"}},
     {ERROR_BROKEN_PIPE, {error_number::kPathFileAccess, "Broken pipe"}},
     {ERROR_NO_DATA, {error_number::kPathFileAccess, "Broken pipe"}},
     {ERROR_ACCESS_DENIED, kDenied},
