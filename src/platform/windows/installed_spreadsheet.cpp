@@ -1,0 +1,53 @@
+#include "platform/windows/installed_spreadsheet.h"
+
+#include <utility>
+
+#include "platform/error.h"
+#include "platform/windows/automation_error.h"
+#include "platform/windows/installed_application.h"
+#include "platform/windows/wide_text.h"
+#include "util/output_rules.h"
+
+// After the header of the system, which it needs.
+#include <objbase.h>
+
+namespace korvex {
+namespace {
+
+void Require(HRESULT result) {
+  if (SUCCEEDED(result)) return;
+  throw Error(error_number::kNoSuchApplication,
+              "The spreadsheet application cannot be started: " + ResultText(result) + ".");
+}
+
+}  // namespace
+
+bool InstalledSpreadsheet::IsInstalled(const std::string& program_id) {
+  CLSID id;
+  return SUCCEEDED(CLSIDFromProgID(ToWide(program_id).c_str(), &id));
+}
+
+// Where the window has chosen another kind of apartment before, that one serves.
+InstalledSpreadsheet::InstalledSpreadsheet(FileSystem& files, std::string program_id)
+    : files_(files),
+      program_id_(std::move(program_id)),
+      has_apartment_(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
+
+InstalledSpreadsheet::~InstalledSpreadsheet() {
+  if (has_apartment_) CoUninitialize();
+}
+
+std::unique_ptr<Application> InstalledSpreadsheet::CreateApplication() {
+  CLSID id;
+  Require(CLSIDFromProgID(ToWide(program_id_).c_str(), &id));
+  IDispatch* application = nullptr;
+  Require(CoCreateInstance(id, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch,
+                           reinterpret_cast<void**>(&application)));
+  return std::make_unique<InstalledApplication>(Dispatch(application), files_);
+}
+
+void InstalledSpreadsheet::CheckOutputName(const std::string& full_name) const {
+  CheckOutputEnding(full_name);
+}
+
+}  // namespace korvex

@@ -1,0 +1,89 @@
+#include "platform/windows/installed_workbook.h"
+
+#include <utility>
+
+#include "platform/error.h"
+#include "platform/file_system.h"
+#include "platform/windows/installed_application.h"
+#include "util/output_rules.h"
+#include "util/text.h"
+
+namespace korvex {
+
+InstalledWorkbook::InstalledWorkbook(InstalledApplication& application, Dispatch workbook,
+                                     std::string full_name)
+    : application_(application),
+      workbook_(std::move(workbook)),
+      is_input_(!full_name.empty()),
+      full_name_(std::move(full_name)) {}
+
+std::string InstalledWorkbook::Name() const {
+  if (full_name_.empty()) return workbook_.Get(L"Name").Text();
+  return full_name_.substr(full_name_.rfind(application_.Files().Separator()) + 1);
+}
+
+std::string InstalledWorkbook::Path() const {
+  const std::size_t end = full_name_.rfind(application_.Files().Separator());
+  return end == std::string::npos ? std::string() : full_name_.substr(0, end);
+}
+
+int InstalledWorkbook::WorksheetCount() const {
+  return workbook_.Object(L"Worksheets").Get(L"Count").Integer();
+}
+
+Worksheet& InstalledWorkbook::Worksheets(int index) {
+  return SheetOf(workbook_.Object(L"Worksheets").Object(L"Item", {index}));
+}
+
+Worksheet& InstalledWorkbook::Worksheets(std::string_view name) {
+  for (const auto& sheet : sheets_) {
+    if (EqualText(sheet->Name(), name)) return *sheet;
+  }
+  try {
+    return SheetOf(workbook_.Object(L"Worksheets").Object(L"Item", {name}));
+  } catch (const Error& error) {
+    if (error.Number() != error_number::kSubscript) throw;
+    throw Error(error_number::kSubscript,
+                "The workbook " + Name() + " has no worksheet \"" + std::string(name) + "\".");
+  }
+}
+
+InstalledSheet& InstalledWorkbook::SheetOf(Dispatch sheet) {
+  std::string name = sheet.Get(L"Name").Text();
+  for (const auto& known : sheets_) {
+    if (EqualText(known->Name(), name)) return *known;
+  }
+  if (is_input_) {
+    sheets_.push_back(
+        std::make_unique<InstalledInputSheet>(*this, std::move(sheet), std::move(name)));
+  } else {
+    sheets_.push_back(
+        std::make_unique<InstalledOutputSheet>(*this, std::move(sheet), std::move(name)));
+  }
+  return *sheets_.back();
+}
+
+void InstalledWorkbook::Drop(const InstalledSheet& deleted) {
+  std::erase_if(sheets_, [&deleted](const auto& sheet) { return sheet.get() == &deleted; });
+}
+
+void InstalledWorkbook::SaveAs(const std::string& full_name) {
+  const std::string target = application_.Files().AbsolutePath(full_name);
+  try {
+    CheckOutputTarget(application_.Files(), target, application_.Inputs());
+    for (const auto& sheet : sheets_) sheet->Upload();
+    workbook_.CallNamed(L"SaveAs",
+                        {{L"Filename", target}, {L"FileFormat", application_.XlsFormat()}});
+  } catch (const Error& error) {
+    throw Error(error_number::kAutomation,
+                "The workbook cannot be saved as " + target + ": " + error.Description());
+  }
+  full_name_ = target;
+}
+
+void InstalledWorkbook::Close() {
+  workbook_.CallNamed(L"Close", {{L"SaveChanges", false}});
+  application_.Drop(*this);
+}
+
+}  // namespace korvex

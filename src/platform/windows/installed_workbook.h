@@ -1,0 +1,48 @@
+// A workbook that is open in the installed spreadsheet application.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/spreadsheet.h"
+#include "platform/windows/dispatch.h"
+#include "platform/windows/installed_sheet.h"
+
+namespace korvex {
+
+class InstalledApplication;
+
+class InstalledWorkbook : public Workbook {
+ public:
+  // `full_name` is the file that was opened, or empty for a new workbook. `application` owns the
+  // workbook.
+  InstalledWorkbook(InstalledApplication& application, Dispatch workbook, std::string full_name);
+
+  // Of a file, from the name by which it was opened or saved: the application may know the file by
+  // the address of the place where the folder is mirrored.
+  std::string Name() const override;
+  std::string Path() const override;
+  int WorksheetCount() const override;
+  Worksheet& Worksheets(int index) override;
+  Worksheet& Worksheets(std::string_view name) override;
+  // Saves in the .xls format, whatever the application's own is. Refuses to write over a file that
+  // the application has read in its life. Every failure is error 1004 with the cause.
+  void SaveAs(const std::string& full_name) override;
+  void Close() override;
+
+  // For its sheets.
+  void Drop(const InstalledSheet& deleted);
+
+ private:
+  // The one sheet that stands for the application's sheet from now on.
+  InstalledSheet& SheetOf(Dispatch sheet);
+
+  InstalledApplication& application_;
+  Dispatch workbook_;
+  const bool is_input_;
+  std::string full_name_;
+  std::vector<std::unique_ptr<InstalledSheet>> sheets_;  // those that were asked for
+};
+
+}  // namespace korvex
