@@ -44,7 +44,7 @@ class InstalledSpreadsheetTest : public testing::Test {
     SetKey(program_id + "\\CLSID", class_id);
     SetKey("CLSID\\" + class_id + "\\LocalServer32", command);
   }
-  std::vector<std::string> Log() const { return Split(Content(log), "\n"); }
+  std::vector<std::string> Log() const { return Split(TrimBlanks(Content(log), "\n"), "\n"); }
   // The process that the log tells of.
   Handle Server() const {
     return Handle(OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(std::stoul(Log().front()))));
@@ -88,9 +88,10 @@ TEST_F(InstalledSpreadsheetTest, ConvertsAcrossTheBorderOfTheProcessAndEndsIt) {
   const Worksheet& data =
       application->OpenWorkbook(folder / "P1-3-2.xls", {.read_only = true}).Worksheets(1);
   Workbook& output = application->AddWorkbook();
+  Worksheet& sheet = output.Worksheets(1);
   for (int row = 1; row <= data.LastCell().row; ++row) {
     for (int column = 1; column <= 5; ++column) {
-      output.Worksheets(1).SetValue(row, column, data.Value(row, column));
+      sheet.SetValue(row, column, data.Value(row, column));
     }
   }
   const Handle server = Server();

@@ -66,7 +66,6 @@ ComValue ScriptedApplication::OnApplication(const ScriptedCall& call) {
   }
   if (call.member != "Quit") NoSuchMember();
   application_.Quit();
-  if (on_quit) on_quit();
   return {};
 }
 
@@ -223,9 +222,11 @@ void ScriptedApplication::PutGrid(Worksheet& sheet, const Area& area, const ComV
   LONG at[2];
   for (at[0] = 1; at[0] <= last.row - first.row + 1; ++at[0]) {
     for (at[1] = 1; at[1] <= last.column - first.column + 1; ++at[1]) {
-      ComValue element = value;
+      ComValue element;
       if ((value.Type() & VT_ARRAY) != 0) {
         SafeArrayGetElement(value.Raw().parray, at, element.Receive());
+      } else {
+        element = value;
       }
       Type(sheet, static_cast<int>(first.row + at[0] - 1),
            static_cast<int>(first.column + at[1] - 1), element.Raw());

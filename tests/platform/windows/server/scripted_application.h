@@ -7,7 +7,6 @@
 // looks like. A number in a cell of that format becomes a text.
 #pragma once
 
-#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -29,7 +28,6 @@ class ScriptedApplication {
   std::string version = "16.0";
   bool is_protected = false;  // sheets refuse SpecialCells
   int currency_column = 0;    // its numbers have a currency format
-  std::function<void()> on_quit;
 
  private:
   struct Area {

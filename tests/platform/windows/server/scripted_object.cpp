@@ -12,7 +12,9 @@ namespace korvex {
 namespace {
 
 std::string Shown(const ComValue& value) {
-  if ((value.Type() & VT_ARRAY) == 0) return value.Type() == VT_EMPTY ? "" : value.Text();
+  if (value.Type() == VT_EMPTY) return "";
+  if (value.Type() == VT_BOOL) return value.Raw().boolVal == VARIANT_FALSE ? "False" : "True";
+  if ((value.Type() & VT_ARRAY) == 0) return value.Text();
   std::string text = "[";
   for (UINT dimension = 1; dimension <= SafeArrayGetDim(value.Raw().parray); ++dimension) {
     LONG last = 0;
@@ -44,6 +46,10 @@ std::string ScriptedCall::Text() const {
 ScriptedObject::ScriptedObject(ScriptedProgram& program, std::string kind, Handler handler)
     : program_(program), kind_(std::move(kind)), handler_(std::move(handler)) {
   ++program_.objects;
+}
+
+ScriptedObject::~ScriptedObject() {
+  if (--program_.objects == 0 && program_.on_last_release) program_.on_last_release();
 }
 
 HRESULT ScriptedObject::QueryInterface(REFIID id, void** object) {

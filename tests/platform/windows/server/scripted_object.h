@@ -36,7 +36,8 @@ struct ScriptedProgram {
   std::string dies_at;                          // a call, as recorded, that never returns
   std::function<void()> die;                    // how; a dead program in this process without it
   bool is_dead = false;
-  int objects = 0;  // alive
+  int objects = 0;                        // alive
+  std::function<void()> on_last_release;  // when the last of them goes
 
   // The ids of members and of arguments.
   std::vector<std::wstring> names;
@@ -48,9 +49,9 @@ class ScriptedObject : public IDispatch {
   // way, with the source "Scripted".
   using Handler = std::function<ComValue(const ScriptedCall&)>;
 
-  // Holds one reference, which Share() or a ComValue takes over. `program` must outlive it.
+  // Holds one reference, which a Dispatch or a ComValue takes over. `program` must outlive it.
   ScriptedObject(ScriptedProgram& program, std::string kind, Handler handler);
-  virtual ~ScriptedObject() { --program_.objects; }
+  virtual ~ScriptedObject();
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override;
   ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }

@@ -1,7 +1,7 @@
 // The scripted spreadsheet application as a program of its own, which COM starts:
 //   spreadsheet_server CLASS-ID LOG-FILE [CALL-TO-DIE-AT]
-// Writes what is called to the log, a line each, and its process id first. Ends when it is told to
-// quit, and after a minute in any case.
+// Writes what is called to the log, a line each, and its process id first. Ends when nobody holds
+// any of its objects, and after a minute in any case.
 
 #include <cstdio>
 #include <string>
@@ -56,7 +56,9 @@ int Serve(const CLSID& id, const std::wstring& log_file, const std::string& dies
   application.program.log(std::to_string(GetCurrentProcessId()));
   application.program.dies_at = dies_at;
   application.program.die = [] { TerminateProcess(GetCurrentProcess(), 3); };
-  application.on_quit = [] { PostQuitMessage(0); };
+  application.program.on_last_release = [thread = GetCurrentThreadId()] {
+    PostThreadMessageW(thread, WM_QUIT, 0, 0);
+  };
 
   ApplicationFactory factory(application);
   DWORD registration = 0;
@@ -67,7 +69,6 @@ int Serve(const CLSID& id, const std::wstring& log_file, const std::string& dies
   SetTimer(nullptr, 0, kLongestLife, [](HWND, UINT, UINT_PTR, DWORD) { PostQuitMessage(2); });
   MSG message;
   while (GetMessageW(&message, nullptr, 0, 0) > 0) DispatchMessageW(&message);
-  CoRevokeClassObject(registration);
   std::fclose(log);
   return static_cast<int>(message.wParam);
 }
@@ -85,6 +86,6 @@ int main() {
   const bool dies = count > 3 && arguments[3][0] != L'-';
   const int status =
       korvex::Serve(id, arguments[2], dies ? korvex::FromWide(arguments[3]) : std::string());
-  CoUninitialize();
-  return status;
+  // Without taking leave of COM, which can wait for its own threads for ever here.
+  TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
 }
