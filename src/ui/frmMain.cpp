@@ -224,12 +224,13 @@ void frmMain::txtPattern_Change() {
 void frmMain::Timer1_Timer() {
   if (GetSize() == design_size_) refused_size_ = {};
   const std::string folder = FileChooser_->Path();
+  const wxString full_name = ToWx(folder);
+  // The short form takes a look at the disk: a share that does not answer would stop the window.
+  if (full_name == lblFolder_->GetToolTipText()) return;
+  lblFolder_->SetToolTip(full_name);
   std::string shown = folder;  // which will do when the folder has just vanished
   Attempt([&] { shown = ShortenPath(folder, false); });
-  const wxString label = ToWx(shown + " ");
-  if (label == lblFolder_->GetLabelText()) return;
-  lblFolder_->SetLabelText(label);
-  lblFolder_->SetToolTip(ToWx(folder));
+  lblFolder_->SetLabelText(ToWx(shown + " "));
 }
 
 void frmMain::FileChooser_DblClick() {
