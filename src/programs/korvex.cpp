@@ -3,7 +3,9 @@
 
 #include <wx/app.h>
 
+#include <iostream>
 #include <memory>
+#include <string_view>
 
 #include "errors/basFuncs.h"
 #include "platform/error.h"
@@ -62,6 +64,20 @@ class App : public wxApp {
   std::unique_ptr<Desktop> desktop_;
 };
 
+// What every program is asked for, also where there is no display.
+bool AnswerOnTerminal(std::string_view question) {
+  if (question == "--version") {
+    std::cout << "korvex " << kProgramVersion << '\n';
+  } else if (question == "--help" || question == "-h") {
+    std::cout << "Usage: korvex\n\n"
+                 "Opens the window in which workbooks of plate readers are converted.\n"
+                 "korvex-convert does the same without a window.\n";
+  } else {
+    return false;
+  }
+  return true;
+}
+
 }  // namespace
 }  // namespace korvex
 
@@ -69,5 +85,6 @@ wxIMPLEMENT_APP_NO_MAIN(korvex::App);
 
 int main(int argc, char** argv) {
   korvex::OccupyStandardStreams();
+  if (argc == 2 && korvex::AnswerOnTerminal(argv[1])) return 0;
   return wxEntry(argc, argv);
 }
