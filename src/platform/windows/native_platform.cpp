@@ -1,6 +1,8 @@
 #include "platform/native_platform.h"
 
 #include "platform/windows/ini_settings_store.h"
+#include "platform/windows/installed_spreadsheet.h"
+#include "platform/windows/mapi_mail.h"
 #include "platform/windows/program_folder.h"
 #include "platform/windows/registry_settings_store.h"
 #include "platform/windows/system_clock.h"
@@ -8,6 +10,8 @@
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_api.h"
 #include "platform/windows/windows_file_system.h"
+#include "platform/windows/windows_shell.h"
+#include "platform/windows/windows_sound.h"
 #include "platform/windows/windows_terminal.h"
 
 // After the header of the system, which it needs.
@@ -22,10 +26,15 @@ struct NativePlatform::Parts {
     } else {
       settings = std::make_unique<RegistrySettingsStore>();
     }
+    if (InstalledSpreadsheet::IsInstalled()) spreadsheet.emplace(files);
   }
 
   WindowsFileSystem files;
+  std::optional<InstalledSpreadsheet> spreadsheet;
   std::unique_ptr<SettingsStore> settings;
+  MapiMail mail;
+  WindowsShell shell;
+  WindowsSound sound;
   SystemClock clock;
 };
 
@@ -35,8 +44,12 @@ NativePlatform::NativePlatform(const std::optional<std::string>& settings_file)
 NativePlatform::~NativePlatform() = default;
 
 Services NativePlatform::Provided() const {
-  return {.settings = parts_->settings.get(),
+  return {.spreadsheet = parts_->spreadsheet ? &*parts_->spreadsheet : nullptr,
+          .settings = parts_->settings.get(),
           .files = &parts_->files,
+          .mail = &parts_->mail,
+          .shell = &parts_->shell,
+          .sound = &parts_->sound,
           .clock = &parts_->clock,
           .program_folder = ProgramFolder(),
           .user_folder = UserFolder()};
