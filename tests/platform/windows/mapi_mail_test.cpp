@@ -1,0 +1,139 @@
+#include "platform/windows/mapi_mail.h"
+
+#include <gmock/gmock.h>
+
+#include "platform/windows/program_folder.h"
+#include "tests/platform/windows/temp_folder.h"
+#include "tests/support/errors.h"
+
+namespace korvex {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class MapiMailTest : public testing::Test {
+ protected:
+  MapiMailTest() {
+    SetEnvironmentVariableW(L"RECORDING_MAPI", ToWide(folder_ / "record").c_str());
+    Refuse(nullptr);
+  }
+  ~MapiMailTest() override { Refuse(nullptr); }
+
+  static void Refuse(const wchar_t* function) {
+    SetEnvironmentVariableW(L"RECORDING_MAPI_REFUSES", function);
+  }
+  std::string Record() const { return Content(folder_ / "record"); }
+  void Write(const std::string& recipient, const std::string& subject, const std::string& text) {
+    mail_.Compose();
+    mail_.SetSubject(subject);
+    mail_.SetNoteText(text);
+    mail_.SetPrimaryRecipient(recipient);
+  }
+
+  TempFolder folder_;
+  // By its path: the mail program of the machine must not be reached.
+  MapiMail mail_{ProgramFolder() + "\\recording_mapi.dll"};
+};
+
+TEST_F(MapiMailTest, HandsTheMessageToTheMailProgramWithoutDialogs) {
+  mail_.SignOn();
+  Write("lab@example.org", "Error in KORVEX", "Err Number   = 53\r\n");
+  mail_.ResolveName();
+  mail_.Send();
+  mail_.SignOff();
+  EXPECT_EQ(Record(),
+            "MAPILogon (null) flags=0\n"
+            "MAPIResolveName lab@example.org flags=0\n"
+            "MAPISendMail flags=0\n"
+            "To (1): The Laboratory <SMTP:lab@example.org>\n"
+            "Subject: Error in KORVEX\n"
+            "Err Number   = 53\r\n\n"
+            "MAPIFreeBuffer\n"
+            "MAPILogoff\n");
+}
+
+TEST_F(MapiMailTest, LeavesANameThatIsNotResolvedToTheMailProgram) {
+  mail_.SignOn();
+  Write("first", "s", "t");
+  mail_.ResolveName();
+  Refuse(L"MAPIResolveName");
+  Write("second", "s", "t");
+  EXPECT_EQ(ErrorOf([&] { mail_.ResolveName(); }).Number(), 57);
+  mail_.Send();
+  EXPECT_THAT(Record(), HasSubstr("To (1): second <(null)>\n"));
+}
+
+TEST_F(MapiMailTest, WritesInTheCodePageOfTheMachine) {
+  mail_.SignOn();
+  Write("lab", "\xC2\xB5", "\xE6\x9D\xBF");
+  mail_.Send();
+  wchar_t micro = L'\xB5';
+  char expected[8]{};
+  WideCharToMultiByte(CP_ACP, 0, &micro, 1, expected, sizeof expected, nullptr, nullptr);
+  EXPECT_THAT(Record(), HasSubstr("Subject: " + std::string(expected) + "\n"));
+  EXPECT_TRUE(GetACP() == CP_UTF8 || Record().ends_with("\n?\n")) << Record();
+}
+
+TEST_F(MapiMailTest, TellsWhichStepTheMailProgramRefuses) {
+  const std::pair<const wchar_t*, std::string> cases[] = {
+      {L"MAPILogon", "Cannot sign on to the mail program"},
+      {L"MAPIResolveName", "Cannot find the e-mail address lab"},
+      {L"MAPISendMail", "Cannot send the e-mail message"},
+      {L"MAPILogoff", "Cannot sign off from the mail program"},
+  };
+  for (const auto& [function, text] : cases) {
+    Refuse(function);
+    const Error error = ErrorOf([&] {
+      mail_.SignOn();
+      Write("lab", "s", "t");
+      mail_.ResolveName();
+      mail_.Send();
+      mail_.SignOff();
+    });
+    EXPECT_EQ(error.Number(), 57);
+    EXPECT_THAT(error.Description(), HasSubstr(text));
+  }
+}
+
+TEST_F(MapiMailTest, RefusesAddressesThatAreNone) {
+  mail_.SignOn();
+  for (const char* address : {"", "  ", "a@b\r\nBcc: c@d", "a\tb"}) {
+    Write(address, "s", "t");
+    EXPECT_EQ(ErrorOf([&] { mail_.ResolveName(); }).Number(), 5) << address;
+    EXPECT_EQ(ErrorOf([&] { mail_.Send(); }).Number(), 5) << address;
+  }
+  EXPECT_THAT(Record(), Not(HasSubstr("MAPISendMail")));
+}
+
+TEST_F(MapiMailTest, SendsNothingWithoutASession) {
+  Refuse(L"MAPILogon");
+  EXPECT_EQ(ErrorOf([&] { mail_.SignOn(); }).Number(), 57);
+  mail_.SetPrimaryRecipient("lab");
+  EXPECT_EQ(ErrorOf([&] { mail_.ResolveName(); }).Number(), 68);
+  EXPECT_EQ(ErrorOf([&] { mail_.Send(); }).Number(), 68);
+  EXPECT_NO_THROW(mail_.SignOff());
+  EXPECT_EQ(Record(), "MAPILogon (null) flags=0\n");
+}
+
+TEST_F(MapiMailTest, SignsOffWhenItIsGivenUp) {
+  {
+    MapiMail mail(ProgramFolder() + "\\recording_mapi.dll");
+    mail.SignOn();
+    mail.SetPrimaryRecipient("lab");
+    mail.ResolveName();
+  }
+  EXPECT_THAT(Record(), HasSubstr("MAPIFreeBuffer\nMAPILogoff\n"));
+}
+
+TEST(MapiMail, FailsWithoutAMailProgram) {
+  for (const char* library : {"no such library.dll", "kernel32.dll"}) {
+    MapiMail mail(library);
+    const Error error = ErrorOf([&] { mail.SignOn(); });
+    EXPECT_EQ(error.Number(), 68);
+    EXPECT_THAT(error.Description(), HasSubstr(library));
+  }
+}
+
+}  // namespace
+}  // namespace korvex
