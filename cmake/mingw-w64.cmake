@@ -1,6 +1,6 @@
 # Windows programs (x86-64) by Debian's cross compiler, whose tests run under Wine.
 #
-# WX_WINDOWS names the folder of a static wxWidgets for Windows (tools/windows.sh builds it).
+# WX_WINDOWS names the folder of a static wxWidgets for Windows; KORVEX_WINDOW=OFF needs none.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 
