@@ -59,8 +59,9 @@ RunSelection SelectionOf(const ConvertOptions& options, const FileSystem& files)
 void LayOverSettings(const ConvertOptions& options, const RunSelection& selection,
                      const FileSystem& files) {
   basSettings::SetLastPath(selection.folder);
-  if (!options.files.empty())
+  if (!options.files.empty()) {
     basSettings::SetEverySheetRepresents(basSettings::kProcessSelectedFiles);
+  }
   if (options.folder) {
     basSettings::SetEverySheetRepresents(basSettings::kProcessSubFolders);
   }
