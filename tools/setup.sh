@@ -40,33 +40,34 @@ build_quietly() {
   }
 }
 
-# configure ROOT TESTS: the release preset in ROOT/build, with or without the tests (ON or OFF). What
-# is configured already stays, unless tests are wanted that were left out.
+# configure ROOT PRESET FOLDER TESTS [ARGS…]: the preset in ROOT/FOLDER, with or without the tests (ON
+# or OFF). What is configured already stays, unless tests are wanted that were left out.
 configure() {
-  local root=$1 tests=$2 cache=$1/build/CMakeCache.txt
-  if [ -f "$root/build/build.ninja" ]; then
-    [ "$tests" = OFF ] || grep -q '^KORVEX_TESTS:BOOL=ON' "$cache" && return 0
+  local root=$1 preset=$2 folder=$1/$3 tests=$4
+  shift 4
+  if [ -f "$folder/build.ninja" ]; then
+    [ "$tests" = OFF ] || grep -q '^KORVEX_TESTS:BOOL=ON' "$folder/CMakeCache.txt" && return 0
   fi
-  mkdir -p "$root/build"
-  build_quietly "$root/build" cmake -S "$root" --preset release -DKORVEX_TESTS="$tests"
+  mkdir -p "$folder"
+  build_quietly "$folder" cmake -S "$root" --preset "$preset" -DKORVEX_TESTS="$tests" "$@"
 }
 
-# build ROOT TARGET…
+# build FOLDER TARGET…
 build() {
-  local root=$1
+  local folder=$1
   shift
-  ninja -C "$root/build" -n "$@" 2>/dev/null | grep -q 'no work to do' || echo "Building ..." >&2
-  build_quietly "$root/build" ninja -C "$root/build" "$@"
+  ninja -C "$folder" -n "$@" 2>/dev/null | grep -q 'no work to do' || echo "Building ..." >&2
+  build_quietly "$folder" ninja -C "$folder" "$@"
 }
 
 build_programs() {
-  configure "$1" OFF
-  build "$1" korvex korvex-convert workbook-dump
+  configure "$1" release build OFF
+  build "$1/build" korvex korvex-convert workbook-dump
 }
 
 build_all() {
-  configure "$1" ON
-  build "$1" all
+  configure "$1" release build ON
+  build "$1/build" all
 }
 
 # show_rows N: the first N rows of what workbook-dump prints, as a table of the columns that hold data
