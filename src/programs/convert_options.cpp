@@ -67,6 +67,11 @@ void Describe(CLI::App& app, ConvertOptions& options) {
   app.add_option("--settings", options.settings_file,
                  "Use this settings file instead of the per-user one")
       ->type_name("FILE");
+  app.add_option("--spreadsheet", options.spreadsheet,
+                 "Spreadsheet application: embedded or installed; without it the installed one, "
+                 "where there is one")
+      ->type_name("NAME")
+      ->check(CLI::IsMember({kEmbedded, kInstalled}));
   app.add_flag("--save-settings", options.save_settings,
                "Keep the choices of this call in the settings");
   app.add_flag("--list-columns", options.list_columns,

@@ -15,6 +15,7 @@ struct ConvertOptions {
   std::optional<std::string> data;
   std::optional<std::string> output;
   std::optional<std::string> settings_file;
+  std::optional<std::string> spreadsheet;  // kEmbedded or kInstalled
   bool no_replace = false;
   bool open = false;
   bool save_settings = false;
@@ -23,6 +24,10 @@ struct ConvertOptions {
 };
 
 inline constexpr int kBadArguments = 2;
+
+// The spreadsheet applications that --spreadsheet chooses from.
+inline constexpr char kEmbedded[] = "embedded";
+inline constexpr char kInstalled[] = "installed";
 
 // Reads the arguments, the program's name not among them, into `options`. Returns the exit status
 // when the program is to end at once: 0 after --help or --version, kBadArguments after a complaint

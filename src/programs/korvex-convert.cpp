@@ -81,6 +81,17 @@ void OpenOnlyWhenChosen() {
   if (!basSettings::LaunchOutputFileIsStored()) basSettings::SetLaunchOutputFile(false);
 }
 
+// The application that the call names; else the installed one, where there is one.
+SpreadsheetProgram* ChooseSpreadsheet(const ConvertOptions& options, SpreadsheetProgram* installed,
+                                      SpreadsheetProgram& embedded) {
+  if (options.spreadsheet == kEmbedded) return &embedded;
+  if (options.spreadsheet == kInstalled && !installed) {
+    throw Error(error_number::kNoSuchApplication,
+                "There is no installed spreadsheet application that KORVEX could drive.");
+  }
+  return installed ? installed : &embedded;
+}
+
 // What would otherwise fail when the work is done.
 void CheckAhead() {
   Platform().spreadsheet->CheckOutputName(basSettings::OutputFullName());
@@ -133,7 +144,7 @@ int Main(const ConvertOptions& options) {
   ConsoleDialogs dialogs(*terminal, line);
   ConsoleMessageLoop message_loop(*terminal, [&] { run.Stop(); });
   CommandLine command_line;
-  if (!services.spreadsheet) services.spreadsheet = &embedded;
+  services.spreadsheet = ChooseSpreadsheet(options, services.spreadsheet, embedded);
   services.settings = &settings;
   services.dialogs = &dialogs;
   services.message_loop = &message_loop;
