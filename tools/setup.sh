@@ -1,7 +1,8 @@
 # What ./run, ./test and .ci/run share. Sourced, never run.
 
 # What building the programs needs, what the tests need on top, and what the checks of .ci/run need.
-BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libwxgtk3.2-dev)
+BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libwxgtk3.2-dev libgcrypt20-dev libexpat1-dev
+  libzip-dev libxlsxwriter-dev zlib1g-dev)
 TEST_PACKAGES=(libgtest-dev libgmock-dev xvfb openbox)
 CHECK_PACKAGES=(clang-format git)
 
