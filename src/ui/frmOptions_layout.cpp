@@ -35,7 +35,7 @@ constexpr int kMoreLines = 7;
 
 template <class Control>
 Control* Named(Control* control, const char* name) {
-  control->SetName(name);
+  static_cast<wxWindow*>(control)->SetName(name);
   return control;
 }
 
