@@ -11,6 +11,8 @@
 namespace korvex {
 namespace {
 
+constexpr std::size_t kMaxSheets = 65536;  // they are numbered by 16 bits
+
 class GlobalsReader {
  public:
   GlobalsReader(std::span<const std::byte> stream, bool is_book)
@@ -81,8 +83,6 @@ void GlobalsReader::ReadBof() {
 void GlobalsReader::ReadRecord() {
   const std::span<const std::byte> data = records_.Data();
   switch (records_.Number()) {
-    case biff::kFilePass:
-      Refuse("is protected by a password");
     case biff::kCodePage:
       if (data.size() >= 2) globals_.code_page = LoadU16(data.data());
       break;
@@ -115,7 +115,7 @@ void GlobalsReader::ReadFormat(std::span<const std::byte> data) {
 }
 
 void GlobalsReader::ReadBoundSheet(std::span<const std::byte> data) {
-  if (data.size() < 7) return;
+  if (data.size() < 7 || globals_.sheets.size() == kMaxSheets) return;
   SheetInfo sheet;
   switch (LoadU8(data.data() + 4) & 3) {
     case 1:

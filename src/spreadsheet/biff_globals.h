@@ -34,8 +34,8 @@ struct BiffGlobals {
 //   XF          uint16 font, uint16 format id
 //   BOUNDSHEET  uint32 offset, uint8 state, uint8 kind, text with 8-bit length
 // `is_book` tells the version when BOF does not: the stream is called Book. A stream that begins
-// with a worksheet is a workbook of that one sheet. Throws Error 1004 (a predicate) for an older
-// version, a stream without BOF and a password.
+// with a worksheet is a workbook of that one sheet. The stream must be clear (biff_decryption.h).
+// Throws Error 1004 (a predicate) for an older version and a stream without BOF.
 BiffGlobals ReadBiffGlobals(std::span<const std::byte> stream, bool is_book);
 
 }  // namespace korvex

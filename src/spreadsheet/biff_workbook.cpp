@@ -1,5 +1,7 @@
 #include "spreadsheet/biff_workbook.h"
 
+#include "spreadsheet/biff_decryption.h"
+#include "spreadsheet/file_kind.h"
 #include "spreadsheet/refusal.h"
 #include "spreadsheet/sheet_reader.h"
 #include "util/text.h"
@@ -21,19 +23,29 @@ namespace {
 }  // namespace
 
 BiffWorkbook::BiffWorkbook(ReadBuffers& buffers) : buffers_(buffers) {
-  CompoundFileReader file(buffers.file, buffers.compound);
+  const bool is_book = LoadStream();
+  stream_ = ClearStream(stream_, buffers.stream);
+  globals_ = ReadBiffGlobals(stream_, is_book);
+  if (!globals_.has_end) RefuseIfCut();
+}
+
+bool BiffWorkbook::LoadStream() {
+  if (!IsCompoundFile(buffers_.file)) {
+    stream_ = buffers_.file;
+    return false;
+  }
+  CompoundFileReader file(buffers_.file, buffers_.compound);
   int entry = file.Find("Workbook");
   const bool is_book = entry < 0;
   if (is_book) entry = file.Find("Book");
   if (entry < 0) RefuseOtherDocument(file);
-  const CompoundStream stream = file.Read(entry, buffers.stream);
+  const CompoundStream stream = file.Read(entry, buffers_.stream);
   stream_ = stream.bytes;
   if (stream.is_cut) {
     cut_ = file.CutCause();
     if (stream_.empty()) Refuse(cut_);
   }
-  globals_ = ReadBiffGlobals(stream_, is_book);
-  if (!globals_.has_end) RefuseIfCut();
+  return is_book;
 }
 
 void BiffWorkbook::RefuseIfCut() const {

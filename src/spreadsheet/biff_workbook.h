@@ -1,4 +1,4 @@
-// An .xls workbook: BIFF5 to BIFF8 in a compound file.
+// An .xls workbook: BIFF5 to BIFF8 in a compound file, or as it stands.
 #pragma once
 
 #include <string>
@@ -16,6 +16,8 @@ class BiffWorkbook : public WorkbookReader {
   void ReadSheet(std::size_t index, SheetCells& cells) override;
 
  private:
+  // Finds the workbook stream, as it is; true when its name is that of Excel 5.
+  bool LoadStream();
   void RefuseIfCut() const;
 
   ReadBuffers& buffers_;

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "spreadsheet/biff_records.h"
 #include "spreadsheet/compound_file.h"
 #include "spreadsheet/little_endian.h"
 
@@ -13,7 +14,6 @@ namespace {
 
 constexpr std::size_t kTextHead = 8192;
 constexpr std::size_t kZipHead = 65536;
-constexpr std::size_t kOwnerFileSize = 165;
 
 std::string_view Characters(std::span<const std::byte> bytes, std::size_t limit) {
   return {reinterpret_cast<const char*>(bytes.data()), std::min(bytes.size(), limit)};
@@ -23,18 +23,28 @@ bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
 }
 
-bool IsCompoundFile(std::span<const std::byte> bytes) {
-  return bytes.size() >= sizeof compound::kSignature &&
-         std::memcmp(bytes.data(), compound::kSignature, sizeof compound::kSignature) == 0;
+// Whether there is a BOF record of this number, with a length of 4 to 16 bytes.
+bool StartsWithBof(std::span<const std::byte> bytes, std::uint16_t number) {
+  if (bytes.size() < 8 || LoadU16(bytes.data()) != number) return false;
+  const std::uint16_t length = LoadU16(bytes.data() + 2);
+  return length >= 4 && length <= 16;
 }
 
-// A BOF record: 0x0009, 0x0209, 0x0409 or 0x0809, then a length of 4 to 16 bytes.
-bool IsBareBiff(std::span<const std::byte> bytes) {
-  if (bytes.size() < 8) return false;
-  const std::uint16_t number = LoadU16(bytes.data());
-  const std::uint16_t length = LoadU16(bytes.data() + 2);
-  return (number == 0x0009 || number == 0x0209 || number == 0x0409 || number == 0x0809) &&
-         length >= 4 && length <= 16;
+bool IsOldBiff(std::span<const std::byte> bytes) {
+  return StartsWithBof(bytes, biff::kBofBiff2) || StartsWithBof(bytes, biff::kBofBiff3) ||
+         StartsWithBof(bytes, biff::kBofBiff4);
+}
+
+// The length of a user's name, then the name in a field of 54 bytes, then once more in UTF-16.
+bool IsOwnerFile(std::span<const std::byte> bytes) {
+  constexpr std::size_t kSize = 165;
+  constexpr std::size_t kField = 54;
+  if (bytes.size() != kSize) return false;
+  const std::size_t length = LoadU8(bytes.data());
+  if (length == 0 || length > kField) return false;
+  const std::span<const std::byte> filler = bytes.subspan(1 + length, kField - length);
+  return std::all_of(filler.begin(), filler.end(),
+                     [](std::byte b) { return b == std::byte{' '} || b == std::byte{0}; });
 }
 
 FileKind ZipKind(std::span<const std::byte> bytes) {
@@ -45,16 +55,44 @@ FileKind ZipKind(std::span<const std::byte> bytes) {
   return FileKind::kZip;
 }
 
-// The beginning of a text in lower case, byte order mark and blanks taken off. Of UTF-16 the ASCII
-// characters are kept.
+enum class TextForm { kBytes, kUtf16, kUtf16Swapped };
+
+// Of a text without a mark, UTF-16 is told by the zero halves of its ASCII characters.
+TextForm FormWithoutMark(std::string_view text) {
+  std::size_t zeros[2] = {0, 0};
+  for (std::size_t i = 0; i < text.size(); ++i) zeros[i % 2] += text[i] == '\0';
+  const std::size_t most = text.size() / 4;
+  if (zeros[0] == 0 && zeros[1] > most) return TextForm::kUtf16;
+  if (zeros[1] == 0 && zeros[0] > most) return TextForm::kUtf16Swapped;
+  return TextForm::kBytes;
+}
+
+TextForm TakeMark(std::string_view& text) {
+  const struct {
+    std::string_view mark;
+    TextForm form;
+  } kMarks[] = {{"\xEF\xBB\xBF", TextForm::kBytes},
+                {"\xFF\xFE", TextForm::kUtf16},
+                {"\xFE\xFF", TextForm::kUtf16Swapped}};
+  for (const auto& known : kMarks) {
+    if (!text.starts_with(known.mark)) continue;
+    text.remove_prefix(known.mark.size());
+    return known.form;
+  }
+  return FormWithoutMark(text);
+}
+
+// The beginning of a text in lower case, without byte order mark and blanks in front. Of UTF-16
+// only the ASCII characters are told apart.
 std::string TextHead(std::span<const std::byte> bytes) {
   std::string_view raw = Characters(bytes, kTextHead);
+  const TextForm form = TakeMark(raw);
+  const std::size_t step = form == TextForm::kBytes ? 1 : 2;
+  const std::size_t low = form == TextForm::kUtf16Swapped ? 1 : 0;
   std::string head;
-  const bool is_utf16 = raw.starts_with("\xFF\xFE") || raw.starts_with("\xFE\xFF");
-  if (raw.starts_with("\xEF\xBB\xBF")) raw.remove_prefix(3);
-  if (is_utf16) raw.remove_prefix(2);
-  for (const char letter : raw) {
-    if (is_utf16 && letter == '\0') continue;
+  for (std::size_t at = 0; at + step <= raw.size(); at += step) {
+    const bool is_ascii = step == 1 || raw[at + 1 - low] == '\0';
+    const char letter = is_ascii ? raw[at + low] : '\x80';
     if (head.empty() && (letter == ' ' || letter == '\r' || letter == '\n')) continue;
     head += letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + ('a' - 'A')) : letter;
   }
@@ -62,39 +100,68 @@ std::string TextHead(std::span<const std::byte> bytes) {
 }
 
 bool IsPlainText(std::string_view head) {
-  return std::none_of(head.begin(), head.end(), [](char letter) {
-    const auto code = static_cast<unsigned char>(letter);
-    return code < 0x20 && code != '\t' && code != '\r' && code != '\n' && code != '\f';
+  constexpr std::string_view kControls = "\t\r\n\v\f\x1A";  // the last one ends a text under DOS
+  return std::none_of(head.begin(), head.end(), [=](char letter) {
+    return static_cast<unsigned char>(letter) < 0x20 && !Contains(kControls, {&letter, 1});
   });
 }
 
-FileKind MarkupKind(std::string_view head) {
-  if (Contains(head, "urn:schemas-microsoft-com:office:spreadsheet")) {
-    return FileKind::kSpreadsheetMl;
+// The name of the first element, without its namespace; empty when `head` is no markup.
+std::string_view RootName(std::string_view head) {
+  std::size_t at = 0;
+  for (;;) {
+    at = head.find('<', at);
+    if (at == std::string_view::npos) return {};
+    const std::string_view rest = head.substr(at + 1);
+    if (rest.starts_with("!doctype html")) return "html";
+    if (!rest.starts_with('?') && !rest.starts_with('!')) break;
+    at = rest.starts_with("!--") ? head.find("-->", at) : head.find('>', at);
   }
-  for (const char* tag : {"<html", "<!doctype html", "<table", "<head", "<body", "<meta", "<tr"}) {
-    if (Contains(head, tag)) return FileKind::kHtml;
-  }
-  return head.starts_with("<?xml") ? FileKind::kXml : FileKind::kText;
+  const std::size_t end = head.find_first_of(" \t\r\n/>", at + 1);
+  const std::string_view name = head.substr(at + 1, end - at - 1);
+  return name.substr(name.find(':') + 1);
 }
 
+FileKind MarkupKind(std::string_view head) {
+  const std::string_view root = RootName(head);
+  if (root == "workbook" && Contains(head, "urn:schemas-microsoft-com:office:spreadsheet")) {
+    return FileKind::kSpreadsheetMl;
+  }
+  for (const char* name : {"html", "head", "body", "meta", "style", "table", "tr", "td", "div"}) {
+    if (root == name) return FileKind::kHtml;
+  }
+  if (head.starts_with("<?xml")) return FileKind::kXml;
+  if (Contains(head, "<html") || Contains(head, "<table")) return FileKind::kHtml;
+  return !root.empty() && root[0] >= 'a' && root[0] <= 'z' ? FileKind::kXml : FileKind::kText;
+}
+
+// Semicolons delimit fields that hold a decimal comma each; the first line with either decides.
 FileKind DelimitedKind(std::string_view head) {
-  const auto tabs = std::count(head.begin(), head.end(), '\t');
-  const auto commas = std::count(head.begin(), head.end(), ',');
-  const auto semicolons = std::count(head.begin(), head.end(), ';');
-  if (tabs > 0) return FileKind::kTabText;
-  if (semicolons > 0 && semicolons >= commas) return FileKind::kSemicolonText;
-  return commas > 0 ? FileKind::kCommaText : FileKind::kText;
+  if (Contains(head, "\t")) return FileKind::kTabText;
+  const std::size_t first = head.find_first_of(",;");
+  if (first == std::string_view::npos) return FileKind::kText;
+  const std::size_t begin = head.find_last_of("\r\n", first) + 1;
+  const std::string_view line = head.substr(begin, head.find_first_of("\r\n", first) - begin);
+  const auto commas = std::count(line.begin(), line.end(), ',');
+  const auto semicolons = std::count(line.begin(), line.end(), ';');
+  const bool is_semicolon_text = semicolons > 0 && commas <= semicolons + 1;
+  return is_semicolon_text ? FileKind::kSemicolonText : FileKind::kCommaText;
 }
 
 }  // namespace
+
+bool IsCompoundFile(std::span<const std::byte> bytes) {
+  return bytes.size() >= sizeof compound::kSignature &&
+         std::memcmp(bytes.data(), compound::kSignature, sizeof compound::kSignature) == 0;
+}
 
 FileKind RecognizeFile(std::span<const std::byte> bytes) {
   if (bytes.empty()) return FileKind::kEmpty;
   if (IsCompoundFile(bytes)) return FileKind::kCompoundFile;
   if (Characters(bytes, 4) == "PK\x03\x04") return ZipKind(bytes);
-  if (IsBareBiff(bytes)) return FileKind::kBareBiff;
-  if (bytes.size() == kOwnerFileSize && LoadU8(bytes.data()) < 55) return FileKind::kOwnerFile;
+  if (StartsWithBof(bytes, biff::kBof)) return FileKind::kBareBiff;
+  if (IsOldBiff(bytes)) return FileKind::kOldBiff;
+  if (IsOwnerFile(bytes)) return FileKind::kOwnerFile;
   if (std::all_of(bytes.begin(), bytes.end(), [](std::byte b) { return b == std::byte{0}; })) {
     return FileKind::kZeros;
   }
@@ -123,6 +190,8 @@ std::string_view FileKindText(FileKind kind) {
     case FileKind::kZip:
       return "a zip archive";
     case FileKind::kBareBiff:
+      return "an .xls workbook";
+    case FileKind::kOldBiff:
       return "a worksheet in the format before Excel 5";
     case FileKind::kSpreadsheetMl:
       return "an XML spreadsheet (SpreadsheetML)";

@@ -14,7 +14,8 @@ enum class FileKind {
   kXlsb,
   kOpenDocument,
   kZip,
-  kBareBiff,  // records without a compound file around them
+  kBareBiff,  // an .xls workbook without a compound file around it
+  kOldBiff,   // one worksheet in the format before Excel 5
   kSpreadsheetMl,
   kXml,
   kHtml,
@@ -31,6 +32,7 @@ enum class FileKind {
   kUnknown,
 };
 
+bool IsCompoundFile(std::span<const std::byte> bytes);
 FileKind RecognizeFile(std::span<const std::byte> bytes);
 
 // "tab-delimited text": what can stand behind "it is".

@@ -9,7 +9,9 @@ namespace korvex {
 std::unique_ptr<WorkbookReader> OpenWorkbookReader(ReadBuffers& buffers) {
   const FileKind kind = RecognizeFile(buffers.file);
   if (kind == FileKind::kEmpty) Refuse("is empty (0 bytes)");
-  if (kind == FileKind::kCompoundFile) return std::make_unique<BiffWorkbook>(buffers);
+  if (kind == FileKind::kCompoundFile || kind == FileKind::kBareBiff) {
+    return std::make_unique<BiffWorkbook>(buffers);
+  }
   Refuse("is not an .xls workbook: it is " + std::string(FileKindText(kind)));
 }
 

@@ -97,7 +97,6 @@ TEST(BiffGlobals, RefusesWhatCannotBeRead) {
     Bytes stream;
     const char* refusal;
   } cases[] = {
-      {OneSheet({}, Record(0x002F, Bytes(6, '\0'))), "is protected by a password"},
       {Record(0x0409, Bytes(6, '\0')),
        "is not an .xls workbook of Excel 5 or later: its format is an older one"},
       {NumberCell(0, 0, 1), "is damaged: its workbook stream does not begin with a BOF record"},

@@ -21,13 +21,21 @@ TEST(FileKind, IsDecidedByTheContent) {
       {"", "is empty (0 bytes)"},
       {Bytes(2048, '\0'), "is not an .xls workbook: it is nothing but zero bytes"},
       {"plate\twell\tOD\n1\tA1\t0.5\n", "is not an .xls workbook: it is tab-delimited text"},
+      {Utf16("plate\twell\n").substr(2), "is not an .xls workbook: it is tab-delimited text"},
+      {Bytes("\xFE\xFF\x03\xB1\0,\0\n", 8), "is not an .xls workbook: it is comma-delimited text"},
       {Utf16("plate\twell\n"), "is not an .xls workbook: it is tab-delimited text"},
       {"\xEF\xBB\xBFplate;OD\n1;0,5\n", "is not an .xls workbook: it is semicolon-delimited text"},
-      {"plate,OD\n1,0.5\n", "is not an .xls workbook: it is comma-delimited text"},
+      {"plate 7\n1,25;0,5\n", "is not an .xls workbook: it is semicolon-delimited text"},
+      {"plate,OD\n1,0.5;\n", "is not an .xls workbook: it is comma-delimited text"},
       {"\n <TABLE><tr><td>1</td></tr></TABLE>", "is not an .xls workbook: it is a web page (HTML)"},
       {"<?xml version=\"1.0\"?>\n<Workbook "
        "xmlns=\"urn:schemas-microsoft-com:office:spreadsheet\">",
        "is not an .xls workbook: it is an XML spreadsheet (SpreadsheetML)"},
+      {"\xEF\xBB\xBF \n<!-- table --><html "
+       "xmlns:x=\"urn:schemas-microsoft-com:office:spreadsheet\">",
+       "is not an .xls workbook: it is a web page (HTML)"},
+      {"<?xml version=\"1.0\"?><!DOCTYPE plates><plates><table/></plates>",
+       "is not an .xls workbook: it is an XML file"},
       {"ID;PWXL;N;E\n", "is not an .xls workbook: it is a SYLK file"},
       {"PK\x03\x04 [Content_Types].xml", "is not an .xls workbook: it is an .xlsx workbook"},
       {"PK\x03\x04 [Content_Types].xml PK\x03\x04 xl/workbook.bin",
@@ -40,9 +48,14 @@ TEST(FileKind, IsDecidedByTheContent) {
        "Anna " +
            Bytes(159, ' '),
        "is not an .xls workbook: it is the mark of a workbook that somebody has open"},
+      {"1,A1,0.5" + Bytes(157, '\n'), "is not an .xls workbook: it is comma-delimited text"},
       {"\x01\x02\x03", "is not an .xls workbook: it is a file of an unknown kind"},
   };
   for (const auto& test : cases) EXPECT_EQ(RefusalOf(test.file), test.refusal);
+}
+
+TEST(FileKind, AWorkbookNeedsNoCompoundFile) {
+  EXPECT_EQ(ListingOf(OneSheet(NumberCell(0, 0, 1))), "1,1 number 1");
 }
 
 TEST(FileKind, TellsOtherDocumentsInCompoundFilesApart) {
