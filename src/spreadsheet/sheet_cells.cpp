@@ -4,6 +4,12 @@
 
 namespace korvex {
 
+namespace {
+
+constexpr std::size_t kSmallDisorder = 65536;
+
+}  // namespace
+
 void SheetCells::Clear(const TextArena* shared) {
   cells_.clear();
   row_starts_.clear();
@@ -11,6 +17,7 @@ void SheetCells::Clear(const TextArena* shared) {
   shared_texts_ = shared;
   next_place_ = 0;
   is_ordered_ = true;
+  order_at_ = kSmallDisorder;
   last_row_ = 0;
   last_column_ = 0;
 }
@@ -25,6 +32,16 @@ void SheetCells::AddBlanks(std::uint32_t row, std::uint16_t first_column, int co
   }
   last_row_ = std::max(last_row_, row);
   last_column_ = std::max<std::uint16_t>(last_column_, end - 1);
+}
+
+// A cell is about to come before another one. Places that are filled over and over must not take up
+// memory every time.
+void SheetCells::GoBack() {
+  if (cells_.size() >= order_at_) {
+    Order();
+    order_at_ = std::max(kSmallDisorder, 2 * cells_.size());
+  }
+  is_ordered_ = false;
 }
 
 void SheetCells::Order() {

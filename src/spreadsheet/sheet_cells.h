@@ -60,6 +60,8 @@ class SheetCells {
   // To be called once all cells are added.
   void Finish();
   std::size_t MemorySize() const;
+  // What the cells themselves take of that.
+  std::size_t UsedMemory() const { return cells_.size() * sizeof(Cell) + own_texts_.Size(); }
 
  private:
   union Content {
@@ -86,11 +88,12 @@ class SheetCells {
     if (place >= next_place_) {
       next_place_ = place + 1;
     } else {
-      is_ordered_ = false;
+      GoBack();
     }
     cells_.emplace_back(row, column, kind, is_shared_text, content);
     last_column_ = std::max(last_column_, column);
   }
+  void GoBack();
   void Order();
   CellValue View(const Cell& cell) const;
 
@@ -100,6 +103,7 @@ class SheetCells {
   TextArena own_texts_;
   std::uint64_t next_place_ = 0;  // behind the cells added so far
   bool is_ordered_ = true;
+  std::size_t order_at_ = 0;    // cells at which a disorder is put right
   std::uint32_t last_row_ = 0;  // of blanks until Finish, then of all cells
   std::uint16_t last_column_ = 0;
 };

@@ -185,6 +185,19 @@ TEST(SheetCells, LastCellCountsFormattedBlanks) {
   EXPECT_EQ(empty.Cells().LastCell(), (CellAddress{1, 1}));
 }
 
+TEST(SheetCells, PlacesFilledOverAndOverTakeNoMemory) {
+  SheetCells cells;
+  cells.Clear();
+  cells.AddNumber(300, 0, CellKind::kNumber, 1);
+  for (int round = 0; round < 2000; ++round) {
+    cells.AddNumber(1, 255, CellKind::kNumber, round);
+    cells.AddBlanks(0, 0, 256);
+  }
+  cells.Finish();
+  EXPECT_EQ(Listing(cells), "2,256 number 1999 | 301,1 number 1");
+  EXPECT_LT(cells.MemorySize(), 8u << 20);
+}
+
 TEST(SheetCells, FindsCellsInRowsWithAndWithoutGaps) {
   Bytes records;
   for (const unsigned column : {1u, 2u, 3u, 7u, 9u}) records += NumberCell(2, column, column);
