@@ -1,13 +1,17 @@
 #include "spreadsheet/input_workbook.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include "spreadsheet/embedded_application.h"
 #include "tests/support/errors.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/workbook_bytes.h"
 
 namespace korvex::test {
 namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
 
 constexpr char kFile[] = "/plates/run1/P1-3-2.xls";
 
@@ -41,36 +45,20 @@ TEST_F(InputWorkbookTest, NamesItselfAndItsSheets) {
                              ErrorOf([&] { workbook->Worksheets("Chart1"); }),
                              ErrorOf([&] { workbook->Worksheets(3); })}) {
     EXPECT_EQ(error.Number(), error_number::kSubscript);
-    EXPECT_EQ(error.Description().rfind(std::string(kFile) + " has no worksheet ", 0), 0u);
+    EXPECT_THAT(error.Description(), StartsWith(std::string(kFile) + " has no worksheet "));
   }
 }
 
-TEST_F(InputWorkbookTest, AnswersWithinTheSheetAndRefusesOutside) {
+TEST_F(InputWorkbookTest, AnswersWithinTheSheetAndRefusesTheRest) {
   const auto workbook = Open();
-  const Worksheet& sheet = workbook->Worksheets(1);
-  EXPECT_EQ(sheet.Value(1, 1), CellValue::Text("first"));
+  Worksheet& sheet = workbook->Worksheets(1);
   EXPECT_EQ(sheet.Value(65536, 256), CellValue());
   EXPECT_EQ(sheet.Value(1, 387), CellValue());
   for (const CellAddress outside : {CellAddress{0, 1}, {1, 0}, {65537, 1}, {1, 388}}) {
     const Error error = ErrorOf([&] { sheet.Value(outside.row, outside.column); });
     EXPECT_EQ(error.Number(), error_number::kAutomation);
-    EXPECT_NE(error.Description().find(kFile), std::string::npos);
+    EXPECT_THAT(error.Description(), HasSubstr(kFile));
   }
-}
-
-TEST_F(InputWorkbookTest, TextsStayWhileOtherSheetsAreRead) {
-  const auto workbook = Open();
-  const CellValue text = workbook->Worksheets("data").Value(1, 1);
-  EXPECT_EQ(workbook->Worksheets("more").Value(2, 2), CellValue::Number(2));
-  const auto second = Open();
-  EXPECT_EQ(second->Worksheets("more").Value(2, 2), CellValue::Number(2));
-  EXPECT_EQ(text.text, "first");
-  EXPECT_EQ(workbook->Worksheets("data").Value(1, 1), text);
-}
-
-TEST_F(InputWorkbookTest, RefusesChanges) {
-  const auto workbook = Open();
-  Worksheet& sheet = workbook->Worksheets(1);
   for (const Error& error : {ErrorOf([&] { sheet.SetValue(1, 1, CellValue::Number(1)); }),
                              ErrorOf([&] { sheet.SetName("x"); }), ErrorOf([&] { sheet.Delete(); }),
                              ErrorOf([&] { sheet.DeleteColumn(1); }),
@@ -80,34 +68,54 @@ TEST_F(InputWorkbookTest, RefusesChanges) {
   }
 }
 
-TEST_F(InputWorkbookTest, ClosingTellsTheOwnerOnce) {
-  std::unique_ptr<InputWorkbook> workbook;
-  int closed = 0;
-  workbook = std::make_unique<InputWorkbook>(files_, kFile, pool_, [&](const Workbook& closing) {
-    ++closed;
-    EXPECT_EQ(&closing, workbook.get());
-    workbook.reset();
-  });
-  workbook->Close();
-  EXPECT_EQ(closed, 1);
-  EXPECT_EQ(workbook, nullptr);
+TEST_F(InputWorkbookTest, TextsStayWhileOtherSheetsAreRead) {
+  const auto workbook = Open();
+  const CellValue text = workbook->Worksheets("data").Value(1, 1);
+  EXPECT_EQ(workbook->Worksheets("more").Value(2, 2), CellValue::Number(2));
+  EXPECT_EQ(Open()->Worksheets("more").Value(2, 2), CellValue::Number(2));
+  EXPECT_EQ(text, CellValue::Text("first"));
+  EXPECT_EQ(workbook->Worksheets("data").Value(1, 1), text);
 }
 
-TEST_F(InputWorkbookTest, ErrorsNameTheFileAndTheCause) {
-  files_.AddFile("/plates/text.xls", "a\tb\n");
-  Error error = ErrorOf([&] { Open("/plates/text.xls"); });
-  EXPECT_EQ(error.Number(), error_number::kAutomation);
-  EXPECT_EQ(error.Description(),
-            "/plates/text.xls is not an .xls workbook: it is tab-delimited text");
-
+TEST_F(InputWorkbookTest, SaysWhatIsDamagedHoweverOftenItIsAsked) {
   const Bytes cell = Record(0x00FD, CellHead(0, 0) + U32(0));
   files_.AddFile("/plates/bad.xls", CompoundBytes{.stream = OneSheet(cell)}.Build());
   const auto workbook = Open("/plates/bad.xls");
   for (int attempt = 1; attempt <= 2; ++attempt) {
-    error = ErrorOf([&] { workbook->Worksheets(1).Value(1, 1); });
-    EXPECT_EQ(error.Description().rfind("/plates/bad.xls is damaged: cell A1 ", 0), 0u);
+    EXPECT_THAT(ErrorOf([&] { workbook->Worksheets(1).Value(1, 1); }).Description(),
+                StartsWith("/plates/bad.xls is damaged: cell A1 "));
   }
   EXPECT_EQ(ErrorOf([&] { Open("/plates/none.xls"); }).Number(), error_number::kFileNotFound);
+}
+
+TEST(EmbeddedApplication, DropsAWorkbookThatCloses) {
+  MemoryFileSystem files(PathStyle::kWindows);
+  files.AddFolder("C:\\plates");
+  EmbeddedApplication application(files);
+  application.AddWorkbook().Worksheets(1).SetValue(1, 1, CellValue::Text("kept"));
+  Workbook& second = application.AddWorkbook();
+  second.SaveAs("C:\\plates\\out.xls");
+  application.OpenWorkbook("C:\\plates\\out.xls", {.read_only = true});
+  second.Close();
+  EXPECT_EQ(application.WorkbookCount(), 2);
+  EXPECT_EQ(application.Workbooks(1).Worksheets(1).Value(1, 1).text, "kept");
+  EXPECT_EQ(application.Workbooks(2).Name(), "out.xls");
+  EXPECT_EQ(application.Workbooks(2).Path(), "C:\\plates");
+  application.Workbooks(2).Close();
+  EXPECT_EQ(ErrorOf([&] { application.Workbooks(2); }).Number(), error_number::kSubscript);
+}
+
+TEST(EmbeddedApplication, RefusesFilesItCannotOpenAndEverythingOnceItHasQuit) {
+  MemoryFileSystem files(PathStyle::kLinux);
+  EmbeddedApplication application(files);
+  const Error error = ErrorOf([&] { application.OpenWorkbook("/missing.xls", {}); });
+  EXPECT_EQ(error.Number(), error_number::kAutomation);
+  EXPECT_THAT(error.Description(), HasSubstr("/missing.xls"));
+  application.AddWorkbook();
+  EXPECT_EQ(application.WorkbookCount(), 1);
+  application.Quit();
+  EXPECT_EQ(ErrorOf([&] { application.AddWorkbook(); }).Number(), error_number::kAutomation);
+  EXPECT_EQ(ErrorOf([&] { application.Workbooks(1); }).Number(), error_number::kAutomation);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "tests/support/workbook_bytes.h"
 
 namespace korvex::test {
@@ -42,11 +44,7 @@ TEST(SharedStrings, DecodesEveryFormOfText) {
 TEST(SharedStrings, JoinsTextsThatAreCutByRecords) {
   const Bytes head = Counts(2);
   const Bytes end = NarrowText("end");
-  const struct {
-    const char* condition;
-    std::vector<Bytes> pieces;
-    const char* text;
-  } cases[] = {
+  const std::tuple<const char*, std::vector<Bytes>, const char*> cases[] = {
       {"within narrow characters", {head + U16(4) + U8(0) + "ab", U8(0) + "cd" + end}, "abcd"},
       {"narrow, then wide", {head + U16(3) + U8(0) + "ab", U8(1) + U16(0x3B1) + end}, "abα"},
       {"wide, then narrow", {head + U16(3) + U8(1) + U16(0x3B1), U8(0) + "bc" + end}, "αbc"},
@@ -64,8 +62,8 @@ TEST(SharedStrings, JoinsTextsThatAreCutByRecords) {
        "a"},
       {"between two texts", {head + NarrowText("ab"), end}, "ab"},
   };
-  for (const auto& test : cases) {
-    EXPECT_EQ(Decode(test.pieces), (Texts{test.text, "end"})) << test.condition;
+  for (const auto& [condition, pieces, text] : cases) {
+    EXPECT_EQ(Decode(pieces), (Texts{text, "end"})) << condition;
   }
 }
 
@@ -74,11 +72,8 @@ TEST(SharedStrings, EndsWhereTheDataEnds) {
   EXPECT_EQ(Decode({Counts(1) + NarrowText("a") + NarrowText("b")}), (Texts{"a", "b"}));
   EXPECT_EQ(Decode({Counts(2) + NarrowText("a") + U16(500) + U8(0) + "cut"}), Texts{"a"});
   EXPECT_EQ(Decode({U32(1)}), Texts{});
-}
-
-TEST(SharedStrings, ReplacesLoneSurrogates) {
-  const std::u16string text = {0xDDEA, 'a', 0xD83E, 'b', 0xD83E};
-  EXPECT_EQ(Decode({Counts(1) + WideText(text)}), Texts{"\uFFFDa\uFFFDb\uFFFD"});
+  const std::u16string lone_surrogates = {0xDDEA, 'a', 0xD83E, 'b', 0xD83E};
+  EXPECT_EQ(Decode({Counts(1) + WideText(lone_surrogates)}), Texts{"\uFFFDa\uFFFDb\uFFFD"});
 }
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <tuple>
+#include <utility>
 
 #include "tests/spreadsheet/opened_workbook.h"
 
@@ -82,11 +84,9 @@ TEST(SheetReader, TakesTheResultsOfFormulas) {
            FormulaCell(0, 2, SpecialResult(2, 7)) + FormulaCell(0, 3, SpecialResult(3)),
        "1,1 number 0.5 | 1,2 boolean True | 1,3 error Error 2007 | 1,4 text "},
       {"text", text_follows + string, "1,1 text result"},
-      {"text behind a shared formula", text_follows + Record(0x04BC, Bytes(8, 'f')) + string,
-       "1,1 text result"},
-      {"text behind an array", text_follows + Record(0x0221, Bytes(12, 'f')) + string,
-       "1,1 text result"},
-      {"text behind a table", text_follows + Record(0x0236, Bytes(16, 'f')) + string,
+      {"text behind a shared formula, an array and a table",
+       text_follows + Record(0x04BC, Bytes(8, 'f')) + Record(0x0221, Bytes(12, 'f')) +
+           Record(0x0236, Bytes(16, 'f')) + string,
        "1,1 text result"},
       {"text in two records",
        text_follows + Record(0x0207, U16(4) + U8(0) + "ab") + Record(0x003C, U8(0) + "cd"),
@@ -101,33 +101,24 @@ TEST(SheetReader, TakesTheResultsOfFormulas) {
 }
 
 TEST(SheetReader, DecodesTextsOfOldWorkbooksByTheirCodePage) {
-  const auto code_page = [](unsigned number) { return Record(0x0042, U16(number)); };
-  const struct {
-    Bytes globals;
-    const char* bytes;
-    const char* text;
-  } cases[] = {
-      {{}, "\xB5M \x80", "µM €"},
-      {code_page(32769), "\x80", "€"},
-      {code_page(32768), "\xB5M", "µM"},
-      {code_page(1250), "\x9C", "ś"},
-      {code_page(1251), "\xE4", "д"},
-      {code_page(1253), "\xE1", "α"},
-      {code_page(1252), "a\x81z", "a\uFFFDz"},
-      {code_page(1200), "\xB1\x03\xB2\x03", "αβ"},
-      {code_page(1200), "ab", "ab"},
-      {code_page(932), "a\x83\x41",
-       "a\uFFFD"
-       "A"},
+  const std::tuple<unsigned, const char*, std::string> cases[] = {
+      {0, "\xB5M \x80", "µM €"},  // none is told
+      {32769, "\x80", "€"},
+      {32768, "\xB5M", "µM"},
+      {1250, "\x9C", "ś"},
+      {1251, "\xE4", "д"},
+      {1253, "\xE1", "α"},
+      {1252, "a\x81z", "a\uFFFDz"},
+      {1200, "\xB1\x03\xB2\x03", "αβ"},
+      {1200, "ab", "ab"},
+      {932, "a\x83\x41", "a\uFFFD\x41"},
   };
-  for (const auto& test : cases) {
-    const Bytes label = Record(0x0204, CellHead(0, 0) + ByteText(test.bytes));
-    const Bytes rich =
-        Record(0x00D6, CellHead(0, 1) + ByteText(test.bytes) + U8(1) + U8(0) + U8(1));
-    const Bytes formula =
-        FormulaCell(0, 2, SpecialResult(0)) + Record(0x0207, ByteText(test.bytes));
-    const std::string text = test.text;
-    EXPECT_EQ(ListingOfRecords(label + rich + formula, test.globals, kBiff5),
+  for (const auto& [code_page, bytes, text] : cases) {
+    const Bytes label = Record(0x0204, CellHead(0, 0) + ByteText(bytes));
+    const Bytes rich = Record(0x00D6, CellHead(0, 1) + ByteText(bytes) + U8(1) + U8(0) + U8(1));
+    const Bytes formula = FormulaCell(0, 2, SpecialResult(0)) + Record(0x0207, ByteText(bytes));
+    const Bytes globals = code_page == 0 ? Bytes() : Record(0x0042, U16(code_page));
+    EXPECT_EQ(ListingOfRecords(label + rich + formula, globals, kBiff5),
               "1,1 text " + text + " | 1,2 text " + text + " | 1,3 text " + text);
   }
 }
@@ -150,19 +141,16 @@ TEST(SheetReader, PassesOverEmbeddedCharts) {
 
 TEST(SheetReader, KeepsTheCellsBeforeAStreamEndsEarly) {
   const Bytes whole = OneSheet(NumberCell(0, 0, 1));
-  const struct {
-    const char* condition;
-    Bytes stream;
-  } cases[] = {
-      {"no EOF", whole.substr(0, whole.size() - 4)},
-      {"zeros", whole.substr(0, whole.size() - 4) + Bytes(1001, '\0')},
-      {"garbage", whole.substr(0, whole.size() - 4) + Bytes(50, '\xEE')},
-      {"record cut", whole.substr(0, whole.size() - 4) + NumberCell(0, 1, 2).substr(0, 12)},
+  const Bytes without_end = whole.substr(0, whole.size() - 4);
+  const std::pair<const char*, Bytes> cases[] = {
+      {"no EOF", without_end},
+      {"zeros", without_end + Bytes(1001, '\0')},
+      {"garbage", without_end + Bytes(50, '\xEE')},
+      {"record cut", without_end + NumberCell(0, 1, 2).substr(0, 12)},
       {"cells behind EOF", whole + NumberCell(0, 1, 2)},
   };
-  for (const auto& test : cases) {
-    EXPECT_EQ(ListingOf(CompoundBytes{.stream = test.stream}.Build()), "1,1 number 1")
-        << test.condition;
+  for (const auto& [condition, stream] : cases) {
+    EXPECT_EQ(ListingOf(CompoundBytes{.stream = stream}.Build()), "1,1 number 1") << condition;
   }
 }
 

@@ -4,49 +4,32 @@
 
 #include <bit>
 
-#include "spreadsheet/byte_writer.h"
 #include "spreadsheet/cell_store.h"
 #include "spreadsheet/record_reader.h"
 #include "spreadsheet/shared_string_writer.h"
-#include "tests/support/memory_file_system.h"
+#include "tests/spreadsheet/written_bytes.h"
 #include "tests/support/workbook_bytes.h"
 
 namespace korvex::test {
 namespace {
 
-constexpr char kFile[] = "/sheet";
-
-std::string WriteCells(const CellStore& cells) {
+// The records of columns and cells that are written for a sheet.
+Bytes CellRecords(const CellStore& cells) {
   TextPool texts;
   texts.Intern("unused");
   texts.Intern("used");
   SharedStringWriter strings(texts);
-  MemoryFileSystem files(PathStyle::kLinux);
-  const auto file = files.Replace(kFile);
-  ByteWriter out(file.get());
-  WriteSheet({"data", &cells, true}, strings, out);
-  out.Flush();
-  file->Commit();
-  return files.Content(kFile);
-}
-
-// The records that describe columns and cells, as they stand in the stream.
-Bytes CellRecords(const std::string& sheet) {
+  const std::string sheet = Written([&](ByteWriter& out) {
+    WriteSheet({"data", &cells, true}, strings, out);
+  });
+  using enum biff::Record;
   Bytes found;
   RecordReader records(std::as_bytes(std::span(sheet)), 0);
   while (records.Next()) {
-    switch (records.Number()) {
-      case biff::kColInfo:
-      case biff::kDimensions:
-      case biff::kRow:
-      case biff::kRk:
-      case biff::kMulRk:
-      case biff::kNumber:
-      case biff::kLabelSst:
-      case biff::kBoolErr: {
-        const auto* const data = reinterpret_cast<const char*>(records.Data().data());
-        found += Record(records.Number(), Bytes(data, records.Data().size()));
-      }
+    for (const biff::Record number :
+         {kColInfo, kDimensions, kRow, kRk, kMulRk, kNumber, kLabelSst, kBoolErr}) {
+      const auto* const data = reinterpret_cast<const char*>(records.Data().data());
+      if (records.Number() == number) found += Record(number, Bytes(data, records.Data().size()));
     }
   }
   return found;
@@ -95,7 +78,7 @@ TEST(SheetWriter, WritesTheSmallestRecordThatHoldsACellExactly) {
       Record(biff::kBoolErr, CellHead(600, 3, kGeneral) + U8(42) + U8(1)) +
       NumberCell(601, 3, 37000.123, kDateTime) +
       Record(biff::kRk, CellHead(602, 3, kTime) + U32(10 * 4 + 3));
-  EXPECT_EQ(CellRecords(WriteCells(cells)), expected);
+  EXPECT_EQ(CellRecords(cells), expected);
 }
 
 }  // namespace

@@ -1,17 +1,17 @@
 #include "tests/support/workbook_bytes.h"
 
+#include <algorithm>
 #include <bit>
 
 namespace korvex::test {
 namespace {
 
-constexpr std::size_t kHeaderSize = 512;
-constexpr std::size_t kHeaderDifat = 109;
 constexpr std::uint32_t kEnd = 0xFFFFFFFE;
 constexpr std::uint32_t kFree = 0xFFFFFFFF;
 
-std::size_t RoundUp(std::size_t size, std::size_t unit) {
-  return (size + unit - 1) / unit * unit;
+Bytes Padded(Bytes bytes, std::size_t unit) {
+  bytes.resize((bytes.size() + unit - 1) / unit * unit);
+  return bytes;
 }
 
 Bytes Entry(std::string_view name, unsigned type, std::uint32_t child, std::uint32_t first,
@@ -119,64 +119,40 @@ Bytes CompoundBytes::Build() const {
   const std::size_t unit = std::size_t{1} << sector_shift;
   const std::size_t ids = unit / 4;
   const bool is_mini = stream.size() < 4096;
-  const std::size_t mini_count = is_mini ? RoundUp(stream.size(), 64) / 64 : 0;
-  const std::size_t data_count = RoundUp(stream.size(), unit) / unit;
-  const std::size_t other_count = 1 + (is_mini ? 1 : 0) + data_count;
-
-  std::size_t fat_count = 1, difat_count = 0;
-  while (fat_count * ids < fat_count + difat_count + other_count) {
-    ++fat_count;
-    difat_count =
-        fat_count > kHeaderDifat ? RoundUp(fat_count - kHeaderDifat, ids - 1) / (ids - 1) : 0;
+  const std::size_t piece = is_mini ? 64 : unit;
+  const Bytes padded = Padded(stream, piece);
+  Bytes content;
+  for (std::size_t at = 0; at < padded.size(); at += piece) {
+    content += padded.substr(is_scattered ? padded.size() - piece - at : at, piece);
   }
-  const auto directory = static_cast<std::uint32_t>(fat_count + difat_count);
-  const std::uint32_t mini_fat = is_mini ? directory + 1 : kEnd;
-  const std::uint32_t data = directory + (is_mini ? 2 : 1);
-  const bool is_down = is_scattered && !is_mini;
-  const auto last = static_cast<std::uint32_t>(data + data_count - 1);
+  content = Padded(content, unit);
 
+  const std::size_t fat_count = (2 + content.size() / unit) / (ids - 1) + 1;
+  const auto directory = static_cast<std::uint32_t>(fat_count);
+  const std::uint32_t data = directory + (is_mini ? 2 : 1);
   std::vector<std::uint32_t> fat(fat_count * ids, kFree);
-  for (std::size_t i = 0; i < fat_count; ++i) fat[i] = 0xFFFFFFFD;
-  for (std::size_t i = fat_count; i < directory; ++i) fat[i] = 0xFFFFFFFC;
-  fat[directory] = kEnd;
-  if (is_mini) fat[mini_fat] = kEnd;
-  Chain(fat, data, data_count, is_down);
+  std::fill_n(fat.begin(), fat_count, 0xFFFFFFFD);
+  fat[directory] = fat[data - 1] = kEnd;
+  Chain(fat, data, content.size() / unit, is_scattered && !is_mini);
+  std::vector<std::uint32_t> mini_fat(is_mini ? ids : 0, kFree);
+  if (is_mini) Chain(mini_fat, 0, padded.size() / piece, is_scattered);
 
   Bytes file("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8);
   file.resize(24);
   file += U16(0x3E) + U16(sector_shift == 9 ? 3 : 4) + U16(0xFFFE) + U16(sector_shift) + U16(6);
   file.resize(44);
-  file += U32(static_cast<std::uint32_t>(fat_count)) + U32(directory) + U32(0) + U32(4096);
-  file += U32(mini_fat) + U32(is_mini ? 1 : 0);
-  file += U32(difat_count > 0 ? static_cast<std::uint32_t>(fat_count) : kEnd);
-  file += U32(static_cast<std::uint32_t>(difat_count));
-  std::uint32_t listed = 0;
-  const auto list_next = [&] { return U32(listed < fat_count ? listed++ : kFree); };
-  for (std::size_t i = 0; i < kHeaderDifat; ++i) file += list_next();
+  file += U32(directory) + U32(directory) + U32(0) + U32(4096);
+  file += U32(is_mini ? directory + 1 : kEnd) + U32(is_mini ? 1 : 0) + U32(kEnd) + U32(0);
+  for (std::uint32_t id = 0; id < 109; ++id) file += U32(id < fat_count ? id : kFree);
   file.resize(unit);
   for (const std::uint32_t id : fat) file += U32(id);
-  for (std::size_t i = 1; i <= difat_count; ++i) {
-    for (std::size_t k = 0; k + 1 < ids; ++k) file += list_next();
-    file += U32(i == difat_count ? kEnd : static_cast<std::uint32_t>(fat_count + i));
-  }
-
-  file += Entry("Root Entry", 5, 1, is_mini ? data : kEnd, mini_count * 64);
-  const std::uint32_t mini_first = is_scattered ? static_cast<std::uint32_t>(mini_count - 1) : 0;
-  file += Entry(stream_name, 2, kFree, is_mini ? mini_first : is_down ? last : data, stream.size());
-  file.resize(RoundUp(file.size(), unit));
-  if (is_mini) {
-    std::vector<std::uint32_t> table(ids, kFree);
-    Chain(table, 0, mini_count, is_scattered);
-    for (const std::uint32_t id : table) file += U32(id);
-  }
-  const std::size_t piece = is_mini ? 64 : unit;
-  Bytes padded = stream;
-  padded.resize(RoundUp(padded.size(), piece));
-  for (std::size_t at = 0; at < padded.size(); at += piece) {
-    file += padded.substr(is_scattered ? padded.size() - piece - at : at, piece);
-  }
-  file.resize(RoundUp(file.size(), unit));
-  return file;
+  const auto last = static_cast<std::uint32_t>(padded.size() / piece - 1);
+  const std::uint32_t first = (is_mini ? 0 : data) + (is_scattered ? last : 0);
+  file += Entry("Root Entry", 5, 1, is_mini ? data : kEnd, is_mini ? padded.size() : 0);
+  file += Entry(stream_name, 2, kFree, first, stream.size());
+  file = Padded(file, unit);
+  for (const std::uint32_t id : mini_fat) file += U32(id);
+  return file + content;
 }
 
 CompoundBytes LargeWorkbook(const Bytes& sheet_records, const Bytes& globals) {

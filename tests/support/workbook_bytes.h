@@ -48,8 +48,8 @@ struct StreamBytes {
 // A stream of one sheet "data".
 Bytes OneSheet(const Bytes& sheet_records, const Bytes& globals = {}, unsigned version = 0x0600);
 
-// A compound file of one stream. Sectors: FAT, DIFAT, directory (one), mini-FAT (one) and
-// mini-stream for a short stream, the stream itself.
+// A compound file of one stream with a FAT of up to 109 sectors. Sectors: FAT, directory (one),
+// mini-FAT (one) for a short stream, the stream itself.
 struct CompoundBytes {
   Bytes stream;
   std::string stream_name = "Workbook";
