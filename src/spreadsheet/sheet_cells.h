@@ -90,7 +90,7 @@ class SheetCells {
     } else {
       GoBack();
     }
-    cells_.emplace_back(row, column, kind, is_shared_text, content);
+    cells_.push_back({row, column, kind, is_shared_text, content});
     last_column_ = std::max(last_column_, column);
   }
   void GoBack();
