@@ -16,6 +16,7 @@ class SettingsStore;
 class Shell;
 class Sound;
 class SpreadsheetProgram;
+class WindowSystem;
 
 inline constexpr char kProgramTitle[] = "KORVEX";
 inline constexpr char kProgramVersion[] = "1.3.11";
@@ -28,6 +29,7 @@ struct Services {
   Mail* mail = nullptr;
   Shell* shell = nullptr;
   Sound* sound = nullptr;
+  WindowSystem* window_system = nullptr;  // null where the toolkit's own means serve
   Dialogs* dialogs = nullptr;
   MessageLoop* message_loop = nullptr;
   Clock* clock = nullptr;

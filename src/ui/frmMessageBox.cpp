@@ -10,6 +10,7 @@
 #include "platform/error.h"
 #include "platform/message_sound.h"
 #include "platform/services.h"
+#include "platform/window_system.h"
 #include "ui/centre.h"
 #include "ui/wx_text.h"
 
@@ -68,7 +69,7 @@ frmMessageBox::frmMessageBox(wxWindow* owner)
 std::string frmMessageBox::ShowMsgBox(const ButtonMessage& message) {
   Check(message);
   SetTitle(ToWx(message.title));
-  EnableCloseButton(false);
+  TakeCloseBox();
   text_ = wxTextBuffer::Translate(ToWx(message.prompt), wxTextFileType_Unix);
   while (cmdMain_.size() < message.buttons.size()) AddButton();
   for (std::size_t i = 0; i < cmdMain_.size(); ++i) {
@@ -118,6 +119,14 @@ void frmMessageBox::OnClose(wxCloseEvent& event) {
     event.Veto();
   } else {
     EndModal(wxID_CANCEL);
+  }
+}
+
+void frmMessageBox::TakeCloseBox() {
+  if (WindowSystem* system = Platform().window_system) {
+    system->EnableCloseButton(GetHandle(), false);
+  } else {
+    EnableCloseButton(false);
   }
 }
 

@@ -34,6 +34,7 @@ class frmMessageBox : public wxDialog {
   void OnKey(wxKeyEvent& event);
   void OnClose(wxCloseEvent& event);
 
+  void TakeCloseBox();
   void AddButton();
   MessageBoxDesign Design() const;
   MessageBoxLayout LayOut(const ButtonMessage& message);

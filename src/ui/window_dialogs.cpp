@@ -7,6 +7,7 @@
 #include "platform/file_system.h"
 #include "platform/services.h"
 #include "platform/shell.h"
+#include "platform/window_system.h"
 #include "ui/frmMessageBox.h"
 #include "ui/wx_text.h"
 
@@ -76,11 +77,14 @@ std::string WindowDialogs::ShowButtons(const ButtonMessage& message) {
   return frmMessageBox(ActiveWindow()).ShowMsgBox(message);
 }
 
-std::string WindowDialogs::BrowseForFolder(void*, const std::string& prompt) {
+std::string WindowDialogs::BrowseForFolder(void* owner, const std::string& prompt) {
+  if (WindowSystem* system = Platform().window_system)
+    return system->BrowseForFolder(owner, prompt);
   return Browse(prompt, "");
 }
 
-std::string WindowDialogs::BrowseNetwork(void*, const std::string& title) {
+std::string WindowDialogs::BrowseNetwork(void* owner, const std::string& title) {
+  if (WindowSystem* system = Platform().window_system) return system->BrowseNetwork(owner, title);
   return Browse(title, NetworkFolder());
 }
 

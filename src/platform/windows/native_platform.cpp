@@ -13,6 +13,7 @@
 #include "platform/windows/windows_shell.h"
 #include "platform/windows/windows_sound.h"
 #include "platform/windows/windows_terminal.h"
+#include "platform/windows/windows_window_system.h"
 
 // After the header of the system, which it needs.
 #include <shellapi.h>
@@ -35,6 +36,7 @@ struct NativePlatform::Parts {
   MapiMail mail;
   WindowsShell shell;
   WindowsSound sound;
+  WindowsWindowSystem window_system;
   SystemClock clock;
 };
 
@@ -50,6 +52,7 @@ Services NativePlatform::Provided() const {
           .mail = &parts_->mail,
           .shell = &parts_->shell,
           .sound = &parts_->sound,
+          .window_system = &parts_->window_system,
           .clock = &parts_->clock,
           .program_folder = ProgramFolder(),
           .user_folder = UserFolder()};
