@@ -7,21 +7,21 @@
 #include <wx/choice.h>
 #include <wx/listbox.h>
 #include <wx/notebook.h>
+#include <wx/utils.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 
 #include "errors/clsAppLog.h"
-#include "platform/posix/ini_settings_store.h"
-#include "platform/posix/posix_file_system.h"
-#include "platform/posix/system_clock.h"
+#include "platform/native_platform.h"
 #include "spreadsheet/embedded_application.h"
 #include "tests/support/fakes.h"
 #include "tests/ui/ui_support.h"
 #include "ui/open_main_window.h"
 #include "ui/window_dialogs.h"
 #include "ui/window_message_loop.h"
+#include "ui/wx_text.h"
 
 namespace korvex {
 namespace {
@@ -39,6 +39,12 @@ struct AnsweredDialogs : WindowDialogs {
   std::vector<std::string> texts;
 };
 
+// As the program names it.
+std::string Named(fs::path path) {
+  const std::u8string name = path.make_preferred().u8string();
+  return {name.begin(), name.end()};
+}
+
 std::string ContentOf(const fs::path& file) {
   std::ifstream stream(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(stream), {}};
@@ -47,24 +53,22 @@ std::string ContentOf(const fs::path& file) {
 class DesktopTest : public testing::Test {
  protected:
   DesktopTest() {
-    char name[] = "/tmp/korvex-desktop-XXXXXX";
-    folder_ = mkdtemp(name);
     fs::create_directories(folder_ / "program" / "bin");
     fs::copy(SAMPLES "/campaign", folder_ / "campaign", fs::copy_options::recursive);
     fs::remove(folder_ / "campaign" / "campaign.xls");
-    store_.emplace(files_, (folder_ / "korvex.ini").string());
-    services_.emplace(Services{.spreadsheet = &spreadsheet_,
-                               .settings = &*store_,
-                               .files = &files_,
-                               .mail = &mail_,
-                               .shell = &shell_,
-                               .sound = &sound_,
-                               .dialogs = &dialogs_,
-                               .message_loop = &message_loop_,
-                               .clock = &clock_,
-                               .main_window = &main_window_,
-                               .program_folder = (folder_ / "program" / "bin").string(),
-                               .user_folder = (folder_ / "user").string()});
+    native_.emplace(Named(folder_ / "korvex.ini"));
+    Services services = native_->Provided();
+    embedded_.emplace(*services.files);
+    services.spreadsheet = &*embedded_;
+    services.mail = &mail_;
+    services.shell = &shell_;
+    services.sound = &sound_;
+    services.dialogs = &dialogs_;
+    services.message_loop = &message_loop_;
+    services.main_window = &main_window_;
+    services.program_folder = Named(folder_ / "program" / "bin");
+    services.user_folder = Named(folder_ / "user");
+    services_.emplace(services);
   }
   ~DesktopTest() override {
     if (main_window_.Window()) main_window_.Window()->Close();
@@ -75,7 +79,7 @@ class DesktopTest : public testing::Test {
   // Opens the window on the campaign, as a user who chooses its folder.
   void Open() {
     main_window_.Show();
-    The<FileChooser>("FileChooser").SetPath((folder_ / "campaign").string());
+    The<FileChooser>("FileChooser").SetPath(Named(folder_ / "campaign"));
   }
   template <class Control>
   Control& The(const std::string& name) {
@@ -94,24 +98,25 @@ class DesktopTest : public testing::Test {
   }
   void Run() { Click(The<wxButton>("cmdProcess")); }
   // What the command line makes of the campaign and the settings.
-  int Convert(const std::string& options) {
-    const std::string command = std::string(KORVEX_CONVERT) + " --quiet " + options +
-                                " --settings " + (folder_ / "korvex.ini").string() + " " +
-                                (folder_ / "campaign").string() + " >/dev/null 2>&1";
-    return std::system(command.c_str());
+  void Convert(const std::string& options) {
+    const auto quoted = [](const fs::path& path) { return '"' + Named(path) + '"'; };
+    const std::string command = quoted(fs::absolute(KORVEX_CONVERT)) + " --quiet " + options +
+                                " --settings " + quoted(folder_ / "korvex.ini") + " " +
+                                quoted(folder_ / "campaign");
+    wxArrayString printed, told;
+    EXPECT_EQ(wxExecute(ToWx(command), printed, told), 0) << FromWx(wxJoin(told, '\n'));
   }
   fs::path Output() const { return folder_ / "campaign" / "flat.xls"; }
 
-  fs::path folder_;
-  PosixFileSystem files_;
-  std::optional<IniSettingsStore> store_;
-  EmbeddedSpreadsheet spreadsheet_{files_};
+  const fs::path folder_ =
+      fs::temp_directory_path() / ("korvex-desktop-" + std::to_string(std::random_device()()));
+  std::optional<NativePlatform> native_;
+  std::optional<EmbeddedSpreadsheet> embedded_;
   FakeMail mail_;
   FakeShell shell_;
   FakeSound sound_;
   AnsweredDialogs dialogs_;
   WindowMessageLoop message_loop_;
-  SystemClock clock_;
   OpenMainWindow main_window_;
   std::optional<InstalledServices> services_;
   ModalDriver driver_;
@@ -153,20 +158,19 @@ TEST_F(DesktopTest, ConvertsACampaignLikeTheCommandLine) {
 
   // The settings of the window serve the command line, with the same outcome.
   fs::remove(Output());
-  EXPECT_EQ(Convert(""), 0);
+  Convert("");
   EXPECT_FALSE(by_window.empty());
   EXPECT_TRUE(by_window == ContentOf(Output()));
 }
 
 TEST_F(DesktopTest, TakesTheSettingsOfTheCommandLine) {
-  EXPECT_EQ(Convert("--save-settings --output " + Output().string() +
-                    " --key 'compound ID' --key 'cell plate #' --key 'cell plate wells ##'"
-                    " --column Date --data 'Delta OD'"),
-            0);
+  Convert("--save-settings --output \"" + Named(Output()) +
+          "\" --key \"compound ID\" --key \"cell plate #\" --key \"cell plate wells ##\""
+          " --column Date --data \"Delta OD\"");
   main_window_.Show();
-  EXPECT_EQ(main_window_.ProcessingFolder(), (folder_ / "campaign").string());
+  EXPECT_EQ(main_window_.ProcessingFolder(), Named(folder_ / "campaign"));
   ChooseOptions([&](wxDialog& options) {
-    EXPECT_EQ(Find<wxTextCtrl>(options, "txtOutputFile").GetValue(), Output().string());
+    EXPECT_EQ(Find<wxTextCtrl>(options, "txtOutputFile").GetValue(), ToWx(Named(Output())));
     EXPECT_EQ(Find<wxListBox>(options, "lstKeyColumns").GetString(1), "cell plate #");
     EXPECT_EQ(Find<wxListBox>(options, "lstOutputColumns").GetString(0), "Date");
     EXPECT_EQ(Find<wxChoice>(options, "cboDataCol").GetStringSelection(), "Delta OD");

@@ -18,7 +18,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class MessageBox : public testing::Test {
+class MessageBoxTest : public testing::Test {
  protected:
   // Shows a message, does `step` to the box, and presses the first button if it still shows.
   std::string Show(const ButtonMessage& message, ModalDriver::Step step) {
@@ -39,7 +39,7 @@ std::string Lines(int count) {
   return text;
 }
 
-TEST_F(MessageBox, ReturnsTheCaptionAsItWasGiven) {
+TEST_F(MessageBoxTest, ReturnsTheCaptionAsItWasGiven) {
   const ButtonMessage question{"Go on?", {"&Yes", "Fish && chips", "&No"}, "Title"};
 
   EXPECT_EQ(Show(question, [](wxDialog& box) { Click(Find<wxButton>(box, "cmdMain1")); }),
@@ -47,7 +47,7 @@ TEST_F(MessageBox, ReturnsTheCaptionAsItWasGiven) {
   EXPECT_EQ(Show(question, [](wxDialog& box) { EXPECT_EQ(box.GetTitle(), "Title"); }), "&Yes");
 }
 
-TEST_F(MessageBox, LetsTheTextBeReadOnly) {
+TEST_F(MessageBoxTest, LetsTheTextBeReadOnly) {
   Show({"One\r\nTwo", {"OK"}, "", 1}, [](wxDialog& box) {
     auto& text = Find<wxTextCtrl>(box, "txtMessage");
     EXPECT_EQ(text.GetValue(), "One\nTwo");
@@ -58,7 +58,7 @@ TEST_F(MessageBox, LetsTheTextBeReadOnly) {
   });
 }
 
-TEST_F(MessageBox, StartsAtTheDefaultButtonAndClosesByAButtonOnly) {
+TEST_F(MessageBoxTest, StartsAtTheDefaultButtonAndClosesByAButtonOnly) {
   EXPECT_EQ(Show({"?", {"A", "B"}, "", 0, 1},
                  [](wxDialog& box) {
                    auto& chosen = Find<wxButton>(box, "cmdMain1");
@@ -77,7 +77,7 @@ TEST_F(MessageBox, StartsAtTheDefaultButtonAndClosesByAButtonOnly) {
             "B");
 }
 
-TEST_F(MessageBox, ShowsEveryLineAndEveryButton) {
+TEST_F(MessageBoxTest, ShowsEveryLineAndEveryButton) {
   const std::string path = "/data/" + std::string(200, 'x') + "/plates/KINASE-A-1.xls";
   const std::vector<std::string> prompts{
       "Process finished!", Lines(5), Lines(30), "File " + path + " (\"" + path + "\") is missing.",
@@ -98,7 +98,7 @@ TEST_F(MessageBox, ShowsEveryLineAndEveryButton) {
   }
 }
 
-TEST_F(MessageBox, StaysWithinTheScreen) {
+TEST_F(MessageBoxTest, StaysWithinTheScreen) {
   const std::vector<std::string> many(40, "One of many buttons");
   Show({Lines(500), many, "", 13}, [&](wxDialog& box) {
     ServeEvents();
@@ -108,13 +108,13 @@ TEST_F(MessageBox, StaysWithinTheScreen) {
   });
 }
 
-TEST_F(MessageBox, PlaysItsSoundOnce) {
+TEST_F(MessageBoxTest, PlaysItsSoundOnce) {
   Show({"?", {"OK"}, "", 0, 0, 7}, [](wxDialog&) {});
 
   EXPECT_THAT(platform_.sound.played, ElementsAre("alias SystemExclamation"));
 }
 
-TEST_F(MessageBox, RefusesWhatItCannotShow) {
+TEST_F(MessageBoxTest, RefusesWhatItCannotShow) {
   const struct {
     ButtonMessage message;
     int error;
