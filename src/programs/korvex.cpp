@@ -2,10 +2,13 @@
 // window.
 
 #include <wx/app.h>
+#include <wx/msgout.h>
 
-#include <iostream>
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "errors/basFuncs.h"
 #include "platform/error.h"
@@ -16,6 +19,8 @@
 #include "ui/open_main_window.h"
 #include "ui/window_dialogs.h"
 #include "ui/window_message_loop.h"
+#include "ui/wx_text.h"
+#include "util/attempt.h"
 
 namespace korvex {
 namespace {
@@ -42,16 +47,40 @@ class Desktop {
   InstalledServices installed_{AllServices()};
 };
 
+// What every program is asked for.
+std::optional<std::string> AnswerTo(std::string_view question) {
+  if (question == "--version") return std::string("korvex ") + kProgramVersion + '\n';
+  if (question != "--help" && question != "-h") return std::nullopt;
+  return "Usage: korvex\n\n"
+         "Opens the window in which workbooks of plate readers are converted.\n"
+         "korvex-convert does the same without a window.\n";
+}
+
+// Works where there is no display, and fails where there is nobody to read it.
+bool AnswerOnOutput(std::string_view question) {
+  const std::optional<std::string> answer = AnswerTo(question);
+  return answer && Attempt([&] {
+           WriteOutput(*answer);
+           FlushOutput();
+         });
+}
+
 class App : public wxApp {
  public:
   bool OnInit() override {
     SetAppName("korvex");
     SetAppDisplayName(kProgramTitle);
+    if (const auto answer = argc == 2 ? AnswerTo(FromWx(argv[1])) : std::nullopt) {
+      wxMessageOutput::Get()->Output(ToWx(*answer));
+      return true;
+    }
     if (!wxApp::OnInit()) return false;
     desktop_ = std::make_unique<Desktop>();
     desktop_->main_window.Show();
     return true;
   }
+
+  int OnRun() override { return desktop_ ? wxApp::OnRun() : 0; }
 
   // Every handler traps its own errors; what gets here all the same is reported, and the window
   // stays.
@@ -64,18 +93,15 @@ class App : public wxApp {
   std::unique_ptr<Desktop> desktop_;
 };
 
-// What every program is asked for, also where there is no display.
-bool AnswerOnTerminal(std::string_view question) {
-  if (question == "--version") {
-    std::cout << "korvex " << kProgramVersion << '\n';
-  } else if (question == "--help" || question == "-h") {
-    std::cout << "Usage: korvex\n\n"
-                 "Opens the window in which workbooks of plate readers are converted.\n"
-                 "korvex-convert does the same without a window.\n";
-  } else {
-    return false;
-  }
-  return true;
+// The toolkit would take the arguments from the code page of the machine.
+int RunWindow(const std::vector<std::string>& arguments) {
+  std::vector<std::wstring> texts{L"korvex"};
+  for (const std::string& argument : arguments) texts.push_back(ToWx(argument).ToStdWstring());
+  std::vector<wchar_t*> pointers;
+  for (std::wstring& text : texts) pointers.push_back(text.data());
+  auto count = static_cast<int>(pointers.size());
+  pointers.push_back(nullptr);
+  return wxEntry(count, pointers.data());
 }
 
 }  // namespace
@@ -85,6 +111,7 @@ wxIMPLEMENT_APP_NO_MAIN(korvex::App);
 
 int main(int argc, char** argv) {
   korvex::OccupyStandardStreams();
-  if (argc == 2 && korvex::AnswerOnTerminal(argv[1])) return 0;
-  return wxEntry(argc, argv);
+  const std::vector<std::string> arguments = korvex::ProgramArguments(argc, argv);
+  if (arguments.size() == 1 && korvex::AnswerOnOutput(arguments.front())) return 0;
+  return korvex::RunWindow(arguments);
 }
