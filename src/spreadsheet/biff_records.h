@@ -15,8 +15,6 @@ inline constexpr std::size_t kRecordHeaderSize = 4;
 inline constexpr std::size_t kMaxRecordData = 8224;  // BIFF8
 inline constexpr int kMaxRows = 65536;
 inline constexpr int kMaxColumns = 256;
-// Days that a serial number of the 1904 date system lies behind the same day's 1900 number.
-inline constexpr int kDays1904 = 1462;
 
 enum Record : std::uint16_t {
   kDimensionsBiff2 = 0x0000,

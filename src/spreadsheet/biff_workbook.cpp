@@ -13,11 +13,11 @@ namespace {
   if (file.Find("EncryptedPackage") >= 0) {
     Refuse("needs a password: it is an encrypted .xlsx workbook");
   }
-  if (file.Find("WordDocument") >= 0) Refuse("is not an .xls workbook: it is a Word document");
+  if (file.Find("WordDocument") >= 0) Refuse("is not a workbook: it is a Word document");
   if (file.Find("PowerPoint Document") >= 0) {
-    Refuse("is not an .xls workbook: it is a PowerPoint presentation");
+    Refuse("is not a workbook: it is a PowerPoint presentation");
   }
-  Refuse("is not an .xls workbook: it is a compound file without a workbook stream");
+  Refuse("is not a workbook: it is a compound file without a workbook stream");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "spreadsheet/biff_globals.h"
+#include "spreadsheet/biff_records.h"
 
 namespace korvex {
 
@@ -13,6 +14,7 @@ class BiffWorkbook : public WorkbookReader {
   explicit BiffWorkbook(ReadBuffers& buffers);
 
   const std::vector<SheetInfo>& Sheets() const override { return globals_.sheets; }
+  CellAddress LastPlace() const override { return {biff::kMaxRows, biff::kMaxColumns}; }
   void ReadSheet(std::size_t index, SheetCells& cells) override;
 
  private:

@@ -13,7 +13,6 @@ namespace korvex {
 namespace {
 
 constexpr std::size_t kTextHead = 8192;
-constexpr std::size_t kZipHead = 65536;
 
 std::string_view Characters(std::span<const std::byte> bytes, std::size_t limit) {
   return {reinterpret_cast<const char*>(bytes.data()), std::min(bytes.size(), limit)};
@@ -45,14 +44,6 @@ bool IsOwnerFile(std::span<const std::byte> bytes) {
   const std::span<const std::byte> filler = bytes.subspan(1 + length, kField - length);
   return std::all_of(filler.begin(), filler.end(),
                      [](std::byte b) { return b == std::byte{' '} || b == std::byte{0}; });
-}
-
-FileKind ZipKind(std::span<const std::byte> bytes) {
-  const std::string_view head = Characters(bytes, kZipHead);
-  if (Contains(head, "opendocument.spreadsheet")) return FileKind::kOpenDocument;
-  if (Contains(head, "xl/workbook.bin")) return FileKind::kXlsb;
-  if (Contains(head, "xl/") || Contains(head, "[Content_Types].xml")) return FileKind::kXlsx;
-  return FileKind::kZip;
 }
 
 enum class TextForm { kBytes, kUtf16, kUtf16Swapped };
@@ -127,6 +118,9 @@ FileKind MarkupKind(std::string_view head) {
   if (root == "workbook" && Contains(head, "urn:schemas-microsoft-com:office:spreadsheet")) {
     return FileKind::kSpreadsheetMl;
   }
+  if (root == "document" && Contains(head, "application/vnd.oasis.opendocument.spreadsheet")) {
+    return FileKind::kFlatOpenDocument;
+  }
   for (const char* name : {"html", "head", "body", "meta", "style", "table", "tr", "td", "div"}) {
     if (root == name) return FileKind::kHtml;
   }
@@ -158,7 +152,9 @@ bool IsCompoundFile(std::span<const std::byte> bytes) {
 FileKind RecognizeFile(std::span<const std::byte> bytes) {
   if (bytes.empty()) return FileKind::kEmpty;
   if (IsCompoundFile(bytes)) return FileKind::kCompoundFile;
-  if (Characters(bytes, 4) == "PK\x03\x04") return ZipKind(bytes);
+  if (Characters(bytes, 4) == "PK\x03\x04" || Characters(bytes, 4) == "PK\x05\x06") {
+    return FileKind::kZip;
+  }
   if (StartsWithBof(bytes, biff::kBof)) return FileKind::kBareBiff;
   if (IsOldBiff(bytes)) return FileKind::kOldBiff;
   if (IsOwnerFile(bytes)) return FileKind::kOwnerFile;
@@ -181,12 +177,6 @@ std::string_view FileKindText(FileKind kind) {
       return "empty";
     case FileKind::kCompoundFile:
       return "a compound file";
-    case FileKind::kXlsx:
-      return "an .xlsx workbook";
-    case FileKind::kXlsb:
-      return "an .xlsb workbook";
-    case FileKind::kOpenDocument:
-      return "an OpenDocument spreadsheet (.ods)";
     case FileKind::kZip:
       return "a zip archive";
     case FileKind::kBareBiff:
@@ -195,6 +185,8 @@ std::string_view FileKindText(FileKind kind) {
       return "a worksheet in the format before Excel 5";
     case FileKind::kSpreadsheetMl:
       return "an XML spreadsheet (SpreadsheetML)";
+    case FileKind::kFlatOpenDocument:
+      return "an OpenDocument spreadsheet";
     case FileKind::kXml:
       return "an XML file";
     case FileKind::kHtml:

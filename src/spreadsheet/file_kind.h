@@ -10,13 +10,11 @@ namespace korvex {
 enum class FileKind {
   kEmpty,
   kCompoundFile,  // .xls workbooks among them
-  kXlsx,
-  kXlsb,
-  kOpenDocument,
-  kZip,
-  kBareBiff,  // an .xls workbook without a compound file around it
-  kOldBiff,   // one worksheet in the format before Excel 5
+  kZip,           // .xlsx and .ods workbooks among them
+  kBareBiff,      // an .xls workbook without a compound file around it
+  kOldBiff,       // one worksheet in the format before Excel 5
   kSpreadsheetMl,
+  kFlatOpenDocument,  // .fods
   kXml,
   kHtml,
   kWebArchive,

@@ -1,9 +1,9 @@
 #include "spreadsheet/input_workbook.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/file_system.h"
-#include "spreadsheet/biff_records.h"
 #include "spreadsheet/refusal.h"
 #include "util/text.h"
 
@@ -47,7 +47,7 @@ class InputWorkbook::Sheet : public Worksheet {
     if (cells_ == nullptr) cells_ = &workbook_.Cells(index_, own_cells_);
     return *cells_;
   }
-  [[noreturn]] void RefuseCell(int row, int column) const;
+  void CheckPlace(int row, int column) const;
 
   InputWorkbook& workbook_;
   std::size_t index_;
@@ -58,9 +58,7 @@ class InputWorkbook::Sheet : public Worksheet {
 };
 
 CellValue InputWorkbook::Sheet::Value(int row, int column) const {
-  if (row < 1 || row > biff::kMaxRows || column < 1 || column > kReadableColumns) {
-    RefuseCell(row, column);
-  }
+  CheckPlace(row, column);
   if (row != last_row_) {
     last_cells_ = Cells().RowOf(row);
     last_row_ = row;
@@ -69,11 +67,14 @@ CellValue InputWorkbook::Sheet::Value(int row, int column) const {
 }
 
 int InputWorkbook::Sheet::CountA(int row) const {
-  if (row < 1 || row > biff::kMaxRows) RefuseCell(row, 1);
+  CheckPlace(row, 1);
   return Cells().CountA(row);
 }
 
-void InputWorkbook::Sheet::RefuseCell(int row, int column) const {
+void InputWorkbook::Sheet::CheckPlace(int row, int column) const {
+  const CellAddress last = workbook_.reader_->LastPlace();
+  const int last_column = std::max(last.column, kReadableColumns);
+  if (row >= 1 && row <= last.row && column >= 1 && column <= last_column) return;
   Refuse("There is no cell in row " + std::to_string(row) + ", column " + std::to_string(column) +
          " of sheet \"" + Name() + "\" of " + workbook_.full_name_);
 }

@@ -25,8 +25,8 @@ class ReadBufferPool {
 };
 
 // A sheet's cells are read when they are first asked for. Changes, of any kind, and SaveAs are
-// refused with error 1004. A sheet has 65,536 rows and 256 columns: a cell outside is refused, but
-// for the columns up to 387, where the program looks for headers; those are Empty.
+// refused with error 1004. A sheet has the rows and columns of its format: a cell outside is
+// refused, but for the columns up to 387, where the program looks for headers; those are Empty.
 class InputWorkbook : public Workbook {
  public:
   // Opens `full_name`. The pool must outlive the workbook, the file system is not needed longer

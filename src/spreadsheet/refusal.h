@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/error.h"
 
@@ -13,6 +14,11 @@ namespace korvex {
 // Throws Error 1004 with the predicate as its description.
 [[noreturn]] inline void Refuse(const std::string& predicate) {
   throw Error(error_number::kAutomation, predicate);
+}
+
+// The same for what is no workbook; `what` stands behind "it is".
+[[noreturn]] inline void RefuseAs(std::string_view what) {
+  Refuse("is not a workbook: it is " + std::string(what));
 }
 
 // Runs a step of reading `file` and puts its path in front of a refusal.

@@ -1,4 +1,4 @@
-// The shared string table (SST) of a BIFF8 workbook, decoded in one pass.
+// The shared texts of a workbook: the SST of BIFF8, decoded in one pass, or those of an .xlsx.
 #pragma once
 
 #include <cstdint>
@@ -16,6 +16,12 @@ class SharedStrings {
  public:
   void Clear();
   void Decode(ContinuedData data);
+  // Texts of other formats are written into the arena one by one.
+  TextArena& Texts() { return arena_; }
+  void EndText() {
+    if (starts_.empty()) starts_.push_back(0);
+    starts_.push_back(arena_.Size());
+  }
 
   std::size_t Count() const { return starts_.empty() ? 0 : starts_.size() - 1; }
   TextRange Range(std::size_t index) const {
@@ -23,6 +29,7 @@ class SharedStrings {
   }
   const TextArena& Arena() const { return arena_; }
   std::size_t MemorySize() const { return arena_.Capacity() + 4 * starts_.capacity(); }
+  std::size_t UsedMemory() const { return arena_.Size() + 4 * starts_.size(); }
 
  private:
   TextArena arena_;

@@ -2,20 +2,17 @@
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
 #include <string>
 
 #include "spreadsheet/biff_records.h"
 #include "spreadsheet/biff_text.h"
+#include "spreadsheet/cell_place.h"
 #include "spreadsheet/refusal.h"
+#include "spreadsheet/typed_number.h"
 #include "util/text.h"
 
 namespace korvex {
 namespace {
-
-constexpr int kNoValueError = 15;       // #VALUE!, for codes that nobody knows
-constexpr int kNumberError = 36;        // #NUM!
-constexpr double kDateLimit = 2958466;  // the day after 9999-12-31
 
 std::uint16_t Row(const std::byte* cell) {
   return LoadU16(cell);
@@ -33,15 +30,6 @@ double RkNumber(std::uint32_t rk) {
   const double number = (rk & 2) != 0 ? static_cast<std::int32_t>(rk) >> 2
                                       : std::bit_cast<double>(std::uint64_t{rk & ~3u} << 32);
   return (rk & 1) != 0 ? number / 100 : number;
-}
-
-// "B7".
-std::string CellName(const std::byte* cell) {
-  std::string name;
-  for (int column = Column(cell) + 1; column > 0; column = (column - 1) / 26) {
-    name.insert(name.begin(), static_cast<char>('A' + (column - 1) % 26));
-  }
-  return name + std::to_string(Row(cell) + 1);
 }
 
 }  // namespace
@@ -138,7 +126,7 @@ void SheetReader::ReadMulBlank(std::span<const std::byte> data) {
 void SheetReader::ReadLabelSst(const std::byte* data) {
   const std::uint32_t index = LoadU32(data + 6);
   if (index >= strings_.Count()) {
-    Refuse("is damaged: cell " + CellName(data) + " shows text number " +
+    Refuse("is damaged: cell " + CellName({Row(data), Column(data)}) + " shows text number " +
            GroupedDigits(std::uint64_t{index} + 1) + " of the workbook's texts, of which " +
            GroupedDigits(strings_.Count()) + " can be read");
   }
@@ -201,18 +189,8 @@ TextRange SheetReader::ReadText(std::size_t length_offset) {
 
 void SheetReader::AddNumber(std::uint16_t row, std::uint16_t column, std::uint16_t xf,
                             double number) {
-  CellKind kind = CellKind::kNumber;
-  if (!std::isfinite(number)) {
-    kind = CellKind::kError;
-    number = kNumberError;
-  } else if (globals_.ShowsDate(xf)) {
-    const double serial = globals_.uses_1904 ? number + biff::kDays1904 : number;
-    if (serial >= 0 && serial < kDateLimit) {
-      kind = CellKind::kDate;
-      number = serial;
-    }
-  }
-  cells_.AddNumber(row, column, kind, number);
+  const TypedNumber typed = TypeNumber(number, globals_.ShowsDate(xf), globals_.uses_1904);
+  cells_.AddNumber(row, column, typed.kind, typed.number);
 }
 
 void SheetReader::AddBoolean(const std::byte* cell, std::uint8_t value) {

@@ -2,6 +2,7 @@
 
 #include "spreadsheet/biff_workbook.h"
 #include "spreadsheet/file_kind.h"
+#include "spreadsheet/packed_workbook.h"
 #include "spreadsheet/refusal.h"
 
 namespace korvex {
@@ -12,7 +13,8 @@ std::unique_ptr<WorkbookReader> OpenWorkbookReader(ReadBuffers& buffers) {
   if (kind == FileKind::kCompoundFile || kind == FileKind::kBareBiff) {
     return std::make_unique<BiffWorkbook>(buffers);
   }
-  Refuse("is not an .xls workbook: it is " + std::string(FileKindText(kind)));
+  if (kind == FileKind::kZip) return OpenPackedWorkbook(buffers);
+  RefuseAs(FileKindText(kind));
 }
 
 }  // namespace korvex

@@ -12,7 +12,7 @@
 
 namespace korvex {
 
-enum class SheetKind { kWorksheet, kChart, kMacro, kModule };
+enum class SheetKind { kWorksheet, kChart, kMacro, kModule, kDialog };
 enum class SheetState { kVisible, kHidden, kVeryHidden };
 
 struct SheetInfo {
@@ -38,13 +38,15 @@ class WorkbookReader {
 
   // In the order of the workbook's tabs.
   virtual const std::vector<SheetInfo>& Sheets() const = 0;
+  // The last place that a sheet of the format has.
+  virtual CellAddress LastPlace() const = 0;
   // Replaces the content of `cells` by those of a sheet, zero-based; a chart has none. Texts in
   // `cells` need the reader and its buffers alive.
   virtual void ReadSheet(std::size_t index, SheetCells& cells) = 0;
 };
 
 // Decides by the content of `buffers.file` what it is and opens it. The buffers must outlive the
-// reader. Everything but an .xls workbook is refused by what it is instead.
+// reader. What is no workbook is refused by what it is instead.
 std::unique_ptr<WorkbookReader> OpenWorkbookReader(ReadBuffers& buffers);
 
 }  // namespace korvex

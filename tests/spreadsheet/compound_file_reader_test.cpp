@@ -75,7 +75,7 @@ TEST(CompoundFileReader, RefusesDamageThatHidesTheWorkbook) {
       {"is damaged: the sector chain of its workbook runs in a circle", {{kFat + 4 * 5, 3}}},
       {"is damaged: the sector chain of its directory runs in a circle", {{kFat + 4, 1}}},
       {"is damaged: its directory cannot be found", {{48, 0xFFFFFFFE}}},
-      {"is not an .xls workbook: it is a compound file without a workbook stream", {{kEntry, 'X'}}},
+      {"is not a workbook: it is a compound file without a workbook stream", {{kEntry, 'X'}}},
   };
   for (const Damage& test : cases) EXPECT_EQ(RefusalOf(Damaged(test)), test.condition);
 }

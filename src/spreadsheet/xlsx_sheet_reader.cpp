@@ -1,0 +1,156 @@
+#include "spreadsheet/xlsx_sheet_reader.h"
+
+#include <charconv>
+
+#include "spreadsheet/cell_place.h"
+#include "spreadsheet/refusal.h"
+#include "spreadsheet/typed_number.h"
+#include "spreadsheet/typed_text.h"
+#include "spreadsheet/xlsx_names.h"
+#include "util/text.h"
+
+namespace korvex {
+namespace {
+
+constexpr int kCellDepth = 4;
+
+template <typename Number>
+std::optional<Number> ReadWhole(std::string_view text) {
+  text = TrimBlanks(text, " \t\r\n");
+  Number number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || rest != end) return {};
+  return number;
+}
+
+}  // namespace
+
+bool XlsxSheetReader::StartElement(const XmlElement& element) {
+  switch (element.Depth()) {
+    case 1:
+      return element.Is(xlsx::kMain, "worksheet");
+    case 2:
+      return element.Is(xlsx::kMain, "sheetData");
+    case 3:
+      if (!element.Is(xlsx::kMain, "row")) return false;
+      StartRow(element);
+      return true;
+    case kCellDepth:
+      if (!element.Is(xlsx::kMain, "c")) return false;
+      StartCell(element);
+      return true;
+    case kCellDepth + 1:
+      return StartContent(element);
+    default:
+      return inline_text_.Start(element);
+  }
+}
+
+void XlsxSheetReader::StartRow(const XmlElement& element) {
+  row_ = next_row_;
+  if (const char* const number = element.Attribute("r")) {
+    if (const auto row = ReadWhole<std::uint32_t>(number); row && *row > 0) row_ = *row - 1;
+  }
+  next_row_ = row_ + 1;
+  column_ = 0;
+}
+
+void XlsxSheetReader::StartCell(const XmlElement& element) {
+  if (const char* const name = element.Attribute("r")) {
+    if (const std::optional<CellPlace> place = ReadCellName(name)) {
+      row_ = place->row;
+      column_ = place->column;
+    }
+  }
+  const char* const type = element.Attribute("t");
+  type_ = type != nullptr ? type : "n";
+  const char* const format = element.Attribute("s");
+  format_ = format != nullptr ? ReadWhole<std::size_t>(format).value_or(0) : 0;
+  has_value_ = false;
+  has_formula_ = false;
+  has_inline_text_ = false;
+  value_.clear();
+}
+
+bool XlsxSheetReader::StartContent(const XmlElement& element) {
+  if (element.Is(xlsx::kMain, "v")) return has_value_ = is_in_value_ = true;
+  if (element.Is(xlsx::kMain, "f")) has_formula_ = true;
+  if (!element.Is(xlsx::kMain, "is")) return false;
+  has_inline_text_ = true;
+  inline_start_ = cells_.OwnTexts().Size();
+  return true;
+}
+
+void XlsxSheetReader::Text(std::string_view text) {
+  if (is_in_value_) {
+    value_ += text;
+  } else {
+    inline_text_.Text(text);
+  }
+}
+
+void XlsxSheetReader::EndElement(const XmlName& name, int depth) {
+  if (depth == kCellDepth) {
+    if (row_ < kMostXmlRows && column_ < kMostXmlColumns) AddCell();
+    ++column_;
+  } else if (depth == kCellDepth + 1) {
+    is_in_value_ = false;
+  } else if (depth > kCellDepth + 1) {
+    inline_text_.End(name, cells_.OwnTexts());
+  }
+}
+
+void XlsxSheetReader::AddCell() {
+  TextArena& texts = cells_.OwnTexts();
+  if (has_inline_text_) return AddText(texts.RangeSince(inline_start_));
+  if (type_ == "str" && (has_value_ || has_formula_)) {
+    const std::uint32_t start = texts.Size();
+    AppendEscapedText(value_, texts);
+    return AddText(texts.RangeSince(start));
+  }
+  if (TrimBlanks(value_, " \t\r\n").empty()) {
+    if (has_formula_) return AddTyped(CellKind::kError, kNotAvailableError);
+    return cells_.AddBlanks(row_, static_cast<std::uint16_t>(column_), 1);
+  }
+  if (type_ == "s") return AddSharedText();
+  if (type_ == "e") return AddTyped(CellKind::kError, ErrorCode(value_));
+  if (type_ == "b") {
+    return AddTyped(CellKind::kBoolean, value_ == "1" || value_ == "true" ? 1 : 0);
+  }
+  if (type_ == "d") {
+    if (const std::optional<double> date = ReadIsoDate(value_)) {
+      const TypedNumber typed = TypeNumber(*date, true, false);
+      return AddTyped(typed.kind, typed.number);
+    }
+  }
+  if (const std::optional<double> number = ReadNumber(value_)) return AddNumber(*number);
+  AddText(texts.Append(value_));
+}
+
+void XlsxSheetReader::AddSharedText() {
+  const std::optional<std::uint32_t> index = ReadWhole<std::uint32_t>(value_);
+  if (!index || *index >= strings_.Count()) {
+    const std::string number = index ? GroupedDigits(std::uint64_t{*index} + 1) : value_;
+    Refuse("is damaged: cell " + CellName({row_, column_}) + " shows text number " + number +
+           " of the workbook's texts, of which " + GroupedDigits(strings_.Count()) +
+           " can be read");
+  }
+  cells_.AddSharedText(row_, static_cast<std::uint16_t>(column_), strings_.Range(*index));
+}
+
+void XlsxSheetReader::AddText(TextRange text) {
+  cells_.AddOwnText(row_, static_cast<std::uint16_t>(column_), text);
+}
+
+void XlsxSheetReader::AddNumber(double number) {
+  const bool shows_date = format_ < shows_date_.size() && shows_date_[format_] != 0;
+  const TypedNumber typed = TypeNumber(number, shows_date, uses_1904_);
+  AddTyped(typed.kind, typed.number);
+}
+
+void XlsxSheetReader::AddTyped(CellKind kind, double number) {
+  cells_.AddNumber(row_, static_cast<std::uint16_t>(column_), kind, number);
+}
+
+}  // namespace korvex

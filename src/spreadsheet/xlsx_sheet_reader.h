@@ -1,0 +1,62 @@
+// Reads the cells of one worksheet of an .xlsx workbook.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "spreadsheet/shared_strings.h"
+#include "spreadsheet/sheet_cells.h"
+#include "spreadsheet/xlsx_text.h"
+#include "spreadsheet/xml_parser.h"
+
+namespace korvex {
+
+// The part of a worksheet, fed to the handler element by element:
+//   <worksheet><sheetData><row r="7"><c r="B7" s="format" t="type"> <f/> <v/> <is/>
+// Rows and cells without r follow the one before. Types: n number (or none), s index of a shared
+// text, str text, inlineStr text in <is>, b Boolean, e error, d ISO date. A formula whose result
+// was never worked out counts as #N/A: an empty cell would hide that there is something.
+class XlsxSheetReader : public XmlHandler {
+ public:
+  // `shows_date` goes by format.
+  XlsxSheetReader(const SharedStrings& strings, const std::vector<std::uint8_t>& shows_date,
+                  bool uses_1904, SheetCells& cells)
+      : strings_(strings), shows_date_(shows_date), uses_1904_(uses_1904), cells_(cells) {}
+
+  bool StartElement(const XmlElement& element) override;
+  void EndElement(const XmlName& name, int depth) override;
+  void Text(std::string_view text) override;
+
+ private:
+  void StartRow(const XmlElement& element);
+  void StartCell(const XmlElement& element);
+  bool StartContent(const XmlElement& element);
+  void AddCell();
+  void AddSharedText();
+  void AddText(TextRange text);
+  void AddNumber(double number);
+  void AddTyped(CellKind kind, double number);
+
+  const SharedStrings& strings_;
+  const std::vector<std::uint8_t>& shows_date_;
+  bool uses_1904_;
+  SheetCells& cells_;
+  std::uint32_t row_ = 0;  // of the next cell, zero-based, as is
+  std::uint32_t column_ = 0;
+  std::uint32_t next_row_ = 0;
+
+  // The cell at hand.
+  std::string type_;
+  std::size_t format_ = 0;
+  bool has_value_ = false;
+  bool has_formula_ = false;
+  bool has_inline_text_ = false;
+  std::uint32_t inline_start_ = 0;  // in the arena of the cells
+  bool is_in_value_ = false;
+  std::string value_;
+  XlsxTextReader inline_text_;
+};
+
+}  // namespace korvex
