@@ -1,10 +1,10 @@
 #include "engine/clsKorvex.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <optional>
 
+#include "engine/sheet_name.h"
 #include "tests/support/campaign.h"
 #include "tests/support/errors.h"
 
@@ -32,12 +32,13 @@ class Engine : public testing::Test {
   int Run(const std::vector<std::string>& names = {}) {
     std::vector<std::string> files;
     for (const std::string& name : names) files.push_back(campaign.Path(name));
-    std::string folder = campaign.folder;
+    std::string folder = campaign.folder + "/";
+    campaign.platform.dialogs.texts.clear();
     engine.emplace(events);
     return ErrorOf([&] { engine->ProcessFolders(folder, files); }).Number();
   }
   const std::vector<std::string>& Texts() const { return campaign.platform.dialogs.texts; }
-  bool Saved() const { return !campaign.spreadsheet.saved.empty(); }
+  const std::string& Cause() const { return campaign.platform.dialogs.plain.back().cause; }
 
   Campaign campaign;
   RecordedEvents events;
@@ -47,22 +48,16 @@ class Engine : public testing::Test {
 TEST_F(Engine, PutsTheReplicatesOfAKeySideBySide) {
   campaign.Put("a/P1-3-1.xls", {{1, "K1", 7, 0.25}, {2, "K2", 7, 0.5}});
   campaign.Put("a/P1-3-2.xls", {{1, "k2", 7, 1.5}, {2, "K3", "0017", 1.25}});
+  campaign.Put("a/raw/P-1-1.xls", {{1, "K1", 7, 0.2}});  // deeper than a sub-folder
   ASSERT_EQ(Run(), 0);
-  const FakeSheet& output = campaign.Output();
-  EXPECT_EQ(output.name, "screen");
-  EXPECT_THAT(output.Headers(), ElementsAre("chem_id", "plate", "A", "B", "screen_num", "row_num",
-                                            "vic_num", "plate_384", "well_384", "plate_id"));
-  const std::vector<FakeSheet::Row> expected = {
-      {"K1", 7, 0.25, {}}, {"K2", 7, 0.5, 1.5}, {"K3", "0017", {}, 1.25}};
-  for (int row = 2; row <= 5; ++row) {
-    for (int column = 1; column <= 4; ++column) {
-      const FakeCell cell =
-          row == 5
-              ? FakeCell()
-              : expected[static_cast<std::size_t>(row - 2)][static_cast<std::size_t>(column - 1)];
-      EXPECT_EQ(output.At(row, column), cell) << row << ", " << column;
-    }
-  }
+  EXPECT_EQ(campaign.Output().Name(), "screen");
+  EXPECT_THAT(campaign.OutputRow(1),
+              ElementsAre("chem_id", "plate", "A", "B", "screen_num", "row_num", "vic_num",
+                          "plate_384", "well_384", "plate_id"));
+  EXPECT_THAT(campaign.OutputRow(2), ElementsAre("K1", "7", "0.25"));
+  EXPECT_THAT(campaign.OutputRow(3), ElementsAre("K2", "7", "0.5", "1.5"));
+  EXPECT_THAT(campaign.OutputRow(4), ElementsAre("K3", "0017", "", "1.25"));
+  EXPECT_THAT(campaign.OutputRow(5), IsEmpty());
   EXPECT_EQ(events.processed, 2);
   EXPECT_THAT(events.messages,
               ElementsAre("Folder 1 of 1, Filename P1-3-1 (1 of 2), Sheet 1 of 1",
@@ -74,24 +69,14 @@ TEST_F(Engine, PutsTheReplicatesOfAKeySideBySide) {
 TEST_F(Engine, DrivesTheApplicationInOrder) {
   campaign.Put("a/P1-3-1.xls", {});
   ASSERT_EQ(Run(), 0);
-  EXPECT_THAT(
-      campaign.spreadsheet.calls,
-      ElementsAre("CreateApplication", "CreateApplication", "Visible = False",
-                  "ScreenUpdating = False", "DisplayAlerts = False",
-                  "Workbooks.Open /data/screen/a/P1-3-1.xls", "Close P1-3-1.xls", "Quit",
-                  "Visible = False", "ScreenUpdating = False", "DisplayAlerts = False",
-                  "Workbooks.Add", "Delete Sheet1", "Delete Sheet2",
-                  "Workbooks.Open /data/screen/a/P1-3-1.xls ReadOnly IgnoreReadOnlyRecommended "
-                  "AddToMru:=False",
-                  "Activate data", "Activate data", "Close P1-3-1.xls", "SaveAs /out/all.xls",
-                  "Close Book1", "Quit"));
-}
-
-TEST_F(Engine, NamesTheSheetAfterAFolderGivenWithASeparator) {
-  campaign.Put("a/P-1-1.xls", {});
-  std::string folder = campaign.folder + "/";
-  ASSERT_EQ(ErrorOf([&] { clsKorvex(events).ProcessFolders(folder, {}); }).Number(), 0);
-  EXPECT_EQ(campaign.Output().name, "screen");
+  EXPECT_THAT(campaign.spreadsheet.calls,
+              ElementsAre("CreateApplication", "CreateApplication", "Visible = False",
+                          "ScreenUpdating = False", "DisplayAlerts = False",
+                          "Open /data/screen/a/P1-3-1.xls", "Quit", "Visible = False",
+                          "ScreenUpdating = False", "DisplayAlerts = False", "Add",
+                          "Open /data/screen/a/P1-3-1.xls ReadOnly IgnoreReadOnlyRecommended "
+                          "AddToMru:=False",
+                          "Quit"));
 }
 
 TEST_F(Engine, SuppliesDateFilenameAndDayNumber) {
@@ -99,33 +84,37 @@ TEST_F(Engine, SuppliesDateFilenameAndDayNumber) {
   campaign.SetOutputs({"FILENAME", "DATE", "Day_Num", "Compound ID"});
   campaign.Put("a/X-P1-3-2.xls", {{1, "K1", 7, 0.25}});
   ASSERT_EQ(Run(), 0);
-  const FakeSheet& output = campaign.Output();
-  EXPECT_EQ(output.At(1, 4), FakeCell("chem_id"));
-  EXPECT_EQ(output.At(2, 1), FakeCell("/data/screen/a/X-P1-3-2.xls"));
-  EXPECT_EQ(output.At(2, 2), FakeCell("12/03/2002"));
-  EXPECT_EQ(output.At(2, 3), FakeCell(3));
-  EXPECT_EQ(output.At(1, 5), FakeCell("B"));  // at 4 + 2; the empty column of "A" is closed
+  EXPECT_THAT(campaign.OutputRow(2),
+              ElementsAre("/data/screen/a/X-P1-3-2.xls", "12/03/2002", "3", "K1", "0.25"));
+  EXPECT_EQ(campaign.Output().Value(2, 3), CellValue::Number(3));
+  // "B" is at 4 + 2; the empty column of "A" is closed.
+  EXPECT_EQ(campaign.OutputRow(1).at(4), "B");
 }
 
 TEST_F(Engine, CopiesDataAsValuesAndOutputColumnsAsText) {
   campaign.SetOutputs({"plate"});
-  const FakeCell date = FakeCell::Of(CellValue::Date(37327.5));
-  const FakeCell yes = FakeCell::Of(CellValue::Boolean(true));
-  const FakeCell not_available = FakeCell::Of(CellValue::ErrorCode(42));
-  campaign.Put("a/P-1-1.xls", {{1, "A", date, date},
-                               {1, "B", yes, yes},
-                               {1, "C", not_available, not_available},
-                               {1, "D", 1.0 / 3, 1.0 / 3},
-                               {1, "E", "=A1", " =A1"},
-                               {1, "F", "", ""},
-                               {1, "G", 1e15, "12"}});
+  const struct {
+    TestCell data;
+    TestCell as_text;
+  } cases[] = {
+      {CellValue::Date(37327.5), "3/12/2002 12:00:00 PM"},
+      {CellValue::Boolean(true), "True"},
+      {CellValue::ErrorCode(42), "Error 2042"},
+      {1.0 / 3, 0.333333333333333},
+      {"=A1", "=A1"},
+      {1e15, "1E+15"},
+      {" =A1", " =A1"},
+  };
+  std::vector<std::vector<TestCell>> rows;
+  const char* const keys[] = {"A", "B", "C", "D", "E", "F", "G"};
+  for (const auto& c : cases) rows.push_back({1, keys[rows.size()], c.data, c.data});
+  campaign.Put("a/P-1-1.xls", rows);
   ASSERT_EQ(Run(), 0);
-  const std::vector<FakeCell> as_text = {
-      "3/12/2002 12:00:00 PM", "True", "Error 2042", 0.333333333333333, "=A1", {}, "1E+15"};
-  const std::vector<FakeCell> as_value = {date, yes, not_available, 1.0 / 3, " =A1", "", "12"};
-  for (std::size_t i = 0; i < as_text.size(); ++i) {
-    EXPECT_EQ(campaign.Output().At(static_cast<int>(i) + 2, 1), as_text[i]) << i;
-    EXPECT_EQ(campaign.Output().At(static_cast<int>(i) + 2, 2), as_value[i]) << i;
+  const Worksheet& output = campaign.Output();
+  int row = 1;
+  for (const auto& c : cases) {
+    EXPECT_EQ(output.Value(++row, 1), c.as_text.value) << row;
+    EXPECT_EQ(output.Value(row, 2), c.data.value) << row;
   }
 }
 
@@ -137,142 +126,91 @@ TEST_F(Engine, KeepsTheColumnsOfReplicationsFromBatchToBatch) {
   ASSERT_EQ(Run(), 0);
   // "C" was given column 5 and moved to 4 when the gap of "B" was closed; its later data still go
   // to 5. "F" takes the place, and the header, of an extra column.
-  EXPECT_THAT(campaign.Output().Headers(),
+  EXPECT_THAT(campaign.OutputRow(1),
               ElementsAre("chem_id", "plate", "A", "C", "screen_num", "row_num", "vic_num", "F",
                           "well_384", "plate_id", "screen_num", "row_num", "vic_num", "plate_384",
                           "well_384", "plate_id"));
-  EXPECT_EQ(campaign.Output().At(2, 4), FakeCell(0.3));
-  EXPECT_EQ(campaign.Output().At(3, 5), FakeCell(0.33));
-  EXPECT_EQ(campaign.Output().At(3, 8), FakeCell(0.66));
+  EXPECT_THAT(campaign.OutputRow(2), ElementsAre("K1", "7", "0.1", "0.3"));
+  EXPECT_THAT(campaign.OutputRow(3), ElementsAre("K2", "7", "", "", "0.33", "", "", "0.66"));
 }
 
 TEST_F(Engine, EndsASheetAtABlankAndFindsTheHeaderFromBelow) {
-  campaign.PutContent("a/P-1-1.xls", {{FakeSheet("chart", {}),
-                                       FakeSheet("data", {{"12/03/2002 10:15"},
-                                                          {"#", "compound ID", "plate", "Delta OD"},
-                                                          {1, "K1", 7, 0.1},
-                                                          {"  ", "K2", 7, 0.2},
-                                                          {3, "K3", 7, 0.3}})}});
+  const auto put = [&](const TestCell& blank) {
+    campaign.PutSheets("a/P-1-1.xls", {{"chart", {}},
+                                       {"data",
+                                        {{"12/03/2002 10:15"},
+                                         {"#", "compound ID", "plate", "Delta OD"},
+                                         {1, "K1", 7, 0.1},
+                                         {blank, "K2", 7, 0.2},
+                                         {3, "K3", 7, 0.3}}}});
+  };
+  put({});
+  ASSERT_EQ(Run(), 0);
+  EXPECT_THAT(campaign.OutputRow(2), ElementsAre("K1", "7", "0.1"));
+  EXPECT_THAT(campaign.OutputRow(3), IsEmpty());
   // A row whose first cell is no number is the header row for the search from below: here there is
   // none but a blank text, so that no column is available and the run is refused.
+  put("  ");
   EXPECT_EQ(Run(), 17);
-
-  campaign.PutContent("a/P-1-1.xls", {{FakeSheet("data", {{"12/03/2002 10:15"},
-                                                          {"#", "compound ID", "plate", "Delta OD"},
-                                                          {1, "K1", 7, 0.1},
-                                                          {{}, "K2", 7, 0.2},
-                                                          {3, "K3", 7, 0.3}})}});
-  ASSERT_EQ(Run(), 0);
-  EXPECT_EQ(campaign.Output().At(2, 1), FakeCell("K1"));
-  EXPECT_EQ(campaign.Output().At(3, 1), FakeCell());
 }
 
-struct Refusal {
-  const char* file_name;
-  std::initializer_list<FakeSheet::Row> rows;
-  std::string text;
-};
-
-TEST_F(Engine, RefusesWhatWouldMixUpData) {
-  const Refusal refusals[] = {
-      {"P1-3-2.xls",
-       {{1, "K1", 7, 0.1}, {2, "k1", 7, 0.2}},
+// The sample campaign has more of them.
+TEST_F(Engine, RefusesWhatItCannotReadOrWouldMixUp) {
+  const auto put = [&](const char* name) { campaign.Put(name, {{1, "K1", 7, 0.1}}); };
+  const std::string replication =
+      "Could not extract replication number from file. Please make sure filenames are in format "
+      "\"<XXX>-<X>-<REPLICATION-NUM>.xls\".\r\n\r\nFilename: /.../screen/a/";
+  const struct {
+    const char* condition;
+    std::function<void()> prepare;
+    std::string text;
+  } cases[] = {
+      {"a key twice in a sheet",
+       [&] {
+         campaign.Put("a/P1-3-2.xls", {{1, "K1", 7, 0.1}, {2, "k1", 7, 0.2}});
+       },
        "Duplicate key in file \r\n'/.../screen/a/P1-3-2.xls'\r\n\r\nKey name:   compound ID=k1;"},
-      {"Q1-3-1.xls",
-       {{1, "K1", 7, 0.1}},
-       "The same key, with the same replication number was found in different files, and data "
-       "would be overwritten. Please check that all key fields are truely unique.\r\n\r\n"
-       "Current file: /.../screen/a/Q1-3-1.xls\r\n\r\nKey name:   compound ID=K1;"},
-      {"P1-3-x.xls",
-       {},
-       "Could not extract replication number from file. Please make sure filenames are in format "
-       "\"<XXX>-<X>-<REPLICATION-NUM>.xls\".\r\n\r\nFilename: /.../screen/a/P1-3-x.xls"},
-      {"P1-3-40000.xls", {}, "Could not extract replication number from file. "},
-      {"P1-3-0.xls", {}, "Could not extract replication number from file. "}};
-  for (const Refusal& refusal : refusals) {
-    campaign.platform.files.Remove("/data/screen");
-    campaign.Put("a/P1-3-1.xls", {{1, "K1", 7, 0.1}});
-    campaign.Put(std::string("a/") + refusal.file_name, refusal.rows);
-    campaign.platform.dialogs.texts.clear();
-    EXPECT_EQ(Run(), 17) << refusal.file_name;
-    EXPECT_THAT(Texts(), ElementsAre(HasSubstr(refusal.text)));
-    EXPECT_EQ(campaign.spreadsheet.calls.back(), "Close " + std::string(refusal.file_name));
-    EXPECT_FALSE(Saved());
+      {"replication 0", [&] { put("a/P1-3-0.xls"); }, replication + "P1-3-0.xls"},
+      {"replication of 17 bits", [&] { put("a/P1-3-40000.xls"); }, replication + "P1-3-40000.xls"},
+      {"no sheet data",
+       [&] {
+         campaign.PutSheets("a/P1-3-2.xls", {{"Sheet1", {}}});
+       },
+       "No \"data\" sheet found in file /.../screen/a/P1-3-2.xls"},
+      {"no date",
+       [&] {
+         campaign.SetKeys({"compound ID", "Date"});
+         campaign.PutSheets(
+             "a/P1-3-1.xls",
+             {{"data",
+               {{"12/03/2002"}, {"#", "compound ID", "plate", "Delta OD"}, {1, "K1", 7, 0.1}}}});
+       },
+       "Problem occurred while trying to extract the date from Column \"A1\".Please make sure "
+       "date format is as required.\r\n\r\nFilename: /.../screen/a/P1-3-1.xls"},
+      {"no day number",
+       [&] {
+         campaign.platform.files.Remove(campaign.Path("a"));
+         campaign.SetKeys({"compound ID", "day_num"});
+         put("a/P1-1.xls");
+       },
+       "An error occurred while processing the file /.../screen/a/P1-1.xls"},
+      {"a folder named like a workbook",
+       [&] { campaign.platform.files.AddFolder(campaign.Path("a/P1-3-2.XLS")); },
+       "An error occurred while processing the file /.../screen/a/P1-3-2.XLS"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.condition);
+    campaign.platform.files.Remove(campaign.folder);
+    campaign.SetKeys({"compound ID"});
+    put("a/P1-3-1.xls");
+    c.prepare();
+    EXPECT_EQ(Run(), 17);
+    EXPECT_THAT(Texts(), ElementsAre(HasSubstr(c.text)));
+    EXPECT_FALSE(campaign.HasOutput());
+    engine.reset();
+    EXPECT_EQ(campaign.spreadsheet.running, 0);
   }
-  EXPECT_THAT(events.errors, testing::Each("Error while processing folder /.../screen/a"));
-}
-
-TEST_F(Engine, RefusesAFileNameOrDateThatItNeedsAndCannotRead) {
-  campaign.SetKeys({"compound ID", "day_num"});
-  campaign.Put("a/P1-2.xls", {{1, "K1", 7, 0.1}});
-  EXPECT_EQ(Run(), 17);
-  EXPECT_THAT(Texts(),
-              ElementsAre("An error occurred while processing the file /.../screen/a/P1-2.xls"));
-  EXPECT_THAT(campaign.platform.dialogs.plain.back().cause, HasSubstr("\"P1\""));
-  EXPECT_EQ(campaign.spreadsheet.workbooks_open, 2);  // until the engine goes
-
-  campaign.SetKeys({"compound ID", "Date"});
-  FakeSheet sheet("data",
-                  {{"12/03/2002"}, {"#", "compound ID", "plate", "Delta OD"}, {1, "K1", 7, 0.1}});
-  campaign.PutContent("a/P1-2.xls", {{sheet}});
-  campaign.platform.dialogs.texts.clear();
-  EXPECT_EQ(Run(), 17);
-  EXPECT_THAT(Texts(), ElementsAre("Problem occurred while trying to extract the date from Column "
-                                   "\"A1\".Please make sure date format is as required.\r\n\r\n"
-                                   "Filename: /.../screen/a/P1-2.xls"));
-  EXPECT_EQ(campaign.spreadsheet.workbooks_open, 1);  // the input workbook was closed at once
-}
-
-TEST_F(Engine, RefusesAFileWithoutASheetData) {
-  campaign.Put("a/P-1-1.xls", {});
-  campaign.PutContent("a/P-1-2.xls", {{FakeSheet("Sheet1", {})}});
-  EXPECT_EQ(Run(), 17);
-  EXPECT_THAT(Texts(), ElementsAre("No \"data\" sheet found in file /.../screen/a/P-1-2.xls"));
-  EXPECT_FALSE(Saved());
-}
-
-TEST_F(Engine, RefusesASampleThatDisagreesWithTheSettings) {
-  campaign.Put("a/P-1-1.xls", {});
-  campaign.SetOutputs({"Batch"});
-  EXPECT_EQ(Run(), 17);
-  EXPECT_THAT(Texts(), ElementsAre("Please check structure settings before start.\r\n\r\n"
-                                   "File used for format check:\r\n\r\n"
-                                   "/.../screen/a/P-1-1.xls"));
-  EXPECT_THAT(campaign.spreadsheet.calls, Not(testing::Contains("Workbooks.Add")));
-}
-
-TEST_F(Engine, RefusesAnEmptySubFolderEvenAfterOthers) {
-  campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
-  campaign.platform.files.AddFolder("/data/screen/b");
-  EXPECT_EQ(Run(), 17);
-  EXPECT_THAT(Texts(),
-              ElementsAre("The sub-folder \"b\" is empty. Please make sure all sub-folders of "
-                          "chosen processing folder have files in them."));
-  EXPECT_EQ(events.processed, 1);
-  EXPECT_FALSE(Saved());
-}
-
-TEST_F(Engine, ReportsAFileThatCannotBeRead) {
-  campaign.Put("a/P-1-1.xls", {});
-  campaign.platform.files.AddFile("/data/screen/a/notes.txt");
-  EXPECT_EQ(Run(), 17);
-  EXPECT_THAT(Texts().back(),
-              "An error occurred while processing the file "
-              "/.../screen/a/notes.txt");
-  EXPECT_EQ(campaign.platform.dialogs.plain.back().cause,
-            "/data/screen/a/notes.txt cannot be opened.");
-  EXPECT_THAT(events.errors, ElementsAre("Error while processing folder /.../screen/a"));
-}
-
-TEST_F(Engine, RefusesAFolderNamedLikeAWorkbookAndPassesOthersOver) {
-  campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
-  campaign.Put("a/raw/P-1-1.xls", {{1, "K1", 7, 0.2}});
-  EXPECT_EQ(Run(), 0);
-  campaign.platform.files.AddFolder("/data/screen/a/P-1-2.XLS");
-  EXPECT_EQ(Run(), 17);
-  EXPECT_THAT(Texts().back(),
-              "An error occurred while processing the file "
-              "/.../screen/a/P-1-2.XLS");
+  EXPECT_THAT(events.errors, testing::Contains("Error while processing folder /.../screen/a"));
 }
 
 TEST_F(Engine, ProcessesSelectedFilesAsOneBatch) {
@@ -280,8 +218,7 @@ TEST_F(Engine, ProcessesSelectedFilesAsOneBatch) {
   campaign.Put("P-1-2.xls", {{1, "K1", 7, 0.2}});
   campaign.Put("P-1-1.xls", {{1, "K1", 7, 0.1}});
   ASSERT_EQ(Run({"P-1-2.xls", "P-1-1.xls"}), 0);
-  EXPECT_EQ(campaign.Output().At(2, 3), FakeCell(0.1));
-  EXPECT_EQ(campaign.Output().At(2, 4), FakeCell(0.2));
+  EXPECT_THAT(campaign.OutputRow(2), ElementsAre("K1", "7", "0.1", "0.2"));
   EXPECT_EQ(events.messages.front(), "Folder 1 of 1, Filename P-1-2 (1 of 2), Sheet 1 of 1");
 
   EXPECT_EQ(Run({"P-1-1.xls", "none.xls"}), 17);
@@ -290,50 +227,55 @@ TEST_F(Engine, ProcessesSelectedFilesAsOneBatch) {
 
 // Without a sample no column is available, so that the row of headers is empty.
 TEST_F(Engine, SavesAWorkbookForAFolderWithoutSubFolders) {
-  campaign.Put("a/P-1-1.xls", {});
-  campaign.platform.files.Remove("/data/screen/a");
   ASSERT_EQ(Run(), 0);
-  EXPECT_THAT(campaign.Output().Headers(), IsEmpty());
-  EXPECT_THAT(Texts(), ElementsAre(HasSubstr("No file could be used")));
+  EXPECT_THAT(campaign.OutputRow(1), IsEmpty());
+  EXPECT_THAT(Texts(), ElementsAre("No file could be used in order to determine structure of file. "
+                                   "Please make sure you have "
+                                   "files in all sub-folders of chosen processing folder."));
 }
 
-TEST_F(Engine, AsksBeforeTheNextFileIsReadAndGoesOn) {
-  campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
-  campaign.Put("a/P-1-2.xls", {{1, "K1", 7, 0.2}});
-  campaign.platform.message_loop.on_yield = [&] {
-    if (events.processed == 0) engine->StopProcess();
-  };
-  campaign.platform.dialogs.button_answers = {"Continue"};
-  EXPECT_EQ(Run(), 0);
-  EXPECT_THAT(Texts(), ElementsAre("Stop Process?"));
-  EXPECT_THAT(campaign.platform.dialogs.buttons[0].buttons, ElementsAre("Yes, Stop.", "Continue"));
-  EXPECT_EQ(events.processed, 2);
-  EXPECT_FALSE(engine->Stopped());
-}
-
-TEST_F(Engine, ReportsAConfirmedStopAndEndsTheRun) {
+TEST_F(Engine, StopsBeforeTheNextFileIsReadOnceThatIsConfirmed) {
   campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
   campaign.Put("a/P-1-2.xls", {{1, "K1", 7, 0.2}});
   campaign.platform.message_loop.on_yield = [&] {
     if (events.processed == 1) engine->StopProcess();
   };
   EXPECT_EQ(Run(), 17);
+  EXPECT_EQ(events.processed, 1);
   EXPECT_TRUE(engine->Stopped());
   EXPECT_FALSE(engine->Running());
   EXPECT_THAT(Texts(), ElementsAre("Stop Process?", HasSubstr("\"frmMain.ProcessFolders\".")));
-  EXPECT_EQ(campaign.platform.dialogs.plain.back().cause, "User interrupt occurred");
-  EXPECT_FALSE(Saved());
-  engine.reset();
-  EXPECT_EQ(campaign.spreadsheet.applications_running, 0);
-  EXPECT_EQ(campaign.spreadsheet.workbooks_open, 0);
+  EXPECT_EQ(Cause(), "User interrupt occurred");
+  EXPECT_FALSE(campaign.HasOutput());
+
+  events.processed = 0;
+  campaign.platform.dialogs.button_answers = {"Continue"};
+  EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(events.processed, 2);
+  EXPECT_FALSE(engine->Stopped());
+  EXPECT_THAT(Texts(), ElementsAre("Stop Process?"));
 }
 
 TEST_F(Engine, ReportsAFailingSave) {
   campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
-  campaign.spreadsheet.fail_save_with = 61;
+  campaign.platform.files.LimitSpace(1000);
   EXPECT_EQ(Run(), 17);
   EXPECT_THAT(Texts(), ElementsAre(HasSubstr("\"frmMain.ProcessFolders\".")));
-  EXPECT_EQ(campaign.platform.dialogs.plain.back().cause, "Disk full");
+  EXPECT_THAT(Cause(), HasSubstr("Disk full"));
+}
+
+TEST(SheetNameFromFolder, HoldsOnlyWhatASheetNameCan) {
+  const std::string thirty(30, 'x');
+  const std::pair<std::string, std::string> names[] = {
+      {"Screen 12 (b)", "Screen 12 (b)"},
+      {"a\\b/c?d*e[f]g:h\x01", "a_b_c_d_e_f_g_h_"},
+      {"'it's'", "_it's_"},
+      {"caf\xE9 [1]", "caf_ _1_"},
+      {thirty + "äb", thirty + "ä"},
+      {thirty + "\U0001F9EA", thirty},
+      {thirty + "'z", thirty + "_"},
+  };
+  for (const auto& [folder, name] : names) EXPECT_EQ(SheetNameFromFolder(folder), name);
 }
 
 }  // namespace

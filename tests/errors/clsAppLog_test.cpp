@@ -1,9 +1,9 @@
 #include "errors/clsAppLog.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include "platform/error.h"
+#include "errors/basFuncs.h"
+#include "errors/open_app_log.h"
 #include "tests/support/errors.h"
 #include "tests/support/fakes.h"
 
@@ -16,7 +16,6 @@ class AppLogFile : public testing::Test {
  protected:
   AppLogFile() {
     platform.files.AddFolder("/log");
-    platform.clock.Set(2004, 12, 31, 23, 5, 9);
     log.Filename(kFile);
   }
 
@@ -26,15 +25,19 @@ class AppLogFile : public testing::Test {
   clsAppLog log;
 };
 
-TEST_F(AppLogFile, HoldsARecordOfEveryPart) {
-  log.Error("Work", 53, "not found", "disk", "try again", "frmMain.Run", true, true, false);
+TEST_F(AppLogFile, HoldsARecordOfEveryPartAndRaisesTheErrorWhenAsked) {
+  const Error raised = ErrorOf([&] {
+    log.Error("Work", 53, "not found", "disk", "try again", "frmMain.Run", true, true, true);
+  });
+  EXPECT_EQ(raised.Number(), 53);
+  EXPECT_EQ(raised.Description() + raised.Source(), "not founddisk");
   EXPECT_EQ(Content(),
             "\r\n"
             "<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<ERROR>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>\r\n"
             "Error Number   : 53\r\n"
             "Error Desc     : not found\r\n"
             "Error Source   : disk\r\n"
-            "Date           : 31/12/2004 23:05:09\r\n"
+            "Date           : 05/03/2004 14:07:09\r\n"
             "Function Name  : Work\r\n"
             "Caught by      : frmMain.Run\r\n"
             "Additional Data: try again\r\n"
@@ -56,16 +59,7 @@ TEST_F(AppLogFile, TakesWhatIsLeftOutFromThePendingError) {
             "\r\nError Number   : 5\r\nError Desc     : \r\nError Source   : \r\n\r\n");
 }
 
-TEST_F(AppLogFile, RaisesTheErrorItRecordedWhenAsked) {
-  const Error raised =
-      ErrorOf([&] { log.Error({}, 57, "device", "clsX", "", {}, false, false, true); });
-  EXPECT_EQ(raised.Number(), 57);
-  EXPECT_EQ(raised.Description(), "device");
-  EXPECT_EQ(raised.Source(), "clsX");
-  EXPECT_THAT(Content(), testing::HasSubstr("57"));
-}
-
-TEST_F(AppLogFile, TakesFreeText) {
+TEST_F(AppLogFile, TakesFreeTextInTheSingleByteCodePage) {
   const struct {
     const char* more_info;
     bool insert_time;
@@ -73,54 +67,84 @@ TEST_F(AppLogFile, TakesFreeText) {
     bool indent;
     const char* written;
   } cases[] = {
-      {"", false, 0, false, "text"},
-      {"", false, -1, true, "\ttext"},
-      {"", true, 1, false, "text\r\nTime: 31/12/2004 23:05:09\r\n"},
+      {"", false, -1, true, "\t5 \xB5M \x96 ?"},
+      {"", true, 1, false, "5 \xB5M \x96 ?\r\nTime: 05/03/2004 14:07:09\r\n"},
       {"more", true, 2, true,
-       "\ttext\r\n\tTime: 31/12/2004 23:05:09\r\n\tAdditional Data: more\r\n\r\n"},
+       "\t5 \xB5M \x96 ?\r\n\tTime: 05/03/2004 14:07:09\r\n\tAdditional Data: more\r\n\r\n"},
   };
   std::string expected;
   for (const auto& c : cases) {
-    log.AddText("text", c.more_info, c.insert_time, c.end_crlf, c.indent);
+    log.AddText("5 µM – λ", c.more_info, c.insert_time, c.end_crlf, c.indent);
     expected += c.written;
     EXPECT_EQ(Content(), expected);
   }
 }
 
-TEST_F(AppLogFile, IsWrittenInTheSingleByteCodePage) {
-  log.AddText("5 µM – λ", "", false, 0, false);
-  EXPECT_EQ(Content(), "5 \xB5M \x96 ?");
-}
-
-TEST_F(AppLogFile, GrowsThroughReopening) {
-  log.AddText("a", "", false, 1, false);
+TEST_F(AppLogFile, GrowsThroughReopeningAndIsLetGoForAnother) {
+  const auto add = [&](const char* text) {
+    return ErrorOf([&] { log.AddText(text, "", false, 1, false); }).Number();
+  };
+  EXPECT_EQ(add("a"), 0);
   log.CloseFile();
-  EXPECT_EQ(ErrorOf([&] { log.AddText("lost", "", false, 0, false); }).Number(),
-            error_number::kObjectNotSet);
+  EXPECT_EQ(add("lost"), error_number::kObjectNotSet);
   log.Filename(kFile);
-  log.AddText("b", "", false, 1, false);
-  EXPECT_EQ(Content(), "a\r\nb\r\n");
-}
-
-TEST_F(AppLogFile, StaysClosedWhenTheNewFileCannotBeOpened) {
+  EXPECT_EQ(add("b"), 0);
   EXPECT_EQ(ErrorOf([&] { log.Filename("/none/KORVEX.LOG"); }).Number(),
             error_number::kPathNotFound);
   EXPECT_EQ(log.Filename(), "/none/KORVEX.LOG");
-  EXPECT_EQ(ErrorOf([&] { log.AddText("x", "", false, 0, false); }).Number(),
-            error_number::kObjectNotSet);
-  EXPECT_EQ(Content(), "");  // the former file is let go
-}
-
-TEST_F(AppLogFile, PassesOnAFullDisk) {
+  EXPECT_EQ(add("lost"), error_number::kObjectNotSet);
+  log.Filename(kFile);
   platform.files.LimitSpace(3);
-  EXPECT_EQ(ErrorOf([&] { log.AddText("record", "", false, 0, false); }).Number(),
-            error_number::kDiskFull);
-  EXPECT_EQ(Content(), "rec");
-}
-
-TEST_F(AppLogFile, OpensInTheTextEditor) {
+  EXPECT_EQ(add("record"), error_number::kDiskFull);
+  EXPECT_EQ(Content(), "a\r\nb\r\nrec");
   log.NotePad();
   EXPECT_THAT(platform.shell.edited, testing::ElementsAre(kFile));
+}
+
+class OpeningTheErrorLog : public testing::Test {
+ protected:
+  static Services WithUserFolder(const std::string& folder) {
+    Services services = Platform();
+    services.user_folder = folder;
+    return services;
+  }
+  // Where a record lands.
+  std::string Place() {
+    OpenAppLog();
+    AppLog().AddText("record", "", false, 0, false);
+    EXPECT_EQ(platform.files.Content(AppLog().Filename()), "record");
+    return platform.files.AbsolutePath(AppLog().Filename());
+  }
+
+  TestPlatform platform;
+  InstalledServices installed{WithUserFolder("/home/user/.local/state/korvex")};
+};
+
+TEST_F(OpeningTheErrorLog, PrefersThePlaceBesideTheProgram) {
+  EXPECT_EQ(Place(), "/opt/korvex/AppErr/KORVEX.LOG");
+  EXPECT_FALSE(platform.files.FolderExists("/home/user/.local"));
+  platform.files.Deny("/opt/korvex/AppErr/KORVEX.LOG");
+  EXPECT_EQ(Place(), "/home/user/.local/state/korvex/AppErr/KORVEX.LOG");
+}
+
+TEST_F(OpeningTheErrorLog, GoesToTheUsersFolderOrFailsAsThatDid) {
+  platform.files.Deny("/opt/korvex/AppErr");
+  platform.files.Fail(FileOperation::kCreateFolder, "/home/user/.local", error_number::kDiskFull);
+  EXPECT_EQ(ErrorOf([] { OpenAppLog(); }).Number(), error_number::kDiskFull);
+  platform.files.AddFolder("/home/user/.local");
+  EXPECT_EQ(Place(), "/home/user/.local/state/korvex/AppErr/KORVEX.LOG");
+  const InstalledServices homeless(WithUserFolder(""));
+  EXPECT_EQ(ErrorOf([] { OpenAppLog(); }).Number(), error_number::kPermissionDenied);
+}
+
+TEST(AppErrFolder, LiesBesideTheProgramAndIsCreatedOneLevelDeep) {
+  TestPlatform platform(PathStyle::kWindows);
+  EXPECT_EQ(AppErrFolder(), "C:\\KORVEX\\bin\\..\\AppErr\\");
+  EXPECT_TRUE(platform.files.FolderExists("C:\\KORVEX\\AppErr"));
+  platform.files.Deny("C:\\KORVEX\\AppErr");
+  EXPECT_EQ(AppErrFolder(), "C:\\KORVEX\\bin\\..\\AppErr\\") << "it exists: nothing more is asked";
+  platform.SetProgramFolder("E:\\none\\bin");
+  EXPECT_EQ(ErrorOf([] { AppErrFolder(); }).Number(), error_number::kPathNotFound);
 }
 
 }  // namespace

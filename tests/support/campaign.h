@@ -1,12 +1,13 @@
-// A platform with a spreadsheet application in memory, on which a test lays out a campaign.
+// A platform with a spreadsheet application, on which a test lays out a campaign.
 #pragma once
 
-#include <initializer_list>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "tests/support/fake_spreadsheet.h"
 #include "tests/support/fakes.h"
+#include "tests/support/watched_spreadsheet.h"
+#include "util/cell_text.h"
 #include "util/text.h"
 
 namespace korvex {
@@ -14,9 +15,9 @@ namespace korvex {
 // The processing folder is /data/screen, the output workbook /out/all.xls. Key column "compound
 // ID", output columns "compound ID" and "plate", data column "Delta OD", nothing mailed.
 struct Campaign {
-  Campaign() {
+  explicit Campaign(PathStyle style = PathStyle::kLinux) : platform(style) {
     platform.SetSpreadsheet(&spreadsheet);
-    platform.files.AddFolder("/data/screen");
+    platform.files.AddFolder(folder);
     platform.files.AddFolder("/out");
     platform.main_window.processing_folder = folder;
     Set("Main Section", "Output Path", "/out/");
@@ -42,29 +43,38 @@ struct Campaign {
 
   // A workbook with the sheet "data": a date in A1, the header row "#", "compound ID", "plate",
   // "Delta OD", and the rows.
-  void Put(const std::string& name, std::initializer_list<FakeSheet::Row> rows) {
-    FakeSheet sheet("data", {{"12/03/2002 10:15"}, {"#", "compound ID", "plate", "Delta OD"}});
-    int row_number = 2;
-    for (const FakeSheet::Row& row : rows) {
-      ++row_number;
-      int column = 0;
-      for (const FakeCell& cell : row) {
-        if (++column; cell.kind != CellKind::kEmpty) sheet.cells[{row_number, column}] = cell;
-      }
-    }
-    PutContent(name, {{sheet}});
+  void Put(const std::string& name, const std::vector<std::vector<TestCell>>& rows) {
+    TestSheet sheet{"data", {{"12/03/2002 10:15"}, {"#", "compound ID", "plate", "Delta OD"}}};
+    sheet.rows.insert(sheet.rows.end(), rows.begin(), rows.end());
+    PutSheets(name, {sheet});
   }
-  void PutContent(const std::string& name, FakeWorkbookContent content) {
+  void PutSheets(const std::string& name, const std::vector<TestSheet>& sheets) {
     platform.files.AddFile(Path(name));
-    spreadsheet.Put(Path(name), std::move(content));
+    spreadsheet.Put(Path(name), sheets);
   }
 
   std::string Path(const std::string& name) const { return folder + "/" + name; }
-  const FakeSheet& Output() const { return spreadsheet.Saved("/out/all.xls"); }
+  // The sheet of the output workbook, until it is asked for again.
+  const Worksheet& Output() {
+    reader.emplace(platform.files);
+    return reader->OpenWorkbook("/out/all.xls", {}).Worksheets(1);
+  }
+  bool HasOutput() const { return platform.files.FileExists("/out/all.xls"); }
+  // The texts of a row of the output up to the last that is not empty.
+  std::vector<std::string> OutputRow(int row) {
+    const Worksheet& sheet = Output();
+    std::vector<std::string> texts;
+    for (int column = sheet.LastCell().column; column > 0; --column) {
+      std::string text = CellText(sheet.Value(row, column));
+      if (!texts.empty() || !text.empty()) texts.insert(texts.begin(), std::move(text));
+    }
+    return texts;
+  }
 
   const std::string folder = "/data/screen";
   TestPlatform platform;
-  FakeSpreadsheet spreadsheet;
+  WatchedSpreadsheet spreadsheet{platform.files};
+  std::optional<EmbeddedApplication> reader;
 };
 
 }  // namespace korvex

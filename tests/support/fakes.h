@@ -11,8 +11,10 @@
 #include <utility>
 #include <vector>
 
+#include "errors/clsAppLog.h"
 #include "platform/clock.h"
 #include "platform/dialogs.h"
+#include "platform/error.h"
 #include "platform/mail.h"
 #include "platform/main_window.h"
 #include "platform/message_loop.h"
@@ -21,38 +23,71 @@
 #include "platform/shell.h"
 #include "platform/sound.h"
 #include "tests/support/memory_file_system.h"
+#include "util/text.h"
 
 namespace korvex {
 
-class FakeSettingsStore : public SettingsStore {
- public:
-  std::optional<std::string> Get(std::string_view section, std::string_view key) override;
-  void Save(std::string_view section, std::string_view key, std::string_view value) override;
-  void Delete(std::string_view section, std::string_view key) override;
+struct FakeSettingsStore : SettingsStore {
+  std::optional<std::string> Get(std::string_view section, std::string_view key) override {
+    if (failure != 0) throw Error(failure);
+    const auto found = values.find({UpperCase(section), UpperCase(key)});
+    return found == values.end() ? std::nullopt : std::optional(found->second);
+  }
+  void Save(std::string_view section, std::string_view key, std::string_view value) override {
+    if (failure != 0) throw Error(failure);
+    values[{UpperCase(section), UpperCase(key)}] = value;
+  }
+  void Delete(std::string_view section, std::string_view key) override {
+    if (failure != 0) throw Error(failure);
+    if (values.erase({UpperCase(section), UpperCase(key)}) == 0) {
+      throw Error(error_number::kInvalidCall);
+    }
+  }
 
-  std::vector<std::pair<std::string, std::string>> deletes;  // section and key, as asked for
-  int failure = 0;                                           // raised by every call unless 0
-
- private:
-  std::map<std::pair<std::string, std::string>, std::string> values_;
+  std::map<std::pair<std::string, std::string>, std::string> values;  // by names in upper case
+  int failure = 0;                                                    // of every call unless 0
 };
 
 // Answers from the queues, the oldest first; without any OK, the first caption, and no folder.
 class RecordingDialogs : public Dialogs {
  public:
-  BoxAnswer ShowPlain(const PlainMessage& message) override;
-  std::string ShowButtons(const ButtonMessage& message) override;
-  std::string BrowseForFolder(void* owner, const std::string& prompt) override;
-  std::string BrowseNetwork(void* owner, const std::string& title) override;
+  BoxAnswer ShowPlain(const PlainMessage& message) override {
+    plain.push_back(message);
+    Record(message.text);
+    return Next(plain_answers, BoxAnswer::kOk);
+  }
+  std::string ShowButtons(const ButtonMessage& message) override {
+    buttons.push_back(message);
+    Record(message.prompt);
+    return Next(button_answers, message.buttons.at(0));
+  }
+  std::string BrowseForFolder(void*, const std::string&) override {
+    return Next(folder_answers, std::string());
+  }
+  std::string BrowseNetwork(void*, const std::string&) override {
+    return Next(folder_answers, std::string());
+  }
 
   std::vector<PlainMessage> plain;
   std::vector<ButtonMessage> buttons;
   std::vector<std::string> texts;  // of every message of either kind, in order
-  std::vector<std::string> browse_prompts;
   std::deque<BoxAnswer> plain_answers;
   std::deque<std::string> button_answers;
   std::deque<std::string> folder_answers;
-  int failure = 0;  // raised by every call, once recorded, unless 0
+  int failure = 0;  // raised by every message, once recorded, unless 0
+
+ private:
+  void Record(const std::string& text) {
+    texts.push_back(text);
+    if (failure != 0) throw Error(failure);
+  }
+  template <class Answer>
+  static Answer Next(std::deque<Answer>& answers, Answer otherwise) {
+    if (answers.empty()) return otherwise;
+    Answer answer = std::move(answers.front());
+    answers.pop_front();
+    return answer;
+  }
 };
 
 // Records a step as its name, followed by ": " and its argument when it has one.
@@ -73,50 +108,50 @@ class FakeMail : public Mail {
   std::set<std::string> failing;  // names of the steps that raise an error, once recorded
 
  private:
-  void Step(const std::string& name);
-  void Step(const std::string& name, const std::string& argument);
+  void Step(const std::string& name, const std::string& argument = {}) {
+    steps.push_back(argument.empty() ? name : name + ": " + argument);
+    if (failing.contains(name)) throw Error(error_number::kDeviceUnavailable);
+  }
 };
 
-class FakeShell : public Shell {
- public:
+struct FakeShell : Shell {
   void Open(const std::string& file) override { opened.push_back(file); }
   void OpenInTextEditor(const std::string& file) override { edited.push_back(file); }
-  std::string EnvironmentVariable(const std::string& name) const override;
+  std::string EnvironmentVariable(const std::string& name) const override {
+    return environment.contains(name) ? environment.at(name) : std::string();
+  }
 
   std::vector<std::string> opened;
   std::vector<std::string> edited;
   std::map<std::string, std::string> environment;
 };
 
-class FakeSound : public Sound {
- public:
+struct FakeSound : Sound {
   void Beep() override { played.push_back("beep"); }
   void PlayAlias(const std::string& alias) override { played.push_back("alias " + alias); }
 
   std::vector<std::string> played;
 };
 
-class FakeMessageLoop : public MessageLoop {
- public:
-  void Yield() override;
+struct FakeMessageLoop : MessageLoop {
+  void Yield() override {
+    if (on_yield) on_yield();
+  }
 
   std::function<void()> on_yield;
-  int yields = 0;
 };
 
-class FakeClock : public Clock {
- public:
-  FakeClock() { Set(2004, 3, 5, 14, 7, 9); }
-
-  std::tm Now() const override { return now_; }
-  void Set(int year, int month, int day, int hour, int minute, int second);
-
- private:
-  std::tm now_ = {};
+// It is always the fifth of March 2004, 14:07:09.
+struct FakeClock : Clock {
+  std::tm Now() const override {
+    std::tm now{};
+    now.tm_year = 104, now.tm_mon = 2, now.tm_mday = 5;
+    now.tm_hour = 14, now.tm_min = 7, now.tm_sec = 9;
+    return now;
+  }
 };
 
-class FakeMainWindow : public MainWindow {
- public:
+struct FakeMainWindow : MainWindow {
   std::string ProcessingFolder() const override { return processing_folder; }
 
   std::string processing_folder;
@@ -124,14 +159,25 @@ class FakeMainWindow : public MainWindow {
 
 // Owns one fake of each service and installs them for its own lifetime. The program lies in
 // "C:\KORVEX\bin" or "/opt/korvex/bin", which exists; there is no spreadsheet until one is set.
-struct TestPlatform {
-  explicit TestPlatform(PathStyle style = PathStyle::kLinux);
-  ~TestPlatform();
+class TestPlatform {
+ public:
+  explicit TestPlatform(PathStyle style = PathStyle::kLinux) : files(style) {
+    SetProgramFolder(style == PathStyle::kWindows ? "C:\\KORVEX\\bin" : "/opt/korvex/bin");
+    files.AddFolder(services_.program_folder);
+  }
+  // The log outlives every test; it must not keep a file of this one's file system.
+  ~TestPlatform() { AppLog().CloseFile(); }
   TestPlatform(const TestPlatform&) = delete;
   TestPlatform& operator=(const TestPlatform&) = delete;
 
-  void SetProgramFolder(const std::string& folder);
-  void SetSpreadsheet(SpreadsheetProgram* spreadsheet);
+  void SetProgramFolder(const std::string& folder) {
+    services_.program_folder = folder;
+    Install();
+  }
+  void SetSpreadsheet(SpreadsheetProgram* spreadsheet) {
+    services_.spreadsheet = spreadsheet;
+    Install();
+  }
 
   MemoryFileSystem files;
   FakeSettingsStore settings;
@@ -144,9 +190,21 @@ struct TestPlatform {
   FakeMainWindow main_window;
 
  private:
-  void Install();
+  void Install() {
+    installed_.reset();
+    installed_.emplace(services_);
+  }
 
-  Services services_;
+  Services services_{.settings = &settings,
+                     .files = &files,
+                     .mail = &mail,
+                     .shell = &shell,
+                     .sound = &sound,
+                     .dialogs = &dialogs,
+                     .message_loop = &message_loop,
+                     .clock = &clock,
+                     .main_window = &main_window,
+                     .program_folder = {}};
   std::optional<InstalledServices> installed_;
 };
 

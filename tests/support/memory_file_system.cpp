@@ -8,44 +8,40 @@
 namespace korvex {
 namespace {
 
-constexpr FileOperation kAllOperations[] = {FileOperation::kList,         FileOperation::kRead,
-                                            FileOperation::kAppend,       FileOperation::kReplace,
-                                            FileOperation::kCreateFolder, FileOperation::kDelete};
-
 [[noreturn]] void Raise(int number, const std::string& path) {
   throw Error(number, StandardErrorText(number) + ": " + path);
 }
 
-class MemoryAppendFile : public AppendFile {
- public:
-  MemoryAppendFile(MemoryFileSystem& files, std::string path)
-      : files_(files), path_(std::move(path)) {}
+}  // namespace
 
-  void Write(std::string_view bytes) override { files_.AppendBytes(path_, bytes); }
+class MemoryFileSystem::Appending : public AppendFile {
+ public:
+  Appending(MemoryFileSystem& files, std::string path) : files_(files), path_(std::move(path)) {}
+
+  void Write(std::string_view bytes) override {
+    if (!files_.FileExists(path_)) Raise(error_number::kDeviceIo, path_);
+    files_.Append(bytes, files_.nodes_[files_.Key(path_)].content, path_);
+  }
 
  private:
   MemoryFileSystem& files_;
   std::string path_;
 };
 
-class MemoryReplacementFile : public ReplacementFile {
+class MemoryFileSystem::Replacing : public ReplacementFile {
  public:
-  MemoryReplacementFile(MemoryFileSystem& files, std::string path)
-      : files_(files), path_(std::move(path)) {}
+  Replacing(MemoryFileSystem& files, std::string path) : files_(files), path_(std::move(path)) {}
 
   void Write(std::span<const std::byte> bytes) override {
-    files_.TakeSpace(path_, bytes.size());
-    content_.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    files_.Append({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, content_, path_);
   }
-  void Commit() override { files_.PutFile(path_, std::move(content_)); }
+  void Commit() override { files_.Put(path_, std::move(content_)); }
 
  private:
   MemoryFileSystem& files_;
   std::string path_;
   std::string content_;
 };
-
-}  // namespace
 
 MemoryFileSystem::MemoryFileSystem(PathStyle style) : style_(style) {
   AddFolder(DefaultFolder());
@@ -59,11 +55,9 @@ char MemoryFileSystem::Separator() const {
 std::string MemoryFileSystem::DriveName(std::string_view path) const {
   if (style_ == PathStyle::kLinux) return "";
   if (path.size() >= 2 && path[1] == ':') return std::string(path.substr(0, 2));
-  if (!path.starts_with("\\\\")) return "";
-  const std::size_t server_end = path.find('\\', 2);
-  if (server_end == std::string_view::npos || server_end == 2) return "";
-  const std::size_t share_end = path.find('\\', server_end + 1);
-  return std::string(path.substr(0, share_end));
+  const std::size_t server_end = path.starts_with("\\\\") ? path.find('\\', 2) : path.npos;
+  if (server_end == path.npos || server_end == 2) return "";
+  return std::string(path.substr(0, path.find('\\', server_end + 1)));
 }
 
 std::vector<std::string> MemoryFileSystem::Drives() const {
@@ -83,20 +77,14 @@ std::string MemoryFileSystem::DefaultTempFolder() const {
 }
 
 std::string MemoryFileSystem::AbsolutePath(std::string_view path) const {
+  const std::string separator(1, Separator());
   std::string native(path);
   if (style_ == PathStyle::kWindows) std::replace(native.begin(), native.end(), '/', '\\');
-  const char separator = Separator();
+  const bool is_relative = DriveName(native).empty() && !native.starts_with(separator);
+  if (is_relative) native = DefaultFolder() + separator + native;
   std::string drive = DriveName(native);
-  std::string rest = native.substr(drive.size());
-  if (drive.empty() && !rest.starts_with(separator))
-    rest = DefaultFolder() + separator + rest;  // relative
-  if (style_ == PathStyle::kWindows && drive.empty()) {
-    drive = "C:";
-    if (rest.starts_with(drive)) rest.erase(0, 2);
-  }
-
   std::vector<std::string> parts;
-  for (std::string& part : Split(rest, std::string_view(&separator, 1))) {
+  for (std::string& part : Split(native.substr(drive.size()), separator)) {
     if (part.empty() || part == ".") continue;
     if (part != "..") {
       parts.push_back(std::move(part));
@@ -104,16 +92,13 @@ std::string MemoryFileSystem::AbsolutePath(std::string_view path) const {
       parts.pop_back();
     }
   }
-  return drive + separator + Join(parts, std::string_view(&separator, 1));
+  if (style_ == PathStyle::kWindows && drive.empty()) drive = "C:";
+  return drive + separator + Join(parts, separator);
 }
 
 std::string MemoryFileSystem::Key(std::string_view path) const {
   const std::string absolute = AbsolutePath(path);
   return style_ == PathStyle::kWindows ? UpperCase(absolute) : absolute;
-}
-
-std::string MemoryFileSystem::Root(std::string_view absolute) const {
-  return DriveName(absolute) + Separator();
 }
 
 std::string MemoryFileSystem::Parent(const std::string& absolute) const {
@@ -178,22 +163,21 @@ void MemoryFileSystem::ReadFile(const std::string& path, std::vector<std::byte>&
 
 std::unique_ptr<AppendFile> MemoryFileSystem::OpenForAppending(const std::string& path) {
   CheckWritable(FileOperation::kAppend, path);
-  if (!FileExists(path)) PutFile(path, "");
-  return std::make_unique<MemoryAppendFile>(*this, path);
+  if (!FileExists(path)) Put(path, "");
+  return std::make_unique<Appending>(*this, path);
 }
 
 std::unique_ptr<ReplacementFile> MemoryFileSystem::Replace(const std::string& path) {
   CheckWritable(FileOperation::kReplace, path);
-  return std::make_unique<MemoryReplacementFile>(*this, path);
+  return std::make_unique<Replacing>(*this, path);
 }
 
 void MemoryFileSystem::CreateFolder(const std::string& path) {
   Check(FileOperation::kCreateFolder, path);
   if (FolderExists(path)) return;
-  const std::string absolute = AbsolutePath(path);
   if (Find(path)) Raise(error_number::kPathFileAccess, path);
-  if (!FolderExists(Parent(absolute))) Raise(error_number::kPathNotFound, path);
-  nodes_[Key(path)] = {absolute, true};
+  if (!FolderExists(Parent(AbsolutePath(path)))) Raise(error_number::kPathNotFound, path);
+  AddFolder(path);
 }
 
 void MemoryFileSystem::DeleteFile(const std::string& path) {
@@ -210,7 +194,7 @@ void MemoryFileSystem::AddFolder(const std::string& path) {
 
 void MemoryFileSystem::AddFile(const std::string& path, std::string_view content) {
   AddFolder(Parent(AbsolutePath(path)));
-  PutFile(path, std::string(content));
+  Put(path, std::string(content));
 }
 
 void MemoryFileSystem::Remove(const std::string& path) {
@@ -230,34 +214,23 @@ void MemoryFileSystem::Fail(FileOperation operation, const std::string& path, in
 }
 
 void MemoryFileSystem::Deny(const std::string& path) {
-  for (const FileOperation operation : kAllOperations)
+  using enum FileOperation;
+  for (const FileOperation operation : {kList, kRead, kAppend, kReplace, kCreateFolder, kDelete})
     Fail(operation, path, error_number::kPermissionDenied);
 }
 
-void MemoryFileSystem::LimitSpace(std::size_t bytes) {
-  limited_ = true;
-  space_ = bytes;
-}
-
-void MemoryFileSystem::AppendBytes(const std::string& path, std::string_view bytes) {
-  if (!FileExists(path)) Raise(error_number::kDeviceIo, path);
-  std::string& content = nodes_[Key(path)].content;
-  const std::size_t fits = limited_ ? std::min(space_, bytes.size()) : bytes.size();
-  content.append(bytes.substr(0, fits));
-  TakeSpace(path, bytes.size());
-}
-
-void MemoryFileSystem::TakeSpace(const std::string& path, std::size_t bytes) {
-  if (!limited_) return;
-  const bool enough = bytes <= space_;
-  space_ -= std::min(space_, bytes);
-  if (!enough) Raise(error_number::kDiskFull, path);
-}
-
-void MemoryFileSystem::PutFile(const std::string& path, std::string content) {
+void MemoryFileSystem::Put(const std::string& path, std::string content) {
   Node& node = nodes_[Key(path)];
   if (node.path.empty()) node.path = AbsolutePath(path);
   node.content = std::move(content);
+}
+
+void MemoryFileSystem::Append(std::string_view bytes, std::string& content,
+                              const std::string& path) {
+  const std::size_t fits = std::min(space_, bytes.size());
+  content += bytes.substr(0, fits);
+  space_ -= fits;
+  if (fits < bytes.size()) Raise(error_number::kDiskFull, path);
 }
 
 }  // namespace korvex

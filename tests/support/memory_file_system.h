@@ -2,8 +2,8 @@
 // machine.
 #pragma once
 
+#include <limits>
 #include <map>
-#include <set>
 #include <utility>
 
 #include "platform/file_system.h"
@@ -51,14 +51,11 @@ class MemoryFileSystem : public FileSystem {
   void Deny(const std::string& path);
   // The disk takes this many more bytes; the write that exceeds them stores what fits and raises
   // error 61.
-  void LimitSpace(std::size_t bytes);
-
-  // Called by the files that this one hands out.
-  void AppendBytes(const std::string& path, std::string_view bytes);
-  void TakeSpace(const std::string& path, std::size_t bytes);
-  void PutFile(const std::string& path, std::string content);
+  void LimitSpace(std::size_t bytes) { space_ = bytes; }
 
  private:
+  class Appending;
+  class Replacing;
   struct Node {
     std::string path;  // absolute, as spelled by whoever made it
     bool is_folder = false;
@@ -66,17 +63,18 @@ class MemoryFileSystem : public FileSystem {
   };
 
   std::string Key(std::string_view path) const;
-  std::string Root(std::string_view absolute) const;
+  std::string Root(std::string_view absolute) const { return DriveName(absolute) + Separator(); }
   std::string Parent(const std::string& absolute) const;
   const Node* Find(std::string_view path) const;
   void Check(FileOperation operation, const std::string& path) const;
   void CheckWritable(FileOperation operation, const std::string& path) const;
+  void Put(const std::string& path, std::string content);
+  void Append(std::string_view bytes, std::string& content, const std::string& path);
 
   PathStyle style_;
   std::map<std::string, Node> nodes_;
   std::map<std::pair<FileOperation, std::string>, int> failures_;
-  bool limited_ = false;
-  std::size_t space_ = 0;
+  std::size_t space_ = std::numeric_limits<std::size_t>::max();
 };
 
 }  // namespace korvex

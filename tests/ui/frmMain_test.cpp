@@ -154,7 +154,7 @@ TEST_F(MainWindowTest, ConvertsWhileTheWindowShowsIt) {
   EXPECT_THAT(seen, Contains("Folder 1 of 1, Filename P-1-1 (1 of 2), Sheet 1 of 1 2"));
   EXPECT_EQ(The<wxGauge>("prg").GetRange(), 4);
   EXPECT_EQ(The<wxGauge>("prg").GetValue(), 4);
-  EXPECT_EQ(campaign.Output().At(2, 4).number, 0.2);
+  EXPECT_EQ(campaign.Output().Value(2, 4).number, 0.2);
   EXPECT_THAT(campaign.platform.shell.opened, ElementsAre("/out/all.xls"));
   ExpectIdle();
 }
@@ -174,7 +174,7 @@ TEST_F(MainWindowTest, ConvertsTheSelectedFiles) {
   ChooseMenu(*window_, "File", "Run");
   EXPECT_THAT(Texts(), ElementsAre("Process finished!"));
   EXPECT_EQ(The<wxGauge>("prg").GetRange(), 4);
-  EXPECT_EQ(campaign.Output().At(2, 4).number, 0.2);
+  EXPECT_EQ(campaign.Output().Value(2, 4).number, 0.2);
 }
 
 TEST_F(MainWindowTest, ReturnsToIdleFromARunThatMayNotStart) {
@@ -187,7 +187,7 @@ TEST_F(MainWindowTest, ReturnsToIdleFromARunThatMayNotStart) {
                                    "it with a new output file?"));
   ExpectIdle();
   EXPECT_EQ(The<wxGauge>("prg").GetValue(), 0);
-  EXPECT_THAT(campaign.spreadsheet.saved, IsEmpty());
+  EXPECT_EQ(campaign.platform.files.Content("/out/all.xls"), "kept");
 }
 
 TEST_F(MainWindowTest, StartsAfreshWhenTheSettingsAreDeleted) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "platform/error.h"
 #include "tests/support/errors.h"
 
@@ -9,60 +11,47 @@ namespace korvex {
 namespace {
 
 TEST(CellText, WritesNumbersWithFifteenDigits) {
-  const struct {
-    double number;
-    const char* text;
-  } cases[] = {
-      {0, "0"},
+  const std::pair<double, const char*> cases[] = {
       {-0.0, "0"},
       {-17, "-17"},
-      {0.25, "0.25"},
       {-1234.5, "-1234.5"},
       {0.1 + 0.2, "0.3"},
-      {1.0 / 3, "0.333333333333333"},
       {2.0 / 3, "0.666666666666667"},
       {123456789.123456789, "123456789.123457"},
       {999999999999999, "999999999999999"},
       {99999999999999.95, "100000000000000"},
       {999999999999999.9, "1E+15"},
-      {1e15, "1E+15"},
       {1.234e16, "1.234E+16"},
       {-1e100, "-1E+100"},
-      {1.7976931348623157e308, "1.79769313486232E+308"},
       {0.0125, "0.0125"},
-      {1e-12, "0.000000000001"},
       {1e-15, "0.000000000000001"},
       {1e-16, "1E-16"},
       {1.0 / 12, "8.33333333333333E-02"},
       {5e-324, "4.94065645841247E-324"},
   };
-  for (const auto& c : cases) EXPECT_EQ(CellText(CellValue::Number(c.number)), c.text);
+  for (const auto& [number, text] : cases) EXPECT_EQ(CellText(CellValue::Number(number)), text);
 }
 
 TEST(CellText, WritesDatesRoundedToTheSecond) {
   constexpr double kSecond = 1.0 / 86400;
-  const struct {
-    double serial;
-    const char* text;
-  } cases[] = {
+  const std::pair<double, const char*> cases[] = {
       {0, "12:00:00 AM"},
       {0.5, "12:00:00 PM"},
       {1, "12/31/1899"},
       {60, "2/28/1900"},
-      {365, "12/30/1900"},
-      {1461.5, "12/31/1903 12:00:00 PM"},
       {37957 + 10.25 / 24, "12/2/2003 10:15:00 AM"},
       {41000 + 13.0 / 24 + 5 * kSecond, "4/1/2012 1:00:05 PM"},
       {41000 + 59.6 * kSecond, "4/1/2012 12:01:00 AM"},
       {41000 + 3599.7 * kSecond, "4/1/2012 1:00:00 AM"},
       {41000 - 0.4 * kSecond, "4/1/2012"},
       {41000 + 0.4 * kSecond, "4/1/2012"},
-      {1 - 0.4 * kSecond, "12/31/1899"},
       {2958465, "12/31/9999"},
       {2958466, "2958466"},
       {-1.25, "12/29/1899 6:00:00 AM"},
   };
-  for (const auto& c : cases) EXPECT_EQ(CellText(CellValue::Date(c.serial)), c.text) << c.serial;
+  for (const auto& [serial, text] : cases) {
+    EXPECT_EQ(CellText(CellValue::Date(serial)), text) << serial;
+  }
 }
 
 TEST(CellText, WritesTheOtherKinds) {
@@ -76,25 +65,16 @@ TEST(CellText, WritesTheOtherKinds) {
 }
 
 TEST(Numeric, ReadsWhatLooksLikeANumber) {
-  const struct {
-    const char* text;
-    double number;
-  } cases[] = {
-      {"17", 17},     {" 5 ", 5},         {"\t5\r\n", 5},       {"-5", -5},        {"5-", -5},
-      {"+5", 5},      {"- 5", -5},        {"(5)", -5},          {"( 5.5 )", -5.5}, {"$5", 5},
-      {"-$5", -5},    {"$-5", -5},        {"$1,234.5", 1234.5}, {"1e5", 1e5},      {"1E+5", 1e5},
-      {"5.", 5},      {".5", 0.5},        {"1e-400", 0},        {"&H10", 16},      {"&hff", 255},
-      {"&HFFFF", -1}, {"&H10000", 65536}, {"0017", 17},         {"1,2", 12},
+  const std::pair<const char*, double> cases[] = {
+      {"0017", 17},      {"\t5\r\n", 5}, {"5-", -5},     {"+5", 5},          {"- 5", -5},
+      {"( 5.5 )", -5.5}, {"$5", 5},      {"-$5", -5},    {"$-5", -5},        {"$1,234.5", 1234.5},
+      {"1e5", 1e5},      {"1E+5", 1e5},  {"5.", 5},      {".5", 0.5},        {"1e-400", 0},
+      {"&H10", 16},      {"&hff", 255},  {"&HFFFF", -1}, {"&H10000", 65536}, {"1,2", 12},
   };
-  for (const auto& c : cases) {
-    const std::optional<double> number = ParseNumber(c.text);
-    ASSERT_TRUE(number) << c.text;
-    EXPECT_EQ(*number, c.number) << c.text;
-    EXPECT_TRUE(IsNumeric(CellValue::Text(c.text)));
+  for (const auto& [text, number] : cases) {
+    EXPECT_EQ(ParseNumber(text), number) << text;
+    EXPECT_TRUE(IsNumeric(CellValue::Text(text))) << text;
   }
-}
-
-TEST(Numeric, RefusesEverythingElse) {
   for (const char* text :
        {"",    " ",    "5%",        "1/2", "1:00", ".",    "-",    "$",     "1.2.3",       "12 34",
         "1e",  "1e+",  "1E+400",    "NaN", "inf",  "0x10", "&H",   "&HG",   "&H123456789", "--5",
@@ -114,27 +94,20 @@ TEST(Numeric, CountsKindsOfCells) {
 }
 
 TEST(Numeric, ConvertsToSixteenBitsWithHalvesToEven) {
-  const struct {
-    const char* text;
-    int value;
-    int error;
-  } cases[] = {
-      {"-1", -1, 0},
-      {" 3 ", 3, 0},
-      {"2.5", 2, 0},
-      {"3.5", 4, 0},
-      {"-2.5", -2, 0},
-      {"32767.4", 32767, 0},
-      {"-32768", -32768, 0},
-      {"32767.5", 0, error_number::kOverflow},
-      {"1e9", 0, error_number::kOverflow},
-      {"P1", 0, error_number::kTypeMismatch},
-      {"", 0, error_number::kTypeMismatch},
-  };
-  for (const auto& c : cases) {
-    int value = 0;
-    EXPECT_EQ(ErrorOf([&] { value = ToInt16(c.text); }).Number(), c.error) << c.text;
-    EXPECT_EQ(value, c.value) << c.text;
+  for (const auto& [text, value] : {std::pair{"-1", -1},
+                                    {" 3 ", 3},
+                                    {"2.5", 2},
+                                    {"3.5", 4},
+                                    {"-2.5", -2},
+                                    {"32767.4", 32767},
+                                    {"-32768", -32768}}) {
+    EXPECT_EQ(ToInt16(text), value) << text;
+  }
+  for (const auto& [text, number] : {std::pair{"32767.5", error_number::kOverflow},
+                                     {"1e9", error_number::kOverflow},
+                                     {"P1", error_number::kTypeMismatch},
+                                     {"", error_number::kTypeMismatch}}) {
+    EXPECT_EQ(ErrorOf([&] { ToInt16(text); }).Number(), number) << text;
   }
 }
 

@@ -1,8 +1,7 @@
-#include "structure/clsArray.h"
-
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
+#include "structure/clsArray.h"
+#include "structure/keyed_collection.h"
 #include "tests/support/errors.h"
 
 namespace korvex {
@@ -21,35 +20,20 @@ clsArray ListOf(const std::vector<std::string>& texts) {
   return list;
 }
 
-TEST(ClsArray, AnswersForAnEmptyList) {
-  clsArray list;
-  EXPECT_TRUE(list.IsEmpty());
-  EXPECT_EQ(list.Count(), 0);
-  EXPECT_EQ(list.GetPos(Text("a")), -1);
-  EXPECT_FALSE(list.Exists(Text("a")));
-  EXPECT_FALSE(list.Items().has_value());
-  EXPECT_EQ(list.Remove(Text("a")), 0);
-  list.Clear();
-  EXPECT_TRUE(list.IsEmpty());
-}
-
-TEST(ClsArray, AcceptsDuplicatesAndLooksUpWithoutLetterCase) {
-  clsArray list = ListOf({"a", "A", "b", "Ж"});
-  EXPECT_EQ(list.Count(), 4);
-  EXPECT_EQ(list.GetPos(Text("A")), 0);
-  EXPECT_TRUE(list.Exists(Text("ж")));
-  EXPECT_EQ(list.GetPos(Text("b"), clsArray::Value(3)), 2);
-}
-
 TEST(ClsArray, ComparesAsTextAndNeverMatchesNull) {
   clsArray list;
-  list.Add({std::int32_t{5}, 0.25, true, Null{}});
+  EXPECT_EQ(list.GetPos(Text("a")), -1);
+  EXPECT_FALSE(list.Items().has_value());
+  EXPECT_EQ(list.Remove(Text("a")), 0);
+  list.Add({std::int32_t{5}, 0.25, true, Null{}, Text("ж"), Text("Ж")});
   EXPECT_EQ(list.GetPos(Text("5")), 0);
   EXPECT_EQ(list.GetPos(Text("0.25")), 1);
   EXPECT_EQ(list.GetPos(Text("TRUE")), 2);
   EXPECT_EQ(list.GetPos(Null{}), -1);
+  EXPECT_EQ(list.GetPos(Text("Ж")), 4);
+  EXPECT_EQ(list.GetPos(Text("0.25"), clsArray::Value(3)), 1);
   EXPECT_EQ(list.Remove(Null{}), 0);
-  EXPECT_EQ(list.Count(), 4);
+  EXPECT_EQ(list.Count(), 6);
 }
 
 TEST(ClsArray, RefusesDuplicatesInEveryOtherMode) {
@@ -88,9 +72,13 @@ TEST(ClsArray, RemovesEveryMatchAndKeepsTheOrderOfTheRest) {
   clsArray list = ListOf({"x", "y", "X", "z"});
   EXPECT_EQ(list.Remove(Text("X")), 2);
   EXPECT_THAT(list.Texts(), ElementsAre("y", "z"));
-  EXPECT_EQ(list.Remove(Text("y")), 1);
-  EXPECT_EQ(list.Remove(Text("z")), 1);
-  EXPECT_TRUE(list.IsEmpty());
+  list.SetRaiseIfNotFound(true);
+  const Error error = ErrorOf([&] { list.Remove(Text("b")); });
+  EXPECT_EQ(error.Number(), 5);
+  EXPECT_EQ(error.Source(), "clsArray");
+  EXPECT_EQ(error.Description(), "Item not found");
+  for (const char* text : {"y", "z"}) EXPECT_EQ(list.Remove(Text(text)), 1);
+  EXPECT_EQ(ErrorOf([&] { list.Remove(Text("z")); }).Number(), 5) << "empty";
 }
 
 TEST(ClsArray, HoldsWhatRemoveCouldAddAnew) {
@@ -100,17 +88,26 @@ TEST(ClsArray, HoldsWhatRemoveCouldAddAnew) {
   EXPECT_THAT(list.Texts(), ElementsAre("y"));
 }
 
-TEST(ClsArray, RaisesWhenNothingWasRemovedOnDemand) {
-  clsArray empty;
-  clsArray filled = ListOf({"a"});
-  for (clsArray* list : {&empty, &filled}) {
-    list->SetRaiseIfNotFound(true);
-    const Error error = ErrorOf([&] { list->Remove(Text("b")); });
-    EXPECT_EQ(error.Number(), 5);
-    EXPECT_EQ(error.Source(), "clsArray");
-    EXPECT_EQ(error.Description(), "Item not found");
+TEST(KeyedCollection, FindsNamesWithoutLetterCaseInInsertionOrder) {
+  KeyedCollection<int> collection;
+  for (int i = 0; i < 20000; ++i) collection.Add("plate=" + std::to_string(i) + ";well=ä1;", i);
+  for (int i = 0; i < 20000; ++i) {
+    ASSERT_EQ(collection.Item("PLATE=" + std::to_string(i) + ";WELL=Ä1;"), i);
   }
-  EXPECT_EQ(filled.Remove(Text("A")), 1);
+  EXPECT_EQ(collection.Keys().at(2), "plate=2;well=ä1;");
+  EXPECT_EQ(ErrorOf([&] { collection.Add("Plate=2;well=Ä1;", 5); }).Number(), 457);
+  EXPECT_EQ(collection.Item("plate=2;well=ä1;"), 2);
+  EXPECT_EQ(collection.Count(), 20000U);
+}
+
+TEST(KeyedCollection, LeavesALookedUpNameBehind) {
+  KeyedCollection<int> collection;
+  EXPECT_FALSE(collection.Exists("a"));
+  EXPECT_EQ(collection.Item("a"), 0);
+  EXPECT_TRUE(collection.Exists("A"));
+  EXPECT_EQ(ErrorOf([&] { collection.Add("A", 1); }).Number(), 457);
+  collection.RemoveAll();
+  EXPECT_FALSE(collection.Exists("a"));
 }
 
 }  // namespace

@@ -1,0 +1,234 @@
+// Running without a window.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <deque>
+
+#include "console/console_dialogs.h"
+#include "console/console_message_loop.h"
+#include "console/console_progress.h"
+#include "console/overlay_settings_store.h"
+#include "platform/terminal.h"
+#include "tests/support/errors.h"
+#include "tests/support/fakes.h"
+
+namespace korvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+// A terminal whose screen is a text and whose user has typed everything beforehand.
+class FakeTerminal : public Terminal {
+ public:
+  bool CanAsk() const override { return can_ask; }
+  bool CanRedraw() const override { return can_redraw; }
+  int Columns() const override { return columns; }
+  void WriteError(std::string_view text) override { written += text; }
+  std::optional<std::string> ReadLine() override {
+    if (typed.empty()) return std::nullopt;
+    std::string line = typed.front();
+    typed.pop_front();
+    written += "\n";  // the terminal's echo of the user's Enter
+    return line;
+  }
+  bool TakeInterrupt() override { return std::exchange(interrupted, false); }
+
+  // The last line as it looks after all carriage returns.
+  std::string LastLine() const {
+    std::string line;
+    std::size_t column = 0;
+    for (const char c : written.substr(written.rfind('\n') + 1)) {
+      if (c == '\r') {
+        column = 0;
+      } else {
+        line.resize(std::max(line.size(), column + 1), ' ');
+        line[column++] = c;
+      }
+    }
+    return line.substr(0, line.find_last_not_of(' ') + 1);
+  }
+
+  bool can_ask = true;
+  bool can_redraw = true;
+  int columns = 80;
+  std::deque<std::string> typed;
+  bool interrupted = false;
+  std::string written;
+};
+
+class ConsoleDialogsTest : public testing::Test {
+ protected:
+  std::string AskToStop(int default_button = 0) {
+    return dialogs_.ShowButtons(
+        {"Stop Process?", {"&Yes, Stop.", "Continue"}, "KORVEX", 13, default_button, 6});
+  }
+  BoxAnswer AskToReplace() {
+    return dialogs_.ShowPlain({"Replace?", BoxButtons::kOkCancel, BoxIcon::kExclamation});
+  }
+
+  TestPlatform platform_;
+  FakeTerminal terminal_;
+  ConsoleLine line_{terminal_};
+  ConsoleDialogs dialogs_{terminal_, line_};
+};
+
+TEST_F(ConsoleDialogsTest, TakesAnAnswerInEveryForm) {
+  const std::pair<std::deque<std::string>, const char*> cases[] = {
+      {{"yes, stop."}, "&Yes, Stop."},
+      {{"y"}, "&Yes, Stop."},
+      {{" C "}, "Continue"},
+      {{"2"}, "Continue"},
+      {{"1"}, "&Yes, Stop."},
+      {{""}, "Continue"},
+      {{"3", "no", "0", "c"}, "Continue"},
+      {{}, "&Yes, Stop."},  // end of input
+      {{"no"}, "&Yes, Stop."},
+  };
+  for (const auto& [typed, answer] : cases) {
+    terminal_.typed = typed;
+    EXPECT_EQ(AskToStop(1), answer) << testing::PrintToString(typed);
+    EXPECT_THAT(terminal_.typed, IsEmpty());
+  }
+  terminal_.typed = {"s", "ä", "skip"};
+  EXPECT_EQ(dialogs_.ShowButtons({"?", {"Stop", "Skip", "Ändern", "Äußern"}, "", 0, 9}), "Skip")
+      << "a first letter that fits several";
+}
+
+TEST_F(ConsoleDialogsTest, TakesTheFirstCaptionWhenNobodyCanAnswer) {
+  terminal_.can_ask = false;
+  EXPECT_EQ(AskToStop(1), "&Yes, Stop.");
+  EXPECT_EQ(terminal_.written,
+            "Stop Process?\n[Yes, Stop.] [Continue]\nNobody answered: Yes, Stop.\n");
+  EXPECT_THAT(platform_.sound.played, IsEmpty());
+}
+
+TEST_F(ConsoleDialogsTest, NeverAgreesToAPlainQuestionByItself) {
+  EXPECT_EQ(AskToReplace(), BoxAnswer::kCancel) << "end of input or Ctrl-C";
+  terminal_.can_ask = false;
+  EXPECT_EQ(AskToReplace(), BoxAnswer::kCancel);
+  EXPECT_EQ(dialogs_.ShowPlain({"Again?", BoxButtons::kRetryCancel}), BoxAnswer::kCancel);
+  terminal_.can_ask = true;
+  terminal_.typed = {"", "c", "r"};
+  EXPECT_EQ(AskToReplace(), BoxAnswer::kOk) << "Enter is the default button";
+  EXPECT_EQ(AskToReplace(), BoxAnswer::kCancel);
+  EXPECT_EQ(dialogs_.ShowPlain({"Again?", BoxButtons::kRetryCancel}), BoxAnswer::kRetry);
+}
+
+TEST_F(ConsoleDialogsTest, NeverWaitsForASingleCaption) {
+  terminal_.typed = {"unread"};
+  EXPECT_EQ(dialogs_.ShowButtons({"Process finished!", {"OK"}, "", 13}), "OK");
+  EXPECT_EQ(dialogs_.ShowPlain({.text = "Not written.\r\nSorry.", .cause = "Disk full"}),
+            BoxAnswer::kOk);
+  EXPECT_EQ(terminal_.written,
+            "Process finished!\n[OK]\nNot written.\nSorry.\nCause: Disk full\n[OK]\n");
+  EXPECT_EQ(terminal_.typed.size(), 1u);
+}
+
+TEST_F(ConsoleDialogsTest, PlaysAMessagesSoundToWhoCanAnswer) {
+  for (const int sound : {1, 2, 9, 10, 0, -1}) {
+    dialogs_.ShowButtons({"a\x1b[2J\tb\xC2\x9B\re", {"OK"}, "", 0, 0, sound});
+  }
+  EXPECT_THAT(platform_.sound.played,
+              ElementsAre("beep", "alias BuildComplete", "alias Open", "alias "));
+  EXPECT_THAT(terminal_.written, StartsWith("a?[2J b?\ne\n")) << "no control characters";
+}
+
+TEST_F(ConsoleDialogsTest, FreesTheLineThatProgressOccupies) {
+  ConsoleProgress progress(terminal_, line_, false);
+  progress.SetMaximum(4);
+  progress.SetMessage("Processing x.xls");
+  const std::string bar = terminal_.LastLine();
+  terminal_.typed = {"c"};
+  AskToStop();
+  EXPECT_THAT(terminal_.written, HasSubstr(std::string(20, ' ') + "\rStop Process?\n"));
+  progress.SetMessage("Processing x.xls");
+  EXPECT_EQ(terminal_.LastLine(), bar) << "drawn again below the question";
+}
+
+class ConsoleProgressTest : public testing::Test {
+ protected:
+  FakeTerminal terminal_;
+  ConsoleLine line_{terminal_};
+  ConsoleProgress progress_{terminal_, line_, false};
+};
+
+TEST_F(ConsoleProgressTest, DrawsOneLineOnATerminal) {
+  progress_.SetMessage("Initializing...");
+  EXPECT_EQ(terminal_.LastLine(), "Initializing...");
+  progress_.SetMaximum(12);
+  progress_.SetValue(3);
+  EXPECT_EQ(terminal_.LastLine(), "[#####---------------]  25%   3 of 12  Initializing...");
+  progress_.SetMessage("two\nlines");
+  progress_.SetValue(99);
+  EXPECT_EQ(terminal_.LastLine(), "[####################] 100%  12 of 12  two lines");
+  const std::string written = terminal_.written;
+  progress_.SetMessage("two\nlines");
+  EXPECT_EQ(terminal_.written, written) << "nothing has changed";
+  progress_.Finish();
+  EXPECT_EQ(terminal_.LastLine(), "");
+  EXPECT_EQ(terminal_.written.find('\n'), std::string::npos);
+}
+
+TEST_F(ConsoleProgressTest, CutsTheLineByCharacters) {
+  terminal_.columns = 6;
+  progress_.SetMessage("µµµµµµµµ");
+  EXPECT_EQ(terminal_.LastLine(), "µµµµµ");
+}
+
+TEST_F(ConsoleProgressTest, WritesPlainLinesWithoutATerminalAndNothingWhenQuiet) {
+  terminal_.can_redraw = false;
+  ConsoleProgress quiet(terminal_, line_, true);
+  for (ConsoleProgress* progress : {&progress_, &quiet}) {
+    progress->SetMaximum(2);
+    for (const char* message : {"a", "a", "", "b"}) progress->SetMessage(message);
+    progress->SetValue(1);
+    progress->Finish();
+  }
+  EXPECT_EQ(terminal_.written, "a\nb\n");
+}
+
+TEST(ConsoleMessageLoop, PassesOnEachCtrlCOnce) {
+  FakeTerminal terminal;
+  int stops = 0;
+  ConsoleMessageLoop loop(terminal, [&] { ++stops; });
+  loop.Yield();
+  terminal.interrupted = true;
+  loop.Yield();
+  loop.Yield();
+  EXPECT_EQ(stops, 1);
+}
+
+TEST(OverlaySettingsStore, ChangesHoldForThisCallAloneUnlessKept) {
+  FakeSettingsStore below;
+  OverlaySettingsStore store(below);
+  below.Save("S", "old", "1");
+  below.Save("S", "given", "2");
+  store.Save("s", "GIVEN", "3");
+  store.Save("S", "new", "4");
+  store.Save("S", "brief", "6");
+  store.Delete("S", "brief");
+  store.Delete("S", "Old");
+  below.Save("S", "other", "5");
+  EXPECT_EQ(store.Get("S", "given"), "3");
+  EXPECT_EQ(store.Get("S", "NEW"), "4");
+  EXPECT_EQ(store.Get("S", "old"), std::nullopt);
+  EXPECT_EQ(store.Get("S", "other"), "5") << "the store below shines through";
+  EXPECT_EQ(below.Get("S", "given"), "2");
+  EXPECT_EQ(below.Get("S", "new"), std::nullopt);
+  for (const char* key : {"old", "brief", "missing"}) {
+    EXPECT_EQ(ErrorOf([&] { store.Delete("S", key); }).Number(), 5) << key;
+  }
+
+  store.Keep();
+  EXPECT_EQ(below.Get("S", "given"), "3");
+  EXPECT_EQ(below.Get("S", "new"), "4");
+  EXPECT_EQ(below.Get("S", "old"), std::nullopt);
+  below.Save("S", "given", "7");
+  EXPECT_EQ(store.Get("S", "given"), "3") << "another call's choice is none of this one";
+}
+
+}  // namespace
+}  // namespace korvex
