@@ -1,3 +1,4 @@
+// Terminals, pipes and Ctrl-C of a POSIX system.
 #include "platform/posix/posix_terminal.h"
 
 #include <fcntl.h>
@@ -7,43 +8,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
 #include "platform/posix/desktop_sound.h"
+#include "platform/standard_streams.h"
 
 namespace korvex {
 namespace {
-
-// A terminal of the test's own.
-class PseudoTerminal {
- public:
-  PseudoTerminal() : master_(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-    grantpt(master_.Get());
-    unlockpt(master_.Get());
-    slave_ = Descriptor(open(ptsname(master_.Get()), O_RDWR | O_NOCTTY | O_CLOEXEC));
-  }
-
-  void SetColumns(unsigned short columns) {
-    const winsize size{24, columns, 0, 0};
-    ioctl(slave_.Get(), TIOCSWINSZ, &size);
-  }
-  // The next `size` bytes that appear.
-  std::string Screen(std::size_t size) {
-    std::string text;
-    char byte;
-    pollfd input{master_.Get(), POLLIN, 0};
-    while (text.size() < size && poll(&input, 1, 1000) > 0 && read(master_.Get(), &byte, 1) == 1) {
-      text += byte;
-    }
-    return text;
-  }
-  int Slave() const { return slave_.Get(); }
-
- private:
-  Descriptor master_;
-  Descriptor slave_;
-};
 
 // Puts descriptors in the place of standard input and standard error for its own lifetime.
 class StandardStreams {
@@ -73,41 +46,39 @@ struct Pipe {
   Descriptor writer;
 };
 
-TEST(PosixTerminal, AsksOnlyWhenInputAndErrorsAreATerminal) {
-  const PseudoTerminal screen;
+TEST(PosixTerminal, AsksAndBeepsOnlyWhereATerminalIs) {
+  const Descriptor screen(posix_openpt(O_RDWR | O_NOCTTY));
+  grantpt(screen.Get());
+  unlockpt(screen.Get());
+  const Descriptor user(open(ptsname(screen.Get()), O_RDWR | O_NOCTTY));
+  const winsize size{24, 132, 0, 0};
+  ioctl(user.Get(), TIOCSWINSZ, &size);
   const Pipe pipe;
   PosixTerminal terminal;
+  DesktopSound sound("libmissing.so.0");
   const struct {
     int input, error;
     bool can_ask, can_redraw;
-  } cases[] = {{screen.Slave(), screen.Slave(), true, true},
-               {pipe.reader.Get(), screen.Slave(), false, true},
-               {screen.Slave(), pipe.writer.Get(), false, false}};
+  } cases[] = {{user.Get(), user.Get(), true, true},
+               {pipe.reader.Get(), user.Get(), false, true},
+               {user.Get(), pipe.writer.Get(), false, false}};
   for (const auto& c : cases) {
     const StandardStreams streams(c.input, c.error);
     EXPECT_EQ(terminal.CanAsk(), c.can_ask);
     EXPECT_EQ(terminal.CanRedraw(), c.can_redraw);
+    EXPECT_EQ(terminal.Columns(), c.can_redraw ? 132 : 80);
+    sound.Beep();
+    sound.PlayAlias("SystemAsterisk");
   }
-}
-
-TEST(PosixTerminal, TellsTheWidthOfItsWindow) {
-  PseudoTerminal screen;
-  const StandardStreams streams(screen.Slave(), screen.Slave());
-  const PosixTerminal terminal;
-  EXPECT_EQ(terminal.Columns(), 80) << "unknown";
-  screen.SetColumns(132);
-  EXPECT_EQ(terminal.Columns(), 132);
-}
-
-TEST(PosixTerminal, ReadsLinesToTheEndOfInput) {
-  Pipe pipe;
-  const StandardStreams streams(pipe.reader.Get(), STDERR_FILENO);
-  PosixTerminal terminal;
-  const std::string_view input = "first\nsecond\r\n\nlast";
-  ASSERT_EQ(write(pipe.writer.Get(), input.data(), input.size()), std::ssize(input));
-  pipe.writer.Close();
-  for (const char* line : {"first", "second", "", "last"}) EXPECT_EQ(terminal.ReadLine(), line);
-  EXPECT_EQ(terminal.ReadLine(), std::nullopt);
+  std::string beeps;
+  char beep;
+  pollfd output{screen.Get(), POLLIN, 0};
+  while (beeps.size() < 4 && poll(&output, 1, 1000) > 0 && read(screen.Get(), &beep, 1) == 1) {
+    beeps += beep;
+  }
+  EXPECT_EQ(beeps, "\a\a\a\a");
+  pollfd input{pipe.reader.Get(), POLLIN, 0};
+  EXPECT_EQ(poll(&input, 1, 0), 0);
 }
 
 TEST(PosixTerminal, EndsTheWaitForALineOnCtrlC) {
@@ -125,21 +96,12 @@ TEST(PosixTerminal, EndsTheWaitForALineOnCtrlC) {
   waitpid(child, nullptr, 0);
 
   raise(SIGINT);
-  EXPECT_TRUE(terminal.TakeInterrupt());
+  raise(SIGINT);
+  EXPECT_TRUE(terminal.TakeInterrupt()) << "the question";
+  EXPECT_EQ(terminal.ReadLine(), std::nullopt) << "and the answer";
   EXPECT_FALSE(terminal.TakeInterrupt());
   ASSERT_EQ(write(pipe.writer.Get(), "x\n", 2), 2);
   EXPECT_EQ(terminal.ReadLine(), "x") << "an interrupt that was taken is over";
-}
-
-TEST(PosixTerminal, TakesTwoQuickInterruptsAsQuestionAndAnswer) {
-  const Pipe pipe;
-  const StandardStreams streams(pipe.reader.Get(), STDERR_FILENO);
-  PosixTerminal terminal;
-  raise(SIGINT);
-  raise(SIGINT);
-  EXPECT_TRUE(terminal.TakeInterrupt());
-  EXPECT_EQ(terminal.ReadLine(), std::nullopt);
-  EXPECT_FALSE(terminal.TakeInterrupt());
 }
 
 TEST(PosixTerminal, NoticesInterruptsThatAScriptHadIgnored) {
@@ -152,35 +114,43 @@ TEST(PosixTerminal, NoticesInterruptsThatAScriptHadIgnored) {
   EXPECT_EQ(signal(SIGINT, former), SIG_IGN);
 }
 
-TEST(PosixTerminal, WritesWhetherOrNotSomebodyListens) {
+TEST(PosixTerminal, OutlivesWhoeverReadItsErrors) {
   Pipe pipe;
-  {
-    const StandardStreams streams(STDIN_FILENO, pipe.writer.Get());
-    PosixTerminal terminal;
-    terminal.WriteError("message\n");
-    char text[20];
-    EXPECT_EQ(read(pipe.reader.Get(), text, sizeof text), 8);
-    pipe.reader.Close();
-    EXPECT_NO_THROW(terminal.WriteError("lost"));
-  }
+  pipe.reader.Close();
+  const StandardStreams streams(STDIN_FILENO, pipe.writer.Get());
+  EXPECT_NO_THROW(PosixTerminal().WriteError("lost"));
 }
 
-TEST(DesktopSound, BeepsOnATerminalOnly) {
-  const Pipe pipe;
-  PseudoTerminal screen;
-  DesktopSound sound("libmissing.so.0");
-  {
-    const StandardStreams streams(STDIN_FILENO, screen.Slave());
-    sound.Beep();
-    sound.PlayAlias("SystemAsterisk");
-  }
-  EXPECT_EQ(screen.Screen(2), "\a\a");
-  {
-    const StandardStreams streams(STDIN_FILENO, pipe.writer.Get());
-    sound.Beep();
-  }
-  pollfd input{pipe.reader.Get(), POLLIN, 0};
-  EXPECT_EQ(poll(&input, 1, 0), 0);
+// Does something in a program of its own, which ends with status 0 when that went well.
+template <class Action>
+void ExpectInChild(Action action) {
+  const pid_t child = fork();
+  if (child == 0) _exit(action() ? 0 : 1);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+}
+
+TEST(PosixStandardStreams, LendTheirNumbersToNoFile) {
+  ExpectInChild([] {
+    for (const int stream : {0, 1, 2}) close(stream);
+    OccupyStandardStreams();
+    const bool fails = write(2, "x", 1) < 0 && write(1, "x", 1) < 0;
+    return fails && open("/dev/null", O_WRONLY) > 2;
+  });
+}
+
+TEST(PosixStandardStreams, TellWhenTheOutputIsLost) {
+  ExpectInChild([] {
+    std::freopen("/dev/full", "w", stdout);
+    try {
+      WriteOutput("result");
+      FlushOutput();
+    } catch (const Error& error) {
+      return error.Number() == error_number::kDiskFull;
+    }
+    return false;
+  });
 }
 
 }  // namespace

@@ -4,9 +4,11 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/windows/wide_text.h"
+#include "platform/windows/windows_file_system.h"
 #include "platform/windows/windows_handle.h"
 #include "spreadsheet/embedded_application.h"
-#include "tests/platform/windows/temp_folder.h"
+#include "tests/platform/temp_folder.h"
 #include "tests/support/errors.h"
 #include "util/basFuncs.h"
 #include "util/text.h"

@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 
 #include "platform/windows/program_folder.h"
-#include "tests/platform/windows/temp_folder.h"
+#include "platform/windows/wide_text.h"
+#include "platform/windows/windows_api.h"
+#include "tests/platform/temp_folder.h"
 #include "tests/support/errors.h"
 
 namespace korvex {
@@ -53,25 +55,15 @@ TEST_F(MapiMailTest, HandsTheMessageToTheMailProgramWithoutDialogs) {
             "MAPILogoff\n");
 }
 
-TEST_F(MapiMailTest, LeavesANameThatIsNotResolvedToTheMailProgram) {
+TEST_F(MapiMailTest, SendsInTheCodePageOfTheMachineToANameThatIsNotResolved) {
   mail_.SignOn();
-  Write("first", "s", "t");
-  mail_.ResolveName();
   Refuse(L"MAPIResolveName");
-  Write("second", "s", "t");
+  Write("lab", "µ", "板");
   EXPECT_EQ(ErrorOf([&] { mail_.ResolveName(); }).Number(), 57);
   mail_.Send();
-  EXPECT_THAT(Record(), HasSubstr("To (1): second <(null)>\n"));
-}
-
-TEST_F(MapiMailTest, WritesInTheCodePageOfTheMachine) {
-  mail_.SignOn();
-  Write("lab", "\xC2\xB5", "\xE6\x9D\xBF");
-  mail_.Send();
-  wchar_t micro = L'\xB5';
-  char expected[8]{};
-  WideCharToMultiByte(CP_ACP, 0, &micro, 1, expected, sizeof expected, nullptr, nullptr);
-  EXPECT_THAT(Record(), HasSubstr("Subject: " + std::string(expected) + "\n"));
+  char micro[8]{};
+  WideCharToMultiByte(CP_ACP, 0, L"\xB5", 1, micro, sizeof micro, nullptr, nullptr);
+  EXPECT_THAT(Record(), HasSubstr("To (1): lab <(null)>\nSubject: " + std::string(micro) + "\n"));
   EXPECT_TRUE(GetACP() == CP_UTF8 || Record().ends_with("\n?\n")) << Record();
 }
 
@@ -98,7 +90,7 @@ TEST_F(MapiMailTest, TellsWhichStepTheMailProgramRefuses) {
 
 TEST_F(MapiMailTest, RefusesAddressesThatAreNone) {
   mail_.SignOn();
-  for (const char* address : {"", "  ", "a@b\r\nBcc: c@d", "a\tb"}) {
+  for (const char* address : {"", "  ", "a@b\r\nBcc: c@d"}) {
     Write(address, "s", "t");
     EXPECT_EQ(ErrorOf([&] { mail_.ResolveName(); }).Number(), 5) << address;
     EXPECT_EQ(ErrorOf([&] { mail_.Send(); }).Number(), 5) << address;
@@ -107,13 +99,16 @@ TEST_F(MapiMailTest, RefusesAddressesThatAreNone) {
 }
 
 TEST_F(MapiMailTest, SendsNothingWithoutASession) {
-  Refuse(L"MAPILogon");
-  EXPECT_EQ(ErrorOf([&] { mail_.SignOn(); }).Number(), 57);
   mail_.SetPrimaryRecipient("lab");
   EXPECT_EQ(ErrorOf([&] { mail_.ResolveName(); }).Number(), 68);
   EXPECT_EQ(ErrorOf([&] { mail_.Send(); }).Number(), 68);
   EXPECT_NO_THROW(mail_.SignOff());
-  EXPECT_EQ(Record(), "MAPILogon (null) flags=0\n");
+  EXPECT_EQ(Record(), "");
+  for (const char* library : {"no such library.dll", "kernel32.dll"}) {
+    const Error error = ErrorOf([&] { MapiMail(library).SignOn(); });
+    EXPECT_EQ(error.Number(), 68);
+    EXPECT_THAT(error.Description(), HasSubstr(library));
+  }
 }
 
 TEST_F(MapiMailTest, SignsOffWhenItIsGivenUp) {
@@ -124,15 +119,6 @@ TEST_F(MapiMailTest, SignsOffWhenItIsGivenUp) {
     mail.ResolveName();
   }
   EXPECT_THAT(Record(), HasSubstr("MAPIFreeBuffer\nMAPILogoff\n"));
-}
-
-TEST(MapiMail, FailsWithoutAMailProgram) {
-  for (const char* library : {"no such library.dll", "kernel32.dll"}) {
-    MapiMail mail(library);
-    const Error error = ErrorOf([&] { mail.SignOn(); });
-    EXPECT_EQ(error.Number(), 68);
-    EXPECT_THAT(error.Description(), HasSubstr(library));
-  }
 }
 
 }  // namespace

@@ -1,37 +1,57 @@
+// What is asked of Windows itself, in its own texts.
 #include "platform/windows/windows_shell.h"
 
 #include <gtest/gtest.h>
 
-#include "tests/platform/windows/temp_folder.h"
+#include <utility>
+
+#include "platform/windows/user_folder.h"
+#include "platform/windows/wide_text.h"
+#include "platform/windows/windows_api.h"
+#include "tests/platform/temp_folder.h"
 
 namespace korvex {
 namespace {
 
-// What another program writes appears a little later.
-std::string WaitFor(const std::string& file, const std::string& content) {
-  for (int i = 0; i < 1000 && Content(file) != content; ++i) Sleep(10);
-  return Content(file);
+TEST(WideText, CrossesTheBorderUnchanged) {
+  const std::pair<std::string, std::wstring> texts[] = {
+      {"", L""},
+      {"Größe 漢 🔬", L"Gr\u00F6\u00DFe \u6F22 \U0001F52C"},
+      {std::string("a\0b", 3), std::wstring(L"a\0b", 3)},
+      {"\xED\xB4\xAC\xED\xA0\xBD", L"\xDD2C\xD83D"},
+  };
+  for (const auto& [utf8, wide] : texts) {
+    EXPECT_EQ(ToWide(utf8), wide) << utf8;
+    EXPECT_EQ(FromWide(wide), utf8);
+  }
+  EXPECT_EQ(ToWide("a\xFF\xC3"), L"a\uFFFD\uFFFD");
 }
 
 TEST(WindowsShell, OpensADocumentByItsProgram) {
   const TempFolder folder;
   WindowsShell().Open(folder / "missing.bat");
-  WindowsShell().Open(
-      folder.Put("Gr\xC3\xB6\xC3\x9F"
-                 "e & co.bat",
-                 "@echo opened>\"%~dp0record\"\r\n"));
-  EXPECT_EQ(WaitFor(folder / "record", "opened\r\n"), "opened\r\n");
+  WindowsShell().Open(folder.Put("Größe & co.bat", "@echo opened>\"%~dp0record\"\r\n"));
+  // What another program writes appears a little later.
+  for (int i = 0; i < 1000 && Content(folder / "record") != "opened\r\n"; ++i) Sleep(10);
+  EXPECT_EQ(Content(folder / "record"), "opened\r\n");
 }
 
 TEST(WindowsShell, ReadsVariablesOfEveryLength) {
-  const std::wstring values[] = {L"", L"x", std::wstring(MAX_PATH - 1, L'x'),
-                                 std::wstring(MAX_PATH, L'x'), std::wstring(20000, L'\xB5')};
-  for (const std::wstring& value : values) {
+  for (const std::size_t length : {0, 1, MAX_PATH - 1, MAX_PATH, 20000}) {
+    const std::wstring value(length, L'\xB5');
     SetEnvironmentVariableW(L"KORVEX_TEST", value.c_str());
     EXPECT_EQ(WindowsShell().EnvironmentVariable("KORVEX_TEST"), FromWide(value));
   }
-  SetEnvironmentVariableW(L"KORVEX_TEST", nullptr);
-  EXPECT_EQ(WindowsShell().EnvironmentVariable("KORVEX_TEST"), "");
+}
+
+TEST(UserFolder, LiesInTheLocalDataOfTheUser) {
+  wchar_t former[MAX_PATH] = L"";
+  GetEnvironmentVariableW(L"LOCALAPPDATA", former, MAX_PATH);
+  SetEnvironmentVariableW(L"LOCALAPPDATA", L"C:\\users\\Gr\u00F6\u00DFe");
+  EXPECT_EQ(UserFolder(), "C:\\users\\Größe\\KORVEX");
+  SetEnvironmentVariableW(L"LOCALAPPDATA", nullptr);
+  EXPECT_TRUE(UserFolder().ends_with("\\KORVEX"));
+  SetEnvironmentVariableW(L"LOCALAPPDATA", former);
 }
 
 }  // namespace

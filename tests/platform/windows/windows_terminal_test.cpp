@@ -1,11 +1,17 @@
+// Consoles, pipes and Ctrl-C of Windows.
 #include "platform/windows/windows_terminal.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <io.h>
 
+#include <cstdio>
 #include <string>
 #include <thread>
 
+#include "platform/standard_streams.h"
 #include "platform/windows/windows_handle.h"
+#include "tests/support/errors.h"
 
 namespace korvex {
 namespace {
@@ -105,18 +111,6 @@ bool TakeNextInterrupt(WindowsTerminal& terminal) {
   return false;
 }
 
-TEST(WindowsTerminal, ReadsLinesToTheEndOfInput) {
-  Pipe pipe;
-  const StandardStreams streams(pipe.reader.Get(), nullptr);
-  WindowsTerminal terminal;
-  pipe.Write("first\nsecond \xC2\xB5\r\n\nlast");
-  pipe.writer.Close();
-  for (const char* line : {"first", "second \xC2\xB5", "", "last"}) {
-    EXPECT_EQ(terminal.ReadLine(), line);
-  }
-  EXPECT_EQ(terminal.ReadLine(), std::nullopt);
-}
-
 TEST(WindowsTerminal, EndsTheWaitForALineOnCtrlC) {
   const Console console;
   const Pipe pipe;
@@ -134,19 +128,11 @@ TEST(WindowsTerminal, EndsTheWaitForALineOnCtrlC) {
   EXPECT_EQ(terminal.ReadLine(), "x") << "an interrupt that was taken is over";
 }
 
-TEST(WindowsTerminal, WritesWhetherOrNotSomebodyListens) {
+TEST(WindowsTerminal, OutlivesWhoeverReadItsErrors) {
   Pipe pipe;
-  const StandardStreams streams(nullptr, pipe.writer.Get());
-  WindowsTerminal terminal;
-  EXPECT_FALSE(terminal.CanRedraw());
-  EXPECT_EQ(terminal.Columns(), 80) << "unknown";
-  terminal.WriteError("\xC2\xB5g\n");
-  char text[20];
-  DWORD count = 0;
-  ReadFile(pipe.reader.Get(), text, sizeof text, &count, nullptr);
-  EXPECT_EQ(std::string(text, count), "\xC2\xB5g\n");
   pipe.reader.Close();
-  EXPECT_NO_THROW(terminal.WriteError("lost"));
+  const StandardStreams streams(nullptr, pipe.writer.Get());
+  EXPECT_NO_THROW(WindowsTerminal().WriteError("lost"));
 }
 
 TEST(WindowsTerminal, TalksUnicodeToAConsole) {
@@ -159,14 +145,40 @@ TEST(WindowsTerminal, TalksUnicodeToAConsole) {
   terminal.WriteError("\xC2\xB5g\n");
   EXPECT_EQ(console.FirstLine(2), L"\u00B5g");
   console.Type(L"Gr\u00F6\u00DFe\rnext\r");
-  EXPECT_EQ(terminal.ReadLine(),
-            "Gr\xC3\xB6\xC3\x9F"
-            "e");
+  EXPECT_EQ(terminal.ReadLine(), "Größe");
   EXPECT_EQ(terminal.ReadLine(), "next");
   PressControlC();
   EXPECT_EQ(terminal.ReadLine(), std::nullopt);
   console.Type(L"\x1A\r");
   EXPECT_EQ(terminal.ReadLine(), std::nullopt) << "the end of input";
+}
+
+TEST(WindowsStandardStreams, TellWhenTheOutputIsLost) {
+  const int former = _dup(1);
+  Pipe pipe;
+  pipe.reader.Close();
+  std::fflush(stdout);
+  const int writer =
+      _open_osfhandle(reinterpret_cast<std::intptr_t>(pipe.writer.Release()), _O_BINARY);
+  _dup2(writer, 1);
+  _close(writer);
+  const Error error = ErrorOf([] {
+    WriteOutput("result");
+    FlushOutput();
+  });
+  std::clearerr(stdout);
+  _dup2(former, 1);
+  _close(former);
+  EXPECT_EQ(error.Number(), 75);
+  EXPECT_EQ(error.Description(), "Cannot write to standard output: Broken pipe.");
+}
+
+TEST(WindowsStandardStreams, LendTheirHandlesToNoFile) {
+  Handle closed(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+  const StandardStreams streams(GetStdHandle(STD_INPUT_HANDLE), closed.Get());
+  closed.Close();
+  OccupyStandardStreams();
+  EXPECT_EQ(GetStdHandle(STD_ERROR_HANDLE), INVALID_HANDLE_VALUE);
 }
 
 }  // namespace

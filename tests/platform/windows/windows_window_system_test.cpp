@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/platform/windows/temp_folder.h"
+#include "platform/windows/wide_text.h"
+#include "platform/windows/windows_api.h"
+#include "tests/platform/temp_folder.h"
 
 // After the header of the system, which it needs.
 #include <shlobj.h>

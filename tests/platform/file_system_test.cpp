@@ -1,0 +1,184 @@
+// What every file system of a machine has to do.
+#include "platform/file_system.h"
+
+#include <gmock/gmock.h>
+
+#include <tuple>
+#include <utility>
+
+#include "platform/native_platform.h"
+#include "tests/platform/temp_folder.h"
+#include "tests/support/errors.h"
+#include "tests/support/memory_file_system.h"
+
+namespace korvex {
+namespace {
+
+using testing::HasSubstr;
+using testing::UnorderedElementsAre;
+
+class FileSystemTest : public testing::Test {
+ protected:
+  std::string Read(const std::string& path) {
+    files_.ReadFile(path, content_);
+    return {reinterpret_cast<const char*>(content_.data()), content_.size()};
+  }
+  static void Write(ReplacementFile& file, std::string_view text) {
+    file.Write(std::as_bytes(std::span(text)));
+  }
+
+  NativePlatform native_;
+  FileSystem& files_ = *native_.Provided().files;
+  TempFolder folder_;
+  std::vector<std::byte> content_;
+};
+
+TEST_F(FileSystemTest, ReadsWholeFiles) {
+  const std::string large(300000, 'x');
+  EXPECT_EQ(Read(folder_.Put("large.xls", large)), large);
+  EXPECT_EQ(Read(folder_.Put("Größe µ 漢字.xls", "abc")), "abc") << "the buffer is reused";
+  EXPECT_EQ(Read(folder_.Put("empty.xls", "")), "");
+}
+
+TEST_F(FileSystemTest, RefusesToReadWhatIsNoFile) {
+  folder_.PutFolder("folder.xls");
+  const std::tuple<const char*, int, const char*> cases[] = {
+      {"missing.xls", 53, ": No such file"},
+      {"missing/x.xls", 76, ": No such file"},
+      {"folder.xls", 75, ": It is a folder."}};
+  for (const auto& [name, number, cause] : cases) {
+    const Error error = ErrorOf([&] { Read(folder_ / name); });
+    EXPECT_EQ(error.Number(), number) << name;
+    EXPECT_THAT(error.Description(), HasSubstr(folder_ / name + cause));
+  }
+}
+
+TEST_F(FileSystemTest, RefusesToWriteWhatIsNotForWriting) {
+  folder_.PutFolder("folder");
+  folder_.PutProtected("protected", "x");
+  for (const auto& [name, number] :
+       {std::pair{"folder", 75}, {"protected", 70}, {"missing/x", 76}}) {
+    const std::string path = folder_ / name;
+    EXPECT_EQ(ErrorOf([&] { files_.OpenForAppending(path); }).Number(), number) << name;
+    EXPECT_EQ(ErrorOf([&] { files_.Replace(path); }).Number(), number) << name;
+  }
+  EXPECT_EQ(folder_.EntryCount(), 2u);
+}
+
+TEST_F(FileSystemTest, AppendsTogetherWithOtherPrograms) {
+  const std::string log = folder_ / "KORVEX.LOG";
+  files_.OpenForAppending(log)->Write("old\r\n");
+  const auto first = files_.OpenForAppending(log);
+  const auto second = files_.OpenForAppending(log);
+  first->Write("1\n");
+  second->Write("2\n");
+  first->Write("3\n");
+  EXPECT_EQ(Content(log), "old\r\n1\n2\n3\n");
+}
+
+TEST_F(FileSystemTest, TakesAnOfficeProgramsOwnerFileForUse) {
+  const std::string file = folder_.Put("out.xls", "x");
+  const std::string owner_file = folder_.Put(".~lock.out.xls#", ",anna,lab1;");
+  const Error error = ErrorOf([&] { files_.OpenForAppending(file); });
+  EXPECT_EQ(error.Number(), 70);
+  EXPECT_THAT(error.Description(), HasSubstr(owner_file));
+  files_.DeleteFile(owner_file);
+  EXPECT_NO_THROW(files_.OpenForAppending(file));
+}
+
+TEST_F(FileSystemTest, ReplacesAFileOnlyOnCommit) {
+  const std::string file = folder_.Put("out.xls", "old");
+  for (const bool commit : {false, true}) {
+    const auto replacement = files_.Replace(file);
+    Write(*replacement, "new ");
+    Write(*replacement, "content");
+    EXPECT_EQ(Content(file), "old");
+    if (commit) replacement->Commit();
+  }
+  EXPECT_EQ(Content(file), "new content");
+  files_.Replace(folder_ / "fresh.xls")->Commit();
+  EXPECT_EQ(folder_.EntryCount(), 2u);
+}
+
+TEST_F(FileSystemTest, KnowsAFileByAnyOfItsNames) {
+  const std::string file = folder_.Put("x.xls", "x");
+  EXPECT_TRUE(files_.IsSameFile(file, folder_ / "./x.xls"));
+  EXPECT_FALSE(files_.IsSameFile(file, folder_.Put("y.xls", "x")));
+  EXPECT_FALSE(files_.IsSameFile(folder_ / "no.xls", folder_ / "no.xls"));
+  EXPECT_FALSE(files_.FileExists(file + files_.Separator()));
+}
+
+TEST_F(FileSystemTest, ListsWhatAFolderHolds) {
+  folder_.PutFolder("run1");
+  folder_.Put("µ.xls", "");
+  std::vector<std::pair<std::string, bool>> found;
+  for (const FolderEntry& entry : files_.List(folder_.Path())) {
+    EXPECT_FALSE(entry.is_link || entry.is_hidden) << entry.name;
+    found.emplace_back(entry.name, entry.is_folder);
+  }
+  EXPECT_THAT(found, UnorderedElementsAre(std::pair("run1", true), std::pair("µ.xls", false)));
+  for (const char* name : {"missing", "µ.xls"}) {
+    EXPECT_EQ(ErrorOf([&] { files_.List(folder_ / name); }).Number(), 76) << name;
+  }
+}
+
+TEST_F(FileSystemTest, CreatesOneFolderLevelAndDeletesFiles) {
+  files_.CreateFolder(folder_ / "a");
+  EXPECT_NO_THROW(files_.CreateFolder(folder_ / "a"));
+  EXPECT_EQ(ErrorOf([&] { files_.CreateFolder(folder_ / "b/c"); }).Number(), 76);
+  const std::string file = folder_.Put("f", "");
+  EXPECT_EQ(ErrorOf([&] { files_.CreateFolder(file); }).Number(), 75);
+  files_.DeleteFile(file);
+  EXPECT_EQ(ErrorOf([&] { files_.DeleteFile(file); }).Number(), 53);
+}
+
+TEST_F(FileSystemTest, OffersFoldersToStartFrom) {
+  for (const std::string& drive : files_.Drives()) {
+    const int number = ErrorOf([&] { files_.List(drive); }).Number();
+    EXPECT_TRUE(number == 0 || number == 68 || number == 70) << drive << number;
+  }
+  EXPECT_TRUE(files_.FolderExists(files_.DefaultFolder()));
+}
+
+TEST_F(FileSystemTest, CompletesPathsFromTheCurrentFolder) {
+  const std::filesystem::path former = std::filesystem::current_path();
+  std::filesystem::current_path(PathOf(folder_.Path()));
+  EXPECT_EQ(files_.AbsolutePath("run1/x.xls"), folder_ / "run1/x.xls");
+  EXPECT_EQ(files_.AbsolutePath("./a/../x"), folder_ / "x");
+  EXPECT_EQ(files_.AbsolutePath(""), folder_.Path());
+  std::filesystem::current_path(former);
+}
+
+// Path, drive, absolute path.
+using PathRule = std::tuple<const char*, const char*, const char*>;
+
+void ExpectRules(const FileSystem& files) {
+  static constexpr PathRule kLinuxRules[] = {{"/a/./b/../c/", "", "/a/c"},
+                                             {"/../..", "", "/"},
+                                             {"//a//b", "", "/a/b"},
+                                             {"/a/..b", "", "/a/..b"}};
+  static constexpr PathRule kWindowsRules[] = {
+      {"C:\\a\\.\\b\\..\\c\\", "C:", "C:\\a\\c"},
+      {"C:\\..\\..", "C:", "C:\\"},
+      {"C:\\\\a\\\\b", "C:", "C:\\a\\b"},
+      {"D:/plates/run1", "D:", "D:\\plates\\run1"},
+      {"\\\\lab\\plates\\..\\x.xls", "\\\\lab\\plates", "\\\\lab\\plates\\x.xls"},
+      {"\\\\lab\\plates", "\\\\lab\\plates", "\\\\lab\\plates\\"},
+      {"C:\\a\\..b", "C:", "C:\\a\\..b"},
+      {"C:\\Größe µ\\x", "C:", "C:\\Größe µ\\x"}};
+  const bool is_linux = files.Separator() == '/';
+  for (const auto& [path, drive, absolute] :
+       is_linux ? std::span<const PathRule>(kLinuxRules) : kWindowsRules) {
+    EXPECT_EQ(files.DriveName(path), drive) << path;
+    EXPECT_EQ(files.AbsolutePath(path), absolute) << path;
+  }
+}
+
+TEST_F(FileSystemTest, HasThePathRulesThatTestsPlayElsewhere) {
+  ExpectRules(files_);
+  ExpectRules(MemoryFileSystem(PathStyle::kLinux));
+  ExpectRules(MemoryFileSystem(PathStyle::kWindows));
+}
+
+}  // namespace
+}  // namespace korvex
