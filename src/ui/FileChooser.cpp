@@ -186,10 +186,11 @@ void FileChooser::SetEnabled(bool enabled) {
   const bool again = enabled && !Enabled();
   EnableFrame(*fraMain_, enabled);
   EnableFrame(*dirMain_, enabled);
+  EnableFrame(*filMain_, enabled);
   dirMain_->SetForegroundColour(
       wxSystemSettings::GetColour(enabled ? wxSYS_COLOUR_WINDOWTEXT : wxSYS_COLOUR_GRAYTEXT));
-  for (wxWindow* control : std::initializer_list<wxWindow*>{cmdNetWork_, drvMain_, filMain_})
-    control->Enable(enabled);
+  cmdNetWork_->Enable(enabled);
+  drvMain_->Enable(enabled);
   if (again) Attempt([&] { LookAgain(); });
 }
 

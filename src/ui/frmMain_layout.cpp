@@ -82,6 +82,8 @@ wxSizer* frmMain::ModeRows() {
     auto* button = new wxRadioButton(fraCurrentMode_, wxID_ANY, ToWx(caption), wxDefaultPosition,
                                      wxDefaultSize, style);
     button->SetName(ToWx(name));
+    // Some platforms draw the text of a disabled option wider than they measure it.
+    button->SetMinSize(button->GetBestSize() + wxSize(button->GetCharWidth(), 0));
     return button;
   };
   optFolders_ = option(basSettings::kProcessSubFolders, "optFolders", wxRB_GROUP);

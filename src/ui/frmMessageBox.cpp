@@ -11,6 +11,7 @@
 #include "platform/message_sound.h"
 #include "platform/services.h"
 #include "platform/window_system.h"
+#include "ui/app_icon.h"
 #include "ui/centre.h"
 #include "ui/wx_text.h"
 
@@ -57,6 +58,7 @@ frmMessageBox::frmMessageBox(wxWindow* owner)
       lblMessage_(
           new wxStaticText(this, wxID_ANY, "", wxDefaultPosition, wxDefaultSize, 0, "lblMessage")),
       imgIcon_(new IconImage(this, "imgIcon")) {
+  SetIcons(AppIcons());
   lblButtons_->Hide();
   lblMessage_->Hide();
   imgIcon_->Hide();

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 
+#include "ui/app_icon.h"
 #include "ui/centre.h"
 #include "ui/frmOptions.h"
 #include "ui/text_box.h"
@@ -101,6 +102,7 @@ wxSizer* ArrowColumn(wxButton* to, wxButton* from) {
 frmOptions::frmOptions(wxWindow* owner)
     : wxDialog(owner, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
                wxDEFAULT_DIALOG_STYLE | wxRESIZE_BORDER, "frmOptions") {
+  SetIcons(AppIcons());
   tabOptions_ = Named(new wxNotebook(this, wxID_ANY), "tabOptions");
   auto& general = *new FramePanel(tabOptions_, "fraOptions(0)", {}, false);
   BuildOutputFile(AddFrame(general, "fraMain(0)"));
