@@ -59,9 +59,10 @@ class ContinuedData {
     while (stream_end_ - end_ >= static_cast<std::ptrdiff_t>(biff::kRecordHeaderSize) &&
            LoadU16(end_) == biff::kContinue) {
       const std::size_t length = LoadU16(end_ + 2);
-      at_ = end_ + biff::kRecordHeaderSize;
-      if (static_cast<std::size_t>(stream_end_ - at_) < length) return false;
-      end_ = at_ + length;
+      const std::byte* const piece = end_ + biff::kRecordHeaderSize;
+      if (static_cast<std::size_t>(stream_end_ - piece) < length) break;
+      at_ = piece;
+      end_ = piece + length;
       if (length > 0) return true;
     }
     at_ = end_;

@@ -42,7 +42,7 @@ std::string EncodedValue(std::string_view value) {
 }
 
 std::string EncodedName(std::string_view name) {
-  const bool plain = !name.empty() && !NeedsQuotes(name) &&
+  const bool plain = !name.empty() && !NeedsQuotes(name) && !name.starts_with(kByteOrderMark) &&
                      name.find_first_of("=]") == std::string_view::npos &&
                      std::string_view(";#[").find(name.front()) == std::string_view::npos;
   return plain ? std::string(name) : Quoted(name, "%=");

@@ -152,6 +152,9 @@ TEST(SheetReader, KeepsTheCellsBeforeAStreamEndsEarly) {
   for (const auto& [condition, stream] : cases) {
     EXPECT_EQ(ListingOf(CompoundBytes{.stream = stream}.Build()), "1,1 number 1") << condition;
   }
+  const Bytes cut_text =
+      Record(0x0204, CellHead(0, 0) + U16(4) + U8(0) + "ab") + U16(0x003C) + U16(3) + U8(0) + "c";
+  EXPECT_EQ(ListingOf(whole.substr(0, whole.size() - 22) + cut_text), "1,1 text ab");
 }
 
 TEST(SheetReader, RefusesTextsThatAreNotInTheWorkbook) {
