@@ -2,21 +2,40 @@
 # Runs korvex-convert on the campaign in samples/: the cells of its output, what it refuses and its
 # exit statuses.
 #
-#   tests/campaign/run_samples.sh BIN_DIR
+#   tests/campaign/run_samples.sh BIN_DIR [ARGS OF EVERY CALL...]
 #
-# Needs nothing but the two programs in BIN_DIR; works in a temporary folder.
+# Needs nothing but the two programs in BIN_DIR; works in a temporary folder. Windows programs run
+# under Wine, and name every file in their own way.
 set -uo pipefail
 
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 bin=$(cd "$1" && pwd)
+shift
+always=("$@")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+
+if [ -e "$bin/korvex-convert.exe" ]; then
+  export WINEPREFIX=${WINEPREFIX:-$bin/../wine}
+  suffix=.exe
+  runner=("$here/../../tools/under-wine")
+  native() { local path=Z:$1 && printf '%s' "${path//\//\\}"; }
+  shown() { local path=$1 && printf 'Z:\\...\\campaign\\%s' "${path//\//\\}"; }
+else
+  suffix=
+  runner=()
+  native() { printf '%s' "$1"; }                     # FILE: as the programs name it
+  shown() { printf '/.../campaign/%s' "$1"; }        # FILE of the campaign: as messages show it
+fi
 export HOME=$work XDG_CONFIG_HOME=$work/config LC_ALL=C.UTF-8
 
 # The error log lies beside the program's folder, so the program gets a place of its own.
 mkdir -p "$work/program/bin"
-cp "$bin/korvex-convert" "$work/program/bin/"
+cp "$bin/korvex-convert$suffix" "$work/program/bin/"
 log=$work/program/AppErr/KORVEX.LOG
+settings=$(native "$work/samples/korvex.ini")
+program=("${runner[@]}" "$work/program/bin/korvex-convert$suffix" "${always[@]}" --settings "$settings")
+dump=("${runner[@]}" "$bin/workbook-dump$suffix")
 
 passed=0
 failed=0
@@ -44,9 +63,13 @@ start() { # CASE
   rm -f "$output"
 }
 
-convert() { # ARGS...
-  "$work/program/bin/korvex-convert" --settings "$work/samples/korvex.ini" "$@" \
-    </dev/null >"$work/printed" 2>"$work/told.raw"
+convert() { # ARGS..., whose full names are made native
+  local args=() arg
+  for arg in "$@"; do
+    [[ $arg == /* ]] && arg=$(native "$arg")
+    args+=("$arg")
+  done
+  "${program[@]}" "${args[@]}" </dev/null >"$work/printed" 2>"$work/told.raw"
   status=$?
   tr -d '\r' <"$work/told.raw" >"$work/told"
 }
@@ -56,7 +79,7 @@ told() { # TEXT, which may have several lines
 }
 
 cells() { # WORKBOOK COLUMN...: the texts of row 1 in these columns
-  "$bin/workbook-dump" "$1" | awk -F '\t' -v columns=" ${*:2} " \
+  "${dump[@]}" "$(native "$1")" | awk -F '\t' -v columns=" ${*:2} " \
     '$2 == 1 && index(columns, " " $3 " ") { printf "%s%s", separator, $5; separator = "|" }'
 }
 
@@ -73,8 +96,8 @@ refused() { # TEXT LOGGED: a refusal with this text and as many records in the e
 start "the campaign"
 convert "$campaign"
 check "exit status is $status" [ "$status" = 0 ]
-check "prints the output's name" [ "$(<"$work/printed")" = "$output" ]
-"$bin/workbook-dump" "$output" >"$work/cells" 2>>"$work/told"
+check "prints the output's name" [ "$(<"$work/printed")" = "$(native "$output")" ]
+"${dump[@]}" "$(native "$output")" >"$work/cells" 2>>"$work/told"
 check "cells" diff -q "$here/expected/samples.tsv" "$work/cells"
 check "no error log record" [ ! -s "$log" ]
 convert --quiet "$campaign"
@@ -108,28 +131,28 @@ refused "Please check structure settings before start.
 
 File used for format check:
 
-/.../campaign/Set 1 kinase inhibitors/KIN01-1-1.xls" 0
+$(shown "Set 1 kinase inhibitors/KIN01-1-1.xls")" 0
 
 start "no replication number"
 cp "$first/KIN01-1-1.xls" "$first/KIN03-1-one.xls"
 convert "$campaign"
 refused 'Could not extract replication number from file. Please make sure filenames are in format "<XXX>-<X>-<REPLICATION-NUM>.xls".
 
-Filename: /.../campaign/Set 1 kinase inhibitors/KIN03-1-one.xls' 0
+Filename: '"$(shown "Set 1 kinase inhibitors/KIN03-1-one.xls")" 0
 
 start "same key and replication in two files"
 cp "$first/KIN01-1-1.xls" "$campaign/Set 3 fragments/ZZZ-9-1.xls"
 convert "$campaign"
 refused "The same key, with the same replication number was found in different files, and data would be overwritten. Please check that all key fields are truely unique.
 
-Current file: /.../campaign/Set 3 fragments/ZZZ-9-1.xls
+Current file: $(shown "Set 3 fragments/ZZZ-9-1.xls")
 
 Key name:   compound ID=DMSO;cell plate #=1041;cell plate wells ##=A01;" 0
 
 start "same key twice in a sheet"
 convert -k "compound ID" "$campaign"
 refused "Duplicate key in file 
-'/.../campaign/Set 1 kinase inhibitors/KIN01-1-1.xls'
+'$(shown "Set 1 kinase inhibitors/KIN01-1-1.xls")'
 
 Key name:   compound ID=DMSO;" 0
 
@@ -141,12 +164,12 @@ mv "$first/KIN01-1-1.xls" "$first/KIN01-x-1.xls"
 mv "$first/KIN01-1-3.xls" "$first/KIN01-x-3.xls"
 rm "$output"
 convert "$campaign"
-refused "An error occurred while processing the file /.../campaign/Set 1 kinase inhibitors/KIN01-x-1.xls" 1
+refused "An error occurred while processing the file $(shown "Set 1 kinase inhibitors/KIN01-x-1.xls")" 1
 
 start "a file that is no workbook"
 head -c 3000 /dev/zero >"$campaign/Set 2 natural products/NAT07-2-4.xls"
 convert "$campaign"
-refused "An error occurred while processing the file /.../campaign/Set 2 natural products/NAT07-2-4.xls" 1
+refused "An error occurred while processing the file $(shown "Set 2 natural products/NAT07-2-4.xls")" 1
 
 start "sample that is no workbook"
 head -c 3000 /dev/zero >"$first/A-1-1.xls"
@@ -161,7 +184,7 @@ refused "Problems occurred when opening a file to use as a sample for format set
 start "workbook cut short"
 head -c 9000 "$first/KIN01-1-2.xls" >"$first/cut" && mv "$first/cut" "$first/KIN01-1-2.xls"
 convert "$campaign"
-refused "An error occurred while processing the file /.../campaign/Set 1 kinase inhibitors/KIN01-1-2.xls" 1
+refused "An error occurred while processing the file $(shown "Set 1 kinase inhibitors/KIN01-1-2.xls")" 1
 
 start "output that cannot be written"
 convert -o "$work/nowhere/out.xls" "$campaign"
@@ -179,7 +202,7 @@ start "output that is an input"
 cp "$first/KIN01-1-1.xls" "$work/kept.xls"
 ln -sf "$first/KIN01-1-1.xls" "$work/link.xls"
 convert -o "$work/link.xls" "$campaign"
-refused "$work/link.xls: It was read as input, and would be lost." 1
+refused "$(native "$work/link.xls"): It was read as input, and would be lost." 1
 check "keeps the input" cmp -s "$first/KIN01-1-1.xls" "$work/kept.xls"
 
 start "output of another format"
@@ -187,19 +210,19 @@ convert -o "$campaign/campaign.csv" "$campaign"
 refused "Only .xls workbooks can be written" 0
 check "says so at once" [ "$(grep -c Folder "$work/told")" = 0 ]
 
-start "streams that are closed or full"
-"$work/program/bin/korvex-convert" --settings "$work/samples/korvex.ini" "$campaign" \
-  >"$work/printed" 2>&-
-check "no messages: exit status" [ $? = 0 ]
-check "no messages: nothing in the error log" [ ! -s "$log" ]
-for target in /dev/full "&-"; do
-  eval "'$work/program/bin/korvex-convert' -q --settings '$work/samples/korvex.ini' '$campaign' \
-    >$target 2>'$work/told'"
-  check "lost name of the output ($target): exit status" [ $? = 1 ]
-  check "lost name of the output ($target): says so" told "Cannot write to standard output"
-  eval "'$bin/workbook-dump' '$output' >$target 2>'$work/told'"
-  check "lost cells ($target): exit status" [ $? = 1 ]
-done
+if [ -z "$suffix" ]; then # Wine opens streams of its own for what is closed.
+  start "streams that are closed or full"
+  "${program[@]}" "$campaign" >"$work/printed" 2>&-
+  check "no messages: exit status" [ $? = 0 ]
+  check "no messages: nothing in the error log" [ ! -s "$log" ]
+  for target in /dev/full "&-"; do
+    eval '"${program[@]}" -q "$campaign"' ">$target 2>'$work/told'"
+    check "lost name of the output ($target): exit status" [ $? = 1 ]
+    check "lost name of the output ($target): says so" told "Cannot write to standard output"
+    eval '"${dump[@]}" "$output"' ">$target 2>'$work/told'"
+    check "lost cells ($target): exit status" [ $? = 1 ]
+  done
+fi
 
 start "arguments"
 convert -o "$work/some.xls" --files -- "$first/KIN01-1-1.xls"
