@@ -97,34 +97,28 @@ TEST_F(ConsoleDialogsTest, TakesAnAnswerInEveryForm) {
       << "a first letter that fits several";
 }
 
-TEST_F(ConsoleDialogsTest, TakesTheFirstCaptionWhenNobodyCanAnswer) {
+TEST_F(ConsoleDialogsTest, DecidesByItselfWhenNobodyCanAnswer) {
+  EXPECT_EQ(AskToReplace(), BoxAnswer::kCancel) << "end of input or Ctrl-C";
   terminal_.can_ask = false;
+  EXPECT_EQ(AskToReplace(), BoxAnswer::kCancel) << "it never agrees";
+  EXPECT_EQ(dialogs_.ShowPlain({"Again?", BoxButtons::kRetryCancel}), BoxAnswer::kCancel);
+  terminal_.written.clear();
   EXPECT_EQ(AskToStop(1), "&Yes, Stop.");
   EXPECT_EQ(terminal_.written,
             "Stop Process?\n[Yes, Stop.] [Continue]\nNobody answered: Yes, Stop.\n");
   EXPECT_THAT(platform_.sound.played, IsEmpty());
 }
 
-TEST_F(ConsoleDialogsTest, NeverAgreesToAPlainQuestionByItself) {
-  EXPECT_EQ(AskToReplace(), BoxAnswer::kCancel) << "end of input or Ctrl-C";
-  terminal_.can_ask = false;
-  EXPECT_EQ(AskToReplace(), BoxAnswer::kCancel);
-  EXPECT_EQ(dialogs_.ShowPlain({"Again?", BoxButtons::kRetryCancel}), BoxAnswer::kCancel);
-  terminal_.can_ask = true;
-  terminal_.typed = {"", "c", "r"};
+TEST_F(ConsoleDialogsTest, TakesAnswersToPlainQuestions) {
+  terminal_.typed = {"", "c", "r", "unread"};
   EXPECT_EQ(AskToReplace(), BoxAnswer::kOk) << "Enter is the default button";
   EXPECT_EQ(AskToReplace(), BoxAnswer::kCancel);
   EXPECT_EQ(dialogs_.ShowPlain({"Again?", BoxButtons::kRetryCancel}), BoxAnswer::kRetry);
-}
-
-TEST_F(ConsoleDialogsTest, NeverWaitsForASingleCaption) {
-  terminal_.typed = {"unread"};
-  EXPECT_EQ(dialogs_.ShowButtons({"Process finished!", {"OK"}, "", 13}), "OK");
+  terminal_.written.clear();
   EXPECT_EQ(dialogs_.ShowPlain({.text = "Not written.\r\nSorry.", .cause = "Disk full"}),
             BoxAnswer::kOk);
-  EXPECT_EQ(terminal_.written,
-            "Process finished!\n[OK]\nNot written.\nSorry.\nCause: Disk full\n[OK]\n");
-  EXPECT_EQ(terminal_.typed.size(), 1u);
+  EXPECT_EQ(terminal_.written, "Not written.\nSorry.\nCause: Disk full\n[OK]\n");
+  EXPECT_EQ(terminal_.typed.size(), 1u) << "nobody waits where nothing is asked";
 }
 
 TEST_F(ConsoleDialogsTest, PlaysAMessagesSoundToWhoCanAnswer) {
@@ -169,13 +163,10 @@ TEST_F(ConsoleProgressTest, DrawsOneLineOnATerminal) {
   EXPECT_EQ(terminal_.written, written) << "nothing has changed";
   progress_.Finish();
   EXPECT_EQ(terminal_.LastLine(), "");
-  EXPECT_EQ(terminal_.written.find('\n'), std::string::npos);
-}
-
-TEST_F(ConsoleProgressTest, CutsTheLineByCharacters) {
   terminal_.columns = 6;
   progress_.SetMessage("µµµµµµµµ");
-  EXPECT_EQ(terminal_.LastLine(), "µµµµµ");
+  EXPECT_EQ(terminal_.LastLine(), "µµµµµ") << "cut by characters";
+  EXPECT_EQ(terminal_.written.find('\n'), std::string::npos);
 }
 
 TEST_F(ConsoleProgressTest, WritesPlainLinesWithoutATerminalAndNothingWhenQuiet) {

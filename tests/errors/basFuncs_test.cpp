@@ -103,22 +103,19 @@ TEST_F(Reporting, SurvivesSettingsThatCannotBeRead) {
 
 TEST_F(Reporting, LetsAHandlerPassAnErrorOn) {
   const auto run = [](int number) {
-    return ErrorOf([&] {
-      Trap(
-          "a.b",
-          [&] {
-            if (number != 0) throw Error(number);
-          },
-          [](const TrappedError& error) {
-            if (!error.IsTold()) error.Report();
-            throw Error(error_number::kCannotPerform);
-          });
-    });
+    const auto body = [&] {
+      if (number != 0) throw Error(number);
+    };
+    const auto handler = [](const TrappedError& error) {
+      if (!error.IsTold()) error.Report();
+      throw Error(error_number::kCannotPerform);
+    };
+    return ErrorOf([&] { Trap("a.b", body, handler); }).Number();
   };
-  EXPECT_EQ(run(0).Number(), 0);
-  EXPECT_EQ(run(error_number::kCannotPerform).Number(), error_number::kCannotPerform);
+  EXPECT_EQ(run(0), 0);
+  EXPECT_EQ(run(error_number::kCannotPerform), error_number::kCannotPerform);
   EXPECT_THAT(platform.dialogs.texts, IsEmpty());
-  EXPECT_EQ(run(error_number::kDiskFull).Number(), error_number::kCannotPerform);
+  EXPECT_EQ(run(error_number::kDiskFull), error_number::kCannotPerform);
   EXPECT_EQ(platform.dialogs.texts.size(), 1u);
 }
 

@@ -32,17 +32,11 @@ TEST_F(AppLogFile, HoldsARecordOfEveryPartAndRaisesTheErrorWhenAsked) {
   EXPECT_EQ(raised.Number(), 53);
   EXPECT_EQ(raised.Description() + raised.Source(), "not founddisk");
   EXPECT_EQ(Content(),
-            "\r\n"
-            "<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<ERROR>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>\r\n"
-            "Error Number   : 53\r\n"
-            "Error Desc     : not found\r\n"
-            "Error Source   : disk\r\n"
-            "Date           : 05/03/2004 14:07:09\r\n"
-            "Function Name  : Work\r\n"
-            "Caught by      : frmMain.Run\r\n"
-            "Additional Data: try again\r\n"
-            "==================================================================\r\n"
-            "\r\n");
+            "\r\n<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<ERROR>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>\r\n"
+            "Error Number   : 53\r\nError Desc     : not found\r\nError Source   : disk\r\n"
+            "Date           : 05/03/2004 14:07:09\r\nFunction Name  : Work\r\n"
+            "Caught by      : frmMain.Run\r\nAdditional Data: try again\r\n"
+            "==================================================================\r\n\r\n");
 }
 
 TEST_F(AppLogFile, TakesWhatIsLeftOutFromThePendingError) {

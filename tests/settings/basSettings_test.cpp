@@ -16,9 +16,7 @@ TEST(Settings, ReadTheirDefaultsOnAFreshAccount) {
   TestPlatform platform(PathStyle::kWindows);
   EXPECT_EQ(basSettings::LastPathAtStart(), "C:\\");
   EXPECT_EQ(basSettings::OutputFullName(), "");
-  EXPECT_EQ(basSettings::DataColumn(), "Delta OD");
   EXPECT_TRUE(basSettings::LaunchOutputFile());
-  EXPECT_EQ(basSettings::LaunchOutputFileNumber(), 1);
   EXPECT_TRUE(basSettings::AutoReplaceOutputFiles());
   EXPECT_TRUE(basSettings::ProcessingSubFolders());
   EXPECT_THAT(basSettings::KeysColumns(), IsEmpty());

@@ -1,17 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-
 #include "tests/spreadsheet/opened_workbook.h"
 
 namespace korvex::test {
 namespace {
-
-std::string ListingOfFixture(const std::string& name) {
-  std::ifstream file(std::string(TEST_DATA) + "/" + name, std::ios::binary);
-  return ListingOf(Bytes(std::istreambuf_iterator<char>(file), {}));
-}
 
 TEST(BiffDecryption, ReadsWorkbooksThatHaveTheDefaultPassword) {
   const struct {
@@ -23,7 +15,7 @@ TEST(BiffDecryption, ReadsWorkbooksThatHaveTheDefaultPassword) {
       {"xor-excel95.xls", "gnumeric-excel95.xls"},
   };
   for (const auto& test : cases) {
-    EXPECT_EQ(ListingOfFixture(test.encrypted), ListingOfFixture(test.clear)) << test.encrypted;
+    EXPECT_EQ(ListingOf(DataFile(test.encrypted)), ListingOf(DataFile(test.clear))) << test.encrypted;
   }
 }
 

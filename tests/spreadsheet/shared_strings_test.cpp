@@ -4,6 +4,10 @@
 
 #include <tuple>
 
+#include "spreadsheet/record_reader.h"
+#include "spreadsheet/shared_string_writer.h"
+#include "spreadsheet/utf16.h"
+#include "tests/spreadsheet/written_bytes.h"
 #include "tests/support/workbook_bytes.h"
 
 namespace korvex::test {
@@ -74,6 +78,117 @@ TEST(SharedStrings, EndsWhereTheDataEnds) {
   EXPECT_EQ(Decode({U32(1)}), Texts{});
   const std::u16string lone_surrogates = {0xDDEA, 'a', 0xD83E, 'b', 0xD83E};
   EXPECT_EQ(Decode({Counts(1) + WideText(lone_surrogates)}), Texts{"\uFFFDa\uFFFDb\uFFFD"});
+}
+
+std::string Repeat(std::string_view text, std::size_t count) {
+  std::string repeated;
+  while (count-- > 0) repeated += text;
+  return repeated;
+}
+
+// A reader that takes splits nowhere but between two whole characters, with the flags repeated.
+class StrictTable {
+ public:
+  explicit StrictTable(std::string_view bytes)
+      : stream_(std::as_bytes(std::span(bytes))), records_(stream_, 0) {
+    NextRecord(biff::kSst);
+    Take(4);
+    const std::uint32_t count = LoadU32(Take(4));
+    while (texts_.size() < count && !testing::Test::HasFatalFailure()) ReadText();
+    EXPECT_TRUE(data_.empty());
+    NextRecord(biff::kExtSst);
+  }
+
+  const std::vector<std::u16string>& Texts() const { return texts_; }
+
+  // Every bucket points at the string that it begins with.
+  void ExpectBucketsMatch() {
+    const std::size_t a_bucket = LoadU16(Take(2));
+    for (std::size_t i = 0; i < starts_.size(); i += a_bucket) {
+      ASSERT_GE(data_.size(), 8u);
+      ASSERT_EQ(LoadU32(data_.data()), starts_[i].first);
+      ASSERT_EQ(LoadU16(data_.data() + 4), starts_[i].second);
+      Take(8);
+    }
+    EXPECT_TRUE(data_.empty());
+  }
+
+ private:
+  void NextRecord(biff::Record number) {
+    ASSERT_TRUE(records_.Next());
+    ASSERT_EQ(records_.Number(), number);
+    ASSERT_LE(records_.Data().size(), biff::kMaxRecordData);
+    data_ = records_.Data();
+  }
+  const std::byte* Take(std::size_t size) {
+    const std::byte* const taken = data_.data();
+    data_ = data_.subspan(size);
+    return taken;
+  }
+  void ReadText() {
+    if (data_.empty()) NextRecord(biff::kContinue);
+    ASSERT_GE(data_.size(), 3u) << "the header is cut";
+    starts_.emplace_back(data_.data() - stream_.data(),
+                         data_.data() - records_.Data().data() + biff::kRecordHeaderSize);
+    const std::size_t units = LoadU16(Take(2));
+    const std::uint8_t flags = LoadU8(Take(1));
+    EXPECT_TRUE(units == 0 || !data_.empty()) << "header and characters are in two records";
+    std::u16string text;
+    while (text.size() < units) {
+      if (data_.empty()) {
+        ASSERT_NE(text.back() & 0xFC00, 0xD800) << "a pair is cut";
+        NextRecord(biff::kContinue);
+        ASSERT_EQ(LoadU8(Take(1)), flags);
+      }
+      ASSERT_GE(data_.size(), flags == 1 ? 2u : 1u) << "a unit is cut";
+      text += static_cast<char16_t>(flags == 1 ? LoadU16(Take(2)) : LoadU8(Take(1)));
+    }
+    texts_.push_back(text);
+  }
+
+  std::span<const std::byte> stream_;
+  RecordReader records_;
+  std::span<const std::byte> data_;
+  std::vector<std::u16string> texts_;
+  std::vector<std::pair<std::size_t, std::size_t>> starts_;  // in the stream, in the record
+};
+
+void ExpectTable(const std::vector<std::string>& texts) {
+  TextPool pool;
+  for (const std::string& text : texts) pool.Intern(text);
+  SharedStringWriter writer(pool);
+  for (std::uint32_t id = 0; id < pool.Count(); ++id) writer.IndexOf(id);
+  const std::string bytes = Written([&](ByteWriter& out) { writer.Write(out, 0, texts.size()); });
+  StrictTable table(bytes);
+  ASSERT_EQ(table.Texts().size(), texts.size());
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    std::u16string expected;
+    ToUtf16(texts[i], expected);
+    ASSERT_EQ(table.Texts()[i], expected) << i;
+  }
+  table.ExpectBucketsMatch();
+}
+
+TEST(SharedStringWriter, SplitsTextsOnlyBetweenCharacters) {
+  // The second text meets the end of the first record at every position in turn.
+  for (const char* character : {"a", "\u00E9", "\u0416", "\U0001D11E"}) {
+    for (std::size_t distance = 0; distance < 16; ++distance) {
+      SCOPED_TRACE(character + std::to_string(distance));
+      const std::size_t filler = biff::kMaxRecordData - 8 - 3 - distance;
+      ExpectTable({std::string(filler, 'x'), "b" + Repeat(character, 9000), "c"});
+    }
+  }
+}
+
+TEST(SharedStringWriter, FindsAnyOfManyTextsThroughOneIndexRecord) {
+  ExpectTable({std::string(32767, 'x'), Repeat("\u00FF", 32767), Repeat("\u0100", 32767),
+               "y" + Repeat("\U0001D11E", 16383)});
+  for (const int count : {0, 1, 8, 9, 70000}) {
+    std::vector<std::string> texts;
+    for (int i = 0; i < count; ++i) texts.push_back("plate " + std::to_string(i));
+    SCOPED_TRACE(count);
+    ExpectTable(texts);
+  }
 }
 
 }  // namespace

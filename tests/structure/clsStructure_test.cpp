@@ -119,7 +119,6 @@ TEST_F(Structure, StoresTheUsersChoice) {
   structure.SetDataColumn("#");
   EXPECT_EQ(campaign.platform.settings.Get("File Structure", "Output Columns"),
             "plate<-- -->compound ID");
-  EXPECT_THAT(structure.OutputColsArray(), ElementsAre("plate", "compound ID"));
   EXPECT_THAT(structure.KeyColsArray(), ElementsAre("plate", "compound ID"));
   EXPECT_EQ(structure.DataColumn(), "#");
   names.Clear();

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <bit>
+#include <fstream>
+#include <iterator>
 
 namespace korvex::test {
 namespace {
@@ -34,6 +36,11 @@ void Chain(std::vector<std::uint32_t>& fat, std::size_t first, std::size_t count
 }
 
 }  // namespace
+
+Bytes DataFile(const std::string& name) {
+  std::ifstream file(TEST_DATA "/" + name, std::ios::binary);
+  return Bytes(std::istreambuf_iterator<char>(file), {});
+}
 
 Bytes U8(unsigned value) {
   return Bytes(1, static_cast<char>(value));

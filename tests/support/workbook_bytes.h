@@ -12,6 +12,9 @@ namespace korvex::test {
 
 using Bytes = std::string;
 
+// A file of tests/data, whose README says what made it.
+Bytes DataFile(const std::string& name);
+
 Bytes U8(unsigned value);
 Bytes U16(unsigned value);
 Bytes U32(std::uint32_t value);
