@@ -8,6 +8,10 @@ namespace {
 
 constexpr std::size_t kSmallDisorder = 65536;
 
+// Where rows are this many more than cells, a list of the rows costs more than it saves.
+constexpr std::size_t kSparseRows = 65536;
+constexpr std::size_t kSparseRowsPerCell = 16;
+
 }  // namespace
 
 void SheetCells::Clear(const TextArena* shared) {
@@ -62,7 +66,8 @@ void SheetCells::Finish() {
     last_row_ = std::max(last_row_, static_cast<std::uint32_t>((next_place_ - 1) >> 16));
   if (!is_ordered_) Order();
   row_starts_.clear();
-  if (cells_.empty()) return;
+  if (cells_.empty() || cells_.back().row > kSparseRows + kSparseRowsPerCell * cells_.size())
+    return;
   row_starts_.resize(std::size_t{cells_.back().row} + 2);
   std::size_t row = 0;
   for (std::size_t i = 0; i < cells_.size(); ++i) {
@@ -72,9 +77,20 @@ void SheetCells::Finish() {
 }
 
 int SheetCells::CountA(int row) const {
-  if (row < 1 || static_cast<std::size_t>(row) >= row_starts_.size()) return 0;
-  const std::size_t index = static_cast<std::size_t>(row) - 1;
-  return static_cast<int>(row_starts_[index + 1] - row_starts_[index]);
+  const Row cells = RowOf(row);
+  return static_cast<int>(cells.end - cells.begin);
+}
+
+SheetCells::Row SheetCells::FindRow(int row) const {
+  if (row < 1) return {};
+  const auto wanted = static_cast<std::uint32_t>(row - 1);
+  const auto position = [this](std::uint32_t place) {
+    const auto at = std::lower_bound(
+        cells_.begin(), cells_.end(), place,
+        [](const Cell& cell, std::uint32_t wanted_row) { return cell.row < wanted_row; });
+    return static_cast<std::uint32_t>(at - cells_.begin());
+  };
+  return {position(wanted), position(wanted + 1)};
 }
 
 SheetCells::Entry SheetCells::At(std::size_t index) const {

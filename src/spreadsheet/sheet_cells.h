@@ -94,11 +94,12 @@ class SheetCells {
     last_column_ = std::max(last_column_, column);
   }
   void GoBack();
+  Row FindRow(int row) const;
   void Order();
   CellValue View(const Cell& cell) const;
 
   std::vector<Cell> cells_;
-  std::vector<std::uint32_t> row_starts_;  // by zero-based row, and one more
+  std::vector<std::uint32_t> row_starts_;  // by zero-based row, and one more; none of sparse cells
   const TextArena* shared_texts_ = nullptr;
   TextArena own_texts_;
   std::uint64_t next_place_ = 0;  // behind the cells added so far
@@ -109,6 +110,7 @@ class SheetCells {
 };
 
 inline SheetCells::Row SheetCells::RowOf(int row) const {
+  if (row_starts_.empty()) return FindRow(row);
   if (row < 1 || static_cast<std::size_t>(row) >= row_starts_.size()) return {};
   const std::size_t index = static_cast<std::size_t>(row) - 1;
   return {row_starts_[index], row_starts_[index + 1]};

@@ -12,6 +12,26 @@ namespace {
 
 constexpr double kSecondsPerDay = 86400;
 
+struct ErrorName {
+  std::string_view name;
+  int code;
+};
+constexpr ErrorName kErrors[] = {{"#NULL!", 0},
+                                 {"#DIV/0!", 7},
+                                 {"#VALUE!", kNoValueError},
+                                 {"#REF!", 23},
+                                 {"#NAME?", 29},
+                                 {"#NUM!", kNumberError},
+                                 {"Err:503", kNumberError},
+                                 {"#N/A", kNotAvailableError}};
+
+const ErrorName* FindError(std::string_view name) {
+  for (const ErrorName& error : kErrors) {
+    if (error.name == name) return &error;
+  }
+  return nullptr;
+}
+
 // Takes a number of exactly `digits` digits off the front; -1 when it is not there.
 int TakeDigits(std::string_view& text, std::size_t digits) {
   if (text.size() < digits) return -1;
@@ -46,7 +66,7 @@ std::optional<double> TakeTime(std::string_view& text) {
   return hours * 3600 + minutes * 60 + seconds;
 }
 
-std::optional<double> TakeDay(std::string_view& text) {
+std::optional<int> TakeDay(std::string_view& text) {
   using std::chrono::sys_days;
   constexpr sys_days kFirst{std::chrono::year{1899} / 12 / 30};
   const int year = TakeDigits(text, 4);
@@ -59,7 +79,7 @@ std::optional<double> TakeDay(std::string_view& text) {
                                          std::chrono::month{static_cast<unsigned>(month)},
                                          std::chrono::day{static_cast<unsigned>(day)}};
   if (!date.ok()) return {};
-  return (sys_days{date} - kFirst).count();
+  return static_cast<int>((sys_days{date} - kFirst).count());
 }
 
 bool IsZone(std::string_view text) {
@@ -82,30 +102,29 @@ std::optional<double> ReadNumber(std::string_view text) {
   return number;
 }
 
-int ErrorCode(std::string_view name) {
-  constexpr struct {
-    std::string_view name;
-    int code;
-  } kErrors[] = {{"#NULL!", 0},  {"#DIV/0!", 7}, {"#VALUE!", kNoValueError},  {"#REF!", 23},
-                 {"#NAME?", 29}, {"#NUM!", 36},  {"#N/A", kNotAvailableError}};
-  for (const auto& error : kErrors) {
-    if (error.name == name) return error.code;
-  }
-  return kNoValueError;
+bool IsErrorName(std::string_view text) {
+  return text.starts_with("Err:") || FindError(text) != nullptr;
 }
 
-std::optional<double> ReadIsoDate(std::string_view text) {
+int ErrorCode(std::string_view name) {
+  const ErrorName* const error = FindError(name);
+  return error != nullptr ? error->code : kNoValueError;
+}
+
+std::optional<DayAndTime> ReadIsoDate(std::string_view text) {
   text = TrimBlanks(text, " \t\r\n");
-  double days = 0;
+  DayAndTime date{0, 0};
   if (text.size() < 3 || text[2] != ':') {
-    const std::optional<double> day = TakeDay(text);
+    const std::optional<int> day = TakeDay(text);
     if (!day) return {};
-    days = *day;
-    if (!Take(text, 'T') && !Take(text, ' ')) return IsZone(text) ? day : std::nullopt;
+    date.day = *day;
+    if (!Take(text, 'T') && !Take(text, ' '))
+      return IsZone(text) ? std::optional(date) : std::nullopt;
   }
   const std::optional<double> seconds = TakeTime(text);
   if (!seconds || !IsZone(text)) return {};
-  return days + *seconds / kSecondsPerDay;
+  date.time = *seconds / kSecondsPerDay;
+  return date;
 }
 
 std::optional<double> ReadIsoDuration(std::string_view text) {

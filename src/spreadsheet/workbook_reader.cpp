@@ -2,8 +2,10 @@
 
 #include "spreadsheet/biff_workbook.h"
 #include "spreadsheet/file_kind.h"
+#include "spreadsheet/ods_workbook.h"
 #include "spreadsheet/packed_workbook.h"
 #include "spreadsheet/refusal.h"
+#include "spreadsheet/spreadsheetml_workbook.h"
 
 namespace korvex {
 
@@ -14,6 +16,10 @@ std::unique_ptr<WorkbookReader> OpenWorkbookReader(ReadBuffers& buffers) {
     return std::make_unique<BiffWorkbook>(buffers);
   }
   if (kind == FileKind::kZip) return OpenPackedWorkbook(buffers);
+  if (kind == FileKind::kFlatOpenDocument) {
+    return std::make_unique<OdsWorkbook>(buffers, std::nullopt);
+  }
+  if (kind == FileKind::kSpreadsheetMl) return std::make_unique<SpreadsheetMlWorkbook>(buffers);
   RefuseAs(FileKindText(kind));
 }
 

@@ -119,8 +119,8 @@ void XlsxSheetReader::AddCell() {
     return AddTyped(CellKind::kBoolean, value_ == "1" || value_ == "true" ? 1 : 0);
   }
   if (type_ == "d") {
-    if (const std::optional<double> date = ReadIsoDate(value_)) {
-      const TypedNumber typed = TypeNumber(*date, true, false);
+    if (const std::optional<DayAndTime> date = ReadIsoDate(value_)) {
+      const TypedNumber typed = TypeNumber(date->Serial(), true, false);
       return AddTyped(typed.kind, typed.number);
     }
   }

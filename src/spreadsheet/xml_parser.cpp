@@ -2,9 +2,11 @@
 
 #include <expat.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <new>
@@ -222,6 +224,15 @@ bool XmlElement::IsOn(std::string_view local) const {
   if (value == nullptr) return false;
   const std::string_view text(value);
   return text == "1" || text == "true";
+}
+
+XmlSource SourceOf(std::span<const std::byte> bytes) {
+  return [bytes](std::span<char> room) mutable {
+    const std::size_t count = std::min(room.size(), bytes.size());
+    if (count > 0) std::memcpy(room.data(), bytes.data(), count);
+    bytes = bytes.subspan(count);
+    return count;
+  };
 }
 
 void ParseXml(const XmlSource& source, const std::string& part,

@@ -69,6 +69,8 @@ class XmlHandler {
 
 // Fills the front of the room with what comes next of a document; 0 at its end.
 using XmlSource = std::function<std::size_t(std::span<char>)>;
+// A document that is in memory.
+XmlSource SourceOf(std::span<const std::byte> bytes);
 
 // Reads a document to its end, or until the handler is done. `part` names the part of the file that
 // it is, "" when it is all of the file. Refusals are Errors 1004 and predicates (refusal.h); errors

@@ -39,7 +39,27 @@ TEST(ForeignWorkbooks, GiveTheCellsThatWereWritten) {
        header + "4,1 date 12/3/2002 12:00:00 PM | 4,2 date 1/1/1904 6:30:00 AM | 4,3 number -1.5 "
                 "| 5,1 boolean True | 5,2 text ",
        {6, 4}},
+      {"libreoffice-plate.ods",
+       header + "4,1 date 12/3/2002 12:00:00 PM | 4,2 date 6:30:00 AM | 4,3 number -1.5 | "
+                "5,1 boolean True | 5,2 error Error 2007",
+       {5, 3}},
+      {"libreoffice-1904.xlsx",
+       header + "4,1 date 12/3/2002 12:00:00 PM | 4,2 date 1/1/1904 6:30:00 AM | 4,3 number -1.5 "
+                "| 5,1 boolean True | 5,2 error Error 2007",
+       {6, 4}},
+      {"openpyxl-plate.xlsx",
+       header + "4,1 date 12/3/2002 12:00:00 PM | 4,2 date 6:30:00 AM | 4,3 number -1.5 | "
+                "5,1 boolean True | 5,2 error Error 2042",
+       {6, 4}},
+      {"openpyxl-iso-dates.xlsx",
+       header + "4,1 date 12/3/2002 12:00:00 PM | 4,2 date 6:30:00 AM | 4,3 number -1.5 | "
+                "5,1 boolean True | 5,2 error Error 2042",
+       {6, 4}},
       {"libreoffice-results.xls", results + long_text, {2, 10}},
+      {"libreoffice-results.xlsx", results + long_text, {2, 10}},
+      {"libreoffice-results.ods", results + long_text, {2, 10}},
+      {"libreoffice-results.xml", results + long_text, {2, 10}},
+      {"gnumeric-results.ods", results + cut_by_gnumeric, {2, 10}},
       {"gnumeric-excel95.xls", results + cut_by_gnumeric, {2, 10}},
       {"gnumeric-both-streams.xls", results + cut_by_gnumeric, {2, 10}},
   };
@@ -64,6 +84,10 @@ TEST(ForeignWorkbooks, KeepChartsAndHiddenSheetsInOrder) {
             "2,3 number 0.5 | 2,4 date 12/3/2002 | 3,1 number 1 | 3,2 text α1 | 3,3 number 1.25 | "
             "3,4 text 0.5 OD | 3,5 number 1.75");
   EXPECT_EQ(workbook.Cells(1).LastCell(), (CellAddress{9, 8}));
+  OpenedWorkbook packed(Fixture("openpyxl-plate.xlsx"));
+  EXPECT_EQ(packed.Sheets()[1].state, SheetState::kVeryHidden);
+  EXPECT_EQ(packed.Sheets()[2].kind, SheetKind::kChart);
+  EXPECT_EQ(Listing(packed.Cells(2)), "");
 }
 
 TEST(ForeignWorkbooks, KeepTextsWholeThatRecordsCut) {

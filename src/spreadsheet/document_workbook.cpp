@@ -1,0 +1,37 @@
+#include "spreadsheet/document_workbook.h"
+
+#include <utility>
+
+namespace korvex {
+namespace {
+
+// What a sheet without cells takes up, generously.
+constexpr std::size_t kSheetMemory = 512;
+
+}  // namespace
+
+void SheetCollector::Begin(SheetInfo sheet) {
+  if (!cells_.empty()) before_ += cells_.back().UsedMemory();
+  before_ += kSheetMemory + sheet.name.size();
+  budget_.CheckMemory(before_);
+  sheets_.push_back(std::move(sheet));
+  cells_.emplace_back().Clear();
+}
+
+void DocumentWorkbook::Load() {
+  ReadBudget budget(buffers_.file.size());
+  SheetCollector sheets(budget);
+  ReadDocument(budget, sheets);
+  sheets_ = std::move(sheets.sheets_);
+  held_ = std::move(sheets.cells_);
+  is_held_.assign(held_.size(), true);
+}
+
+void DocumentWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
+  if (!is_held_[index]) Load();
+  is_held_[index] = false;
+  std::swap(cells, held_[index]);
+  cells.Finish();
+}
+
+}  // namespace korvex

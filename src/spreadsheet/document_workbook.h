@@ -1,0 +1,60 @@
+// Workbooks that are one document, with all their sheets after each other.
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <vector>
+
+#include "spreadsheet/cell_place.h"
+#include "spreadsheet/read_budget.h"
+#include "spreadsheet/workbook_reader.h"
+
+namespace korvex {
+
+// The sheets of a document on the way through it.
+class SheetCollector {
+ public:
+  explicit SheetCollector(const ReadBudget& budget) : budget_(budget) {}
+
+  // Ends the sheet at hand, if any.
+  void Begin(SheetInfo sheet);
+  SheetInfo& Sheet() { return sheets_.back(); }
+  SheetCells& Cells() { return cells_.back(); }
+  // To be called wherever a little of the document can stand for much.
+  void CheckMemory() const { budget_.CheckMemory(before_ + cells_.back().UsedMemory()); }
+
+ private:
+  friend class DocumentWorkbook;
+
+  const ReadBudget& budget_;
+  std::vector<SheetInfo> sheets_;
+  std::deque<SheetCells> cells_;  // not finished yet
+  std::size_t before_ = 0;        // what the sheets before the one at hand take up
+};
+
+// Finding one sheet takes the way through the whole document, so that it is gone once for all
+// sheets, when the workbook is opened.
+class DocumentWorkbook : public WorkbookReader {
+ public:
+  const std::vector<SheetInfo>& Sheets() const override { return sheets_; }
+  CellAddress LastPlace() const override { return kLastXmlPlace; }
+  // Hands out the cells that are held; goes through the document again for those that were handed
+  // out already.
+  void ReadSheet(std::size_t index, SheetCells& cells) override;
+
+ protected:
+  explicit DocumentWorkbook(ReadBuffers& buffers) : buffers_(buffers) {}
+
+  // Constructors of derived classes end with it.
+  void Load();
+  virtual void ReadDocument(ReadBudget& budget, SheetCollector& sheets) = 0;
+  const std::vector<std::byte>& File() const { return buffers_.file; }
+
+ private:
+  ReadBuffers& buffers_;
+  std::vector<SheetInfo> sheets_;
+  std::deque<SheetCells> held_;
+  std::vector<bool> is_held_;
+};
+
+}  // namespace korvex
