@@ -1,0 +1,13 @@
+// .xls workbooks: compound files, and streams of records without one.
+#include "fuzzing/fuzz_target.h"
+#include "fuzzing/read_workbook.h"
+#include "spreadsheet/file_kind.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const auto file = std::as_bytes(std::span(data, size));
+  const korvex::FileKind kind = korvex::RecognizeFile(file);
+  if (kind == korvex::FileKind::kCompoundFile || kind == korvex::FileKind::kBareBiff) {
+    korvex::fuzz::ReadWorkbook(file);
+  }
+  return 0;
+}

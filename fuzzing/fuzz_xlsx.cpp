@@ -1,0 +1,59 @@
+// The documents of .xlsx workbooks. The input is, with form feeds between: a worksheet, the shared
+// strings, the styles and the workbook. What it leaves out is empty, a workbook sound.
+#include <string>
+#include <vector>
+
+#include "fuzzing/fuzz_target.h"
+#include "fuzzing/read_workbook.h"
+#include "fuzzing/zip_file.h"
+
+using namespace korvex;
+
+namespace {
+
+const std::string kDocument = "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
+
+std::string Relationship(const std::string& kind, const std::string& part) {
+  return "<Relationship Id=\"" + kind + "\" Type=\"" + kDocument + '/' + kind + "\" Target=\"" +
+         part + "\"/>";
+}
+
+std::string Relationships(const std::string& list) {
+  return "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">" +
+         list + "</Relationships>";
+}
+
+std::vector<std::string> Split(std::string_view input, std::size_t most) {
+  std::vector<std::string> documents;
+  while (documents.size() + 1 < most && input.find('\f') != std::string_view::npos) {
+    documents.emplace_back(input.substr(0, input.find('\f')));
+    input.remove_prefix(documents.back().size() + 1);
+  }
+  documents.emplace_back(input);
+  return documents;
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const std::string kWorkbook =
+      "<workbook xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\" xmlns:r=\"" +
+      kDocument + "\"><sheets><sheet name=\"data\" r:id=\"worksheet\"/></sheets></workbook>";
+  std::vector<std::string> documents = Split({reinterpret_cast<const char*>(data), size}, 4);
+  if (documents.size() < 4) {
+    documents.resize(3);
+    documents.push_back(kWorkbook);
+  }
+  const std::string file = fuzz::ZipFile({
+      {"_rels/.rels", Relationships(Relationship("officeDocument", "w.xml"))},
+      {"_rels/w.xml.rels",
+       Relationships(Relationship("worksheet", "s.xml") + Relationship("sharedStrings", "t.xml") +
+                     Relationship("styles", "f.xml"))},
+      {"s.xml", documents[0]},
+      {"t.xml", documents[1]},
+      {"f.xml", documents[2]},
+      {"w.xml", documents[3]},
+  });
+  fuzz::ReadWorkbook(std::as_bytes(std::span(file)));
+  return 0;
+}

@@ -1,0 +1,10 @@
+// Zip archives, and whatever workbooks are in them.
+#include "fuzzing/fuzz_target.h"
+#include "fuzzing/read_workbook.h"
+#include "spreadsheet/file_kind.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const auto file = std::as_bytes(std::span(data, size));
+  if (korvex::RecognizeFile(file) == korvex::FileKind::kZip) korvex::fuzz::ReadWorkbook(file);
+  return 0;
+}

@@ -1,0 +1,77 @@
+#include "fuzzing/memory_promise.h"
+
+#include <malloc.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+namespace {
+
+std::size_t held = 0;
+std::size_t limit = std::numeric_limits<std::size_t>::max();
+
+void* Take(std::size_t size) noexcept {
+  void* const memory = std::malloc(size == 0 ? 1 : size);
+  if (memory != nullptr) held += malloc_usable_size(memory);
+  korvex::fuzz::Require(held <= limit, "no more memory than promised");
+  return memory;
+}
+
+void* TakeOrThrow(std::size_t size) {
+  void* const memory = Take(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+void GiveBack(void* memory) noexcept {
+  if (memory != nullptr) held -= malloc_usable_size(memory);
+  std::free(memory);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  return TakeOrThrow(size);
+}
+void* operator new[](std::size_t size) {
+  return TakeOrThrow(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return Take(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return Take(size);
+}
+void operator delete(void* memory) noexcept {
+  GiveBack(memory);
+}
+void operator delete[](void* memory) noexcept {
+  GiveBack(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  GiveBack(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+  GiveBack(memory);
+}
+
+namespace korvex::fuzz {
+
+MemoryPromise::MemoryPromise(std::size_t input_size) {
+  limit = held + 20 * input_size + (std::size_t{64} << 20);
+}
+
+MemoryPromise::~MemoryPromise() {
+  limit = std::numeric_limits<std::size_t>::max();
+}
+
+void Require(bool holds, const char* what) {
+  if (holds) return;
+  limit = std::numeric_limits<std::size_t>::max();
+  std::fprintf(stderr, "Not kept: %s\n", what);
+  std::abort();
+}
+
+}  // namespace korvex::fuzz
