@@ -16,7 +16,7 @@ using ZipParts = std::vector<std::pair<std::string, Bytes>>;  // names and conte
 inline Bytes Deflated(const Bytes& content) {
   z_stream packer{};
   deflateInit2(&packer, 9, Z_DEFLATED, -MAX_WBITS, 9, Z_DEFAULT_STRATEGY);
-  Bytes packed(deflateBound(&packer, content.size()), '\0');
+  Bytes packed(deflateBound(&packer, static_cast<uLong>(content.size())), '\0');
   packer.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
   packer.avail_in = static_cast<uInt>(content.size());
   packer.next_out = reinterpret_cast<Bytef*>(packed.data());
