@@ -15,7 +15,8 @@ TEST(BiffDecryption, ReadsWorkbooksThatHaveTheDefaultPassword) {
       {"xor-excel95.xls", "gnumeric-excel95.xls"},
   };
   for (const auto& test : cases) {
-    EXPECT_EQ(ListingOf(DataFile(test.encrypted)), ListingOf(DataFile(test.clear))) << test.encrypted;
+    EXPECT_EQ(ListingOf(DataFile(test.encrypted)), ListingOf(DataFile(test.clear)))
+        << test.encrypted;
   }
 }
 

@@ -86,14 +86,9 @@ TEST_F(InstalledApplicationTest, ReadsAPlateInOneTransfer) {
 }
 
 TEST_F(InstalledApplicationTest, ReadsEveryKindOfValue) {
-  const std::vector<TestCell> row = {CellValue::Date(37593.427083333336),
-                                     CellValue::ErrorCode(42),
-                                     CellValue::Boolean(true),
-                                     CellValue::Boolean(false),
-                                     0.123456789,
-                                     {},
-                                     "α-K1",
-                                     1.23456789};
+  std::vector<TestCell> row = {"α-K1", {}, 0.123456789, CellValue::Date(37593.427083333336)};
+  row.insert(row.end(), {CellValue::ErrorCode(42), CellValue::Boolean(true),
+                         CellValue::Boolean(false), 1.23456789});
   scripted.currency_column = 8;
   Worksheet& sheet = OpenData({{}, row});  // what is used does not start in A1
   for (int column = 1; column <= 8; ++column) {
@@ -138,33 +133,24 @@ TEST_F(InstalledApplicationTest, WritesTenThousandRowsInFewCalls) {
 
 TEST_F(InstalledApplicationTest, KeepsTextsAsTheyAre) {
   const std::string long_text = "=" + std::string(5000, 'x');
-  const TestCell values[] = {"0017",
-                             17,
-                             "1E5",
-                             "1-2",
-                             "12/03/2002",
-                             "=A1",
-                             "'quoted",
-                             CellValue::Date(37593.5),
-                             "TRUE",
-                             long_text.c_str(),
-                             CellValue::Boolean(true),
-                             "",
-                             "é 𝛼",
-                             " 5 ",
-                             CellValue::ErrorCode(7)};
+  std::vector<CellValue> values = {CellValue::Number(17), CellValue::Date(37593.5),
+                                   CellValue::Boolean(true), CellValue::ErrorCode(7), T("")};
+  for (const char* text : {"0017", "1E5", "1-2", "12/03/2002", "=A1", "'quoted", "TRUE", "é 𝛼",
+                           " 5 ", long_text.c_str()}) {
+    values.push_back(T(text));
+  }
   Worksheet& sheet = application->AddWorkbook().Worksheets(1);
   // So many runs of texts that their addresses do not fit into one.
   for (int row = 1; row <= 200; row += 2) {
     int column = 0;
-    for (const TestCell& cell : values) sheet.SetValue(row, ++column, cell.value);
+    for (const CellValue& value : values) sheet.SetValue(row, ++column, value);
   }
   application->Workbooks(1).SaveAs(kOutput);
   for (int row : {1, 2, 199}) {
     int column = 0;
-    for (const TestCell& cell : values) {
-      const bool is_empty = row == 2 || cell.value == CellValue::Text("");
-      EXPECT_EQ(Saved(row, ++column), is_empty ? CellValue() : cell.value) << row << ", " << column;
+    for (const CellValue& value : values) {
+      const bool is_empty = row == 2 || value == T("");
+      EXPECT_EQ(Saved(row, ++column), is_empty ? CellValue() : value) << row << ", " << column;
     }
   }
 }
