@@ -28,7 +28,10 @@ void ReadBufferPool::GiveBack(std::unique_ptr<ReadBuffers> buffers) {
 
 class InputWorkbook::Sheet : public Worksheet {
  public:
-  Sheet(InputWorkbook& workbook, std::size_t index) : workbook_(workbook), index_(index) {}
+  Sheet(InputWorkbook& workbook, std::size_t index)
+      : workbook_(workbook), index_(index), last_(workbook.reader_->LastPlace()) {
+    last_.column = std::max(last_.column, kReadableColumns);
+  }
 
   std::string Name() const override { return Info().name; }
   void SetName(const std::string&) override { workbook_.RefuseChange(); }
@@ -47,10 +50,14 @@ class InputWorkbook::Sheet : public Worksheet {
     if (cells_ == nullptr) cells_ = &workbook_.Cells(index_, own_cells_);
     return *cells_;
   }
-  void CheckPlace(int row, int column) const;
+  void CheckPlace(int row, int column) const {
+    if (row < 1 || row > last_.row || column < 1 || column > last_.column) RefusePlace(row, column);
+  }
+  [[noreturn]] void RefusePlace(int row, int column) const;
 
   InputWorkbook& workbook_;
   std::size_t index_;
+  CellAddress last_;  // that may be asked for
   mutable std::unique_ptr<SheetCells> own_cells_;
   mutable const SheetCells* cells_ = nullptr;
   mutable int last_row_ = 0;  // the row that was read last, and its cells
@@ -71,10 +78,7 @@ int InputWorkbook::Sheet::CountA(int row) const {
   return Cells().CountA(row);
 }
 
-void InputWorkbook::Sheet::CheckPlace(int row, int column) const {
-  const CellAddress last = workbook_.reader_->LastPlace();
-  const int last_column = std::max(last.column, kReadableColumns);
-  if (row >= 1 && row <= last.row && column >= 1 && column <= last_column) return;
+void InputWorkbook::Sheet::RefusePlace(int row, int column) const {
   Refuse("There is no cell in row " + std::to_string(row) + ", column " + std::to_string(column) +
          " of sheet \"" + Name() + "\" of " + workbook_.full_name_);
 }

@@ -44,7 +44,8 @@ class SheetCells {
   void Clear(const TextArena* shared = nullptr);
   // Cells may come in any order; of two at one place the later one counts, a blank too.
   void AddBlanks(std::uint32_t row, std::uint16_t first_column, int count);
-  void AddNumber(std::uint32_t row, std::uint16_t column, CellKind kind, double number) {
+  [[gnu::always_inline]] void AddNumber(std::uint32_t row, std::uint16_t column, CellKind kind,
+                                        double number) {
     Add(row, column, kind, false, {.number = number});
   }
   void AddSharedText(std::uint32_t row, std::uint16_t column, TextRange text) {
@@ -82,8 +83,9 @@ class SheetCells {
     return std::uint64_t{row} << 16 | column;
   }
   static std::uint64_t Place(const Cell& cell) { return Place(cell.row, cell.column); }
-  void Add(std::uint32_t row, std::uint16_t column, CellKind kind, bool is_shared_text,
-           Content content) {
+  // Every cell of every workbook goes through here.
+  [[gnu::always_inline]] void Add(std::uint32_t row, std::uint16_t column, CellKind kind,
+                                  bool is_shared_text, Content content) {
     const std::uint64_t place = Place(row, column);
     if (place >= next_place_) {
       next_place_ = place + 1;
