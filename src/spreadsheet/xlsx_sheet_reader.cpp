@@ -13,10 +13,11 @@ namespace korvex {
 namespace {
 
 constexpr int kCellDepth = 4;
+constexpr const char* kXmlBlanks = " \t\r\n";
 
 template <typename Number>
 std::optional<Number> ReadWhole(std::string_view text) {
-  text = TrimBlanks(text, " \t\r\n");
+  text = TrimBlanks(text, kXmlBlanks);
   Number number = 0;
   const char* const end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, number);
@@ -25,6 +26,14 @@ std::optional<Number> ReadWhole(std::string_view text) {
 }
 
 }  // namespace
+
+XlsxSheetReader::Type XlsxSheetReader::TypeOf(std::string_view name) {
+  if (name == "s") return Type::kShared;
+  if (name == "str") return Type::kText;
+  if (name == "b") return Type::kBoolean;
+  if (name == "e") return Type::kError;
+  return name == "d" ? Type::kDate : Type::kNumber;
+}
 
 bool XlsxSheetReader::StartElement(const XmlElement& element) {
   switch (element.Depth()) {
@@ -64,7 +73,7 @@ void XlsxSheetReader::StartCell(const XmlElement& element) {
     }
   }
   const char* const type = element.Attribute("t");
-  type_ = type != nullptr ? type : "n";
+  type_ = type != nullptr ? TypeOf(type) : Type::kNumber;
   const char* const format = element.Attribute("s");
   format_ = format != nullptr ? ReadWhole<std::size_t>(format).value_or(0) : 0;
   has_value_ = false;
@@ -104,27 +113,34 @@ void XlsxSheetReader::EndElement(const XmlName& name, int depth) {
 void XlsxSheetReader::AddCell() {
   TextArena& texts = cells_.OwnTexts();
   if (has_inline_text_) return AddText(texts.RangeSince(inline_start_));
-  if (type_ == "str" && (has_value_ || has_formula_)) {
+  if (type_ == Type::kText && (has_value_ || has_formula_)) {
     const std::uint32_t start = texts.Size();
     AppendEscapedText(value_, texts);
     return AddText(texts.RangeSince(start));
   }
-  if (TrimBlanks(value_, " \t\r\n").empty()) {
-    if (has_formula_) return AddTyped(CellKind::kError, kNotAvailableError);
+  if (value_.find_first_not_of(kXmlBlanks) == std::string::npos) {
+    if (has_formula_) return AddTyped({CellKind::kError, kNotAvailableError});
     return cells_.AddBlanks(row_, static_cast<std::uint16_t>(column_), 1);
   }
-  if (type_ == "s") return AddSharedText();
-  if (type_ == "e") return AddTyped(CellKind::kError, ErrorCode(value_));
-  if (type_ == "b") {
-    return AddTyped(CellKind::kBoolean, value_ == "1" || value_ == "true" ? 1 : 0);
+  switch (type_) {
+    case Type::kShared:
+      return AddSharedText();
+    case Type::kError:
+      return AddTyped({CellKind::kError, static_cast<double>(ErrorCode(value_))});
+    case Type::kBoolean:
+      return AddTyped({CellKind::kBoolean, value_ == "1" || value_ == "true" ? 1.0 : 0.0});
+    case Type::kDate:
+      if (const std::optional<DayAndTime> date = ReadIsoDate(value_)) {
+        return AddTyped(TypeNumber(date->Serial(), true, false));
+      }
+      break;
+    default:
+      break;
   }
-  if (type_ == "d") {
-    if (const std::optional<DayAndTime> date = ReadIsoDate(value_)) {
-      const TypedNumber typed = TypeNumber(date->Serial(), true, false);
-      return AddTyped(typed.kind, typed.number);
-    }
+  if (const std::optional<double> number = ReadNumber(value_)) {
+    const bool shows_date = format_ < shows_date_.size() && shows_date_[format_] != 0;
+    return AddTyped(TypeNumber(*number, shows_date, uses_1904_));
   }
-  if (const std::optional<double> number = ReadNumber(value_)) return AddNumber(*number);
   AddText(texts.Append(value_));
 }
 
@@ -143,14 +159,8 @@ void XlsxSheetReader::AddText(TextRange text) {
   cells_.AddOwnText(row_, static_cast<std::uint16_t>(column_), text);
 }
 
-void XlsxSheetReader::AddNumber(double number) {
-  const bool shows_date = format_ < shows_date_.size() && shows_date_[format_] != 0;
-  const TypedNumber typed = TypeNumber(number, shows_date, uses_1904_);
-  AddTyped(typed.kind, typed.number);
-}
-
-void XlsxSheetReader::AddTyped(CellKind kind, double number) {
-  cells_.AddNumber(row_, static_cast<std::uint16_t>(column_), kind, number);
+void XlsxSheetReader::AddTyped(const TypedNumber& typed) {
+  cells_.AddNumber(row_, static_cast<std::uint16_t>(column_), typed.kind, typed.number);
 }
 
 }  // namespace korvex

@@ -8,6 +8,7 @@
 
 #include "spreadsheet/shared_strings.h"
 #include "spreadsheet/sheet_cells.h"
+#include "spreadsheet/typed_number.h"
 #include "spreadsheet/xlsx_text.h"
 #include "spreadsheet/xml_parser.h"
 
@@ -30,14 +31,16 @@ class XlsxSheetReader : public XmlHandler {
   void Text(std::string_view text) override;
 
  private:
+  enum class Type { kNumber, kShared, kText, kBoolean, kError, kDate };
+
+  static Type TypeOf(std::string_view name);
   void StartRow(const XmlElement& element);
   void StartCell(const XmlElement& element);
   bool StartContent(const XmlElement& element);
   void AddCell();
   void AddSharedText();
   void AddText(TextRange text);
-  void AddNumber(double number);
-  void AddTyped(CellKind kind, double number);
+  void AddTyped(const TypedNumber& typed);
 
   const SharedStrings& strings_;
   const std::vector<std::uint8_t>& shows_date_;
@@ -48,7 +51,7 @@ class XlsxSheetReader : public XmlHandler {
   std::uint32_t next_row_ = 0;
 
   // The cell at hand.
-  std::string type_;
+  Type type_ = Type::kNumber;
   std::size_t format_ = 0;
   bool has_value_ = false;
   bool has_formula_ = false;

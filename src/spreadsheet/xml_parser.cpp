@@ -54,17 +54,16 @@ void Free(void* memory) {
   std::free(block);
 }
 
-char NamespaceLetter(std::string_view uri, std::span<const XmlNamespace> namespaces) {
-  for (const XmlNamespace& known : namespaces) {
-    if (known.uri == uri) return known.letter;
-  }
-  return kOtherNamespace;
-}
-
 XmlName SplitName(std::string_view name, std::span<const XmlNamespace> namespaces) {
+  for (const XmlNamespace& known : namespaces) {
+    const std::size_t size = known.uri.size();
+    if (name.size() > size && name[size] == kSeparator && name.starts_with(known.uri)) {
+      return {known.letter, name.substr(size + 1)};
+    }
+  }
   const std::size_t separator = name.find(kSeparator);
   if (separator == std::string_view::npos) return {kNoNamespace, name};
-  return {NamespaceLetter(name.substr(0, separator), namespaces), name.substr(separator + 1)};
+  return {kOtherNamespace, name.substr(separator + 1)};
 }
 
 // "windows-1252", "cp1252". Of a page that is not known only ASCII can be read.
@@ -209,12 +208,19 @@ void Parser::RefuseFailure() {
 
 }  // namespace
 
+const char* XmlElement::Attribute(std::string_view local) const {
+  for (const char* const* name = attributes_; *name != nullptr; name += 2) {
+    if (std::strncmp(*name, local.data(), local.size()) == 0 && (*name)[local.size()] == '\0') {
+      return name[1];
+    }
+  }
+  return nullptr;
+}
+
 const char* XmlElement::Attribute(char space, std::string_view local) const {
   for (const char* const* name = attributes_; *name != nullptr; name += 2) {
-    const std::string_view full(name[0]);
-    if (!full.ends_with(local)) continue;
-    const XmlName found = SplitName(full, namespaces_);
-    if (found.Is(space, local)) return name[1];
+    const std::string_view full(*name);
+    if (full.ends_with(local) && SplitName(full, namespaces_).Is(space, local)) return name[1];
   }
   return nullptr;
 }

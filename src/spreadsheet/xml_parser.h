@@ -41,7 +41,7 @@ class XmlElement {
   bool Is(char space, std::string_view local) const { return name_.Is(space, local); }
   int Depth() const { return depth_; }  // 1 for the root
   // Null when there is no such attribute. Attributes without a prefix have no namespace.
-  const char* Attribute(std::string_view local) const { return Attribute(kNoNamespace, local); }
+  const char* Attribute(std::string_view local) const;
   const char* Attribute(char space, std::string_view local) const;
   // "1" or "true".
   bool IsOn(std::string_view local) const;
