@@ -54,6 +54,16 @@ def cells(bin_dir, workbook):
     return subprocess.run([bin_dir + "/workbook-dump", workbook], check=True, stdout=subprocess.PIPE).stdout
 
 
+def readings(bin_dir, workbook, name, rounds, script_rounds):
+    """Our reading of an .xlsx workbook and the script's, once they have found the same cells."""
+    script = [os.path.join(HERE, "openpyxl_read.py"), "read", workbook]
+    found = int(subprocess.run(script, check=True, stdout=subprocess.PIPE).stdout)
+    if cells(bin_dir, workbook).count(b"\n") != found:
+        raise SystemExit("%s: not the number of cells that openpyxl finds" % workbook)
+    return [Timed("workbook-dump, %s .xlsx" % name, [bin_dir + "/workbook-dump", workbook], rounds),
+            Timed("openpyxl, %s .xlsx" % name, script, script_rounds)]
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("bin_dir")
@@ -77,6 +87,9 @@ def main():
         Timed("xlrd and xlwt, small", conversion(script, small, folder + "/script.xls"), choices.script_rounds),
         Timed("korvex-convert, large", conversion(korvex, large, folder + "/large.xls"), (choices.rounds + 1) // 2),
     ]
+    packed = [readings(choices.bin_dir, folder + "/plate.xlsx", "plate", choices.rounds, choices.rounds),
+              readings(choices.bin_dir, folder + "/long.xlsx", "long", choices.rounds, choices.script_rounds)]
+    timed += packed[0] + packed[1]
     for one in timed[:2]:
         call(one.command)  # brings the files into memory
     for number in range(choices.rounds):
@@ -90,11 +103,13 @@ def main():
     for one in timed:
         print("%-28s %8.3f s median of %d (%.3f to %.3f), peak %.1f MiB" % (
             one.name, one.median(), len(one.seconds), min(one.seconds), max(one.seconds), one.peak))
-    fast, reader, slow, many = timed
+    fast, reader, slow, many = timed[:4]
     print("korvex-convert / freexl      %8.2f" % (fast.median() / reader.median()))
     print("script / korvex-convert      %8.1f" % (slow.median() / fast.median()))
     print("large / small                %8.2f for %.1f times the workbooks" % (
         many.median() / fast.median(), counts["large"] / counts["small"]))
+    for ours, theirs in packed:
+        print("%-28s %8.1f" % ("openpyxl / ours, .xlsx", theirs.median() / ours.median()))
     print("outputs of korvex-convert and of the script: " + ("the same cells" if same else "DIFFERENT CELLS"))
     return 0 if same else 1
 
