@@ -20,8 +20,10 @@ class SheetCollector {
   void Begin(SheetInfo sheet);
   SheetInfo& Sheet() { return sheets_.back(); }
   SheetCells& Cells() { return cells_.back(); }
-  // To be called wherever a little of the document can stand for much.
-  void CheckMemory() const { budget_.CheckMemory(before_ + cells_.back().UsedMemory()); }
+  // To be called wherever a little of the document can stand for much. `more` is held elsewhere.
+  void CheckMemory(std::size_t more = 0) const {
+    budget_.CheckMemory(before_ + cells_.back().UsedMemory() + more);
+  }
 
  private:
   friend class DocumentWorkbook;

@@ -175,7 +175,9 @@ void OdsReader::ReadValue(const XmlElement& element, std::string_view type) {
 }
 
 void OdsReader::Text(std::string_view text) {
+  if (!is_in_table_) return;
   text_.Append(text);
+  sheets_.CheckMemory(text_.Text().size());
 }
 
 void OdsReader::EndElement(const XmlName& name, int) {

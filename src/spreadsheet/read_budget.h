@@ -35,7 +35,7 @@ class ReadBudget {
   // A sheet of one value over and over is packed to a twentieth, one of nothing but formats to a
   // fiftieth. A small file must not take long whatever it holds.
   static constexpr std::size_t kSmallFile = 1u << 20;
-  static constexpr std::size_t kUnpackedAtLeast = 64u << 20;
+  static constexpr std::size_t kUnpackedAtLeast = 32u << 20;
   static constexpr std::size_t kUnpackedPerByte = 100;
   // Growing by doubling takes three times what is used for a moment.
   static constexpr std::size_t kMemoryPerByte = 6;

@@ -214,11 +214,7 @@ void SpreadsheetMlReader::EndCell() {
 
 void SpreadsheetMlReader::AddNothing() {
   if (has_formula_) return AddNumber({CellKind::kError, kNotAvailableError});
-  if (!has_style_) return;
-  const std::uint32_t end = std::min(next_column_, kMostXmlColumns);
-  sheets_.Cells().AddBlanks(row_, static_cast<std::uint16_t>(column_),
-                            static_cast<int>(end - column_));
-  sheets_.CheckMemory();
+  if (has_style_) sheets_.Cells().AddBlanks(row_, static_cast<std::uint16_t>(column_), 1);
 }
 
 void SpreadsheetMlReader::AddNumber(const TypedNumber& typed) {

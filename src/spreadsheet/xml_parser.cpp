@@ -22,6 +22,7 @@ namespace {
 
 constexpr char kSeparator = '\x1F';  // between namespace and name; no XML document can hold it
 constexpr int kDeepest = 256;
+constexpr std::size_t kLongestText = 4u << 20;  // no cell holds a hundredth of it
 constexpr int kChunk = 64 * 1024;
 
 // The library keeps every name that it has met. What it may take for that is limited here, in front
@@ -100,6 +101,7 @@ class Parser {
   void End(const char* name);
   std::string What() const { return part_.empty() ? "its XML" : "its part " + part_; }
   [[noreturn]] void RefuseFailure();
+  [[noreturn]] void RefuseLength();
   // No exception may pass through the library: it waits until the library has returned.
   template <typename Step>
   void Guard(Step&& step);
@@ -111,7 +113,8 @@ class Parser {
   std::uint64_t size_ = 0;  // so far
   bool is_end_ = false;
   int depth_ = 0;
-  int unwanted_ = 0;  // depth of the element that is passed over, or 0
+  std::size_t text_size_ = 0;  // since an element began
+  int unwanted_ = 0;           // depth of the element that is passed over, or 0
   std::exception_ptr error_;
 };
 
@@ -133,7 +136,11 @@ Parser::Parser(const std::string& part, std::span<const XmlNamespace> namespaces
   XML_SetCharacterDataHandler(parser_.get(), [](void* self, const char* text, int length) {
     auto* const parser = static_cast<Parser*>(self);
     if (parser->unwanted_ != 0) return;
-    parser->Guard([&] { parser->handler_.Text({text, static_cast<std::size_t>(length)}); });
+    parser->text_size_ += static_cast<std::size_t>(length);
+    parser->Guard([&] {
+      if (parser->text_size_ > kLongestText) parser->RefuseLength();
+      parser->handler_.Text({text, static_cast<std::size_t>(length)});
+    });
   });
   XML_SetStartDoctypeDeclHandler(
       parser_.get(), [](void* self, const char*, const char*, const char*, int) {
@@ -158,6 +165,7 @@ void Parser::Guard(Step&& step) {
 
 void Parser::Start(const char* name, const char* const* attributes) {
   ++depth_;
+  text_size_ = 0;
   Guard([&] {
     if (depth_ > kDeepest) {
       Refuse("is damaged: the elements of " + What() + " lie more than " +
@@ -192,11 +200,13 @@ void Parser::Parse(const XmlSource& source) {
   }
 }
 
+void Parser::RefuseLength() {
+  Refuse("is damaged: " + What() + " has names or texts of unusual length");
+}
+
 void Parser::RefuseFailure() {
   const XML_Error error = XML_GetErrorCode(parser_.get());
-  if (error == XML_ERROR_NO_MEMORY) {
-    Refuse("is damaged: " + What() + " has names or texts of unusual length");
-  }
+  if (error == XML_ERROR_NO_MEMORY) RefuseLength();
   if (is_end_) {
     Refuse((part_.empty() ? std::string() : "is damaged: " + What() + " ") + "ends after " +
            GroupedDigits(size_) + " bytes, in the middle of its XML");

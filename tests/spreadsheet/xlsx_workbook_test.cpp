@@ -136,7 +136,7 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
     parts.back().second = content;
     return Zip(parts);
   };
-  std::string deep, zeros(70'000'000, ' ');
+  std::string deep, spaces(36'000'000, ' ');
   for (int i = 0; i < 300; ++i) deep += "<a>";
   const struct {
     Bytes file;
@@ -169,8 +169,8 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
       {sheet(deep),
        "is damaged: the elements of its part xl/worksheets/sheet1.xml lie more than 256 "
        "deep in each other"},
-      {sheet("<a>" + zeros),
-       "unpacks to more than 67,108,864 bytes, which no workbook of its size "
+      {sheet("<a>" + spaces),
+       "unpacks to more than 33,554,432 bytes, which no workbook of its size "
        "does"},
       {XlsxBytes{"<row><c t='s'><v>7</v></c></row>"}.Build(),
        "is damaged: cell A1 shows text number 8 of the workbook's texts, of which 3 can be read"},
