@@ -8,9 +8,6 @@
 #include "platform/windows/wide_text.h"
 #include "util/output_rules.h"
 
-// After the header of the system, which it needs.
-#include <objbase.h>
-
 namespace korvex {
 namespace {
 
@@ -23,19 +20,13 @@ void Require(HRESULT result) {
 }  // namespace
 
 bool InstalledSpreadsheet::IsInstalled(const std::string& program_id) {
+  const ComApartment apartment;
   CLSID id;
   return SUCCEEDED(CLSIDFromProgID(ToWide(program_id).c_str(), &id));
 }
 
-// Where the window has chosen another kind of apartment before, that one serves.
 InstalledSpreadsheet::InstalledSpreadsheet(FileSystem& files, std::string program_id)
-    : files_(files),
-      program_id_(std::move(program_id)),
-      has_apartment_(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
-
-InstalledSpreadsheet::~InstalledSpreadsheet() {
-  if (has_apartment_) CoUninitialize();
-}
+    : files_(files), program_id_(std::move(program_id)) {}
 
 std::unique_ptr<Application> InstalledSpreadsheet::CreateApplication() {
   CLSID id;

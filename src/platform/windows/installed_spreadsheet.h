@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/spreadsheet.h"
+#include "platform/windows/com_apartment.h"
 
 namespace korvex {
 
@@ -20,18 +21,15 @@ class InstalledSpreadsheet : public SpreadsheetProgram {
 
   // `files` must outlive the applications.
   explicit InstalledSpreadsheet(FileSystem& files, std::string program_id = kProgramId);
-  ~InstalledSpreadsheet() override;
-  InstalledSpreadsheet(const InstalledSpreadsheet&) = delete;
-  InstalledSpreadsheet& operator=(const InstalledSpreadsheet&) = delete;
 
   // Starts a process, invisible until it is told otherwise. Error 429 with the cause.
   std::unique_ptr<Application> CreateApplication() override;
   void CheckOutputName(const std::string& full_name) const override;
 
  private:
+  ComApartment apartment_;
   FileSystem& files_;
   std::string program_id_;
-  bool has_apartment_;
 };
 
 }  // namespace korvex

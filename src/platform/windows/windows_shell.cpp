@@ -1,21 +1,19 @@
 #include "platform/windows/windows_shell.h"
 
+#include "platform/windows/com_apartment.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_api.h"
 #include "platform/windows/windows_handle.h"
 
-// After the header of the system, which they need.
-#include <objbase.h>
+// After the header of the system, which it needs.
 #include <shellapi.h>
 
 namespace korvex {
 
 void WindowsShell::Open(const std::string& file) {
   // The program of a document may be found by a component of the shell.
-  const HRESULT apartment =
-      CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+  const ComApartment apartment;
   ShellExecuteW(nullptr, L"open", ToWide(file).c_str(), L"", L"0", SW_SHOWNORMAL);
-  if (SUCCEEDED(apartment)) CoUninitialize();
 }
 
 void WindowsShell::OpenInTextEditor(const std::string& file) {

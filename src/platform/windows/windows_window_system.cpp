@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "platform/windows/com_apartment.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_api.h"
 
@@ -40,8 +41,7 @@ std::wstring PathOf(const ShellItem& item) {
 // Only folders of a file system can be confirmed, and computers of the network. No root is the
 // desktop.
 std::wstring Browse(void* owner, const ShellItem& root, const std::string& title) {
-  const HRESULT apartment =
-      CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+  const ComApartment apartment;
   const std::wstring wide_title = ToWide(title);
   wchar_t name[MAX_PATH]{};
   BROWSEINFOW browser{};
@@ -50,9 +50,7 @@ std::wstring Browse(void* owner, const ShellItem& root, const std::string& title
   browser.pszDisplayName = name;
   browser.lpszTitle = wide_title.c_str();
   browser.ulFlags = BIF_RETURNONLYFSDIRS;
-  const std::wstring path = PathOf(ShellItem(SHBrowseForFolderW(&browser)));
-  if (SUCCEEDED(apartment)) CoUninitialize();
-  return path;
+  return PathOf(ShellItem(SHBrowseForFolderW(&browser)));
 }
 
 // "\\computer" without a share.
