@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_error.h"
@@ -93,6 +94,14 @@ Error AutomationError(HRESULT result, std::string_view member) {
   }
   return Error(OwnNumber(ErrorNumber(result)),
                "The spreadsheet application failed" + step + ": " + ResultText(result) + ".");
+}
+
+HRESULT TakeResult(EXCEPINFO& exception) {
+  for (const BSTR text :
+       {exception.bstrSource, exception.bstrDescription, exception.bstrHelpFile}) {
+    SysFreeString(text);
+  }
+  return std::exchange(exception, {}).scode;
 }
 
 Error AutomationError(EXCEPINFO& exception, std::string_view member) {

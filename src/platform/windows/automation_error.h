@@ -16,6 +16,9 @@ bool IsBusy(HRESULT result);
 // The error of a call that failed without a description of its own; `member` is what was called.
 Error AutomationError(HRESULT result, std::string_view member);
 
+// The number in `exception`, whose texts are freed.
+HRESULT TakeResult(EXCEPINFO& exception);
+
 // The error that the program described itself, behind the result DISP_E_EXCEPTION. Frees the texts
 // of `exception`.
 Error AutomationError(EXCEPINFO& exception, std::string_view member);

@@ -104,9 +104,10 @@ ComValue Dispatch::Invoke(WORD kind, const wchar_t* member, const std::vector<Co
   ComValue answer;
   EXCEPINFO exception = {};
   result = Patiently([&] {
-    return object_->Invoke(ids.front(), IID_NULL, kAutomationLocale, kind, &parameters,
-                           kind == DISPATCH_PROPERTYPUT ? nullptr : answer.Receive(), &exception,
-                           nullptr);
+    const HRESULT called = object_->Invoke(
+        ids.front(), IID_NULL, kAutomationLocale, kind, &parameters,
+        kind == DISPATCH_PROPERTYPUT ? nullptr : answer.Receive(), &exception, nullptr);
+    return called == DISP_E_EXCEPTION && IsBusy(exception.scode) ? TakeResult(exception) : called;
   });
   if (result == DISP_E_EXCEPTION) throw AutomationError(exception, FromWide(member));
   if (FAILED(result)) throw AutomationError(result, FromWide(member));
