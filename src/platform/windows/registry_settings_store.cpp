@@ -40,7 +40,9 @@ std::optional<std::string> RegistrySettingsStore::Get(std::string_view section,
                                         kTexts, nullptr, value.data(), &bytes);
     if (status == ERROR_SUCCESS) return FromWide(value.c_str());
     if (IsMissing(status)) return std::nullopt;
-    if (status != ERROR_MORE_DATA) throw RegistryError(status, "read", section_key);
+    if (status != ERROR_MORE_DATA) {
+      throw RegistryError(status, "read", section_key + "\\" + std::string(key));
+    }
     value.resize(bytes / sizeof(wchar_t) + 1);
   }
 }
