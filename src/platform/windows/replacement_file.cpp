@@ -69,6 +69,7 @@ WindowsReplacementFile::~WindowsReplacementFile() {
 void WindowsReplacementFile::ExamineTarget() {
   if (AttributesOf(target_) == INVALID_FILE_ATTRIBUTES) {
     if (GetLastError() != ERROR_FILE_NOT_FOUND) throw Failure(GetLastError());
+    CheckNewName(target_, path_);
     return;
   }
   // Whoever protected the file meant it, and whoever has it open would lose it.
@@ -109,11 +110,16 @@ void WindowsReplacementFile::Commit() {
   name_.clear();
 }
 
-DWORD WindowsReplacementFile::TakeItsPlace() const {
+DWORD WindowsReplacementFile::TakeItsPlace() {
   DWORD code = ERROR_SUCCESS;
   for (int attempt = 0; attempt < kMoveAttempts; ++attempt) {
     if (attempt > 0) Sleep(kMoveInterval);
     code = replaces_ ? TakeOver() : Move();
+    // The former file is gone, and its place is empty.
+    if (code == ERROR_UNABLE_TO_MOVE_REPLACEMENT) {
+      replaces_ = false;
+      continue;
+    }
     if (!IsPassing(code)) break;
   }
   if (code == ERROR_SUCCESS || !replaces_) return code;

@@ -26,7 +26,7 @@ class WindowsReplacementFile : public ReplacementFile {
  private:
   void ExamineTarget();
   void Create();
-  DWORD TakeItsPlace() const;
+  DWORD TakeItsPlace();
   DWORD TakeOver() const;
   DWORD Move() const;
   Error Failure(DWORD code) const;

@@ -35,8 +35,19 @@ bool IsFolder(DWORD attributes) {
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
+void CheckNewName(const std::wstring& system_path, const std::string& path) {
+  const std::wstring_view name =
+      std::wstring_view(system_path).substr(system_path.find_last_of(L'\\') + 1);
+  if (name.ends_with(L' ') || name.ends_with(L'.') || name.find(L':') != name.npos) {
+    throw SystemError(ERROR_INVALID_NAME, "write to", path);
+  }
+}
+
 Handle OpenFile(const std::wstring& system_path, const std::string& path, std::string_view action,
                 DWORD access, DWORD creation) {
+  if (creation == OPEN_ALWAYS && AttributesOf(system_path) == INVALID_FILE_ATTRIBUTES) {
+    CheckNewName(system_path, path);
+  }
   Handle file(CreateFileW(system_path.c_str(), access, kShareAll, nullptr, creation,
                           FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file.IsOpen()) {

@@ -17,6 +17,10 @@ inline constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHA
 DWORD AttributesOf(const std::wstring& system_path);
 bool IsFolder(DWORD attributes);
 
+// Error 75 for a file that is to be made with a name that Windows programs cannot reach: one with a
+// blank or dot at its end, or with a colon, which would make it a hidden part of another file.
+void CheckNewName(const std::wstring& system_path, const std::string& path);
+
 // Opens a file while others may have it open, for reading (GENERIC_READ) or for writing. Throws the
 // error of the system, 75 for what is no ordinary file, 70 for writing to a protected one. `path`
 // is what messages call it.

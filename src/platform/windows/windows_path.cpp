@@ -11,6 +11,7 @@ namespace korvex {
 namespace {
 
 constexpr std::wstring_view kVerbatim = L"\\\\?\\";
+constexpr std::wstring_view kDevice = L"\\\\.\\";
 constexpr std::wstring_view kVerbatimShare = L"\\\\?\\UNC\\";
 // A folder's path must leave room for a short file name in the 260 characters of a path.
 constexpr std::size_t kLongestPlain = MAX_PATH - 13;
@@ -18,10 +19,12 @@ constexpr std::size_t kLongestPlain = MAX_PATH - 13;
 std::wstring Native(std::string_view path) {
   std::wstring native = ToWide(path);
   std::ranges::replace(native, L'/', L'\\');
-  if (native.starts_with(kVerbatimShare)) {
-    native.replace(0, kVerbatimShare.size(), L"\\\\");
-  } else if (native.starts_with(kVerbatim)) {
+  if (!native.starts_with(kVerbatim) && !native.starts_with(kDevice)) return native;
+  const std::wstring_view name = std::wstring_view(native).substr(kVerbatim.size());
+  if (name.size() > 1 && name[1] == L':') {
     native.erase(0, kVerbatim.size());
+  } else if (_wcsnicmp(name.data(), L"UNC\\", 4) == 0) {
+    native.replace(0, kVerbatimShare.size(), L"\\\\");
   }
   return native;
 }
@@ -98,7 +101,7 @@ std::wstring AbsoluteWide(std::string_view path) {
 std::wstring SystemPath(std::string_view path) {
   if (path.empty()) return {};
   std::wstring absolute = AbsoluteWide(path);
-  if (!SystemWouldChange(absolute)) return absolute;
+  if (absolute.starts_with(kVerbatim) || !SystemWouldChange(absolute)) return absolute;
   const bool is_share = absolute.starts_with(L"\\\\");
   absolute.replace(0, is_share ? 2 : 0, is_share ? kVerbatimShare : kVerbatim);
   return absolute;

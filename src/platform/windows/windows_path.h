@@ -11,8 +11,8 @@ std::wstring DriveOf(std::wstring_view path);
 
 // Starts at a drive or share, with "\" alone, without "." and "..", and without a separator at the
 // end except that of a root. "C:" is the root of its drive, "C:x" lies in the drive's current
-// folder. Nothing needs to exist. The "\\?\" that keeps the system from looking into a path is
-// taken off.
+// folder. Nothing needs to exist. A "\\?\" or "\\.\" is taken off a drive or share; what it
+// names else (a volume without a letter) counts as a share.
 std::wstring AbsoluteWide(std::string_view path);
 
 // What to hand to the system for a path: long ones, and names that it would change by taking dots

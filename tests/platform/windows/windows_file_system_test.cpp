@@ -65,7 +65,9 @@ TEST_F(WindowsFileSystemTest, KnowsDrivesSharesAndVerbatimPaths) {
       {"\\x", drive + "\\x"},
       {"//lab/plates/a", "\\\\lab\\plates\\a"},
       {"\\\\?\\C:\\a", "C:\\a"},
-      {"\\\\?\\UNC\\lab\\plates\\a", "\\\\lab\\plates\\a"}};
+      {"\\\\.\\C:\\a", "C:\\a"},
+      {"\\\\?\\Volume{1}\\a", "\\\\?\\Volume{1}\\a"},
+      {"\\\\?\\unc\\lab\\plates\\a", "\\\\lab\\plates\\a"}};
   for (const auto& [path, whole] : paths) EXPECT_EQ(files_.AbsolutePath(path), whole) << path;
   std::filesystem::current_path(former);
   EXPECT_THAT(files_.Drives(), Contains(drive + "\\"));
@@ -80,7 +82,9 @@ TEST_F(WindowsFileSystemTest, ReachesEveryFileWhateverItsName) {
   }
   for (const char* name : {"x.xls", "Größe µ 漢字 🔬.xls", "run1.", "blank "}) {
     const std::string file = deep + "\\" + name;
-    Save(file, "old");
+    // As programs of other systems leave them.
+    Handle(
+        CreateFileW(SystemPath(file).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
     Save(file, "new");
     files_.OpenForAppending(file)->Write("er");
     EXPECT_EQ(Read(file), "newer") << name;
@@ -104,7 +108,11 @@ TEST_F(WindowsFileSystemTest, RefusesNamesThatNoFileHas) {
     EXPECT_EQ(error.Number(), number) << path;
     EXPECT_THAT(error.Description(), HasSubstr(says));
   }
-  EXPECT_EQ(ErrorOf([&] { files_.Replace("NUL"); }).Number(), 75);
+  for (const char* name : {"NUL", "x.xls.", "x ", "x:y.xls"}) {
+    const std::string file = folder_.Path() + "\\" + name;
+    EXPECT_EQ(ErrorOf([&] { files_.Replace(file); }).Number(), 75) << name;
+    EXPECT_EQ(ErrorOf([&] { files_.OpenForAppending(file); }).Number(), 75) << name;
+  }
 }
 
 TEST_F(WindowsFileSystemTest, SharesAFileThatAnotherProgramHasOpenAsFarAsThatLetsIt) {
