@@ -6,9 +6,9 @@ WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev libgcrypt-mingw-
 
 # The libraries that Debian has no Windows form of, built from Debian's own sources, and the package
 # of each that is used on Linux.
-WINDOWS_LIBRARIES=(wxwidgets3.2 expat libzip libxlsxwriter)
+WINDOWS_LIBRARIES=(wxwidgets3.2 expat libxlsxwriter)
 declare -A LINUX_PACKAGE=([wxwidgets3.2]=libwxgtk3.2-dev [expat]=libexpat1-dev
-  [libzip]=libzip-dev [libxlsxwriter]=libxlsxwriter-dev)
+  [libxlsxwriter]=libxlsxwriter-dev)
 
 # Of wxWidgets only what the windows use; what is left out would have to be shipped.
 wxwidgets_OPTIONS=(--host=x86_64-w64-mingw32 --disable-shared --enable-monolithic --without-libpng
@@ -19,9 +19,6 @@ wxwidgets_OPTIONS=(--host=x86_64-w64-mingw32 --disable-shared --enable-monolithi
 # The programs refuse documents that declare entities.
 expat_OPTIONS=(-DEXPAT_DTD=OFF -DEXPAT_SHARED_LIBS=OFF -DEXPAT_BUILD_TOOLS=OFF -DEXPAT_BUILD_EXAMPLES=OFF
   -DEXPAT_BUILD_TESTS=OFF -DEXPAT_BUILD_DOCS=OFF)
-libzip_OPTIONS=(-DBUILD_SHARED_LIBS=OFF -DBUILD_TOOLS=OFF -DBUILD_REGRESS=OFF -DBUILD_EXAMPLES=OFF
-  -DBUILD_DOC=OFF -DENABLE_BZIP2=OFF -DENABLE_LZMA=OFF -DENABLE_ZSTD=OFF -DENABLE_OPENSSL=OFF
-  -DENABLE_GNUTLS=OFF -DENABLE_MBEDTLS=OFF -DENABLE_WINDOWS_CRYPTO=OFF)
 libxlsxwriter_OPTIONS=(-DBUILD_SHARED_LIBS=OFF)
 
 # apt_sources COMMAND…: apt-get in the current folder, with the sources of what the machine installs
