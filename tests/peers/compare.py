@@ -34,7 +34,7 @@ def files_below(folder):
 def is_for(peer, path):
     """xlrd and openpyxl are asked only for the formats that they are made for."""
     with open(path, "rb") as file:
-        start = file.read(64)
+        start = file.read(128)
     if peer == "openpyxl":
         return start[:2] == b"PK" and b"opendocument" not in start
     return peer != "xlrd" or start[:2] == b"\xd0\xcf" or start[:1] == b"\x09"
