@@ -1,6 +1,7 @@
 #include "spreadsheet/xlsx_globals.h"
 
 #include <charconv>
+#include <map>
 #include <unordered_map>
 
 #include "spreadsheet/number_format.h"
@@ -97,7 +98,11 @@ class WorkbookHandler : public XmlHandler {
  public:
   WorkbookHandler(const std::vector<Relationship>& relationships, std::size_t most_sheets,
                   XlsxGlobals& globals)
-      : relationships_(relationships), most_sheets_(most_sheets), globals_(globals) {}
+      : most_sheets_(most_sheets), globals_(globals) {
+    for (const Relationship& relationship : relationships) {
+      relationships_.try_emplace(relationship.id, relationship);
+    }
+  }
 
   bool StartElement(const XmlElement& element) override {
     if (element.Depth() == 1) return is_workbook_ = element.Is(kMain, "workbook");
@@ -124,18 +129,17 @@ class WorkbookHandler : public XmlHandler {
     }
     std::string part;
     if (const char* const id = element.Attribute(xlsx::kRelations, "id")) {
-      for (const Relationship& relationship : relationships_) {
-        if (relationship.id != id) continue;
-        sheet.kind = KindOf(relationship);
-        part = relationship.part;
-        break;
+      const auto found = relationships_.find(id);
+      if (found != relationships_.end()) {
+        sheet.kind = KindOf(found->second);
+        part = found->second.part;
       }
     }
     globals_.sheets.push_back(std::move(sheet));
     globals_.sheet_parts.push_back(std::move(part));
   }
 
-  const std::vector<Relationship>& relationships_;
+  std::map<std::string_view, const Relationship&> relationships_;  // by id, the first of each
   std::size_t most_sheets_;
   XlsxGlobals& globals_;
   bool is_workbook_ = false;
