@@ -35,6 +35,14 @@ class ReplacementFile {
   virtual void Commit() = 0;
 };
 
+// A folder of its own for files of the moment, deleted with all that is in it when this is.
+class ScratchFolder {
+ public:
+  virtual ~ScratchFolder() = default;
+  // Without a separator at its end, and such that the C library opens files in it by PATH/NAME.
+  virtual const std::string& Path() const = 0;
+};
+
 // Errors: 53 no such file, 76 no such folder, 70 permission denied or in use, 75 other access
 // errors, 61 disk full, 57 device error, 68 device not available. Descriptions name the path.
 class FileSystem {
@@ -67,6 +75,8 @@ class FileSystem {
   // Creates the file when it is missing.
   virtual std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) = 0;
   virtual std::unique_ptr<ReplacementFile> Replace(const std::string& path) = 0;
+  // In the folder for temporary files. The path that an error names is that folder's.
+  virtual std::unique_ptr<ScratchFolder> MakeScratchFolder() = 0;
   // Creates one level. No error when the folder exists already.
   virtual void CreateFolder(const std::string& path) = 0;
   virtual void DeleteFile(const std::string& path) = 0;

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdio>
 #include <tuple>
 #include <utility>
 
@@ -130,6 +131,17 @@ TEST_F(FileSystemTest, CreatesOneFolderLevelAndDeletesFiles) {
   EXPECT_EQ(ErrorOf([&] { files_.CreateFolder(file); }).Number(), 75);
   files_.DeleteFile(file);
   EXPECT_EQ(ErrorOf([&] { files_.DeleteFile(file); }).Number(), 53);
+}
+
+TEST_F(FileSystemTest, LendsAFolderForTheMoment) {
+  auto folder = files_.MakeScratchFolder();
+  const std::string path = folder->Path();
+  std::FILE* const file = std::fopen((path + "/x").c_str(), "wb");
+  ASSERT_NE(file, nullptr) << path;
+  std::fclose(file);
+  EXPECT_TRUE(files_.FileExists(path + "/x"));
+  folder.reset();
+  EXPECT_FALSE(files_.FolderExists(path));
 }
 
 TEST_F(FileSystemTest, OffersFoldersToStartFrom) {

@@ -1,6 +1,9 @@
 #include "tests/support/memory_file_system.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <random>
+#include <system_error>
 
 #include "platform/error.h"
 #include "util/text.h"
@@ -11,6 +14,24 @@ namespace {
 [[noreturn]] void Raise(int number, const std::string& path) {
   throw Error(number, StandardErrorText(number) + ": " + path);
 }
+
+class DiskScratchFolder : public ScratchFolder {
+ public:
+  DiskScratchFolder()
+      : path_((std::filesystem::temp_directory_path() /
+               ("korvex-test-" + std::to_string(std::random_device()())))
+                  .string()) {
+    std::filesystem::create_directory(path_);
+  }
+  ~DiskScratchFolder() override {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+  }
+  const std::string& Path() const override { return path_; }
+
+ private:
+  std::string path_;
+};
 
 }  // namespace
 
@@ -170,6 +191,10 @@ std::unique_ptr<AppendFile> MemoryFileSystem::OpenForAppending(const std::string
 std::unique_ptr<ReplacementFile> MemoryFileSystem::Replace(const std::string& path) {
   CheckWritable(FileOperation::kReplace, path);
   return std::make_unique<Replacing>(*this, path);
+}
+
+std::unique_ptr<ScratchFolder> MemoryFileSystem::MakeScratchFolder() {
+  return std::make_unique<DiskScratchFolder>();
 }
 
 void MemoryFileSystem::CreateFolder(const std::string& path) {

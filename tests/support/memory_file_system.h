@@ -34,6 +34,8 @@ class MemoryFileSystem : public FileSystem {
   void ReadFile(const std::string& path, std::vector<std::byte>& content) const override;
   std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) override;
   std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;
+  // On the disk, as the C library knows no other.
+  std::unique_ptr<ScratchFolder> MakeScratchFolder() override;
   void CreateFolder(const std::string& path) override;
   void DeleteFile(const std::string& path) override;
 

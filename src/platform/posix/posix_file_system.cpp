@@ -18,6 +18,7 @@
 
 #include "platform/posix/posix_io.h"
 #include "platform/posix/replacement_file.h"
+#include "platform/posix/scratch_folder.h"
 
 namespace korvex {
 namespace {
@@ -245,6 +246,10 @@ std::unique_ptr<ReplacementFile> PosixFileSystem::Replace(const std::string& pat
 
 std::unique_ptr<ReplacementFile> PosixFileSystem::Replace(const std::string& path, mode_t mode) {
   return std::make_unique<PosixReplacementFile>(FollowLinks(path), mode);
+}
+
+std::unique_ptr<ScratchFolder> PosixFileSystem::MakeScratchFolder() {
+  return std::make_unique<PosixScratchFolder>();
 }
 
 void PosixFileSystem::CreateFolder(const std::string& path) {

@@ -32,6 +32,7 @@ class PosixFileSystem : public FileSystem {
   std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;
   // The same, but a file that is new gets `mode` (less the umask) instead of 0666.
   std::unique_ptr<ReplacementFile> Replace(const std::string& path, mode_t mode);
+  std::unique_ptr<ScratchFolder> MakeScratchFolder() override;
   void CreateFolder(const std::string& path) override;
   void DeleteFile(const std::string& path) override;
 };

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/windows/replacement_file.h"
+#include "platform/windows/scratch_folder.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_api.h"
 #include "platform/windows/windows_error.h"
@@ -180,6 +181,10 @@ std::unique_ptr<AppendFile> WindowsFileSystem::OpenForAppending(const std::strin
 
 std::unique_ptr<ReplacementFile> WindowsFileSystem::Replace(const std::string& path) {
   return std::make_unique<WindowsReplacementFile>(path);
+}
+
+std::unique_ptr<ScratchFolder> WindowsFileSystem::MakeScratchFolder() {
+  return std::make_unique<WindowsScratchFolder>();
 }
 
 void WindowsFileSystem::CreateFolder(const std::string& path) {

@@ -32,6 +32,7 @@ class WindowsFileSystem : public FileSystem {
   // A link is followed: the file that it leads to is replaced. An existing file keeps its
   // permissions, a read-only one is refused.
   std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;
+  std::unique_ptr<ScratchFolder> MakeScratchFolder() override;
   void CreateFolder(const std::string& path) override;
   void DeleteFile(const std::string& path) override;
 };
