@@ -118,10 +118,35 @@ void AppendNumber(double number, std::string& out) {
   }
 }
 
-void AppendDay(int day, std::string& out) {
-  using std::chrono::days;
+// A serial number as day 0 = 1899-12-30 and the second of that day. Below zero the whole days count
+// backwards, but the time of day forwards. None outside the calendar.
+struct Moment {
+  int day = 0;
+  long seconds = 0;
+};
+
+std::optional<Moment> MomentOf(double serial) {
+  if (!(serial >= kFirstDay && serial < kEndOfCalendar)) return std::nullopt;
+  // Rounding the day as a whole, not its seconds, lets a full minute carry into the hour and a full
+  // day into the date.
+  const int day = static_cast<int>(serial);
+  const long seconds = std::lround(std::abs(serial - day) * kSecondsPerDay);
+  if (seconds == kSecondsPerDay) return Moment{day + 1, 0};
+  return Moment{day, seconds};
+}
+
+std::chrono::year_month_day CalendarDay(int day) {
   constexpr auto kDayZero = std::chrono::sys_days{std::chrono::year{1899} / 12 / 30};
-  const std::chrono::year_month_day date{kDayZero + days{day}};
+  return kDayZero + std::chrono::days{day};
+}
+
+void AppendTwoDigits(long value, std::string& out) {
+  out.push_back(static_cast<char>('0' + value / 10));
+  out.push_back(static_cast<char>('0' + value % 10));
+}
+
+void AppendDay(int day, std::string& out) {
+  const std::chrono::year_month_day date = CalendarDay(day);
   AppendInteger(static_cast<unsigned>(date.month()), out);
   out.push_back('/');
   AppendInteger(static_cast<unsigned>(date.day()), out);
@@ -129,37 +154,62 @@ void AppendDay(int day, std::string& out) {
   AppendInteger(static_cast<int>(date.year()), out);
 }
 
+void AppendMinuteAndSecond(long seconds, std::string& out) {
+  out.push_back(':');
+  AppendTwoDigits(seconds / 60 % 60, out);
+  out.push_back(':');
+  AppendTwoDigits(seconds % 60, out);
+}
+
 void AppendTime(long seconds, std::string& out) {
-  const auto two_digits = [&out](long value) {
-    out.push_back(static_cast<char>('0' + value / 10));
-    out.push_back(static_cast<char>('0' + value % 10));
-  };
   const long hour = seconds / 3600;
   AppendInteger(hour % 12 == 0 ? 12 : hour % 12, out);
-  out.push_back(':');
-  two_digits(seconds / 60 % 60);
-  out.push_back(':');
-  two_digits(seconds % 60);
+  AppendMinuteAndSecond(seconds, out);
   out.append(hour < 12 ? " AM" : " PM");
 }
 
-// Below zero the whole days count backwards, but the time of day forwards.
+void AppendIsoDay(int day, std::string& out) {
+  const std::chrono::year_month_day date = CalendarDay(day);
+  const int year = static_cast<int>(date.year());
+  AppendTwoDigits(year / 100, out);
+  AppendTwoDigits(year % 100, out);
+  out.push_back('-');
+  AppendTwoDigits(static_cast<unsigned>(date.month()), out);
+  out.push_back('-');
+  AppendTwoDigits(static_cast<unsigned>(date.day()), out);
+}
+
+void AppendIsoTime(long seconds, std::string& out) {
+  AppendTwoDigits(seconds / 3600, out);
+  AppendMinuteAndSecond(seconds, out);
+}
+
+// The date alone at midnight, the time alone on day 0.
+template <class DayForm, class TimeForm>
+void AppendMoment(Moment moment, std::string& out, DayForm append_day, TimeForm append_time) {
+  const bool has_day = moment.day != 0;
+  const bool has_time = moment.seconds != 0 || !has_day;
+  if (has_day) append_day(moment.day, out);
+  if (has_day && has_time) out.push_back(' ');
+  if (has_time) append_time(moment.seconds, out);
+}
+
 void AppendDate(double serial, std::string& out) {
-  if (!(serial >= kFirstDay && serial < kEndOfCalendar)) {
+  if (const auto moment = MomentOf(serial)) {
+    AppendMoment(*moment, out, AppendDay, AppendTime);
+  } else {
     AppendNumber(serial, out);
+  }
+}
+
+void AppendExactNumber(double number, std::string& out) {
+  if (std::abs(number) < kFirstScientific && number == std::trunc(number)) {
+    AppendInteger(static_cast<std::int64_t>(number), out);
     return;
   }
-  // Rounding the day as a whole, not its seconds, lets a full minute carry into the hour and a full
-  // day into the date.
-  int day = static_cast<int>(serial);
-  long seconds = std::lround(std::abs(serial - day) * kSecondsPerDay);
-  if (seconds == kSecondsPerDay) {
-    seconds = 0;
-    ++day;
-  }
-  if (day != 0) AppendDay(day, out);
-  if (day != 0 && seconds != 0) out.push_back(' ');
-  if (day == 0 || seconds != 0) AppendTime(seconds, out);
+  Buffer buffer;
+  const char* end = std::to_chars(buffer.begin(), buffer.end(), number).ptr;
+  out.append(std::string_view(buffer.data(), end));
 }
 
 constexpr bool IsDigit(char c) {
@@ -236,6 +286,51 @@ void AppendCellText(const CellValue& value, std::string& out) {
     case CellKind::kText:
       out.append(value.text);
       break;
+  }
+}
+
+void AppendDataText(const CellValue& value, std::string& out) {
+  switch (value.kind) {
+    case CellKind::kEmpty:
+      break;
+    case CellKind::kNumber:
+      AppendExactNumber(value.number, out);
+      break;
+    case CellKind::kDate:
+      if (const auto moment = MomentOf(value.number)) {
+        AppendMoment(*moment, out, AppendIsoDay, AppendIsoTime);
+      } else {
+        AppendExactNumber(value.number, out);
+      }
+      break;
+    case CellKind::kBoolean:
+      out.append(value.number != 0 ? "TRUE" : "FALSE");
+      break;
+    case CellKind::kError:
+      out.append(ErrorName(static_cast<int>(value.number)));
+      break;
+    case CellKind::kText:
+      out.append(value.text);
+      break;
+  }
+}
+
+std::string_view ErrorName(int code) {
+  switch (code) {
+    case 0:
+      return "#NULL!";
+    case 7:
+      return "#DIV/0!";
+    case 23:
+      return "#REF!";
+    case 29:
+      return "#NAME?";
+    case 36:
+      return "#NUM!";
+    case 42:
+      return "#N/A";
+    default:
+      return "#VALUE!";
   }
 }
 

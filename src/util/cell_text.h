@@ -16,6 +16,14 @@ namespace korvex {
 std::string CellText(const CellValue& value);
 void AppendCellText(const CellValue& value, std::string& out);
 
+// A value in a form for programs rather than people: numbers with all the digits that tell them
+// apart ("0.30000000000000004"), dates by ISO 8601 with a blank before the time ("2002-12-03
+// 10:15:00"), "TRUE" and "FALSE", errors by their name ("#N/A").
+void AppendDataText(const CellValue& value, std::string& out);
+
+// "#N/A" for 42; "#VALUE!" for a code that nobody knows.
+std::string_view ErrorName(int code);
+
 // Whether a value counts as a number: Number, Boolean and Empty do, a text when it reads as one;
 // dates and errors do not.
 bool IsNumeric(const CellValue& value);
