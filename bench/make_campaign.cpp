@@ -63,7 +63,7 @@ class CampaignWriter {
 
  private:
   void WriteWorkbook(const std::string& full_name, int plate, int replication) {
-    Workbook& workbook = application_->AddWorkbook();
+    Workbook& workbook = application_->AddWorkbook(full_name);
     while (workbook.WorksheetCount() > 1) workbook.Worksheets(1).Delete();
     Worksheet& sheet = workbook.Worksheets(1);
     sheet.SetName("data");

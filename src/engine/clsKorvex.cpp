@@ -103,7 +103,7 @@ void clsKorvex::CreateOutputWorkbook() {
   application_->SetVisible(false);
   application_->SetScreenUpdating(false);
   application_->SetDisplayAlerts(false);
-  output_workbook_ = &application_->AddWorkbook();
+  output_workbook_ = &application_->AddWorkbook(basSettings::OutputFullName());
   while (output_workbook_->WorksheetCount() >= 2) output_workbook_->Worksheets(1).Delete();
   output_sheet_ = &output_workbook_->Worksheets(1);
   const std::string folder = Platform().files->AbsolutePath(processing_folder_);
@@ -114,6 +114,7 @@ void clsKorvex::CreateOutputWorkbook() {
 void clsKorvex::ProcessSubFolders() {
   const std::vector<std::string> sub_folders = SubFolderNames(processing_folder_);
   folder_count_ = Int16(sub_folders.size());
+  CheckColumnsAhead(static_cast<int>(structure_.OutputColsArray().size()));
   for (const std::string& name : sub_folders) {
     ++current_folder_;
     const std::string sub_folder = JoinPath(processing_folder_, name);
@@ -126,6 +127,7 @@ void clsKorvex::ProcessSubFolders() {
              "files in them.");
     }
     ProcessFiles(paths.Texts());
+    CheckColumnsAhead(output_sheet_->LastCell().column);
   }
 }
 

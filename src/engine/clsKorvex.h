@@ -112,6 +112,7 @@ class clsKorvex {
   void RemoveEmptyColumns();
   void AddExtraHeaders();
   bool HeaderIsEmpty(int column) const;
+  void CheckColumnsAhead(int columns) const;
 
   // Shows a message with the one button "OK" and ends the run with error 17.
   [[noreturn]] static void Refuse(const std::string& message);

@@ -1,5 +1,6 @@
 // Filling the output sheet: a row per key, a column per replication, and the headers.
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -135,6 +136,22 @@ void clsKorvex::AddExtraHeaders() {
   if (column > kLastHeaderColumn) return;
   for (const std::string& header : extra_headers_.Texts()) {
     output_sheet_->SetValue(1, column++, CellValue::Text(header));
+  }
+}
+
+// The folders to come will add their headers to the `columns` that there are: what will not fit
+// then is told now, not at the end of a long run.
+void clsKorvex::CheckColumnsAhead(int columns) const {
+  const int folders = folder_count_ - current_folder_;
+  const int headers = static_cast<int>(kExtraHeaders.size());
+  // Headers are put into the first empty column up to the last one, and behind it.
+  const int last = std::min(columns + folders * headers, kLastHeaderColumn + headers - 1);
+  try {
+    output_sheet_->CheckRoom({1, std::max({1, columns, last})});
+  } catch (const Error& error) {
+    Refuse("Every sub-folder adds " + std::to_string(headers) +
+           " columns to the output, and there are " + std::to_string(folder_count_) +
+           " sub-folders. " + error.Description());
   }
 }
 

@@ -33,6 +33,8 @@ class Worksheet {
   // The bottom right corner of everything used, formatted blanks included (special cells type 11);
   // row 1, column 1 for an empty sheet.
   virtual CellAddress LastCell() const = 0;
+  // Refuses when no cell can be filled there, as the sheet does not reach that far.
+  virtual void CheckRoom(CellAddress place) const = 0;
   // How many cells of a row are not empty (CountA of the entire row).
   virtual int CountA(int row) const = 0;
   // Deletes a whole column; the columns right of it move left (EntireColumn.Delete).
@@ -49,6 +51,7 @@ class Workbook {
   virtual Worksheet& Worksheets(int index) = 0;              // among the worksheets only
   virtual Worksheet& Worksheets(std::string_view name) = 0;  // letter case is ignored
   // Replaces an existing file without asking; the former file stays as it is when saving fails.
+  // The ending of the name decides about the format.
   virtual void SaveAs(const std::string& full_name) = 0;
   // Closes without saving. The workbook and its worksheets are dead afterwards.
   virtual void Close() = 0;
@@ -68,7 +71,9 @@ class Application {
   virtual void SetVisible(bool visible) = 0;
   virtual void SetScreenUpdating(bool update) = 0;
   virtual void SetDisplayAlerts(bool display) = 0;
-  virtual Workbook& AddWorkbook() = 0;
+  // A new workbook that is to be saved under that name: its sheets refuse at once what the format
+  // of the name cannot hold. A name that no workbook can be saved under is refused.
+  virtual Workbook& AddWorkbook(const std::string& full_name) = 0;
   virtual Workbook& OpenWorkbook(const std::string& full_name, const OpenOptions& options) = 0;
   virtual int WorkbookCount() const = 0;
   virtual Workbook& Workbooks(int index) = 0;

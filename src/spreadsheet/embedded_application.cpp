@@ -15,12 +15,13 @@ EmbeddedApplication::EmbeddedApplication(FileSystem& files) : files_(files) {}
 
 EmbeddedApplication::~EmbeddedApplication() = default;
 
-Workbook& EmbeddedApplication::AddWorkbook() {
+Workbook& EmbeddedApplication::AddWorkbook(const std::string& full_name) {
   CheckRunning();
+  const OutputFormat& format = OutputFormatOf(full_name);
   ++new_workbooks_;
-  workbooks_.push_back(
-      std::make_unique<OutputWorkbook>(files_, "Book" + std::to_string(new_workbooks_), inputs_,
-                                       [this](const Workbook& closing) { Drop(closing); }));
+  workbooks_.push_back(std::make_unique<OutputWorkbook>(
+      files_, "Book" + std::to_string(new_workbooks_), format, inputs_,
+      [this](const Workbook& closing) { Drop(closing); }));
   return *workbooks_.back();
 }
 
@@ -70,7 +71,7 @@ std::unique_ptr<Application> EmbeddedSpreadsheet::CreateApplication() {
 }
 
 void EmbeddedSpreadsheet::CheckOutputName(const std::string& full_name) const {
-  CheckOutputEnding(full_name);
+  OutputFormatOf(full_name);
 }
 
 }  // namespace korvex

@@ -1,5 +1,5 @@
-// The spreadsheet application that runs inside this process: it reads and writes .xls files itself
-// and needs nothing installed.
+// The spreadsheet application that runs inside this process: it reads and writes workbooks
+// itself and needs nothing installed.
 #pragma once
 
 #include <memory>
@@ -24,7 +24,7 @@ class EmbeddedApplication : public Application {
   void SetScreenUpdating(bool) override {}
   void SetDisplayAlerts(bool) override {}
 
-  Workbook& AddWorkbook() override;
+  Workbook& AddWorkbook(const std::string& full_name) override;
   // The workbook is read-only whatever the options say; they have no further meaning here. Error
   // 1004 names the cause when the file cannot be opened.
   Workbook& OpenWorkbook(const std::string& full_name, const OpenOptions& options) override;

@@ -41,6 +41,7 @@ class InputWorkbook::Sheet : public Worksheet {
   CellValue Value(int row, int column) const override;
   void SetValue(int, int, const CellValue&) override { workbook_.RefuseChange(); }
   CellAddress LastCell() const override { return Cells().LastCell(); }
+  void CheckRoom(CellAddress) const override { workbook_.RefuseChange(); }
   int CountA(int row) const override;
   void DeleteColumn(int) override { workbook_.RefuseChange(); }
 

@@ -40,7 +40,7 @@ CellValue OutputSheet::Value(int row, int column) const {
 }
 
 void OutputSheet::SetValue(int row, int column, const CellValue& value) {
-  CheckOutputCell(name_, row, column, value);
+  CheckOutputCell(workbook_.Format(), name_, {row, column}, value);
   StoredCell cell = {value.kind, std::bit_cast<std::uint64_t>(value.number)};
   if (value.kind == CellKind::kText) {
     cell = value.text.empty() ? StoredCell{}
@@ -56,6 +56,20 @@ CellAddress OutputSheet::LastCell() const {
     if (end > 0) last = {std::max(last.row, end), column + 1};
   }
   return last;
+}
+
+void OutputSheet::CheckRoom(CellAddress place) const {
+  CheckOutputPlace(workbook_.Format(), place);
+}
+
+void OutputSheet::CheckFits(const OutputFormat& format) const {
+  for (int column = 1; column <= cells_.ColumnCount(); ++column) {
+    const int last_row = cells_.RowEnd(column - 1);
+    for (int row = 1; row <= last_row; ++row) {
+      const CellValue value = Value(row, column);
+      if (value.kind != CellKind::kEmpty) CheckOutputCell(format, name_, {row, column}, value);
+    }
+  }
 }
 
 int OutputSheet::CountA(int row) const {

@@ -9,10 +9,10 @@
 namespace korvex {
 
 class OutputWorkbook;
+struct OutputFormat;
 
-// Takes only what the .xls format holds: cells up to row 65,536 and column 256, texts of up to
-// 32,767 UTF-16 units, finite numbers. Anything else is error 1004 at once. Reading has no such
-// limit: whatever lies outside is Empty.
+// Takes only what the format of the workbook holds; anything else is error 1004 at once. Reading
+// has no such limit: whatever lies outside is Empty.
 class OutputSheet : public Worksheet {
  public:
   // `workbook` owns the sheet.
@@ -31,10 +31,13 @@ class OutputSheet : public Worksheet {
   // An empty text empties the cell, as it does in the object model.
   void SetValue(int row, int column, const CellValue& value) override;
   CellAddress LastCell() const override;
+  void CheckRoom(CellAddress place) const override;
   int CountA(int row) const override;
   void DeleteColumn(int column) override;
 
   const CellStore& Cells() const { return cells_; }
+  // Refuses cells that the format cannot hold.
+  void CheckFits(const OutputFormat& format) const;
 
  private:
   OutputWorkbook& workbook_;

@@ -9,14 +9,34 @@
 #include "spreadsheet/byte_writer.h"
 #include "spreadsheet/compound_file_writer.h"
 #include "spreadsheet/refusal.h"
+#include "spreadsheet/xlsx_writer.h"
+#include "util/csv_writer.h"
 #include "util/output_rules.h"
 #include "util/text.h"
 
 namespace korvex {
 
-OutputWorkbook::OutputWorkbook(FileSystem& files, std::string name,
+namespace {
+
+void WriteXls(const TextPool& texts, std::vector<SheetContent> sheets, ReplacementFile& file) {
+  Biff8Writer workbook(texts, std::move(sheets));
+  ByteWriter out(&file);
+  CompoundFileWriter container(out, workbook.StreamSize());
+  container.WriteHeader();
+  workbook.Write(out);
+  container.WriteTail();
+  out.Flush();
+}
+
+}  // namespace
+
+OutputWorkbook::OutputWorkbook(FileSystem& files, std::string name, const OutputFormat& format,
                                const std::vector<std::string>& inputs, CloseHandler close)
-    : files_(files), inputs_(inputs), name_(std::move(name)), close_(std::move(close)) {
+    : files_(files),
+      inputs_(inputs),
+      name_(std::move(name)),
+      format_(format),
+      close_(std::move(close)) {
   for (const char* sheet : {"Sheet1", "Sheet2", "Sheet3"}) {
     sheets_.push_back(std::make_unique<OutputSheet>(*this, sheet));
   }
@@ -67,7 +87,7 @@ void OutputWorkbook::SaveAs(const std::string& full_name) {
   const std::string target = files_.AbsolutePath(full_name);
   try {
     CheckOutputTarget(files_, target, inputs_);
-    WriteFile(target);
+    WriteFile(OutputFormatOf(target), target);
   } catch (const Error& error) {
     throw Error(error_number::kAutomation,
                 "The workbook cannot be saved as " + target + ": " + error.Description());
@@ -77,20 +97,29 @@ void OutputWorkbook::SaveAs(const std::string& full_name) {
   path_ = target.substr(0, name_start == 0 ? 0 : name_start - 1);
 }
 
-void OutputWorkbook::WriteFile(const std::string& target) const {
+void OutputWorkbook::WriteFile(const OutputFormat& format, const std::string& target) {
+  if (&format != &format_) {
+    for (const auto& sheet : sheets_) sheet->CheckFits(format);
+  }
+  if (&format == &kCsvFormat) {
+    SaveAsCsv(files_, target, *this);
+    return;
+  }
+  const std::unique_ptr<ReplacementFile> file = files_.Replace(target);
+  if (&format == &kXlsxFormat) {
+    WriteXlsx(files_, texts_, Contents(), *file);
+  } else {
+    WriteXls(texts_, Contents(), *file);
+  }
+  file->Commit();
+}
+
+std::vector<SheetContent> OutputWorkbook::Contents() const {
   std::vector<SheetContent> contents;
   for (const auto& sheet : sheets_) {
     contents.push_back({sheet->Name(), &sheet->Cells(), sheet.get() == active_});
   }
-  Biff8Writer workbook(texts_, std::move(contents));
-  const std::unique_ptr<ReplacementFile> file = files_.Replace(target);
-  ByteWriter out(file.get());
-  CompoundFileWriter container(out, workbook.StreamSize());
-  container.WriteHeader();
-  workbook.Write(out);
-  container.WriteTail();
-  out.Flush();
-  file->Commit();
+  return contents;
 }
 
 void OutputWorkbook::Close() {

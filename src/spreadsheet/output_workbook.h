@@ -13,25 +13,29 @@
 namespace korvex {
 
 class FileSystem;
+struct OutputFormat;
+struct SheetContent;
 
 class OutputWorkbook : public Workbook {
  public:
-  // `name` is what the workbook is called until it is saved; `inputs` are the files that must not
-  // be saved over. Both `files` and `inputs` must outlive it.
-  OutputWorkbook(FileSystem& files, std::string name, const std::vector<std::string>& inputs,
-                 CloseHandler close);
+  // `name` is what the workbook is called until it is saved, `format` what it will be saved in
+  // then; `inputs` are the files that must not be saved over. All but the name must outlive it.
+  OutputWorkbook(FileSystem& files, std::string name, const OutputFormat& format,
+                 const std::vector<std::string>& inputs, CloseHandler close);
 
   std::string Name() const override { return name_; }
   std::string Path() const override { return path_; }  // empty until saved
   int WorksheetCount() const override { return static_cast<int>(sheets_.size()); }
   Worksheet& Worksheets(int index) override;
   Worksheet& Worksheets(std::string_view name) override;
-  // Writes an .xls file (BIFF8); the workbook then goes by its name. Equal content gives equal
-  // files, byte for byte. Error 1004 names the cause when that fails.
+  // The workbook then goes by the name of the file. Equal content gives equal files, byte for byte.
+  // Error 1004 names the cause when that fails; what the format cannot hold is refused before
+  // anything is written.
   void SaveAs(const std::string& full_name) override;
   void Close() override;
 
   // For its sheets.
+  const OutputFormat& Format() const { return format_; }
   const TextPool& Texts() const { return texts_; }
   TextPool& Texts() { return texts_; }
   int IndexOf(const OutputSheet& sheet) const;
@@ -41,11 +45,13 @@ class OutputWorkbook : public Workbook {
   void CheckSheetName(std::string_view name, const OutputSheet& sheet) const;
 
  private:
-  void WriteFile(const std::string& target) const;
+  void WriteFile(const OutputFormat& format, const std::string& target);
+  std::vector<SheetContent> Contents() const;
 
   FileSystem& files_;
   const std::vector<std::string>& inputs_;
   std::string name_;
+  const OutputFormat& format_;
   std::string path_;
   CloseHandler close_;
   TextPool texts_;

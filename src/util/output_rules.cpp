@@ -1,7 +1,9 @@
 #include "util/output_rules.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 #include "platform/error.h"
 #include "platform/file_system.h"
@@ -11,47 +13,49 @@
 namespace korvex {
 namespace {
 
-constexpr int kMaxRows = 65536;
-constexpr int kMaxColumns = 256;
-constexpr std::size_t kMaxCellCharacters = 32767;
 constexpr std::size_t kMaxSheetNameCharacters = 31;
 
-constexpr const char* kOtherFormats[] = {".xlsx", ".xlsm", ".xlsb", ".xltx", ".ods", ".csv",
-                                         ".tsv",  ".txt",  ".htm",  ".html", ".xml", ".pdf"};
+constexpr const char* kOtherFormats[] = {".xlsm", ".xlsb", ".xltx", ".ods", ".tsv",
+                                         ".txt",  ".htm",  ".html", ".xml", ".pdf"};
 
 [[noreturn]] void Refuse(const std::string& cause) {
   throw Error(error_number::kAutomation, cause);
 }
 
-void CheckLimits(int row, int column) {
-  if (row > kMaxRows) {
-    Refuse("The .xls format holds at most 65,536 rows a sheet; row " +
-           GroupedDigits(static_cast<std::uint64_t>(row)) +
-           " does not fit. Split the campaign into parts with fewer keys each and convert them "
-           "one by one.");
-  }
-  if (column > kMaxColumns) {
-    Refuse("The .xls format holds at most 256 columns a sheet; column " + std::to_string(column) +
-           " does not fit. Choose fewer output columns or convert fewer replications at a time.");
-  }
+[[noreturn]] void RefusePlace(const OutputFormat& format, int limit, const std::string& what,
+                              int number) {
+  Refuse("The " + std::string(format.ending) + " format holds at most " +
+         GroupedDigits(static_cast<std::uint64_t>(limit)) + " " + what + "s a sheet; " + what +
+         " " + GroupedDigits(static_cast<std::uint64_t>(number)) +
+         " does not fit. Give the output a name that ends with " +
+         std::string(format.larger_ending) + ".");
+}
+
+bool IsControl(char c) {
+  return static_cast<unsigned char>(c) < 0x20;
 }
 
 }  // namespace
 
-void CheckOutputEnding(std::string_view file_name) {
+const OutputFormat& OutputFormatOf(std::string_view file_name) {
   const std::size_t dot = file_name.rfind('.');
-  if (dot == std::string_view::npos) return;
+  if (dot == std::string_view::npos) return kXlsFormat;
   const std::string ending(file_name.substr(dot));
+  for (const OutputFormat* format : {&kXlsxFormat, &kCsvFormat}) {
+    if (EqualText(ending, format->ending)) return *format;
+  }
   for (const char* format : kOtherFormats) {
     if (!EqualText(ending, format)) continue;
-    Refuse("Only .xls workbooks can be written, but the output file " + std::string(file_name) +
-           " is named like " + format + ". Choose a name that ends with .xls.");
+    Refuse("Only .xls, .xlsx and .csv files can be written, but the output file " +
+           std::string(file_name) + " is named like " + format +
+           ". Choose a name that ends with .xls, .xlsx or .csv.");
   }
+  return kXlsFormat;
 }
 
 void CheckOutputTarget(const FileSystem& files, const std::string& target,
                        const std::vector<std::string>& inputs) {
-  CheckOutputEnding(target);
+  OutputFormatOf(target);
   if (!files.FileExists(target)) return;
   for (const std::string& input : inputs) {
     if (!files.IsSameFile(input, target)) continue;
@@ -73,6 +77,12 @@ void CheckSheetName(std::string_view name) {
   if (name.find_first_of("\\/?*[]:") != std::string_view::npos) {
     Refuse(SheetNameRefusal(name) + R"(the name of a sheet cannot hold any of \ / ? * [ ] :)");
   }
+  if (std::any_of(name.begin(), name.end(), IsControl)) {
+    Refuse(SheetNameRefusal(name) + "the name of a sheet cannot hold control characters.");
+  }
+  if (name.front() == '\'' || name.back() == '\'') {
+    Refuse(SheetNameRefusal(name) + "the name of a sheet cannot begin or end with an apostrophe.");
+  }
 }
 
 void CheckCellPosition(int row, int column) {
@@ -82,18 +92,26 @@ void CheckCellPosition(int row, int column) {
   }
 }
 
-void CheckOutputCell(const std::string& sheet, int row, int column, const CellValue& value) {
-  CheckCellPosition(row, column);
-  CheckLimits(row, column);
+void CheckOutputPlace(const OutputFormat& format, CellAddress place) {
+  CheckCellPosition(place.row, place.column);
+  if (place.row > format.rows) RefusePlace(format, format.rows, "row", place.row);
+  if (place.column > format.columns) RefusePlace(format, format.columns, "column", place.column);
+}
+
+void CheckOutputCell(const OutputFormat& format, const std::string& sheet, CellAddress place,
+                     const CellValue& value) {
+  CheckOutputPlace(format, place);
   const auto refuse = [&](const std::string& cause) {
-    Refuse("Cell " + ColumnLetters(column) + std::to_string(row) + " of sheet \"" + sheet +
-           "\" cannot hold " + cause);
+    Refuse("Cell " + ColumnLetters(place.column) + std::to_string(place.row) + " of sheet \"" +
+           sheet + "\" cannot hold " + cause);
   };
   if (value.kind == CellKind::kText) {
     // No text has more UTF-16 units than bytes.
-    if (value.text.size() > kMaxCellCharacters && Utf16Length(value.text) > kMaxCellCharacters) {
-      refuse("its text of " + GroupedDigits(Utf16Length(value.text)) +
-             " characters: the .xls format holds at most 32,767 a cell. Shorten it in the input.");
+    if (value.text.size() > format.characters && Utf16Length(value.text) > format.characters) {
+      refuse("its text of " + GroupedDigits(Utf16Length(value.text)) + " characters: the " +
+             std::string(format.ending) + " format holds at most " +
+             GroupedDigits(format.characters) +
+             " a cell. Shorten it in the input, or give the output a name that ends with .csv.");
     }
   } else if (!std::isfinite(value.number)) {
     refuse("a number that is infinite or undefined.");

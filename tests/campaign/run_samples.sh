@@ -206,11 +206,47 @@ refused "$(native "$work/link.xls"): It was read as input, and would be lost." 1
 check "keeps the input" cmp -s "$first/KIN01-1-1.xls" "$work/kept.xls"
 
 start "output of another format"
-convert -o "$campaign/campaign.csv" "$campaign"
-refused "Only .xls workbooks can be written" 0
+convert -o "$campaign/campaign.ods" "$campaign"
+refused "Only .xls, .xlsx and .csv files can be written" 0
 check "says so at once" [ "$(grep -c Folder "$work/told")" = 0 ]
 
-if [ -z "$suffix" ]; then # Wine opens streams of its own for what is closed.
+start "output as .xlsx"
+convert -q -o "$campaign/µ.xlsx" "$campaign"
+check "exit status is $status" [ "$status" = 0 ]
+"${dump[@]}" "$(native "$campaign/µ.xlsx")" >"$work/cells" 2>>"$work/told"
+check "cells" diff -q "$here/expected/samples.tsv" "$work/cells"
+
+start "output as .csv"
+convert -q -o "$campaign/campaign.csv" "$campaign"
+check "exit status is $status" [ "$status" = 0 ]
+awk -F '\t' '
+  BEGIN { error["Error 2042"] = "#N/A"; error["Error 2007"] = "#DIV/0!" }
+  { cell[$2, $3] = $4 == "error" ? error[$5] : $5; rows = $2; if ($3 > columns) columns = $3 }
+  END {
+    printf "\357\273\277"
+    for (r = 1; r <= rows; ++r)
+      for (c = 1; c <= columns; ++c) printf "%s%s", cell[r, c], c < columns ? "," : "\r\n"
+  }' "$here/expected/samples.tsv" >"$work/expected.csv"
+check "cells" cmp -s "$work/expected.csv" "$campaign/campaign.csv"
+
+start "more sub-folders than .xls has columns for"
+for number in {10..50}; do
+  mkdir "$campaign/Set $number"
+  cp "$first/KIN01-1-1.xls" "$campaign/Set $number/"
+done
+convert "$campaign"
+refused "Give the output a name that ends with .xlsx." 0
+check "says so at once" [ "$(grep -c Folder "$work/told")" = 0 ]
+
+if [ -z "$suffix" ]; then # Wine knows no such limits, and opens streams of its own for what is closed.
+  start "folder for temporary files that is full or not there"
+  (trap '' XFSZ && ulimit -f 200 && convert -o "$campaign/campaign.xlsx" "$campaign" && exit "$status")
+  status=$?
+  refused "folder for temporary files failed" 1
+  check "leaves no output of that name" [ ! -e "$campaign/campaign.xlsx" ]
+  TMPDIR=/nowhere convert -o "$campaign/campaign.xlsx" "$campaign"
+  refused "Cannot write to /nowhere" 2
+
   start "streams that are closed or full"
   "${program[@]}" "$campaign" >"$work/printed" 2>&-
   check "no messages: exit status" [ $? = 0 ]

@@ -65,7 +65,7 @@ TEST_F(MainRunTest, RefusesAnEmptySelectionAndStoresNothing) {
 TEST_F(MainRunTest, RefusesAnOutputFileThatCannotBeWritten) {
   campaign.Put("a/P-1-1.xls", {});
   campaign.platform.files.Deny("/out/denied.xls");
-  for (const char* name : {"missing/all.xls", "denied.xls", "all.xlsx", ""}) {
+  for (const char* name : {"missing/all.xls", "denied.xls", "all.ods", ""}) {
     campaign.Set("Main Section", "Output File", name);
     EXPECT_EQ(Start(), RunOutcome::kFailed);
     EXPECT_EQ(Texts().back(),

@@ -225,6 +225,30 @@ TEST_F(Engine, ProcessesSelectedFilesAsOneBatch) {
   EXPECT_THAT(events.errors, ElementsAre("Error while processing file /.../data/screen/none.xls"));
 }
 
+// 2 output columns and 6 for every sub-folder: 42 fill 254 of 256, and leave room for 2
+// replications.
+TEST_F(Engine, SaysBeforehandThatSubFoldersWillNotFit) {
+  for (int folder = 10; folder < 52; ++folder) {
+    campaign.Put(std::to_string(folder) + "/P-1-1.xls", {{1, "K1", 7, 0.1}});
+    campaign.SetKeys({"Filename"});
+  }
+  campaign.Put("10/P-1-2.xls", {{1, "K1", 7, 0.1}});
+  EXPECT_EQ(Run(), 0);
+  const struct {
+    const char* name;
+    int files_read;
+  } cases[] = {{"10/P-1-3.xls", 3}, {"52/P-1-1.xls", 0}};
+  for (const auto& c : cases) {
+    events.processed = 0;
+    campaign.Put(c.name, {{1, "K1", 7, 0.1}});
+    EXPECT_EQ(Run(), 17);
+    EXPECT_EQ(events.processed, c.files_read);
+    EXPECT_THAT(Texts(), ElementsAre(HasSubstr("a name that ends with .xlsx")));
+  }
+  campaign.Set("Main Section", "Output File", "all.xlsx");
+  EXPECT_EQ(Run(), 0);
+}
+
 // Without a sample no column is available, so that the row of headers is empty.
 TEST_F(Engine, SavesAWorkbookForAFolderWithoutSubFolders) {
   ASSERT_EQ(Run(), 0);

@@ -92,8 +92,8 @@ TEST(EmbeddedApplication, DropsAWorkbookThatCloses) {
   MemoryFileSystem files(PathStyle::kWindows);
   files.AddFolder("C:\\plates");
   EmbeddedApplication application(files);
-  application.AddWorkbook().Worksheets(1).SetValue(1, 1, CellValue::Text("kept"));
-  Workbook& second = application.AddWorkbook();
+  application.AddWorkbook("out.xls").Worksheets(1).SetValue(1, 1, CellValue::Text("kept"));
+  Workbook& second = application.AddWorkbook("out.xls");
   second.SaveAs("C:\\plates\\out.xls");
   application.OpenWorkbook("C:\\plates\\out.xls", {.read_only = true});
   second.Close();
@@ -111,10 +111,11 @@ TEST(EmbeddedApplication, RefusesFilesItCannotOpenAndEverythingOnceItHasQuit) {
   const Error error = ErrorOf([&] { application.OpenWorkbook("/missing.xls", {}); });
   EXPECT_EQ(error.Number(), error_number::kAutomation);
   EXPECT_THAT(error.Description(), HasSubstr("/missing.xls"));
-  application.AddWorkbook();
+  application.AddWorkbook("out.xls");
   EXPECT_EQ(application.WorkbookCount(), 1);
   application.Quit();
-  EXPECT_EQ(ErrorOf([&] { application.AddWorkbook(); }).Number(), error_number::kAutomation);
+  EXPECT_EQ(ErrorOf([&] { application.AddWorkbook("out.xls"); }).Number(),
+            error_number::kAutomation);
   EXPECT_EQ(ErrorOf([&] { application.Workbooks(1); }).Number(), error_number::kAutomation);
 }
 

@@ -23,7 +23,7 @@ class OutputWorkbookTest : public ::testing::Test {
 
   // A workbook of one sheet.
   Workbook& NewWorkbook() {
-    Workbook& workbook = application_.AddWorkbook();
+    Workbook& workbook = application_.AddWorkbook("out.xls");
     while (workbook.WorksheetCount() > 1) workbook.Worksheets(1).Delete();
     return workbook;
   }
@@ -134,7 +134,7 @@ TEST_F(OutputWorkbookTest, MovesTheColumnsBehindADeletedOne) {
 }
 
 TEST_F(OutputWorkbookTest, StartsWithThreeSheetsOfTheirOwnNames) {
-  Workbook& workbook = application_.AddWorkbook();
+  Workbook& workbook = application_.AddWorkbook("out.xls");
   EXPECT_EQ(workbook.WorksheetCount(), 3);
   Worksheet& third = workbook.Worksheets("SHEET3");
   EXPECT_EQ(third.Index(), 3);
@@ -170,7 +170,7 @@ TEST_F(OutputWorkbookTest, SavesEqualContentAsEqualBytes) {
 }
 
 TEST_F(OutputWorkbookTest, IsSavedOverNothingButItsOwnKind) {
-  for (const char* name : {"/plates/out.xlsx", "/plates/out.CSV", "/plates/a.xls.ods"}) {
+  for (const char* name : {"/plates/out.xlsm", "/plates/out.TXT", "/plates/a.xls.ods"}) {
     EXPECT_THAT(ErrorOf([&] { workbook_.SaveAs(name); }).Description(), HasSubstr("ends with .xls"))
         << name;
   }

@@ -14,9 +14,9 @@ class WatchedApplication : public EmbeddedApplication {
   void SetVisible(bool visible) override { Record("Visible", visible); }
   void SetScreenUpdating(bool update) override { Record("ScreenUpdating", update); }
   void SetDisplayAlerts(bool display) override { Record("DisplayAlerts", display); }
-  Workbook& AddWorkbook() override {
+  Workbook& AddWorkbook(const std::string& full_name) override {
     watch_.calls.push_back("Add");
-    return EmbeddedApplication::AddWorkbook();
+    return EmbeddedApplication::AddWorkbook(full_name);
   }
   Workbook& OpenWorkbook(const std::string& full_name, const OpenOptions& options) override {
     std::string call = "Open " + full_name;
@@ -48,7 +48,7 @@ std::unique_ptr<Application> WatchedSpreadsheet::CreateApplication() {
 
 void WatchedSpreadsheet::Put(const std::string& full_name, const std::vector<TestSheet>& sheets) {
   EmbeddedApplication writer(files_);
-  Workbook& workbook = writer.AddWorkbook();
+  Workbook& workbook = writer.AddWorkbook(full_name);
   for (std::size_t i = sheets.size(); i < 3; ++i) workbook.Worksheets(1).Delete();
   for (int i = 1; i <= workbook.WorksheetCount(); ++i) {
     const TestSheet& content = sheets[static_cast<std::size_t>(i - 1)];

@@ -6,6 +6,7 @@
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "util/attempt.h"
+#include "util/output_rules.h"
 
 namespace korvex {
 namespace {
@@ -13,6 +14,7 @@ namespace {
 constexpr int kNoMacros = 3;  // of AutomationSecurity
 
 constexpr int kFirstVersionWithManyFormats = 12;
+constexpr int kXlsx = 51;
 constexpr int kXls = 56;
 constexpr int kOnlyFormat = -4143;  // of the versions before
 
@@ -47,10 +49,12 @@ void InstalledApplication::SetDisplayAlerts(bool display) {
   Running().Put(L"DisplayAlerts", display);
 }
 
-Workbook& InstalledApplication::AddWorkbook() {
+Workbook& InstalledApplication::AddWorkbook(const std::string& full_name) {
+  const OutputFormat& format = OutputFormatOf(full_name);
+  if (&format == &kXlsxFormat) FormatNumber(format);
   const Dispatch workbooks = Running().Object(L"Workbooks");
-  workbooks_.push_back(
-      std::make_unique<InstalledWorkbook>(*this, workbooks.ObjectFrom(workbooks.Call(L"Add")), ""));
+  workbooks_.push_back(std::make_unique<InstalledWorkbook>(
+      *this, workbooks.ObjectFrom(workbooks.Call(L"Add")), "", format));
   return *workbooks_.back();
 }
 
@@ -67,7 +71,7 @@ Workbook& InstalledApplication::OpenWorkbook(const std::string& full_name,
   if (!options.add_to_recent_files) arguments.push_back({L"AddToMru", false});
   try {
     workbooks_.push_back(std::make_unique<InstalledWorkbook>(
-        *this, workbooks.ObjectFrom(workbooks.CallNamed(L"Open", arguments)), path));
+        *this, workbooks.ObjectFrom(workbooks.CallNamed(L"Open", arguments)), path, kXlsFormat));
   } catch (const Error& error) {
     throw Error(error_number::kAutomation, path + " cannot be opened: " + error.Description(),
                 error.Source());
@@ -101,9 +105,14 @@ void InstalledApplication::Quit() {
   Attempt([&] { application.Call(L"Quit"); });
 }
 
-int InstalledApplication::XlsFormat() const {
+int InstalledApplication::FormatNumber(const OutputFormat& format) const {
   const std::string version = Running().Get(L"Version").Text();
-  return std::atoi(version.c_str()) >= kFirstVersionWithManyFormats ? kXls : kOnlyFormat;
+  const bool has_many = std::atoi(version.c_str()) >= kFirstVersionWithManyFormats;
+  if (&format != &kXlsxFormat) return has_many ? kXls : kOnlyFormat;
+  if (has_many) return kXlsx;
+  throw Error(error_number::kAutomation,
+              "The installed spreadsheet application, of version " + version +
+                  ", does not write .xlsx files. Give the output a name that ends with .xls.");
 }
 
 void InstalledApplication::Drop(const InstalledWorkbook& closed) {

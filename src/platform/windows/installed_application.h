@@ -12,6 +12,7 @@
 namespace korvex {
 
 class FileSystem;
+struct OutputFormat;
 
 // Runs in a process of its own, started for this object alone. Once it has quit, or died, the
 // members that deal with it fail with error 1004.
@@ -25,7 +26,8 @@ class InstalledApplication : public Application {
   void SetVisible(bool visible) override;
   void SetScreenUpdating(bool update) override;
   void SetDisplayAlerts(bool display) override;
-  Workbook& AddWorkbook() override;
+  // Refuses a format that the application is too old for.
+  Workbook& AddWorkbook(const std::string& full_name) override;
   // Options that are not used are not passed on. Error 1004 names the file.
   Workbook& OpenWorkbook(const std::string& full_name, const OpenOptions& options) override;
   // Of the workbooks that were added or opened here.
@@ -37,8 +39,9 @@ class InstalledApplication : public Application {
   // For its workbooks.
   FileSystem& Files() const { return files_; }
   const std::vector<std::string>& Inputs() const { return inputs_; }
-  // The application's number for the .xls format, which depends on its version.
-  int XlsFormat() const;
+  // The application's number for .xls or .xlsx, which depends on its version. Error 1004 when that
+  // version does not write the format.
+  int FormatNumber(const OutputFormat& format) const;
   void Drop(const InstalledWorkbook& closed);
 
  private:

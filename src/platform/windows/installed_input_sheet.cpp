@@ -92,6 +92,10 @@ void InstalledInputSheet::SetValue(int, int, const CellValue&) {
   RefuseChange();
 }
 
+void InstalledInputSheet::CheckRoom(CellAddress) const {
+  RefuseChange();
+}
+
 void InstalledInputSheet::DeleteColumn(int) {
   RefuseChange();
 }

@@ -10,6 +10,7 @@
 
 #include "platform/windows/cell_grid.h"
 #include "platform/windows/installed_sheet.h"
+#include "platform/windows/installed_workbook.h"
 #include "platform/windows/range_address.h"
 #include "util/output_rules.h"
 #include "util/utf8.h"
@@ -47,10 +48,14 @@ CellValue InstalledOutputSheet::Value(int row, int column) const {
 }
 
 void InstalledOutputSheet::SetValue(int row, int column, const CellValue& value) {
-  CheckOutputCell(Name(), row, column, value);
+  CheckOutputCell(Owner().Format(), Name(), {row, column}, value);
   const bool is_empty_text = value.kind == CellKind::kText && value.text.empty();
   cells_.Put(row, column, is_empty_text ? CellValue() : value);
   has_changed_ = true;
+}
+
+void InstalledOutputSheet::CheckRoom(CellAddress place) const {
+  CheckOutputPlace(Owner().Format(), place);
 }
 
 int InstalledOutputSheet::CountA(int row) const {

@@ -49,6 +49,7 @@ class InstalledInputSheet : public InstalledSheet {
   CellValue Value(int row, int column) const override;
   void SetValue(int row, int column, const CellValue& value) override;
   CellAddress LastCell() const override;
+  void CheckRoom(CellAddress place) const override;
   int CountA(int row) const override;
   void DeleteColumn(int column) override;
 
@@ -62,8 +63,8 @@ class InstalledInputSheet : public InstalledSheet {
   mutable std::unique_ptr<CellTable> cells_;
 };
 
-// A sheet of a new workbook. Takes what the .xls format holds and refuses the rest at once, with
-// error 1004.
+// A sheet of a new workbook. Takes what the format of the workbook holds and refuses the rest at
+// once, with error 1004.
 class InstalledOutputSheet : public InstalledSheet {
  public:
   using InstalledSheet::InstalledSheet;
@@ -71,6 +72,7 @@ class InstalledOutputSheet : public InstalledSheet {
   CellValue Value(int row, int column) const override;
   void SetValue(int row, int column, const CellValue& value) override;
   CellAddress LastCell() const override { return cells_.LastCell(); }
+  void CheckRoom(CellAddress place) const override;
   int CountA(int row) const override;
   void DeleteColumn(int column) override;
 

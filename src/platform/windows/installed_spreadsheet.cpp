@@ -38,7 +38,7 @@ std::unique_ptr<Application> InstalledSpreadsheet::CreateApplication() {
 }
 
 void InstalledSpreadsheet::CheckOutputName(const std::string& full_name) const {
-  CheckOutputEnding(full_name);
+  OutputFormatOf(full_name);
 }
 
 }  // namespace korvex

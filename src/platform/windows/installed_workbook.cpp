@@ -5,17 +5,19 @@
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/windows/installed_application.h"
+#include "util/csv_writer.h"
 #include "util/output_rules.h"
 #include "util/text.h"
 
 namespace korvex {
 
 InstalledWorkbook::InstalledWorkbook(InstalledApplication& application, Dispatch workbook,
-                                     std::string full_name)
+                                     std::string full_name, const OutputFormat& format)
     : application_(application),
       workbook_(std::move(workbook)),
       is_input_(!full_name.empty()),
-      full_name_(std::move(full_name)) {}
+      full_name_(std::move(full_name)),
+      format_(format) {}
 
 std::string InstalledWorkbook::Name() const {
   if (full_name_.empty()) return workbook_.Get(L"Name").Text();
@@ -71,9 +73,17 @@ void InstalledWorkbook::SaveAs(const std::string& full_name) {
   const std::string target = application_.Files().AbsolutePath(full_name);
   try {
     CheckOutputTarget(application_.Files(), target, application_.Inputs());
-    for (const auto& sheet : sheets_) sheet->Upload();
-    workbook_.CallNamed(L"SaveAs",
-                        {{L"Filename", target}, {L"FileFormat", application_.XlsFormat()}});
+    const OutputFormat& format = OutputFormatOf(target);
+    if (&format == &kCsvFormat) {
+      SaveAsCsv(application_.Files(), target, *this);
+    } else {
+      for (const auto& sheet : sheets_) {
+        if (!is_input_) CheckOutputPlace(format, sheet->LastCell());
+        sheet->Upload();
+      }
+      workbook_.CallNamed(
+          L"SaveAs", {{L"Filename", target}, {L"FileFormat", application_.FormatNumber(format)}});
+    }
   } catch (const Error& error) {
     throw Error(error_number::kAutomation,
                 "The workbook cannot be saved as " + target + ": " + error.Description());

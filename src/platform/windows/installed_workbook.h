@@ -12,12 +12,14 @@
 namespace korvex {
 
 class InstalledApplication;
+struct OutputFormat;
 
 class InstalledWorkbook : public Workbook {
  public:
-  // `full_name` is the file that was opened, or empty for a new workbook. `application` owns the
-  // workbook.
-  InstalledWorkbook(InstalledApplication& application, Dispatch workbook, std::string full_name);
+  // `full_name` is the file that was opened, or empty for a new workbook, which will be saved in
+  // the format. `application` owns the workbook.
+  InstalledWorkbook(InstalledApplication& application, Dispatch workbook, std::string full_name,
+                    const OutputFormat& format);
 
   // Of a file, from the name by which it was opened or saved: the application may know the file by
   // the address of the place where the folder is mirrored.
@@ -26,12 +28,14 @@ class InstalledWorkbook : public Workbook {
   int WorksheetCount() const override;
   Worksheet& Worksheets(int index) override;
   Worksheet& Worksheets(std::string_view name) override;
-  // Saves in the .xls format, whatever the application's own is. Refuses to write over a file that
-  // the application has read in its life. Every failure is error 1004 with the cause.
+  // Saves in the format of the name, whatever the application's own is; .csv is written here, since
+  // the application would write its numbers as they are shown, rounded. Refuses to write over a
+  // file that the application has read in its life. Every failure is error 1004 with the cause.
   void SaveAs(const std::string& full_name) override;
   void Close() override;
 
   // For its sheets.
+  const OutputFormat& Format() const { return format_; }
   void Drop(const InstalledSheet& deleted);
 
  private:
@@ -42,6 +46,7 @@ class InstalledWorkbook : public Workbook {
   Dispatch workbook_;
   const bool is_input_;
   std::string full_name_;
+  const OutputFormat& format_;
   std::vector<std::unique_ptr<InstalledSheet>> sheets_;  // those that were asked for
 };
 

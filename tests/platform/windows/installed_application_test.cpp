@@ -107,7 +107,7 @@ TEST_F(InstalledApplicationTest, ReadsSheetsOfOneCellAndProtectedOnes) {
 }
 
 TEST_F(InstalledApplicationTest, WritesTenThousandRowsInFewCalls) {
-  Worksheet& sheet = application->AddWorkbook().Worksheets(1);
+  Worksheet& sheet = application->AddWorkbook("out.xls").Worksheets(1);
   const int rows = 10'000;
   sheet.SetValue(1, 1, T("chem_id"));
   sheet.SetValue(1, 2, T("dropped"));
@@ -139,7 +139,7 @@ TEST_F(InstalledApplicationTest, KeepsTextsAsTheyAre) {
                            " 5 ", long_text.c_str()}) {
     values.push_back(T(text));
   }
-  Worksheet& sheet = application->AddWorkbook().Worksheets(1);
+  Worksheet& sheet = application->AddWorkbook("out.xls").Worksheets(1);
   // So many runs of texts that their addresses do not fit into one.
   for (int row = 1; row <= 200; row += 2) {
     int column = 0;
@@ -157,7 +157,7 @@ TEST_F(InstalledApplicationTest, KeepsTextsAsTheyAre) {
 
 TEST_F(InstalledApplicationTest, WritesOverWhatItSavedBefore) {
   scripted.version = "11.0";
-  Worksheet& sheet = application->AddWorkbook().Worksheets(1);
+  Worksheet& sheet = application->AddWorkbook("out.xls").Worksheets(1);
   Workbook& workbook = application->Workbooks(1);
   sheet.SetValue(1, 1, T("0017"));
   sheet.SetValue(2, 2, T("gone"));
@@ -168,14 +168,16 @@ TEST_F(InstalledApplicationTest, WritesOverWhatItSavedBefore) {
   workbook.SaveAs(kOutput);
   EXPECT_EQ(Saved(1, 1), CellValue::Number(17));
   EXPECT_EQ(Saved(2, 2), CellValue());
+  EXPECT_THAT(ErrorOf([&] { application->AddWorkbook("a.xlsx"); }).Description(),
+              HasSubstr("version 11.0, does not write .xlsx"));
   EXPECT_EQ(workbook.Name(), "out.xls");
   EXPECT_EQ(workbook.Path(), "C:\\plates");
 }
 
 TEST_F(InstalledApplicationTest, RefusesWhatAnOutputWorkbookMustNotBe) {
   OpenData({{"a"}});
-  Workbook& output = application->AddWorkbook();
-  for (const char* name : {"C:\\plates\\p1-3-2.xls", "C:\\plates\\out.xlsx", "C:\\none\\out.xls"}) {
+  Workbook& output = application->AddWorkbook("out.xls");
+  for (const char* name : {"C:\\plates\\p1-3-2.xls", "C:\\plates\\out.ods", "C:\\none\\out.xls"}) {
     const Error error = ErrorOf([&] { output.SaveAs(name); });
     EXPECT_EQ(error.Number(), error_number::kAutomation);
     EXPECT_THAT(error.Description(), HasSubstr(name));
@@ -185,7 +187,7 @@ TEST_F(InstalledApplicationTest, RefusesWhatAnOutputWorkbookMustNotBe) {
 }
 
 TEST_F(InstalledApplicationTest, PassesOnWhatTheApplicationSays) {
-  Workbook& workbook = application->AddWorkbook();
+  Workbook& workbook = application->AddWorkbook("out.xls");
   const Error renamed = ErrorOf([&] { workbook.Worksheets(1).SetName("Sheet2"); });
   EXPECT_EQ(renamed.Number(), error_number::kAutomation);
   EXPECT_THAT(renamed.Description(), HasSubstr("another sheet of the workbook has this name"));
@@ -213,11 +215,11 @@ TEST_F(InstalledApplicationTest, TakesNoNumberForOneOfItsOwnMeanings) {
 
 TEST_F(InstalledApplicationTest, AsksABusyApplicationAgain) {
   scripted.program.busy_calls = 3;
-  EXPECT_EQ(application->AddWorkbook().WorksheetCount(), 3);
+  EXPECT_EQ(application->AddWorkbook("out.xls").WorksheetCount(), 3);
 
   Start(Dispatch::Milliseconds(0));
   scripted.program.busy_calls = 1'000;
-  const Error error = ErrorOf([&] { application->AddWorkbook(); });
+  const Error error = ErrorOf([&] { application->AddWorkbook("out.xls"); });
   EXPECT_EQ(error.Number(), error_number::kAutomation);
   EXPECT_THAT(error.Description(), HasSubstr("busy"));
   scripted.program.busy_calls = 0;
@@ -238,7 +240,7 @@ TEST_F(InstalledApplicationTest, SaysThatTheApplicationHasEnded) {
 
 TEST_F(InstalledApplicationTest, LeavesNothingOpen) {
   OpenData({{"a"}});
-  application->AddWorkbook();
+  application->AddWorkbook("out.xls");
   scripted.program.calls.clear();
   std::unique_ptr<Application> owner = std::move(application);
   QuitExcel(owner);
@@ -248,7 +250,8 @@ TEST_F(InstalledApplicationTest, LeavesNothingOpen) {
 
   Start(Dispatch::kPatience);
   application->Quit();
-  EXPECT_EQ(ErrorOf([&] { application->AddWorkbook(); }).Number(), error_number::kAutomation);
+  EXPECT_EQ(ErrorOf([&] { application->AddWorkbook("out.xls"); }).Number(),
+            error_number::kAutomation);
 }
 
 struct ScriptedSpreadsheet : EmbeddedSpreadsheet {
@@ -280,16 +283,20 @@ TEST(InstalledSpreadsheetRun, GivesTheCellsOfTheEmbeddedApplication) {
   ScriptedSpreadsheet automated(campaign.platform.files);
   NoEvents events;
   std::string folder = campaign.folder;
-  clsKorvex(events).ProcessFolders(folder, {});
-  const std::string expected = campaign.platform.files.Content("/out/all.xls");
-  campaign.platform.files.Remove("/out/all.xls");
-  campaign.platform.SetSpreadsheet(&automated);
-  clsKorvex(events).ProcessFolders(folder, {});
+  for (const std::string name : {"all.xls", "all.xlsx", "all.csv"}) {
+    campaign.Set("Main Section", "Output File", name);
+    campaign.platform.SetSpreadsheet(&campaign.spreadsheet);
+    clsKorvex(events).ProcessFolders(folder, {});
+    const std::string expected = campaign.platform.files.Content("/out/" + name);
+    campaign.platform.files.Remove("/out/" + name);
+    campaign.platform.SetSpreadsheet(&automated);
+    clsKorvex(events).ProcessFolders(folder, {});
+    // Equal cells make equal files.
+    EXPECT_EQ(campaign.platform.files.Content("/out/" + name), expected) << name;
+  }
   EXPECT_THAT(campaign.platform.dialogs.texts, testing::IsEmpty());
-  // Equal cells make equal files.
-  EXPECT_EQ(campaign.platform.files.Content("/out/all.xls"), expected);
-  // The sample's application and the run's.
-  EXPECT_EQ(automated.scripted.size(), 2u);
+  // The sample's application and the run's, for each name.
+  EXPECT_EQ(automated.scripted.size(), 6u);
   for (const auto& scripted : automated.scripted) {
     EXPECT_EQ(scripted->program.objects, 0);
     EXPECT_EQ(scripted->program.calls.back(), "Application.Quit");

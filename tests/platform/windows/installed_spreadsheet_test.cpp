@@ -74,7 +74,7 @@ TEST_F(InstalledSpreadsheetTest, ConvertsAcrossTheBorderOfTheProcessAndEndsIt) {
   Register();
   {
     EmbeddedApplication writer(files);
-    Worksheet& data = writer.AddWorkbook().Worksheets(1);
+    Worksheet& data = writer.AddWorkbook("out.xls").Worksheets(1);
     for (int row = 1; row <= 384; ++row) {
       data.SetValue(row, 1, CellValue::Date(37593.25 + row));
       data.SetValue(row, 2, CellValue::Text("0017"));
@@ -89,7 +89,7 @@ TEST_F(InstalledSpreadsheetTest, ConvertsAcrossTheBorderOfTheProcessAndEndsIt) {
   application->SetVisible(false);
   const Worksheet& data =
       application->OpenWorkbook(folder / "P1-3-2.xls", {.read_only = true}).Worksheets(1);
-  Workbook& output = application->AddWorkbook();
+  Workbook& output = application->AddWorkbook("out.xls");
   Worksheet& sheet = output.Worksheets(1);
   for (int row = 1; row <= data.LastCell().row; ++row) {
     for (int column = 1; column <= 5; ++column) {
@@ -110,7 +110,7 @@ TEST_F(InstalledSpreadsheetTest, StartsAnewAfterTheApplicationHasDied) {
   Register("Worksheet.Index");
   InstalledSpreadsheet spreadsheet(files, program_id);
   std::unique_ptr<Application> application = spreadsheet.CreateApplication();
-  Worksheet& sheet = application->AddWorkbook().Worksheets(1);
+  Worksheet& sheet = application->AddWorkbook("out.xls").Worksheets(1);
   const Error error = ErrorOf([&] { sheet.Index(); });
   EXPECT_EQ(error.Number(), error_number::kAutomation);
   EXPECT_THAT(error.Description(), HasSubstr("spreadsheet application has ended"));
@@ -120,7 +120,7 @@ TEST_F(InstalledSpreadsheetTest, StartsAnewAfterTheApplicationHasDied) {
   files.DeleteFile(log);
   Register();
   application = spreadsheet.CreateApplication();
-  EXPECT_EQ(application->AddWorkbook().Worksheets(1).Index(), 1);
+  EXPECT_EQ(application->AddWorkbook("out.xls").Worksheets(1).Index(), 1);
   const Handle server = Server();
   application.reset();
   EXPECT_EQ(WaitForSingleObject(server.Get(), kLongestWait), WAIT_OBJECT_0);

@@ -70,7 +70,8 @@ ComValue ScriptedApplication::OnApplication(const ScriptedCall& call) {
 }
 
 ComValue ScriptedApplication::OnWorkbooks(const ScriptedCall& call) {
-  if (call.member == "Add") return OfWorkbook(application_.AddWorkbook());
+  // What it will be saved as, nobody says here; it has the room of the larger format.
+  if (call.member == "Add") return OfWorkbook(application_.AddWorkbook("Book.xlsx"));
   if (call.member != "Open") NoSuchMember();
   return OfWorkbook(application_.OpenWorkbook(call.named.at("Filename").Text(), {}));
 }
@@ -87,7 +88,11 @@ ComValue ScriptedApplication::OnWorkbook(Workbook& workbook, const ScriptedCall&
   }
   if (call.member == "Name") return workbook.Name();
   if (call.member == "SaveAs") {
-    workbook.SaveAs(call.named.at("Filename").Text());
+    const std::string name = call.named.at("Filename").Text();
+    const bool is_xlsx = call.named.at("FileFormat").Integer() == 51;
+    // The real one makes a file that it will not open again without complaint.
+    if (is_xlsx != name.ends_with(".xlsx")) throw Error(error_number::kAutomation, "FileFormat");
+    workbook.SaveAs(name);
   } else if (call.member == "Close" && !IsTrue(call.named.at("SaveChanges"))) {
     workbook.Close();
   } else {

@@ -1,0 +1,21 @@
+// Writes a workbook as comma-separated values.
+//
+// By RFC 4180: fields between commas, records ended by CR LF, a field in quotation marks when it
+// holds a comma, a quotation mark or a line end, and a quotation mark in it doubled. The text is
+// UTF-8 with a byte order mark: without one the common spreadsheet programs take it for a code page
+// of theirs, and spoil every "µ" in silence. Values are in their data form (AppendDataText); all
+// records have as many fields.
+#pragma once
+
+#include <string>
+
+namespace korvex {
+
+class FileSystem;
+class Workbook;
+
+// Saves the only sheet of the workbook; error 1004 when it has more. Otherwise the file system's
+// errors.
+void SaveAsCsv(FileSystem& files, const std::string& target, Workbook& workbook);
+
+}  // namespace korvex
