@@ -2,6 +2,9 @@
 
 #include <wx/filedlg.h>
 
+#include <algorithm>
+#include <iterator>
+
 #include "errors/trap.h"
 #include "platform/dialogs.h"
 #include "platform/file_system.h"
@@ -19,7 +22,11 @@
 namespace korvex {
 namespace {
 
-constexpr char kEnding[] = ".xls";
+// What the dialog for the output file offers, and the ending that each choice stands for.
+constexpr char kOutputFilters[] =
+    "Excel Workbooks (*.xls)|*.xls|Excel Workbooks (*.xlsx)|*.xlsx|"
+    "Comma-separated values (*.csv)|*.csv";
+constexpr const char* kEndings[] = {".xls", ".xlsx", ".csv"};
 constexpr int kDiscrepancyIcon = 17;
 
 bool MayTakePlaceOf(const std::string& file) {
@@ -29,17 +36,25 @@ bool MayTakePlaceOf(const std::string& file) {
          BoxAnswer::kOk;
 }
 
+int FilterOf(const std::string& file) {
+  const std::string ending = SharedFileSys().GetFileExtention(file, true, 5);
+  const auto found = std::find_if(std::begin(kEndings), std::end(kEndings),
+                                  [&](const char* known) { return EqualText(known, ending); });
+  return found == std::end(kEndings) ? 0 : static_cast<int>(found - std::begin(kEndings));
+}
+
 // Not every platform's dialog completes a name that was typed without an ending; one that does not
 // has asked about another file than the one that is meant.
 std::string AskWithFileDialog(wxWindow& owner, const std::string& shown) {
   wxFileDialog dialog(&owner, "Please choose the output file",
                       ToWx(SharedFileSys().GetFilePath(shown, false)),
-                      ToWx(SharedFileSys().GetFileTitle(shown, false)),
-                      "Excel Workbooks (*.xls)|*.xls", wxFD_SAVE | wxFD_OVERWRITE_PROMPT);
+                      ToWx(SharedFileSys().GetFileTitle(shown, false)), kOutputFilters,
+                      wxFD_SAVE | wxFD_OVERWRITE_PROMPT);
+  dialog.SetFilterIndex(FilterOf(shown));
   while (dialog.ShowModal() == wxID_OK) {
     std::string name = FromWx(dialog.GetPath());
     if (SharedFileSys().GetFileTitle(name, false).find('.') != std::string::npos) return name;
-    name += kEnding;
+    name += kEndings[dialog.GetFilterIndex()];
     if (MayTakePlaceOf(name)) return name;
   }
   return "";
