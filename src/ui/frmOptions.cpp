@@ -2,9 +2,6 @@
 
 #include <wx/filedlg.h>
 
-#include <algorithm>
-#include <iterator>
-
 #include "errors/trap.h"
 #include "platform/dialogs.h"
 #include "platform/file_system.h"
@@ -15,6 +12,7 @@
 #include "ui/EnableFrame.h"
 #include "ui/clsControls.h"
 #include "ui/column_list.h"
+#include "ui/output_filters.h"
 #include "ui/wx_text.h"
 #include "util/basGeneral.h"
 #include "util/text.h"
@@ -22,11 +20,6 @@
 namespace korvex {
 namespace {
 
-// What the dialog for the output file offers, and the ending that each choice stands for.
-constexpr char kOutputFilters[] =
-    "Excel Workbooks (*.xls)|*.xls|Excel Workbooks (*.xlsx)|*.xlsx|"
-    "Comma-separated values (*.csv)|*.csv";
-constexpr const char* kEndings[] = {".xls", ".xlsx", ".csv"};
 constexpr int kDiscrepancyIcon = 17;
 
 bool MayTakePlaceOf(const std::string& file) {
@@ -36,28 +29,19 @@ bool MayTakePlaceOf(const std::string& file) {
          BoxAnswer::kOk;
 }
 
-int FilterOf(const std::string& file) {
-  const std::string ending = SharedFileSys().GetFileExtention(file, true, 5);
-  const auto found = std::find_if(std::begin(kEndings), std::end(kEndings),
-                                  [&](const char* known) { return EqualText(known, ending); });
-  return found == std::end(kEndings) ? 0 : static_cast<int>(found - std::begin(kEndings));
-}
-
-// Not every platform's dialog completes a name that was typed without an ending; one that does not
-// has asked about another file than the one that is meant.
-std::string AskWithFileDialog(wxWindow& owner, const std::string& shown) {
-  wxFileDialog dialog(&owner, "Please choose the output file",
-                      ToWx(SharedFileSys().GetFilePath(shown, false)),
-                      ToWx(SharedFileSys().GetFileTitle(shown, false)), kOutputFilters,
-                      wxFD_SAVE | wxFD_OVERWRITE_PROMPT);
-  dialog.SetFilterIndex(FilterOf(shown));
-  while (dialog.ShowModal() == wxID_OK) {
-    std::string name = FromWx(dialog.GetPath());
-    if (SharedFileSys().GetFileTitle(name, false).find('.') != std::string::npos) return name;
-    name += kEndings[dialog.GetFilterIndex()];
-    if (MayTakePlaceOf(name)) return name;
+// Asks itself about a file that exists: the platform's dialog would ask about the name as it stands
+// there, which need not be the one that is meant.
+std::string AskWithFileDialog(wxWindow& owner, std::string shown) {
+  for (;;) {
+    wxFileDialog dialog(
+        &owner, "Please choose the output file", ToWx(SharedFileSys().GetFilePath(shown, false)),
+        ToWx(SharedFileSys().GetFileTitle(shown, false)), kOutputFilters, wxFD_SAVE);
+    const int offered = OutputFilterOf(shown);
+    dialog.SetFilterIndex(offered);
+    if (dialog.ShowModal() != wxID_OK) return "";
+    shown = OutputFileChosen(FromWx(dialog.GetPath()), offered, dialog.GetFilterIndex());
+    if (MayTakePlaceOf(shown)) return shown;
   }
-  return "";
 }
 
 ColumnList ColumnsOf(const wxListBox& list) {
