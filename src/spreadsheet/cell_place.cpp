@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "spreadsheet/refusal.h"
+
 namespace korvex {
 
 std::optional<CellPlace> ReadCellName(std::string_view name) {
@@ -26,6 +28,10 @@ std::string CellName(CellPlace place) {
     name.insert(name.begin(), static_cast<char>('A' + (column - 1) % 26));
   }
   return name + std::to_string(place.row + 1);
+}
+
+void RefuseOutside(CellPlace place) {
+  Refuse("is damaged: it has a value in cell " + CellName(place) + ", outside of every worksheet");
 }
 
 }  // namespace korvex

@@ -22,7 +22,8 @@ std::uint32_t ReadCount(const XmlElement& element, char space, std::string_view 
   const std::string_view digits(text);
   std::uint32_t count = 1;
   const auto error = std::from_chars(digits.data(), digits.data() + digits.size(), count).ec;
-  return error == std::errc::result_out_of_range ? kMostXmlRows : std::max(count, 1u);
+  if (error == std::errc::result_out_of_range) return kMostXmlRows;
+  return std::clamp(count, 1u, kMostXmlRows);
 }
 
 bool IsIn(std::string_view text, std::initializer_list<std::string_view> list) {
@@ -208,18 +209,22 @@ void OdsReader::EndCell() {
 }
 
 void OdsReader::Keep(TypedNumber value) {
-  const std::uint32_t end = std::min(column_ + column_count_, kMostXmlColumns);
-  if (end > column_) row_cells_.push_back({column_, end, value, {}});
+  const std::uint32_t end = column_ + column_count_;
+  if (row_ >= kMostXmlRows || end > kMostXmlColumns) RefuseOutside({row_, end - 1});
+  row_cells_.push_back({column_, end, value, {}});
 }
 
 void OdsReader::KeepText(std::string_view text) {
   Keep({CellKind::kText, 0});
-  if (column_ < kMostXmlColumns) row_cells_.back().text = sheets_.Cells().OwnTexts().Append(text);
+  row_cells_.back().text = sheets_.Cells().OwnTexts().Append(text);
   sheets_.CheckMemory();
 }
 
 void OdsReader::EndRow() {
   const std::uint32_t end = std::min(row_ + row_count_, kMostXmlRows);
+  if (!row_cells_.empty() && row_ + row_count_ > kMostXmlRows) {
+    RefuseOutside({row_ + row_count_ - 1, row_cells_.front().begin});
+  }
   for (; row_ < end && !row_cells_.empty(); ++row_) {
     sheets_.CheckMemory();
     for (const RowCell& cell : row_cells_) AddCell(cell);

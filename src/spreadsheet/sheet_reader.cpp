@@ -83,22 +83,27 @@ void SheetReader::ReadRecord(std::uint16_t number, std::span<const std::byte> da
       if (IsCell(data, 8)) ReadBoolErr(data.data());
       break;
     case biff::kBlank:
-      if (IsCell(data, 6)) cells_.AddBlanks(Row(data.data()), Column(data.data()), 1);
+      if (data.size() >= 6) ReadBlanks(data, 1);
       break;
     case biff::kMulBlank:
-      if (IsCell(data, 8)) ReadMulBlank(data);
+      if (data.size() >= 8) ReadBlanks(data, static_cast<int>(data.size() - 6) / 2);
       break;
     default:
       break;
   }
 }
 
-// Whether a cell record holds all that it must, in a column that a sheet has. A formula's text
-// does not come behind the next cell.
+// Whether the record of a value holds all that it must. A formula's text does not come behind the
+// next cell.
 bool SheetReader::IsCell(std::span<const std::byte> data, std::size_t minimum) {
   if (data.size() < minimum) return false;
   awaits_string_ = false;
-  return Column(data.data()) < biff::kMaxColumns;
+  CheckColumn(Row(data.data()), Column(data.data()));
+  return true;
+}
+
+void SheetReader::CheckColumn(std::uint16_t row, std::uint16_t column) {
+  if (column >= biff::kMaxColumns) RefuseOutside({row, column});
 }
 
 void SheetReader::ReadNumber(const std::byte* data) {
@@ -112,15 +117,17 @@ void SheetReader::ReadRk(const std::byte* data) {
 void SheetReader::ReadMulRk(std::span<const std::byte> data) {
   const std::uint16_t row = Row(data.data());
   std::uint16_t column = Column(data.data());
-  for (std::size_t at = 4; at + 8 <= data.size() && column < biff::kMaxColumns; at += 6) {
+  for (std::size_t at = 4; at + 8 <= data.size(); at += 6) {
+    CheckColumn(row, column);
     AddNumber(row, column++, LoadU16(data.data() + at), RkNumber(LoadU32(data.data() + at + 2)));
   }
 }
 
-void SheetReader::ReadMulBlank(std::span<const std::byte> data) {
-  const int count = static_cast<int>(data.size() - 6) / 2;
+void SheetReader::ReadBlanks(std::span<const std::byte> data, int count) {
+  awaits_string_ = false;
   const std::uint16_t first = Column(data.data());
-  cells_.AddBlanks(Row(data.data()), first, std::min(count, biff::kMaxColumns - first));
+  count = std::min(count, biff::kMaxColumns - first);
+  if (count > 0) cells_.AddBlanks(Row(data.data()), first, count);
 }
 
 void SheetReader::ReadLabelSst(const std::byte* data) {

@@ -29,16 +29,18 @@ class SheetReader {
       : globals_(globals), strings_(strings), cells_(cells) {}
 
   // Reads from the sheet's BOF at `offset` to its EOF; false when the stream ends before that.
-  // Error 1004 (a predicate) for a text that is not in the shared strings.
+  // Error 1004 (a predicate) for a text that is not in the shared strings, and for a value outside
+  // of the sheet.
   bool Read(std::span<const std::byte> stream, std::size_t offset);
 
  private:
   void ReadRecord(std::uint16_t number, std::span<const std::byte> data);
   bool IsCell(std::span<const std::byte> data, std::size_t minimum);
+  static void CheckColumn(std::uint16_t row, std::uint16_t column);
   void ReadNumber(const std::byte* data);
   void ReadRk(const std::byte* data);
   void ReadMulRk(std::span<const std::byte> data);
-  void ReadMulBlank(std::span<const std::byte> data);
+  void ReadBlanks(std::span<const std::byte> data, int count);
   void ReadLabel(const std::byte* data);
   void ReadLabelSst(const std::byte* data);
   void ReadBoolErr(const std::byte* data);

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "spreadsheet/cell_place.h"
 #include "spreadsheet/number_format.h"
 #include "spreadsheet/refusal.h"
 #include "spreadsheet/typed_number.h"
@@ -195,7 +196,10 @@ void SpreadsheetMlReader::SetVisibility() {
 }
 
 void SpreadsheetMlReader::EndCell() {
-  if (row_ >= kMostXmlRows || column_ >= kMostXmlColumns) return;
+  if (row_ >= kMostXmlRows || column_ >= kMostXmlColumns) {
+    if (!type_.empty()) RefuseOutside({row_, column_});
+    return;
+  }
   const bool is_number = type_ == "Number" || type_ == "Boolean";
   if (type_.empty()) {
     AddNothing();

@@ -101,13 +101,18 @@ void XlsxSheetReader::Text(std::string_view text) {
 
 void XlsxSheetReader::EndElement(const XmlName& name, int depth) {
   if (depth == kCellDepth) {
-    if (row_ < kMostXmlRows && column_ < kMostXmlColumns) AddCell();
+    EndCell();
     ++column_;
   } else if (depth == kCellDepth + 1) {
     is_in_value_ = false;
   } else if (depth > kCellDepth + 1) {
     inline_text_.End(name, cells_.OwnTexts());
   }
+}
+
+void XlsxSheetReader::EndCell() {
+  if (row_ < kMostXmlRows && column_ < kMostXmlColumns) return AddCell();
+  if (has_value_ || has_formula_ || has_inline_text_) RefuseOutside({row_, column_});
 }
 
 void XlsxSheetReader::AddCell() {

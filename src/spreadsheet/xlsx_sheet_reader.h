@@ -37,6 +37,7 @@ class XlsxSheetReader : public XmlHandler {
   void StartRow(const XmlElement& element);
   void StartCell(const XmlElement& element);
   bool StartContent(const XmlElement& element);
+  void EndCell();
   void AddCell();
   void AddSharedText();
   void AddText(TextRange text);

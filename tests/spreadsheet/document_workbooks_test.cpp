@@ -87,7 +87,7 @@ TEST(OdsWorkbook, RepeatsRowsAndFindsTables) {
           one + Cell("table:number-columns-repeated='16383'", "<table:table/>") +
           "</table:table-row></table:table-row-group><table:table-row "
           "table:number-rows-repeated='1048572'>" +
-          Cell("table:style-name='ce1'") + "</table:table-row><table:table-row>" + one +
+          Cell("table:style-name='ce1'") +
           "</table:table-row></table:table><table:table table:name='more' table:style-name='b'/>"));
   ASSERT_EQ(workbook.Sheets().size(), 2u);
   EXPECT_EQ(workbook.Sheets()[0].name, "data");
@@ -110,6 +110,10 @@ TEST(OdsWorkbook, RefusesWhatCannotBeRead) {
     const char* cause;
   } cases[] = {
       {Ods(full), "holds more cells and texts than a workbook of its size can"},
+      {Ods("<table:table><table:table-row table:number-rows-repeated='1048575'/><table:table-row "
+           "table:number-rows-repeated='2'>" +
+           Cell("office:value-type='float' office:value='1'") + "</table:table-row></table:table>"),
+       "is damaged: it has a value in cell A1048577, outside of every worksheet"},
       {Zip({{"mimetype", kSpreadsheetType}, {"META-INF/manifest.xml", manifest}}),
        "needs a password: it is an encrypted OpenDocument spreadsheet"},
       {Zip({{"mimetype", "application/vnd.oasis.opendocument.text"}}),

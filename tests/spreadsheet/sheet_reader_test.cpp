@@ -46,9 +46,6 @@ TEST(SheetReader, ReadsEveryKindOfCell) {
       {"MULRK, counted by its length",
        Record(0x00BD, U16(1) + U16(2) + U16(0) + U32(6) + U16(0) + U32(10) + U16(99)),
        "2,3 number 1 | 2,4 number 2"},
-      {"MULRK past the last column",
-       Record(0x00BD, U16(1) + U16(255) + U16(0) + U32(6) + U16(0) + U32(10) + U16(256)),
-       "2,256 number 1"},
       {"LABELSST", Record(0x00FD, CellHead(0, 0) + U32(1)), "1,1 text one"},
       {"LABEL", Record(0x0204, CellHead(0, 0) + WideText(u"\u03B1")), "1,1 text α"},
       {"LABEL, empty and without a flag byte", Record(0x0204, CellHead(0, 0) + U16(0)),
@@ -61,7 +58,9 @@ TEST(SheetReader, ReadsEveryKindOfCell) {
        ""},
       {"infinite number", NumberCell(0, 0, std::numeric_limits<double>::infinity()),
        "1,1 error Error 2036"},
-      {"column that no sheet has", NumberCell(0, 256, 1), ""},
+      {"blanks in columns that no sheet has",
+       Record(0x0201, CellHead(0, 256)) + Record(0x00BE, U16(7) + U16(255) + U32(0) + U16(256)),
+       ""},
       {"record too short to be a cell", Record(0x0203, CellHead(0, 0) + "1234567"), ""},
       {"zero bytes between records", NumberCell(0, 0, 1) + U32(0) + NumberCell(0, 1, 2),
        "1,1 number 1 | 1,2 number 2"},
@@ -157,12 +156,21 @@ TEST(SheetReader, KeepsTheCellsBeforeAStreamEndsEarly) {
   EXPECT_EQ(ListingOf(whole.substr(0, whole.size() - 22) + cut_text), "1,1 text ab");
 }
 
-TEST(SheetReader, RefusesTextsThatAreNotInTheWorkbook) {
-  const Bytes cell = Record(0x00FD, CellHead(6, 27) + U32(1));
+TEST(SheetReader, RefusesValuesThatItCouldOnlyLeaveOut) {
   const Bytes strings = StringTable({NarrowText("only one")});
-  EXPECT_EQ(RefusalOf(CompoundBytes{.stream = OneSheet(cell, strings)}.Build()),
-            "is damaged: cell AB7 shows text number 2 of the workbook's texts, of which 1 can be "
-            "read");
+  const Bytes outside = "is damaged: it has a value in cell IW2, outside of every worksheet";
+  const struct {
+    Bytes cell;
+    Bytes cause;
+  } cases[] = {
+      {Record(0x00FD, CellHead(6, 27) + U32(1)),
+       "is damaged: cell AB7 shows text number 2 of the workbook's texts, of which 1 can be read"},
+      {NumberCell(1, 256, 1), outside},
+      {Record(0x00BD, U16(1) + U16(255) + U16(0) + U32(6) + U16(0) + U32(10) + U16(256)), outside},
+  };
+  for (const auto& [cell, cause] : cases) {
+    EXPECT_EQ(RefusalOf(CompoundBytes{.stream = OneSheet(cell, strings)}.Build()), cause);
+  }
 }
 
 TEST(SheetCells, LastCellCountsFormattedBlanks) {

@@ -77,8 +77,7 @@ TEST(XlsxWorkbook, GivesTheValuesOfItsCells) {
       {"<c t='d'><v>2002-12-03T10:15:00Z</v></c><c t='d'><v>2002-13-03</v></c>",
        "1,1 date 12/3/2002 10:15:00 AM | 1,2 text 2002-13-03"},
       {"<c><f>NOW()</f></c><c><v>x</v></c>", "1,1 error Error 2042 | 1,2 text x"},
-      {"<c r='XFD1048576'><v>1</v></c><c><v>2</v></c><c r='A1048577'><v>3</v></c>",
-       "1048576,16384 number 1"},
+      {"<c r='XFD1048576'><v>1</v></c><c/><c r='A1048577' s='1'/>", "1048576,16384 number 1"},
   };
   for (const auto& test : cases) {
     EXPECT_EQ(ListingOf(XlsxBytes{"<row>" + test.cells + "</row>"}.Build()), test.listing);
@@ -174,6 +173,8 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
        "does"},
       {XlsxBytes{"<row><c t='s'><v>7</v></c></row>"}.Build(),
        "is damaged: cell A1 shows text number 8 of the workbook's texts, of which 3 can be read"},
+      {XlsxBytes{"<row><c r='XFE1'><v>1</v></c></row>"}.Build(),
+       "is damaged: it has a value in cell XFE1, outside of every worksheet"},
       {Zip({{"xl/workbook.bin", ""}}),
        "is an .xlsb workbook, which cannot be read: save it as .xlsx"},
       {Zip({{"_rels/.rels", ""}, {"word/document.xml", ""}}),
