@@ -1,5 +1,7 @@
 #include "spreadsheet/biff_workbook.h"
 
+#include <utility>
+
 #include "spreadsheet/biff_decryption.h"
 #include "spreadsheet/file_kind.h"
 #include "spreadsheet/refusal.h"
@@ -9,15 +11,28 @@
 namespace korvex {
 namespace {
 
-[[noreturn]] void RefuseOtherDocument(const CompoundFileReader& file) {
-  if (file.Find("EncryptedPackage") >= 0) {
+void RefuseOtherDocument(const CompoundFileReader& file) {
+  if (file.FindInRoot("EncryptedPackage") >= 0) {
     Refuse("needs a password: it is an encrypted .xlsx workbook");
   }
-  if (file.Find("WordDocument") >= 0) Refuse("is not a workbook: it is a Word document");
-  if (file.Find("PowerPoint Document") >= 0) {
-    Refuse("is not a workbook: it is a PowerPoint presentation");
-  }
-  Refuse("is not a workbook: it is a compound file without a workbook stream");
+  if (file.FindInRoot("WordDocument") >= 0) RefuseAs("a Word document");
+  if (file.FindInRoot("PowerPoint Document") >= 0) RefuseAs("a PowerPoint presentation");
+  if (file.FindInRoot("__properties_version1.0") >= 0) RefuseAs("an e-mail message (.msg)");
+}
+
+// The entry of the workbook stream, and whether its name is that of Excel 5. Other documents can
+// have workbooks embedded in them; of a workbook with a damaged directory no entry is in the root.
+std::pair<int, bool> FindWorkbook(const CompoundFileReader& file) {
+  int entry = file.FindInRoot("Workbook");
+  if (entry >= 0) return {entry, false};
+  entry = file.FindInRoot("Book");
+  if (entry >= 0) return {entry, true};
+  RefuseOtherDocument(file);
+  entry = file.FindAnywhere("Workbook");
+  if (entry >= 0) return {entry, false};
+  entry = file.FindAnywhere("Book");
+  if (entry >= 0) return {entry, true};
+  RefuseAs("a compound file of another program, without a workbook");
 }
 
 }  // namespace
@@ -35,10 +50,7 @@ bool BiffWorkbook::LoadStream() {
     return false;
   }
   CompoundFileReader file(buffers_.file, buffers_.compound);
-  int entry = file.Find("Workbook");
-  const bool is_book = entry < 0;
-  if (is_book) entry = file.Find("Book");
-  if (entry < 0) RefuseOtherDocument(file);
+  const auto [entry, is_book] = FindWorkbook(file);
   const CompoundStream stream = file.Read(entry, buffers_.stream);
   stream_ = stream.bytes;
   if (stream.is_cut) {

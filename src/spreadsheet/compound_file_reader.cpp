@@ -189,10 +189,14 @@ std::vector<int> CompoundFileReader::RootChildren() const {
   return children;
 }
 
-int CompoundFileReader::Find(std::string_view name) const {
+int CompoundFileReader::FindInRoot(std::string_view name) const {
   for (const int index : root_children_) {
     if (HasName(index, name)) return index;
   }
+  return -1;
+}
+
+int CompoundFileReader::FindAnywhere(std::string_view name) const {
   for (int index = 0; index < EntryCount(); ++index) {
     if (HasName(index, name)) return index;
   }

@@ -34,9 +34,10 @@ class CompoundFileReader {
   // Pads `file` with zeros to whole sectors. File and buffers must outlive the reader.
   CompoundFileReader(std::vector<std::byte>& file, CompoundBuffers& buffers);
 
-  // Number of the entry of a stream or storage, or -1. A stream of the root storage is preferred to
-  // one of an embedded object. Letter case is ignored; `name` is ASCII.
-  int Find(std::string_view name) const;
+  // Number of the entry of a stream or storage, or -1: one of the root storage, or anywhere, also
+  // in embedded objects. Letter case is ignored; `name` is ASCII.
+  int FindInRoot(std::string_view name) const;
+  int FindAnywhere(std::string_view name) const;
 
   // A part of the file itself where the sectors lie in sequence, else assembled in `storage`.
   CompoundStream Read(int entry, std::vector<std::byte>& storage);

@@ -75,9 +75,21 @@ TEST(CompoundFileReader, RefusesDamageThatHidesTheWorkbook) {
       {"is damaged: the sector chain of its workbook runs in a circle", {{kFat + 4 * 5, 3}}},
       {"is damaged: the sector chain of its directory runs in a circle", {{kFat + 4, 1}}},
       {"is damaged: its directory cannot be found", {{48, 0xFFFFFFFE}}},
-      {"is not a workbook: it is a compound file without a workbook stream", {{kEntry, 'X'}}},
+      {"is not a workbook: it is a compound file of another program, without a workbook",
+       {{kEntry, 'X'}}},
   };
   for (const Damage& test : cases) EXPECT_EQ(RefusalOf(Damaged(test)), test.condition);
+}
+
+TEST(CompoundFileReader, LeavesWorkbooksInsideOtherDocumentsAlone) {
+  Bytes file = LargeWorkbook(TwoCells()).Build();
+  constexpr std::size_t kOther = kEntry + 128;
+  constexpr std::string_view kName = "WordDocument";
+  for (std::size_t i = 0; i < kName.size(); ++i) PutU16(file, kOther + 2 * i, kName[i]);
+  PutU16(file, kOther + 66, 2);                                           // a stream
+  for (std::size_t at : {68, 72}) PutU32(file, kOther + at, 0xFFFFFFFF);  // alone
+  PutU32(file, kRootEntry + 76, 2);                                       // in the root
+  EXPECT_EQ(RefusalOf(file), "is not a workbook: it is a Word document");
 }
 
 // Every sector of the DIFAT lists the same FAT sector and leads to the other.
