@@ -183,7 +183,7 @@ class StylesHandler : public XmlHandler {
   std::vector<int> formats_;
 };
 
-// Where the workbook is in its package.
+// Where the main part of the package is.
 std::string FindWorkbookPart(const ZipArchive& archive, ReadBudget& budget) {
   for (const Relationship& relationship : ReadRelationships(archive, "", budget)) {
     if (relationship.kind == "officeDocument") return relationship.part;
@@ -197,6 +197,11 @@ std::string FindWorkbookPart(const ZipArchive& archive, ReadBudget& budget) {
 
 XlsxGlobals ReadXlsxGlobals(const ZipArchive& archive, ReadBudget& budget) {
   const std::string part = FindWorkbookPart(archive, budget);
+  if (part.ends_with(".bin")) {
+    Refuse("is an .xlsb workbook, which cannot be read: save it as .xlsx");
+  }
+  if (part.starts_with("word/")) RefuseAs("a Word document");
+  if (part.starts_with("ppt/")) RefuseAs("a PowerPoint presentation");
   const std::vector<Relationship> relationships = ReadRelationships(archive, part, budget);
   XlsxGlobals globals;
   for (const Relationship& relationship : relationships) {

@@ -89,10 +89,12 @@ std::optional<Directory> FindDirectory(std::span<const std::byte> bytes) {
   return {};
 }
 
+// The form in which names are compared. Some programs write "\\" between folders.
 std::string Lower(std::string_view name) {
   std::string lower(name);
   for (char& letter : lower) {
     if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter + ('a' - 'A'));
+    if (letter == '\\') letter = '/';
   }
   return lower;
 }
@@ -119,7 +121,7 @@ ZipArchive::ZipArchive(std::span<const std::byte> bytes) : bytes_(bytes) {
   const std::optional<Directory> directory = FindDirectory(bytes);
   if (!directory) {
     Refuse("ends after " + GroupedDigits(bytes.size()) +
-           " bytes, before the directory of its zip archive: the rest of the file is missing");
+           " bytes, before the end of its zip archive: the rest of the file is missing");
   }
   std::span<const std::byte> left = bytes.subspan(directory->offset, directory->size);
   while (left.size() >= kEntrySize && HasSignature(left, 0, "PK\x01\x02")) {

@@ -35,8 +35,8 @@ class ZipArchive {
   explicit ZipArchive(std::span<const std::byte> bytes);
 
   std::size_t PartCount() const { return parts_.size(); }
-  // Null when there is none. Names have "/" between folders; letter case counts only where there is
-  // a part of just that name.
+  // Null when there is none. Names have "/" between folders; letter case, and "\\" in its place,
+  // count only where there is a part of just that name.
   const Part* Find(std::string_view name) const;
   bool Has(std::string_view name) const { return Find(name) != nullptr; }
 

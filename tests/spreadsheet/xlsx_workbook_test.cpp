@@ -103,13 +103,13 @@ TEST(XlsxWorkbook, ListsItsSheetsByTheirRelationships) {
     strict.replace(strict.find(from), std::string(from).size(), to);
   }
   OpenedWorkbook workbook(Zip({
-      {"_rels/.rels", Relationships(Relationship("a", "officeDocument", "Book.xml"))},
+      {"_rels\\.rels", Relationships(Relationship("a", "officeDocument", "Book.xml"))},
       {"book.xml", strict},
       {"_rels/Book.xml.rels",
        Relationships(Relationship("c", "chartsheet", "c.xml") +
                      Relationship("m", "xlMacrosheet", "m.xml") +
                      Relationship("s", "worksheet", "x/..\\\\./Deep/s.xml"))},
-      {"deep/s.xml",
+      {"deep\\s.xml",
        "<worksheet xmlns='http://purl.oclc.org/ooxml/spreadsheetml/main'><sheetData>"
        "<row><c><v>7</v></c></row></sheetData></worksheet>"},
   }));
@@ -135,6 +135,9 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
     parts.back().second = content;
     return Zip(parts);
   };
+  const auto main_part = [](const std::string& name) {
+    return Zip({{"_rels/.rels", Relationships(Relationship("a", "officeDocument", name))}});
+  };
   std::string deep, spaces(36'000'000, ' ');
   for (int i = 0; i < 300; ++i) deep += "<a>";
   const struct {
@@ -142,7 +145,7 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
     std::string cause;
   } cases[] = {
       {sound.substr(0, 1200),
-       "ends after 1,200 bytes, before the directory of its zip archive: the rest of the file is "
+       "ends after 1,200 bytes, before the end of its zip archive: the rest of the file is "
        "missing"},
       {with(entry + 8, U16(1)), "needs a password: the parts of its zip archive are encrypted"},
       {with(entry + 10, U16(14)),
@@ -175,10 +178,9 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
        "is damaged: cell A1 shows text number 8 of the workbook's texts, of which 3 can be read"},
       {XlsxBytes{"<row><c r='XFE1'><v>1</v></c></row>"}.Build(),
        "is damaged: it has a value in cell XFE1, outside of every worksheet"},
-      {Zip({{"xl/workbook.bin", ""}}),
+      {main_part("xl/workbook.bin"),
        "is an .xlsb workbook, which cannot be read: save it as .xlsx"},
-      {Zip({{"_rels/.rels", ""}, {"word/document.xml", ""}}),
-       "is not a workbook: it is a Word document"},
+      {main_part("word/document2.xml"), "is not a workbook: it is a Word document"},
       {Zip({{"plates/P1-1-1.xls", "x"}}), "is not a workbook: it is a zip archive"},
       {Zip({}), "is not a workbook: it is a zip archive"},
   };
