@@ -4,6 +4,7 @@
 
 #include "spreadsheet/biff_records.h"
 #include "spreadsheet/biff_text.h"
+#include "spreadsheet/file_kind.h"
 #include "spreadsheet/number_format.h"
 #include "spreadsheet/record_reader.h"
 #include "spreadsheet/refusal.h"
@@ -68,7 +69,7 @@ void GlobalsReader::ReadBof() {
     case biff::kBofBiff2:
     case biff::kBofBiff3:
     case biff::kBofBiff4:
-      Refuse("is not an .xls workbook of Excel 5 or later: its format is an older one");
+      RefuseAs(FileKindText(FileKind::kOldBiff));
     default:
       Refuse("is damaged: its workbook stream does not begin with a BOF record");
   }

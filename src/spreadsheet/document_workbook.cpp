@@ -1,5 +1,6 @@
 #include "spreadsheet/document_workbook.h"
 
+#include <string_view>
 #include <utility>
 
 namespace korvex {
@@ -25,6 +26,15 @@ void DocumentWorkbook::Load() {
   sheets_ = std::move(sheets.sheets_);
   held_ = std::move(sheets.cells_);
   is_held_.assign(held_.size(), true);
+}
+
+std::span<const std::byte> DocumentWorkbook::Document() const {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  const std::string_view text(reinterpret_cast<const char*>(buffers_.file.data()),
+                              buffers_.file.size());
+  const std::size_t mark = text.starts_with(kMark) ? kMark.size() : 0;
+  const std::size_t first = text.find_first_not_of(" \t\r\n", mark);
+  return std::span(buffers_.file).subspan(first > mark && first < text.size() ? first : 0);
 }
 
 void DocumentWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <span>
 #include <vector>
 
 #include "spreadsheet/cell_place.h"
@@ -50,7 +51,8 @@ class DocumentWorkbook : public WorkbookReader {
   // Constructors of derived classes end with it.
   void Load();
   virtual void ReadDocument(ReadBudget& budget, SheetCollector& sheets) = 0;
-  const std::vector<std::byte>& File() const { return buffers_.file; }
+  // The file as an XML document, without the blank lines that some programs put in front of it.
+  std::span<const std::byte> Document() const;
 
  private:
   ReadBuffers& buffers_;

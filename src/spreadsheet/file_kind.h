@@ -12,7 +12,7 @@ enum class FileKind {
   kCompoundFile,  // .xls workbooks among them
   kZip,           // .xlsx and .ods workbooks among them
   kBareBiff,      // an .xls workbook without a compound file around it
-  kOldBiff,       // one worksheet in the format before Excel 5
+  kOldBiff,       // BIFF2 to BIFF4
   kSpreadsheetMl,
   kFlatOpenDocument,  // .fods
   kXml,
@@ -20,13 +20,18 @@ enum class FileKind {
   kWebArchive,
   kSylk,
   kRichText,
+  kJson,
+  kPicture,
+  kArchive,  // of another kind than zip
   kPdf,
   kTabText,
   kCommaText,
   kSemicolonText,
   kText,
-  kOwnerFile,  // "~$…", which marks a document as open
+  kOwnerFile,  // "~$…" or ".~lock.…#", which mark a document as open
   kZeros,
+  kCutHeader,  // less of the file than tells a format apart
+  kCutXml,     // the same of an XML document
   kUnknown,
 };
 

@@ -44,7 +44,7 @@ void OdsWorkbook::ReadDocument(ReadBudget& budget, SheetCollector& sheets) {
     ParseXml([&](std::span<char> room) { return part.Read(room); }, kContent, ods::kNamespaces,
              reader);
   } else {
-    ParseXml(SourceOf(File()), "", ods::kNamespaces, reader);
+    ParseXml(SourceOf(Document()), "", ods::kNamespaces, reader);
   }
   if (!reader.HasSpreadsheet()) RefuseAs("an OpenDocument file without a spreadsheet");
 }

@@ -241,7 +241,7 @@ SpreadsheetMlWorkbook::SpreadsheetMlWorkbook(ReadBuffers& buffers) : DocumentWor
 
 void SpreadsheetMlWorkbook::ReadDocument(ReadBudget&, SheetCollector& sheets) {
   SpreadsheetMlReader reader(sheets);
-  ParseXml(SourceOf(File()), "", kNamespaces, reader);
+  ParseXml(SourceOf(Document()), "", kNamespaces, reader);
 }
 
 }  // namespace korvex

@@ -6,12 +6,16 @@
 #include "spreadsheet/packed_workbook.h"
 #include "spreadsheet/refusal.h"
 #include "spreadsheet/spreadsheetml_workbook.h"
+#include "util/text.h"
 
 namespace korvex {
 
 std::unique_ptr<WorkbookReader> OpenWorkbookReader(ReadBuffers& buffers) {
   const FileKind kind = RecognizeFile(buffers.file);
   if (kind == FileKind::kEmpty) Refuse("is empty (0 bytes)");
+  const std::string end = "ends after " + GroupedDigits(buffers.file.size()) + " bytes, ";
+  if (kind == FileKind::kCutHeader) Refuse(end + "within its header");
+  if (kind == FileKind::kCutXml) Refuse(end + "in the middle of its XML");
   if (kind == FileKind::kCompoundFile || kind == FileKind::kBareBiff) {
     return std::make_unique<BiffWorkbook>(buffers);
   }

@@ -111,7 +111,7 @@ TEST(BiffGlobals, RefusesWhatCannotBeRead) {
     const char* refusal;
   } cases[] = {
       {Record(0x0409, Bytes(6, '\0')),
-       "is not an .xls workbook of Excel 5 or later: its format is an older one"},
+       "is not a workbook: it is a spreadsheet in a format older than that of Excel 5"},
       {NumberCell(0, 0, 1), "is damaged: its workbook stream does not begin with a BOF record"},
       {{}, "is damaged: its workbook stream is empty"},
       {beyond_end,

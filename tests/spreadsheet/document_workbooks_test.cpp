@@ -75,6 +75,8 @@ TEST(OdsWorkbook, GivesTheValuesOfItsCells) {
        "1,1 error Error 2023 | 1,2 error Error 2036 | 1,3 error Error 2042"},
   };
   for (const auto& test : cases) EXPECT_EQ(ListingOf(OdsRow(test.cells)), test.listing);
+  const Bytes untyped = Zip({{"META-INF/manifest.xml", "<m/>"}, {"content.xml", OdsContent("")}});
+  EXPECT_EQ(OpenedWorkbook(untyped).Sheets().size(), 0u);
 }
 
 TEST(OdsWorkbook, RepeatsRowsAndFindsTables) {
@@ -142,7 +144,9 @@ TEST(SpreadsheetMlWorkbook, GivesItsSheetsAndCells) {
       "</Data></Cell><Cell><Data ss:Type='Error'>#N/A</Data></Cell><Cell ss:Formula='=A1'/><Cell "
       "ss:StyleID='d' ss:MergeAcross='9'/></Row></Table><x:WorksheetOptions><x:Visible>SheetHidden"
       "</x:Visible></x:WorksheetOptions></Worksheet><Worksheet ss:Name='x'/></Workbook>";
-  OpenedWorkbook workbook(file);
+  Bytes unusual = "\xEF\xBB\xBF\r\n\t" + file;
+  unusual.insert(unusual.find("<Workbook"), "<!-- " + Bytes(9000, '>') + " -->");
+  OpenedWorkbook workbook(unusual);
   EXPECT_EQ(workbook.Sheets()[0].state, SheetState::kHidden);
   EXPECT_EQ(workbook.Sheets()[1].name, "x");
   EXPECT_EQ(Listing(workbook.Cells(0)),
