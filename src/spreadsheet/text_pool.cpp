@@ -1,7 +1,8 @@
 #include "spreadsheet/text_pool.h"
 
 #include <algorithm>
-#include <functional>
+
+#include "util/text_hash.h"
 
 namespace korvex {
 
@@ -16,7 +17,7 @@ constexpr std::size_t kBlockSize = 32 * 1024;
 TextPool::TextPool() : slots_(kFirstSlots, kFree) {}
 
 std::uint32_t TextPool::Intern(std::string_view text) {
-  const auto hash = static_cast<std::uint32_t>(std::hash<std::string_view>{}(text));
+  const std::uint32_t hash = HashOf(text);
   const std::size_t mask = slots_.size() - 1;
   for (std::size_t slot = hash & mask; slots_[slot] != kFree; slot = (slot + 1) & mask) {
     const std::uint32_t id = slots_[slot];

@@ -1,6 +1,6 @@
 #include "structure/keyed_collection.h"
 
-#include <cstring>
+#include "util/text_hash.h"
 
 namespace korvex {
 namespace {
@@ -12,23 +12,10 @@ std::string_view NameIndex::Name(std::size_t position) const {
   return std::string_view(text_).substr(name.start, name.length);
 }
 
-// FNV-1a, eight bytes a step.
 std::uint32_t NameIndex::Hash(std::string_view name) const {
   upper_.clear();
   AppendUpperCase(name, upper_);
-  constexpr std::uint64_t kPrime = 0x100000001b3;
-  std::uint64_t hash = 0xcbf29ce484222325 ^ upper_.size();
-  std::size_t at = 0;
-  for (; at + 8 <= upper_.size(); at += 8) {
-    std::uint64_t step;
-    std::memcpy(&step, upper_.data() + at, sizeof step);
-    hash = (hash ^ step) * kPrime;
-    hash ^= hash >> 29;
-  }
-  for (; at < upper_.size(); ++at) {
-    hash = (hash ^ static_cast<unsigned char>(upper_[at])) * kPrime;
-  }
-  return static_cast<std::uint32_t>(hash ^ (hash >> 32));
+  return HashOf(upper_);
 }
 
 std::size_t NameIndex::SlotOf(std::string_view name, std::uint32_t hash) const {
