@@ -11,6 +11,10 @@
 namespace korvex {
 namespace {
 
+// Sheets share no bytes, but reading one of them again is no fault.
+constexpr std::size_t kMostReadAtLeast = 32u << 20;
+constexpr std::size_t kMostReadings = 4;
+
 void RefuseOtherDocument(const CompoundFileReader& file) {
   if (file.FindInRoot("EncryptedPackage") >= 0) {
     Refuse("needs a password: it is an encrypted .xlsx workbook");
@@ -83,7 +87,12 @@ void BiffWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
              GroupedDigits(offset) + " of a workbook stream of " + GroupedDigits(stream_.size()) +
              " bytes");
     }
-    if (!SheetReader(globals_, strings, cells).Read(stream_, offset)) RefuseIfCut();
+    SheetReader reader(globals_, strings, cells);
+    if (!reader.Read(stream_, offset)) RefuseIfCut();
+    bytes_read_ += reader.BytesRead();
+    if (bytes_read_ > kMostReadAtLeast + kMostReadings * stream_.size()) {
+      Refuse("is damaged: its sheets lie over each other");
+    }
   }
   cells.Finish();
 }

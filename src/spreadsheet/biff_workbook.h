@@ -27,6 +27,7 @@ class BiffWorkbook : public WorkbookReader {
   std::string cut_;  // how much of the file is there, when sectors of the stream are not
   BiffGlobals globals_;
   bool has_strings_ = false;
+  std::size_t bytes_read_ = 0;  // of the stream, by all sheets
 };
 
 }  // namespace korvex

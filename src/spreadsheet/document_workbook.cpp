@@ -12,7 +12,7 @@ constexpr std::size_t kSheetMemory = 512;
 }  // namespace
 
 void SheetCollector::Begin(SheetInfo sheet) {
-  if (!cells_.empty()) before_ += cells_.back().UsedMemory();
+  if (!cells_.empty()) before_ += cells_.back().MemorySize();
   before_ += kSheetMemory + sheet.name.size();
   budget_.CheckMemory(before_);
   sheets_.push_back(std::move(sheet));

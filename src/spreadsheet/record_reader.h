@@ -34,6 +34,8 @@ class RecordReader {
   std::span<const std::byte> Data() const { return {data_, next_}; }
   // Stream from the data of the present record on, for texts that go on in CONTINUE records.
   std::span<const std::byte> Rest() const { return {data_, end_}; }
+  // Bytes behind the present record.
+  std::size_t Left() const { return static_cast<std::size_t>(end_ - next_); }
 
  private:
   const std::byte* data_ = nullptr;

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "spreadsheet/refusal.h"
+#include "util/text.h"
+
 namespace korvex {
 
 namespace {
@@ -12,6 +15,9 @@ constexpr std::size_t kSmallDisorder = 65536;
 constexpr std::size_t kSparseRows = 65536;
 constexpr std::size_t kSparseRowsPerCell = 16;
 
+constexpr std::uint64_t kMostTextAtLeast = 32u << 20;
+constexpr std::uint64_t kMostTextPerCell = 256;
+
 }  // namespace
 
 void SheetCells::Clear(const TextArena* shared) {
@@ -19,6 +25,7 @@ void SheetCells::Clear(const TextArena* shared) {
   row_starts_.clear();
   own_texts_.Clear();
   shared_texts_ = shared;
+  shown_text_ = 0;
   next_place_ = 0;
   is_ordered_ = true;
   order_at_ = kSmallDisorder;
@@ -62,6 +69,11 @@ void SheetCells::Order() {
 }
 
 void SheetCells::Finish() {
+  const std::uint64_t most_text = kMostTextAtLeast + kMostTextPerCell * cells_.size();
+  if (shown_text_ > most_text) {
+    Refuse("shows more than " + GroupedDigits(most_text) +
+           " bytes of text in one sheet, which no sheet of data does");
+  }
   if (next_place_ > 0)
     last_row_ = std::max(last_row_, static_cast<std::uint32_t>((next_place_ - 1) >> 16));
   if (!is_ordered_) Order();

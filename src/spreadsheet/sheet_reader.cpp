@@ -35,6 +35,12 @@ double RkNumber(std::uint32_t rk) {
 }  // namespace
 
 bool SheetReader::Read(std::span<const std::byte> stream, std::size_t offset) {
+  const bool has_end = ReadRecords(stream, offset);
+  bytes_read_ = stream.size() - offset - records_.Left();
+  return has_end;
+}
+
+bool SheetReader::ReadRecords(std::span<const std::byte> stream, std::size_t offset) {
   records_ = RecordReader(stream, offset);
   depth_ = 0;
   awaits_string_ = false;

@@ -32,8 +32,11 @@ class SheetReader {
   // Error 1004 (a predicate) for a text that is not in the shared strings, and for a value outside
   // of the sheet.
   bool Read(std::span<const std::byte> stream, std::size_t offset);
+  // Bytes of the stream that have been read.
+  std::size_t BytesRead() const { return bytes_read_; }
 
  private:
+  bool ReadRecords(std::span<const std::byte> stream, std::size_t offset);
   void ReadRecord(std::uint16_t number, std::span<const std::byte> data);
   bool IsCell(std::span<const std::byte> data, std::size_t minimum);
   static void CheckColumn(std::uint16_t row, std::uint16_t column);
@@ -55,6 +58,7 @@ class SheetReader {
   const SharedStrings& strings_;
   SheetCells& cells_;
   RecordReader records_{{}, 0};
+  std::size_t bytes_read_ = 0;
   int depth_ = 0;  // of sub-streams
   bool awaits_string_ = false;
 };

@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <map>
-#include <unordered_map>
 
 #include "spreadsheet/number_format.h"
 #include "spreadsheet/refusal.h"
@@ -12,6 +11,9 @@ namespace korvex {
 namespace {
 
 using xlsx::kMain;
+
+// A part's folder becomes part of every name that its relationships give.
+constexpr std::size_t kLongestPartName = 1024;
 
 struct Relationship {
   std::string id;
@@ -40,7 +42,7 @@ std::string ResolveTarget(std::string folder, std::string_view target) {
     target.remove_prefix(is_last ? target.size() : end + 1);
     if (step == "..") {
       if (!folder.empty()) folder.pop_back();
-      folder = FolderOf(folder);
+      folder.resize(folder.rfind('/') + 1);
     } else if (!step.empty() && step != ".") {
       folder += step;
       if (!is_last) folder += '/';
@@ -64,8 +66,9 @@ class RelationshipsHandler : public XmlHandler {
     if (element.Is(xlsx::kPackage, "Relationship") && id != nullptr && type != nullptr &&
         target != nullptr && !is_external && found.size() < most_) {
       const std::string_view kind(type);
-      found.push_back(
-          {id, std::string(kind.substr(kind.rfind('/') + 1)), ResolveTarget(folder_, target)});
+      std::string part = ResolveTarget(folder_, target);
+      if (part.size() > kLongestPartName) return false;
+      found.push_back({id, std::string(kind.substr(kind.rfind('/') + 1)), std::move(part)});
     }
     return false;
   }
@@ -179,7 +182,7 @@ class StylesHandler : public XmlHandler {
   }
 
  private:
-  std::unordered_map<int, bool> written_;  // by id of the number format
+  std::map<int, bool> written_;  // by id of the number format
   std::vector<int> formats_;
 };
 

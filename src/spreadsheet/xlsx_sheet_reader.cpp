@@ -52,7 +52,7 @@ bool XlsxSheetReader::StartElement(const XmlElement& element) {
     case kCellDepth + 1:
       return StartContent(element);
     default:
-      return inline_text_.Start(element);
+      return !is_in_value_ && inline_text_.Start(element);
   }
 }
 

@@ -58,6 +58,7 @@ void AppendEscapedText(std::string_view text, TextArena& out) {
 }
 
 bool XlsxTextReader::Start(const XmlElement& element) {
+  if (is_in_text_) return false;
   if (element.Is(xlsx::kMain, "r")) return true;
   if (!element.Is(xlsx::kMain, "t")) return false;
   is_in_text_ = true;

@@ -23,6 +23,11 @@ namespace {
 constexpr char kSeparator = '\x1F';  // between namespace and name; no XML document can hold it
 constexpr int kDeepest = 256;
 constexpr std::size_t kLongestText = 4u << 20;  // no cell holds a hundredth of it
+// Every name is spelt out with that of its namespace, which takes time: documents of workbooks have
+// three times their size in names at most.
+constexpr std::size_t kLongestNamespace = 1024;
+constexpr std::uint64_t kMostNamesPerByte = 4;
+constexpr std::uint64_t kMostNamesAtLeast = 64u << 20;
 constexpr int kChunk = 64 * 1024;
 
 // The library keeps every name that it has met. What it may take for that is limited here, in front
@@ -110,10 +115,11 @@ class Parser {
   std::span<const XmlNamespace> namespaces_;
   XmlHandler& handler_;
   std::unique_ptr<std::remove_pointer_t<XML_Parser>, Release> parser_;
-  std::uint64_t size_ = 0;  // so far
+  std::uint64_t size_ = 0;        // so far
+  std::uint64_t names_size_ = 0;  // of attributes, so far
   bool is_end_ = false;
   int depth_ = 0;
-  std::size_t text_size_ = 0;  // since an element began
+  std::size_t text_size_ = 0;  // since an element that is wanted began
   int unwanted_ = 0;           // depth of the element that is passed over, or 0
   std::exception_ptr error_;
 };
@@ -142,6 +148,11 @@ Parser::Parser(const std::string& part, std::span<const XmlNamespace> namespaces
       parser->handler_.Text({text, static_cast<std::size_t>(length)});
     });
   });
+  XML_SetStartNamespaceDeclHandler(parser_.get(), [](void* self, const char*, const char* uri) {
+    if (uri == nullptr || std::strlen(uri) <= kLongestNamespace) return;
+    auto* const parser = static_cast<Parser*>(self);
+    parser->Guard([&] { parser->RefuseLength(); });
+  });
   XML_SetStartDoctypeDeclHandler(
       parser_.get(), [](void* self, const char*, const char*, const char*, int) {
         auto* const parser = static_cast<Parser*>(self);
@@ -165,15 +176,21 @@ void Parser::Guard(Step&& step) {
 
 void Parser::Start(const char* name, const char* const* attributes) {
   ++depth_;
-  text_size_ = 0;
   Guard([&] {
     if (depth_ > kDeepest) {
       Refuse("is damaged: the elements of " + What() + " lie more than " +
              std::to_string(kDeepest) + " deep in each other");
     }
+    for (const char* const* at = attributes; *at != nullptr; at += 2)
+      names_size_ += std::strlen(*at);
+    if (names_size_ > kMostNamesAtLeast + kMostNamesPerByte * size_) RefuseLength();
     if (unwanted_ != 0) return;
     const XmlElement element(SplitName(name, namespaces_), depth_, attributes, namespaces_);
-    if (!handler_.StartElement(element)) unwanted_ = depth_;
+    if (handler_.StartElement(element)) {
+      text_size_ = 0;
+    } else {
+      unwanted_ = depth_;
+    }
   });
 }
 

@@ -106,6 +106,11 @@ TEST(OdsWorkbook, RefusesWhatCannotBeRead) {
       "<table:table><table:table-row table:number-rows-repeated='1048576'>" +
       Cell("office:value-type='float' office:value='1' table:number-columns-repeated='16384'") +
       "</table:table-row></table:table>";
+  std::string tables;
+  for (int i = 0; i < 5000; ++i) {
+    tables += "<table:table><table:table-row>" + Cell("", "<text:p>a</text:p>") +
+              "</table:table-row></table:table>";
+  }
   const Bytes manifest = "<manifest:encryption-data/>";
   const struct {
     Bytes file;
@@ -116,6 +121,7 @@ TEST(OdsWorkbook, RefusesWhatCannotBeRead) {
            "table:number-rows-repeated='2'>" +
            Cell("office:value-type='float' office:value='1'") + "</table:table-row></table:table>"),
        "is damaged: it has a value in cell A1048577, outside of every worksheet"},
+      {Ods(tables), "holds more cells and texts than a workbook of its size can"},
       {Zip({{"mimetype", kSpreadsheetType}, {"META-INF/manifest.xml", manifest}}),
        "needs a password: it is an encrypted OpenDocument spreadsheet"},
       {Zip({{"mimetype", "application/vnd.oasis.opendocument.text"}}),

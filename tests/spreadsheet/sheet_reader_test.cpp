@@ -173,6 +173,17 @@ TEST(SheetReader, RefusesValuesThatItCouldOnlyLeaveOut) {
   }
 }
 
+// Any number of sheets may begin at the same byte.
+TEST(SheetReader, RefusesToReadTheSameBytesForEver) {
+  Bytes records;
+  for (int i = 0; i < 500; ++i) records += Record(0x00FF, Bytes(8000, '\0'));
+  OpenedWorkbook workbook(CompoundBytes{.stream = OneSheet(records)}.Build());
+  const auto read = [&] {
+    for (int i = 0; i < 20; ++i) workbook.Cells();
+  };
+  EXPECT_EQ(ErrorOf(read).Description(), "is damaged: its sheets lie over each other");
+}
+
 TEST(SheetCells, LastCellCountsFormattedBlanks) {
   const Bytes records = NumberCell(1, 1, 1) + Record(0x00BE, U16(1) + U16(2) + U32(0) + U16(3)) +
                         Record(0x0201, CellHead(65535, 0));

@@ -130,16 +130,28 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
   const auto with = [&](std::size_t offset, Bytes bytes) {
     return Bytes(sound).replace(offset, bytes.size(), bytes);
   };
-  const auto sheet = [](const std::string& content) {
+  const auto with_part = [](std::size_t part, const std::string& content) {
     ZipParts parts = XlsxBytes{}.Parts();
-    parts.back().second = content;
+    parts[part].second = content;
     return Zip(parts);
   };
   const auto main_part = [](const std::string& name) {
     return Zip({{"_rels/.rels", Relationships(Relationship("a", "officeDocument", name))}});
   };
-  std::string deep, spaces(36'000'000, ' ');
-  for (int i = 0; i < 300; ++i) deep += "<a>";
+  const auto sheet = [&](const std::string& content) { return with_part(5, content); };
+  const auto repeated = [](int count, const std::string& text) {
+    std::string all;
+    while (count-- > 0) all += text;
+    return all;
+  };
+  const std::string deep = repeated(300, "<a>"), spaces(36'000'000, ' ');
+  const std::string kUnusual =
+      "is damaged: its part xl/worksheets/sheet1.xml has names or texts of unusual length";
+  const std::string name(1000, 'n');
+  XlsxBytes one_text{repeated(1000, "<row><c t='s'><v>0</v></c></row>")};
+  ZipParts one_text_everywhere = one_text.Parts();
+  one_text_everywhere[4].second =
+      "<sst " + kMain + "><si><t>" + repeated(40, name) + "</t></si></sst>";
   const struct {
     Bytes file;
     std::string cause;
@@ -174,6 +186,14 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
       {sheet("<a>" + spaces),
        "unpacks to more than 33,554,432 bytes, which no workbook of its size "
        "does"},
+      {sheet("<a xmlns:b='" + repeated(2, name) + "'/>"), kUnusual},
+      {sheet("<a xmlns:b='" + name + "'>" + repeated(40'000, "<c b:d='' b:e=''/>")), kUnusual},
+      {XlsxBytes{"<row><c t='str'><v>" + repeated(5, repeated(1000, name) + "<x/>")}.Build(),
+       kUnusual},
+      {Zip(one_text_everywhere),
+       "shows more than 33,810,432 bytes of text in one sheet, which no sheet of data does"},
+      {with_part(2, Relationships(Relationship("s", "worksheet", repeated(2, name)))),
+       "is damaged: its sheet \"data\" has no part"},
       {XlsxBytes{"<row><c t='s'><v>7</v></c></row>"}.Build(),
        "is damaged: cell A1 shows text number 8 of the workbook's texts, of which 3 can be read"},
       {XlsxBytes{"<row><c r='XFE1'><v>1</v></c></row>"}.Build(),
