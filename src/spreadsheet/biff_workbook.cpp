@@ -36,7 +36,8 @@ std::pair<int, bool> FindWorkbook(const CompoundFileReader& file) {
   if (entry >= 0) return {entry, false};
   entry = file.FindAnywhere("Book");
   if (entry >= 0) return {entry, true};
-  RefuseAs("a compound file of another program, without a workbook");
+  if (file.IsDirectoryCut()) Refuse(file.CutCause());
+  RefuseAs("a compound file without a workbook in it");
 }
 
 }  // namespace
@@ -57,7 +58,7 @@ bool BiffWorkbook::LoadStream() {
   const auto [entry, is_book] = FindWorkbook(file);
   const CompoundStream stream = file.Read(entry, buffers_.stream);
   stream_ = stream.bytes;
-  if (stream.is_cut) {
+  if (stream.is_cut || file.IsDirectoryCut()) {
     cut_ = file.CutCause();
     if (stream_.empty()) Refuse(cut_);
   }

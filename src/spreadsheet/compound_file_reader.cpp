@@ -69,23 +69,42 @@ void CompoundFileReader::LoadFatSector(std::uint32_t id) {
   if (id >= kDifatSector) return;
   fat_capacity_ += sector_size_ / 4;
   last_fat_sector_ = std::max(last_fat_sector_, id);
+  is_fat_cut_ |= fat.size() >= sector_count_ || PresentSize(id) < sector_size_;
   if (fat.size() >= sector_count_) return;
   const std::size_t old_size = fat.size();
   fat.resize(old_size + sector_size_ / 4, kFreeSector);
   if (id >= sector_count_) return;
   const std::byte* sector = sectors_.data() + id * sector_size_;
-  for (std::size_t i = old_size; i < fat.size(); ++i) fat[i] = LoadU32(sector + 4 * (i - old_size));
+  const std::size_t present = PresentSize(id) / 4;
+  for (std::size_t i = 0; i < present; ++i) fat[old_size + i] = LoadU32(sector + 4 * i);
 }
 
-std::string CompoundFileReader::CutCause() const {
+// How much of a sector the file holds; the rest is padding.
+std::size_t CompoundFileReader::PresentSize(std::size_t id) const {
+  const std::size_t begin = (id + 1) * sector_size_;
+  return std::min(file_size_ - std::min(begin, file_size_), sector_size_);
+}
+
+std::uint64_t CompoundFileReader::CompleteSize() const {
   const std::vector<std::uint32_t>& fat = buffers_.fat;
   std::uint64_t used = fat.size();
   while (used > 0 && fat[static_cast<std::size_t>(used - 1)] == kFreeSector) --used;
-  if (last_fat_sector_ < fat_capacity_) used = std::max(used, std::uint64_t{last_fat_sector_} + 1);
-  const std::uint64_t complete_size = (used + 1) * sector_size_;
+  for (const std::uint64_t id :
+       {last_fat_sector_, LoadU32(header_.data() + header::kFirstDirectorySector),
+        LoadU32(header_.data() + header::kFirstMiniFatSector)}) {
+    if (id < fat_capacity_) used = std::max(used, id + 1);
+  }
+  // The FAT has as many sectors as it needs.
+  if (is_fat_cut_) used = std::max(used, fat_capacity_ - sector_size_ / 4 + 1);
+  return (used + 1) * sector_size_;
+}
+
+std::string CompoundFileReader::CutCause() const {
+  const std::uint64_t complete_size = CompleteSize();
   const std::string cause = "ends after " + GroupedDigits(file_size_);
   if (complete_size <= file_size_) return cause + " bytes, before the end of its workbook";
-  return cause + " of " + GroupedDigits(complete_size) + " bytes";
+  const bool is_estimate = is_fat_cut_ && fat_capacity_ > sector_size_ / 4;
+  return cause + (is_estimate ? " of at least " : " of ") + GroupedDigits(complete_size) + " bytes";
 }
 
 void CompoundFileReader::LoadDirectory() {
@@ -93,6 +112,8 @@ void CompoundFileReader::LoadDirectory() {
   const Chain chain = Follow(first, buffers_.fat, sector_count_, "directory");
   directory_ = Join(chain.ids, sectors_, sector_size_, buffers_.directory);
   if (!directory_.empty()) {
+    is_directory_cut_ = (!chain.is_complete && CompleteSize() > file_size_) ||
+                        ReachesPadding(chain, directory_.size());
     root_children_ = RootChildren();
     return;
   }

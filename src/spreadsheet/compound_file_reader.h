@@ -42,8 +42,11 @@ class CompoundFileReader {
   // A part of the file itself where the sectors lie in sequence, else assembled in `storage`.
   CompoundStream Read(int entry, std::vector<std::byte>& storage);
 
+  // Whether entries can be missing because the file ends before the directory does.
+  bool IsDirectoryCut() const { return is_directory_cut_; }
+
   // "ends after 12,288 of 40,960 bytes": the cause when a stream is cut. The size of the complete
-  // file is what the FAT tells.
+  // file is what the FAT tells; "of at least" when much of the FAT itself can be missing.
   std::string CutCause() const;
 
  private:
@@ -55,6 +58,8 @@ class CompoundFileReader {
 
   void LoadFat();
   void LoadFatSector(std::uint32_t id);
+  std::size_t PresentSize(std::size_t id) const;
+  std::uint64_t CompleteSize() const;
   void LoadDirectory();
   void LoadMiniStream();
   Chain Follow(std::uint32_t first, const std::vector<std::uint32_t>& table, std::size_t limit,
@@ -75,6 +80,8 @@ class CompoundFileReader {
   std::size_t sector_count_ = 0;
   std::uint64_t fat_capacity_ = 0;     // sectors that the FAT is made for
   std::uint32_t last_fat_sector_ = 0;  // highest id of a sector of the FAT
+  bool is_fat_cut_ = false;
+  bool is_directory_cut_ = false;
   bool has_mini_stream_ = false;
   bool is_mini_stream_cut_ = false;
   std::vector<int> root_children_;

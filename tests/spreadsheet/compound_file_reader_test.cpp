@@ -69,14 +69,15 @@ TEST(CompoundFileReader, RefusesDamageThatHidesTheWorkbook) {
   const Damage cases[] = {
       {"ends after 300 bytes, within its header", {}, 300},
       {"ends after 2,560 of 6,144 bytes", {}, 5 * 512},
+      {"ends after 1,100 of 6,144 bytes", {}, kRootEntry + 76},
+      {"ends after 1,270 of 6,144 bytes", {}, kEntry + 118},
       {"ends after 2,460 of 6,144 bytes", {}, 5 * 512 - 100},
       {"is damaged: its header gives a sector size of 2^20 bytes, where 2^9 and 2^12 are possible",
        {{30, 0x00060014}}},
       {"is damaged: the sector chain of its workbook runs in a circle", {{kFat + 4 * 5, 3}}},
       {"is damaged: the sector chain of its directory runs in a circle", {{kFat + 4, 1}}},
       {"is damaged: its directory cannot be found", {{48, 0xFFFFFFFE}}},
-      {"is not a workbook: it is a compound file of another program, without a workbook",
-       {{kEntry, 'X'}}},
+      {"is not a workbook: it is a compound file without a workbook in it", {{kEntry, 'X'}}},
   };
   for (const Damage& test : cases) EXPECT_EQ(RefusalOf(Damaged(test)), test.condition);
 }
