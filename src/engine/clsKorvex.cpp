@@ -12,6 +12,7 @@
 #include "platform/message_loop.h"
 #include "platform/services.h"
 #include "settings/basSettings.h"
+#include "util/attempt.h"
 #include "util/basFuncs.h"
 #include "util/basGeneral.h"
 #include "util/folder_listing.h"
@@ -86,6 +87,10 @@ void clsKorvex::Run() {
   } else {
     folder_count_ = 1;
     current_folder_ = 1;
+    std::vector<std::string> names;
+    for (const std::string& path : files_)
+      names.push_back(SharedFileSys().GetFileTitle(path, false));
+    CheckReplicationsAhead(names);
     ProcessFiles(files_);
   }
   RemoveEmptyColumns();
@@ -115,6 +120,15 @@ void clsKorvex::ProcessSubFolders() {
   const std::vector<std::string> sub_folders = SubFolderNames(processing_folder_);
   folder_count_ = Int16(sub_folders.size());
   CheckColumnsAhead(static_cast<int>(structure_.OutputColsArray().size()));
+  std::vector<std::string> names;
+  for (const std::string& sub_folder : sub_folders) {
+    // What cannot be listed is told when its turn comes.
+    Attempt([&] {
+      for (std::string& name : WorkbookNames(JoinPath(processing_folder_, sub_folder)))
+        names.push_back(std::move(name));
+    });
+  }
+  CheckReplicationsAhead(names);
   for (const std::string& name : sub_folders) {
     ++current_folder_;
     const std::string sub_folder = JoinPath(processing_folder_, name);

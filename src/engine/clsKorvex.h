@@ -100,6 +100,7 @@ class clsKorvex {
   std::string GetDate() const;
   std::int16_t GetDayNum() const;
   std::int16_t GetReplicationNum() const;
+  static std::int16_t ReplicationOf(const std::string& workbook_name);
   std::string InputFullName() const;
   std::string InputDisplayPath() const;
 
@@ -113,6 +114,7 @@ class clsKorvex {
   void AddExtraHeaders();
   bool HeaderIsEmpty(int column) const;
   void CheckColumnsAhead(int columns) const;
+  void CheckReplicationsAhead(const std::vector<std::string>& workbook_names);
 
   // Shows a message with the one button "OK" and ends the run with error 17.
   [[noreturn]] static void Refuse(const std::string& message);

@@ -34,11 +34,12 @@ std::string HeaderOf(const std::string& column) {
   return column;
 }
 
+constexpr int kLastReplication = 255 - 64;
+
 // The character whose code is 64 + the replication number: "A" for 1, "B" for 2.
 std::string ReplicationLetter(std::int16_t replication) {
-  const int code = 64 + replication;
-  if (code < 0 || code > 255) throw Error(error_number::kInvalidCall);
-  return Utf8FromCodePage1252(static_cast<unsigned char>(code));
+  if (replication < 1 || replication > kLastReplication) throw Error(error_number::kInvalidCall);
+  return Utf8FromCodePage1252(static_cast<unsigned char>(64 + replication));
 }
 
 // What a cell holds once the text of `value` is written into it. `text` lends the room.
@@ -152,6 +153,23 @@ void clsKorvex::CheckColumnsAhead(int columns) const {
     Refuse("Every sub-folder adds " + std::to_string(headers) +
            " columns to the output, and there are " + std::to_string(folder_count_) +
            " sub-folders. " + error.Description());
+  }
+}
+
+// Names tell their replications. One that has no letter is refused when its file is read.
+void clsKorvex::CheckReplicationsAhead(const std::vector<std::string>& workbook_names) {
+  int highest = 0;
+  for (const std::string& name : workbook_names) {
+    const int replication = ReplicationOf(name);
+    if (replication <= kLastReplication) highest = std::max(highest, replication);
+  }
+  const int outputs = static_cast<int>(structure_.OutputColsArray().size());
+  if (highest == 0) return;
+  try {
+    output_sheet_->CheckRoom({1, outputs + highest});
+  } catch (const Error& error) {
+    Refuse("There are " + std::to_string(outputs) + " output columns and replications up to " +
+           std::to_string(highest) + ". " + error.Description());
   }
 }
 

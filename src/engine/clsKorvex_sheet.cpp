@@ -1,5 +1,6 @@
 // Reading a data sheet: its rows, their keys and the values of their columns.
 
+#include <algorithm>
 #include <utility>
 
 #include "engine/clsKorvex.h"
@@ -126,16 +127,21 @@ std::int16_t clsKorvex::GetDayNum() const {
   return ToInt16(fields[fields.size() - 2]);
 }
 
-std::int16_t clsKorvex::GetReplicationNum() const {
+// Replications count from 1: a lower number would lie in the columns of the output columns and one
+// value would overwrite the other. 0 for a name without such a number.
+std::int16_t clsKorvex::ReplicationOf(const std::string& workbook_name) {
   try {
-    const std::vector<std::string> fields = FileNameFields(input_workbook_->Name());
+    const std::vector<std::string> fields = FileNameFields(workbook_name);
     const std::int16_t number = ToInt16(fields.empty() ? std::string() : fields.back());
-    // Replications count from 1: a lower number would lie in the columns of the output columns and
-    // one value would overwrite the other.
-    if (number >= 1) return number;
+    return std::max(number, std::int16_t{0});
   } catch (const Error&) {
-    // Told below, as any name without a replication number is.
+    return 0;
   }
+}
+
+std::int16_t clsKorvex::GetReplicationNum() const {
+  const std::int16_t number = ReplicationOf(input_workbook_->Name());
+  if (number > 0) return number;
   Refuse(std::string("Could not extract replication number from file. ") +
          "Please make sure filenames are in format \"<XXX>-<X>-<REPLICATION-NUM>.xls\"." +
          kLineBreak + kLineBreak + "Filename: " + InputDisplayPath());

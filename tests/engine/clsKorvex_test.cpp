@@ -249,6 +249,24 @@ TEST_F(Engine, SaysBeforehandThatSubFoldersWillNotFit) {
   EXPECT_EQ(Run(), 0);
 }
 
+TEST_F(Engine, SaysBeforehandThatReplicationsWillNotFit) {
+  TestSheet sheet{"data", {{"#"}, {1}}};
+  std::vector<std::string> outputs(100, "c");
+  for (std::string& name : outputs) {
+    name += std::to_string(sheet.rows[0].size());
+    sheet.rows[0].emplace_back(name.c_str());
+  }
+  sheet.rows[0].emplace_back("Delta OD");
+  campaign.SetKeys({"c1"});
+  campaign.SetOutputs(outputs);
+  for (const char* name : {"a/P-1-1.xls", "b/P-1-157.xls"}) campaign.PutSheets(name, {sheet});
+  EXPECT_EQ(Run(), 17);
+  EXPECT_EQ(events.processed, 0);
+  EXPECT_THAT(Texts(), ElementsAre("There are 100 output columns and replications up to 157. The "
+                                   ".xls format holds at most 256 columns a sheet; column 257 does "
+                                   "not fit. Give the output a name that ends with .xlsx."));
+}
+
 // Without a sample no column is available, so that the row of headers is empty.
 TEST_F(Engine, SavesAWorkbookForAFolderWithoutSubFolders) {
   ASSERT_EQ(Run(), 0);

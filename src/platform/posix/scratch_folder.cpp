@@ -1,6 +1,7 @@
 #include "platform/posix/scratch_folder.h"
 
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
@@ -18,6 +19,8 @@ PosixScratchFolder::PosixScratchFolder() {
 }
 
 PosixScratchFolder::~PosixScratchFolder() {
+  // Looking into the folder takes descriptors, of which there may be none left.
+  if (rmdir(path_.c_str()) == 0) return;
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
 }
