@@ -7,6 +7,7 @@
 #include "platform/file_system.h"
 #include "spreadsheet/output_workbook.h"
 #include "spreadsheet/refusal.h"
+#include "spreadsheet/xlsx_writer.h"
 #include "util/output_rules.h"
 
 namespace korvex {
@@ -18,6 +19,7 @@ EmbeddedApplication::~EmbeddedApplication() = default;
 Workbook& EmbeddedApplication::AddWorkbook(const std::string& full_name) {
   CheckRunning();
   const OutputFormat& format = OutputFormatOf(full_name);
+  if (&format == &kXlsxFormat) CheckXlsxFolder(files_);
   ++new_workbooks_;
   workbooks_.push_back(std::make_unique<OutputWorkbook>(
       files_, "Book" + std::to_string(new_workbooks_), format, inputs_,

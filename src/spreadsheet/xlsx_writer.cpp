@@ -150,22 +150,32 @@ void Copy(const std::string& path, ReplacementFile& target) {
     throw Error(error_number::kDeviceIo, "Cannot read " + path + ".");
 }
 
+constexpr char kPlace[] = "Putting it together in the folder for temporary files failed: ";
+
+std::unique_ptr<ScratchFolder> MakeFolder(FileSystem& files) {
+  try {
+    return files.MakeScratchFolder();
+  } catch (const Error& error) {
+    throw Error(error.Number(), kPlace + error.Description());
+  }
+}
+
 }  // namespace
 
 void WriteXlsx(FileSystem& files, const TextPool& texts, const std::vector<SheetContent>& sheets,
                ReplacementFile& file) {
-  std::unique_ptr<ScratchFolder> folder;
-  std::string path;
+  const std::unique_ptr<ScratchFolder> folder = MakeFolder(files);
+  const std::string path = folder->Path() + "/workbook";
   try {
-    folder = files.MakeScratchFolder();
-    path = folder->Path() + "/workbook";
     Assemble(folder->Path(), path, texts, sheets);
   } catch (const Error& error) {
-    throw Error(error.Number(), "Putting it together in the folder for temporary files failed: " +
-                                    (folder ? folder->Path() + ": " : std::string()) +
-                                    error.Description());
+    throw Error(error.Number(), std::string(kPlace) + folder->Path() + ": " + error.Description());
   }
   Copy(path, file);
+}
+
+void CheckXlsxFolder(FileSystem& files) {
+  MakeFolder(files);
 }
 
 }  // namespace korvex

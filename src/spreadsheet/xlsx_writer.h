@@ -17,4 +17,7 @@ class TextPool;
 void WriteXlsx(FileSystem& files, const TextPool& texts, const std::vector<SheetContent>& sheets,
                ReplacementFile& file);
 
+// Whether a scratch folder can be made at all: what a run would otherwise learn at its end.
+void CheckXlsxFolder(FileSystem& files);
+
 }  // namespace korvex

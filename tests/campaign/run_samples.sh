@@ -246,6 +246,7 @@ if [ -z "$suffix" ]; then # Wine knows no such limits, and opens streams of its 
   check "leaves no output of that name" [ ! -e "$campaign/campaign.xlsx" ]
   TMPDIR=/nowhere convert -o "$campaign/campaign.xlsx" "$campaign"
   refused "Cannot write to /nowhere" 2
+  check "says so at once" [ "$(grep -c ^Folder "$work/told")" = 0 ]
 
   start "streams that are closed or full"
   "${program[@]}" "$campaign" >"$work/printed" 2>&-
