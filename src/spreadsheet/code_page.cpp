@@ -211,6 +211,10 @@ bool IsUtf16(std::uint16_t number, std::span<const std::byte> bytes) {
 
 }  // namespace
 
+bool IsKnownCodePage(std::uint16_t number) {
+  return FindCharacters(number) != nullptr;
+}
+
 void AppendCodePageText(std::uint16_t number, std::span<const std::byte> bytes, TextArena& out) {
   char* at = out.Reserve((bytes.size() + 1) * kUtf8PerUnit);
   if (IsUtf16(number, bytes)) {

@@ -17,4 +17,6 @@ inline constexpr std::uint16_t kDefaultCodePage = 1252;
 // character becomes U+FFFD.
 void AppendCodePageText(std::uint16_t number, std::span<const std::byte> bytes, TextArena& out);
 
+bool IsKnownCodePage(std::uint16_t number);
+
 }  // namespace korvex

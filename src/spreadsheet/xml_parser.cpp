@@ -72,7 +72,7 @@ XmlName SplitName(std::string_view name, std::span<const XmlNamespace> namespace
   return {kOtherNamespace, name.substr(separator + 1)};
 }
 
-// "windows-1252", "cp1252". Of a page that is not known only ASCII can be read.
+// "windows-1252", "cp1252". A page that is not known is none: texts would lose what is not ASCII.
 int DescribeEncoding(void*, const char* name, XML_Encoding* encoding) {
   std::string_view page(name);
   for (const std::string_view prefix : {"windows-", "cp"}) {
@@ -80,7 +80,8 @@ int DescribeEncoding(void*, const char* name, XML_Encoding* encoding) {
   }
   std::uint16_t number = 0;
   const char* const end = page.data() + page.size();
-  if (std::from_chars(page.data(), end, number).ptr != end) return XML_STATUS_ERROR;
+  const auto [rest, error] = std::from_chars(page.data(), end, number);
+  if (rest != end || error != std::errc() || !IsKnownCodePage(number)) return XML_STATUS_ERROR;
   TextArena character;
   for (int code = 0; code < 256; ++code) {
     const std::byte byte{static_cast<std::uint8_t>(code)};

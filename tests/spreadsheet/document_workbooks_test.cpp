@@ -161,6 +161,8 @@ TEST(SpreadsheetMlWorkbook, GivesItsSheetsAndCells) {
             "| 6,5 error Error 2042");
   EXPECT_EQ(workbook.Cells(0).LastCell(), (CellAddress{6, 7}));
   EXPECT_EQ(RefusalOf(file.substr(0, 700)), "ends after 700 bytes, in the middle of its XML");
+  EXPECT_EQ(RefusalOf(Bytes(file).replace(file.find("1252"), 4, "932")),
+            "is damaged: its XML is not sound XML in line 1 (unknown encoding)");
 }
 
 }  // namespace
