@@ -114,6 +114,12 @@ void CompoundFileReader::LoadDirectory() {
   if (!directory_.empty()) {
     is_directory_cut_ = (!chain.is_complete && CompleteSize() > file_size_) ||
                         ReachesPadding(chain, directory_.size());
+    // Of a copy that broke off, the system may have reserved the room already.
+    const bool has_entries = std::any_of(directory_.begin(), directory_.end(),
+                                         [](std::byte b) { return b != std::byte{0}; });
+    if (!has_entries && !is_directory_cut_) {
+      Refuse("is damaged: its directory holds nothing but zero bytes");
+    }
     root_children_ = RootChildren();
     return;
   }

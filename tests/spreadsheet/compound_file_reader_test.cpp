@@ -80,6 +80,9 @@ TEST(CompoundFileReader, RefusesDamageThatHidesTheWorkbook) {
       {"is not a workbook: it is a compound file without a workbook in it", {{kEntry, 'X'}}},
   };
   for (const Damage& test : cases) EXPECT_EQ(RefusalOf(Damaged(test)), test.condition);
+  Bytes zeros_behind = Damaged({"", {}, kRootEntry});
+  zeros_behind.resize(6144);
+  EXPECT_EQ(RefusalOf(zeros_behind), "is damaged: its directory holds nothing but zero bytes");
 }
 
 TEST(CompoundFileReader, LeavesWorkbooksInsideOtherDocumentsAlone) {
