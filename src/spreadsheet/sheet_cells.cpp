@@ -15,6 +15,7 @@ constexpr std::size_t kSmallDisorder = 65536;
 constexpr std::size_t kSparseRows = 65536;
 constexpr std::size_t kSparseRowsPerCell = 16;
 
+// What texts that stand in several cells may add to those that are there once.
 constexpr std::uint64_t kMostTextAtLeast = 32u << 20;
 constexpr std::uint64_t kMostTextPerCell = 256;
 
@@ -69,7 +70,9 @@ void SheetCells::Order() {
 }
 
 void SheetCells::Finish() {
-  const std::uint64_t most_text = kMostTextAtLeast + kMostTextPerCell * cells_.size();
+  const std::uint64_t most_text = kMostTextAtLeast + kMostTextPerCell * cells_.size() +
+                                  own_texts_.Size() +
+                                  (shared_texts_ != nullptr ? shared_texts_->Size() : 0);
   if (shown_text_ > most_text) {
     Refuse("shows more than " + GroupedDigits(most_text) +
            " bytes of text in one sheet, which no sheet of data does");

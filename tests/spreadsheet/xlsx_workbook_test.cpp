@@ -191,7 +191,7 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
       {XlsxBytes{"<row><c t='str'><v>" + repeated(5, repeated(1000, name) + "<x/>")}.Build(),
        kUnusual},
       {Zip(one_text_everywhere),
-       "shows more than 33,810,432 bytes of text in one sheet, which no sheet of data does"},
+       "shows more than 33,850,432 bytes of text in one sheet, which no sheet of data does"},
       {with_part(2, Relationships(Relationship("s", "worksheet", repeated(2, name)))),
        "is damaged: its sheet \"data\" has no part"},
       {XlsxBytes{"<row><c t='s'><v>7</v></c></row>"}.Build(),
