@@ -149,14 +149,15 @@ void OdsReader::StartCell(const XmlElement& element) {
   string_value_.reset();
   text_.Clear();
   const char* const type = element.Attribute(ods::kOffice, "value-type");
-  has_type_ = type != nullptr;
-  if (has_type_) ReadValue(element, type);
+  lacks_value_ = has_formula_ && type == nullptr;
+  if (type != nullptr) ReadValue(element, type);
 }
 
 void OdsReader::ReadValue(const XmlElement& element, std::string_view type) {
   const bool is_number = IsIn(type, {"float", "percentage", "currency"});
   const char* const value =
       element.Attribute(ods::kOffice, is_number ? "value" : std::string(type) + "-value");
+  lacks_value_ = is_number || IsIn(type, {"date", "time", "boolean"});
   if (value == nullptr) return;
   std::optional<double> number;
   if (type == "string") {
@@ -202,7 +203,7 @@ void OdsReader::EndCell() {
     KeepText(*string_value_);
   } else if (!shown.empty() || (has_formula_ && text_.HasParagraph())) {
     KeepText(shown);
-  } else if (has_formula_ && !has_type_) {
+  } else if (lacks_value_) {
     Keep({CellKind::kError, kNotAvailableError});
   }
   column_ = std::min(column_ + column_count_, kMostXmlColumns);

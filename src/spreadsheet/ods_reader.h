@@ -44,7 +44,7 @@ class OdsTextReader {
 // Types and their attributes: float, percentage, currency (value), date (date-value), time
 // (time-value, a duration), boolean (boolean-value), string (string-value, or the text). Rows and
 // cells are repeated by number, empty ones up to the end of the sheet; only values are cells here.
-// A formula whose result was never worked out counts as #N/A.
+// A formula whose result was never worked out counts as #N/A, as does a value that is left out.
 class OdsReader : public XmlHandler {
  public:
   explicit OdsReader(SheetCollector& sheets) : sheets_(sheets) {}
@@ -89,7 +89,7 @@ class OdsReader : public XmlHandler {
   // The cell at hand.
   std::uint32_t column_count_ = 1;
   bool has_formula_ = false;
-  bool has_type_ = false;
+  bool lacks_value_ = false;
   Mark mark_ = Mark::kNone;
   std::optional<TypedNumber> value_;
   std::optional<std::string> string_value_;

@@ -1,5 +1,6 @@
 #include "spreadsheet/typed_text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <limits>
@@ -50,10 +51,12 @@ bool Take(std::string_view& text, char letter) {
   return true;
 }
 
-// "10:15", "10:15:00", "10:15:00.5", as seconds.
+// "10:15", "10:15:00", "10:15:00.5", as seconds; "30:15:00" for elapsed times, which some programs
+// count from a day on.
 std::optional<double> TakeTime(std::string_view& text) {
-  const int hours = TakeDigits(text, 2);
-  if (hours < 0 || hours > 24 || !Take(text, ':')) return {};
+  constexpr std::size_t kMostDigits = 8;
+  const int hours = TakeDigits(text, std::clamp<std::size_t>(text.find(':'), 2, kMostDigits));
+  if (hours < 0 || !Take(text, ':')) return {};
   const int minutes = TakeDigits(text, 2);
   if (minutes < 0 || minutes > 59) return {};
   double seconds = 0;
@@ -63,14 +66,15 @@ std::optional<double> TakeTime(std::string_view& text) {
     if (error != std::errc() || !(seconds >= 0 && seconds < 61)) return {};
     text = {rest, end};
   }
-  return hours * 3600 + minutes * 60 + seconds;
+  return hours * 3600.0 + minutes * 60 + seconds;
 }
 
 std::optional<int> TakeDay(std::string_view& text) {
   using std::chrono::sys_days;
   constexpr sys_days kFirst{std::chrono::year{1899} / 12 / 30};
-  const int year = TakeDigits(text, 4);
-  if (year < 0 || !Take(text, '-')) return {};
+  // Years after 9999 have five digits.
+  const int year = TakeDigits(text, text.find('-') == 5 ? 5 : 4);
+  if (year < 0 || year > static_cast<int>(std::chrono::year::max()) || !Take(text, '-')) return {};
   const int month = TakeDigits(text, 2);
   if (month < 0 || !Take(text, '-')) return {};
   const int day = TakeDigits(text, 2);

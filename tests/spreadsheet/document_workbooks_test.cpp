@@ -53,8 +53,10 @@ TEST(OdsWorkbook, GivesTheValuesOfItsCells) {
        "1,1 number 0.25 | 1,2 number 0.5 | 1,3 number 0.5 | 1,7 number 7"},
       {Cell("office:value-type='date' office:date-value='2002-12-03T10:15:00.000000000'") +
            Cell("office:value-type='time' office:time-value='PT06H30M00S'") +
-           Cell("office:value-type='time' office:time-value='-PT1H'"),
-       "1,1 date 12/3/2002 10:15:00 AM | 1,2 date 6:30:00 AM | 1,3 number -4.16666666666667E-02"},
+           Cell("office:value-type='time' office:time-value='-PT1H'") +
+           Cell("office:value-type='date' office:date-value='29279-01-24'"),
+       "1,1 date 12/3/2002 10:15:00 AM | 1,2 date 6:30:00 AM | 1,3 number -4.16666666666667E-02 | "
+       "1,4 number 10000000"},
       {Cell("office:value-type='boolean' office:boolean-value='true'") +
            Cell("table:formula='of:=FALSE()' " + kFloat + "'0'"),
        "1,1 boolean True | 1,2 boolean False"},
@@ -71,8 +73,10 @@ TEST(OdsWorkbook, GivesTheValuesOfItsCells) {
             "calcext:value-type='error'",
             "<text:p>#REF!</text:p>") +
            Cell("table:formula='of:=A2' " + kFloat + "'0'", "<text:p>Err:503</text:p>") +
-           Cell("table:formula='of:=A2'"),
-       "1,1 error Error 2023 | 1,2 error Error 2036 | 1,3 error Error 2042"},
+           Cell("table:formula='of:=A2'") +
+           Cell("office:value-type='date' office:date-value=''", "<text:p/>"),
+       "1,1 error Error 2023 | 1,2 error Error 2036 | 1,3 error Error 2042 | "
+       "1,4 error Error 2042"},
   };
   for (const auto& test : cases) EXPECT_EQ(ListingOf(OdsRow(test.cells)), test.listing);
   const Bytes untyped = Zip({{"META-INF/manifest.xml", "<m/>"}, {"content.xml", OdsContent("")}});
@@ -146,7 +150,7 @@ TEST(SpreadsheetMlWorkbook, GivesItsSheetsAndCells) {
       "</Cell><Cell ss:StyleID='n'><Data ss:Type='Number'>7</Data></Cell><Cell ss:Index='7' "
       "ss:StyleID='e'><Data ss:Type='Number'>37593</Data></Cell></Row><Row ss:Span='2'/><Row><Cell>"
       "<Data ss:Type='DateTime'>2002-12-03T12:00:00.000</Data></Cell><Cell><Data "
-      "ss:Type='DateTime'>1899-12-31T06:30:00.000</Data></Cell><Cell><Data ss:Type='Boolean'>1"
+      "ss:Type='DateTime'>1899-12-31T30:30:00.000</Data></Cell><Cell><Data ss:Type='Boolean'>1"
       "</Data></Cell><Cell><Data ss:Type='Error'>#N/A</Data></Cell><Cell ss:Formula='=A1'/><Cell "
       "ss:StyleID='d' ss:MergeAcross='9'/></Row></Table><x:WorksheetOptions><x:Visible>SheetHidden"
       "</x:Visible></x:WorksheetOptions></Worksheet><Worksheet ss:Name='x'/></Workbook>";
@@ -157,7 +161,8 @@ TEST(SpreadsheetMlWorkbook, GivesItsSheetsAndCells) {
   EXPECT_EQ(workbook.Sheets()[1].name, "x");
   EXPECT_EQ(Listing(workbook.Cells(0)),
             "2,1 text µM bold\nx | 2,2 number 0.5 | 2,4 number 7 | 2,7 date 12/3/2002 | 6,1 date "
-            "12/3/2002 12:00:00 PM | 6,2 date 6:30:00 AM | 6,3 boolean True | 6,4 error Error 2042 "
+            "12/3/2002 12:00:00 PM | 6,2 date 12/31/1899 6:30:00 AM | 6,3 boolean True | 6,4 error "
+            "Error 2042 "
             "| 6,5 error Error 2042");
   EXPECT_EQ(workbook.Cells(0).LastCell(), (CellAddress{6, 7}));
   EXPECT_EQ(RefusalOf(file.substr(0, 700)), "ends after 700 bytes, in the middle of its XML");

@@ -60,6 +60,8 @@ TEST_F(OutputFormats, KeepEveryValueInXlsx) {
   EXPECT_EQ(read.Name(), sheet.Name());
   EXPECT_EQ(read.LastCell(), (CellAddress{row, 16384}));
   EXPECT_EQ(read.Value(row, 1).text, "bad \uFFFD byte");
+  EXPECT_EQ(read.Value(1048576, 1), CellValue());
+  EXPECT_NE(CauseOf([&] { read.Value(1048577, 1); }), "");
   row = 2;
   for (const CellValue& value : values) {
     for (const int column : {1, 3, 300, 16384}) EXPECT_EQ(read.Value(row, column), value) << row;
