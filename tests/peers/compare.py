@@ -5,12 +5,14 @@
 
 Every file of the folder is read by workbook-dump, LibreOffice, Gnumeric, xlrd (.xls)
 and openpyxl (.xlsx). Listed are the cells that not all read alike and the files that
-not all can read, but for what explained.tsv accounts for; --all lists that, too.
+not all can read, but for what explained.tsv, or one in the folder, accounts for; --all
+lists that, too, and the explanations that no file needed.
 Exit status 1 when something is listed.
 """
 
 import argparse
 import collections
+import concurrent.futures
 import fnmatch
 import math
 import os
@@ -18,6 +20,7 @@ import re
 import subprocess
 import sys
 
+EXPLAINED = "explained.tsv"
 HERE = os.path.dirname(os.path.abspath(__file__))
 sys.path[:0] = [HERE]
 
@@ -28,13 +31,16 @@ ESCAPES = {"n": "\n", "r": "\r", "t": "\t", "\\": "\\"}
 
 
 def files_below(folder):
-    return sorted(os.path.join(place, name) for place, _, names in os.walk(folder) for name in names)
+    return sorted(os.path.join(place, name) for place, _, names in os.walk(folder) for name in names
+                  if name != EXPLAINED)
 
 
 def is_for(peer, path):
-    """xlrd and openpyxl are asked only for the formats that they are made for."""
+    """Who is made for the format; Gnumeric would show OpenDocument files that are no archives as text."""
     with open(path, "rb") as file:
         start = file.read(128)
+    if peer == "gnumeric":
+        return b"<office:document" not in start
     if peer == "openpyxl":
         return start[:2] == b"PK" and b"opendocument" not in start
     return peer != "xlrd" or start[:2] == b"\xd0\xcf" or start[:1] == b"\x09"
@@ -75,18 +81,21 @@ def all_cells(book):
     return {(sheet, *place): cell for sheet, cells in book for place, cell in cells.items()}
 
 
-def one_line_end(text):
-    """The workbooks that LibreOffice and Gnumeric export tell no carriage return from a line feed."""
-    return text.replace("\r\n", "\n").replace("\r", "\n")
+def as_exported(text):
+    """LibreOffice and Gnumeric export any line end as one, and texts that read like an escape as they are."""
+    return readers.unescaped(text).replace("\r\n", "\n").replace("\r", "\n")
 
 
 def is_same(one, other, peer):
+    if peer == "libreoffice" and one and other and (one[0], other[0]) == ("boolean", "number"):
+        return one[1] == other[1]  # what formulas yield are numbers there
     if one is None or other is None or one[0] != other[0]:
         return one == other
-    if one[0] in ("number", "date"):
+    is_exported = peer in ("libreoffice", "gnumeric")
+    if one[0] == "date" or (one[0] == "number" and is_exported):
         return math.isclose(one[1], other[1], rel_tol=1e-14)
-    if one[0] == "text" and peer in ("libreoffice", "gnumeric"):
-        return one_line_end(one[1]) == one_line_end(other[1])
+    if one[0] == "text" and is_exported:
+        return as_exported(one[1]) == as_exported(other[1])
     return one[1] == other[1]
 
 
@@ -96,15 +105,19 @@ class Explanations:
     The kind of a file is "read", or "unread: " and why.
     """
 
-    def __init__(self, path):
-        with open(path, encoding="utf-8") as file:
-            lines = [line.rstrip("\n").split("\t") for line in file if line.strip() and line[0] != "#"]
-        self.rules, self.used = [tuple(line) for line in lines], collections.Counter()
+    def __init__(self, folders):
+        self.rules = []
+        for path in [os.path.join(folder, EXPLAINED) for folder in folders]:
+            if os.path.exists(path):
+                with open(path, encoding="utf-8") as file:
+                    self.rules += [tuple(line.rstrip("\n").split("\t")) for line in file
+                                   if line.strip() and line[0] != "#"]
+        self.used = collections.Counter()  # by rule
 
     def explain(self, peer, ours, theirs, file, place):
         for rule in self.rules:
             if all(map(fnmatch.fnmatchcase, (peer, ours, theirs, file, place), rule[:5])):
-                self.used[rule[5]] += 1
+                self.used[rule] += 1
                 return True
         return False
 
@@ -163,17 +176,20 @@ def main():
     choices = parser.parse_args()
 
     paths = files_below(choices.folder)
+    asked = [[path for path in paths if is_for(peer, path)] for peer in PEERS]
     books = {}
-    for peer in PEERS:
-        asked = [path for path in paths if is_for(peer, path)]
-        for path, book in zip(asked, readers.read(peer, asked)):
-            books.setdefault(path, {})[peer] = all_cells(book)
+    with concurrent.futures.ProcessPoolExecutor(os.cpu_count()) as pool:
+        for peer, asked_paths, read in zip(PEERS, asked, pool.map(readers.read, PEERS, asked)):
+            for path, book in zip(asked_paths, read):
+                books.setdefault(path, {})[peer] = all_cells(book)
 
-    comparison = Comparison(Explanations(os.path.join(HERE, "explained.tsv")), choices.all)
+    comparison = Comparison(Explanations([HERE, choices.folder]), choices.all)
     for path in paths:
         comparison.compare_file(os.path.relpath(path, choices.folder), with_ours(choices.program, path), books.get(path, {}))
-    for reason, times in comparison.explanations.used.items():
-        print("%7d explained: %s" % (times, reason), file=sys.stderr)
+    explanations = comparison.explanations
+    for rule in explanations.rules:
+        if explanations.used[rule] or choices.all:
+            print("%7d explained: %s" % (explanations.used[rule], " ".join(rule)), file=sys.stderr)
     print(", ".join("%s: %d" % count for count in comparison.counts.items()), file=sys.stderr)
     return 1 if comparison.listed else 0
 

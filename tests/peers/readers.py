@@ -105,25 +105,57 @@ def with_openpyxl(paths):
     return one_by_one(openpyxl_book, paths)
 
 
-def openpyxl_book(path):
-    """Cells as the file holds them, dates unconverted: openpyxl's own dates lose digits."""
+def openpyxl_book(path, writer=None):
+    """Cells as the file holds them, dates unconverted: openpyxl's own dates lose digits.
+
+    A formula without a result is #N/A, as in ours. `writer` is what a workbook was converted by.
+    """
     import openpyxl
-    from openpyxl.worksheet import _reader
+    from openpyxl.styles import stylesheet
+    stylesheet.is_date_format = shows_date
     sheets = []
     with open(path, "rb") as file:
         book = openpyxl.load_workbook(file, read_only=True, data_only=True)
         shift = FROM_1904 if book.epoch.year == 1904 else 0
         for sheet in book.worksheets:
-            cells = {}
-            with sheet._get_source() as source:
-                parser = _reader.WorkSheetParser(source, sheet._shared_strings, data_only=True)
-                for _, row in parser.parse():
-                    for cell in row:
-                        value = openpyxl_cell(cell, book._date_formats, shift)
-                        if value is not None:
-                            cells[cell["row"], cell["column"]] = value
+            cells, without_value = {}, set()
+            for place, cell in parsed_cells(sheet, writer):
+                value = openpyxl_cell(cell, book._date_formats, shift)
+                if value is not None:
+                    cells[place] = value
+                elif cell["data_type"] == "n" and not writer:
+                    without_value.add(place)
+            for place, cell in parsed_cells(sheet, writer, formulas=True) if without_value else ():
+                if place in without_value and cell["data_type"] == "f":
+                    cells[place] = ("error", ERRORS["#N/A"])
             sheets.append((sheet.title, cells))
+    if not sheets:
+        raise ValueError("no sheets")
     return sheets
+
+
+def shows_date(format):
+    """openpyxl's own rule overlooks formats of one letter and takes "0_h" for one."""
+    format = re.sub(r'"[^"]*"|\\.|_.|\*.|\[(?!h+\]|m+\]|s+\])[^]]*\]', "", format or "", flags=re.IGNORECASE)
+    return format.lower() != "general" and re.search("[dmyhs]", format, re.IGNORECASE) is not None
+
+
+def parsed_cells(sheet, writer, formulas=False):
+    """Places and cells, these with their results or their formulas."""
+    from openpyxl.worksheet import _reader
+    with sheet._get_source() as source:
+        parser = _reader.WorkSheetParser(source, sheet._shared_strings, data_only=not formulas)
+        for _, row in parser.parse():
+            for cell in row:
+                # Gnumeric leaves out the format that the whole column has.
+                if writer == "gnumeric" and cell["style_id"] == 0 and cell["value"] is not None:
+                    cell["style_id"] = column_format(parser.column_dimensions.values(), cell["column"])
+                yield (cell["row"], cell["column"]), cell
+
+
+def column_format(columns, number):
+    return next((int(column.get("style", 0)) for column in columns
+                 if int(column["min"]) <= number <= int(column["max"])), 0)
 
 
 def openpyxl_cell(cell, date_formats, shift):
@@ -139,7 +171,12 @@ def openpyxl_cell(cell, date_formats, shift):
     if kind == "d":
         from openpyxl.utils.datetime import to_excel
         return ("date", float(to_excel(value)))
-    return ("text", re.sub("_x([0-9A-Fa-f]{4})_", lambda code: chr(int(code[1], 16)), value))
+    return ("text", unescaped(value))
+
+
+def unescaped(text):
+    text = re.sub("_x([0-9A-Fa-f]{4})_", lambda code: chr(int(code[1], 16)), text)
+    return text.encode("utf-16", "surrogatepass").decode("utf-16", "replace")
 
 
 def with_libreoffice(paths):
@@ -150,7 +187,7 @@ def with_libreoffice(paths):
             shutil.copy(path, copies[-1])
         for start in range(0, len(copies), BATCH):
             convert_batch(folder, copies[start:start + BATCH])
-        return converted_books("%s/out/%d.xlsx" % (folder, number) for number in range(len(paths)))
+        return converted_books("libreoffice", ["%s/out/%d.xlsx" % (folder, number) for number in range(len(paths))])
 
 
 def convert_batch(folder, sources):
@@ -171,8 +208,9 @@ def convert_batch(folder, sources):
         sources = sources[last + 2:]
 
 
-def converted_books(targets):
-    return [with_openpyxl([target])[0] if os.path.exists(target) else Unread("does not load it") for target in targets]
+def converted_books(writer, targets):
+    return [one_by_one(lambda path: openpyxl_book(path, writer), [target])[0] if os.path.exists(target)
+            else Unread("does not load it") for target in targets]
 
 
 def with_gnumeric(paths):
@@ -183,7 +221,7 @@ def with_gnumeric(paths):
             with contextlib.suppress(subprocess.TimeoutExpired):
                 subprocess.run(["ssconvert", "--export-type=Gnumeric_Excel:xlsx2", path, targets[-1]],
                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=SECONDS)
-        return converted_books(targets)
+        return converted_books("gnumeric", targets)
 
 
 def with_parseexcel(paths):
