@@ -81,7 +81,6 @@ class SpreadsheetMlReader : public XmlHandler {
   void EndCell();
   void AddNothing();
   void AddNumber(const TypedNumber& typed);
-  TypedNumber DateTime(DayAndTime date) const;
 
   SheetCollector& sheets_;
   std::map<std::string, bool, std::less<>> shows_date_;  // by style
@@ -206,7 +205,7 @@ void SpreadsheetMlReader::EndCell() {
   } else if (type_ == "Error" || (has_formula_ && IsErrorName(text_))) {
     AddNumber({CellKind::kError, static_cast<double>(ErrorCode(text_))});
   } else if (const auto date = type_ == "DateTime" ? ReadIsoDate(text_) : std::nullopt) {
-    AddNumber(DateTime(*date));
+    AddNumber(TypeDate(*date, uses_1904_));
   } else if (const auto number = is_number ? ReadNumber(text_) : std::nullopt) {
     AddNumber(type_ == "Boolean" ? TypedNumber{CellKind::kBoolean, *number != 0 ? 1.0 : 0.0}
                                  : TypeNumber(*number, cell_shows_date_, uses_1904_));
@@ -223,14 +222,6 @@ void SpreadsheetMlReader::AddNothing() {
 
 void SpreadsheetMlReader::AddNumber(const TypedNumber& typed) {
   sheets_.Cells().AddNumber(row_, static_cast<std::uint16_t>(column_), typed.kind, typed.number);
-}
-
-// In the 1900 date system times of day lie on 1899-12-31, and the days up to 1900-02-28 one number
-// lower than they should, since 1900 counts as a leap year there.
-TypedNumber SpreadsheetMlReader::DateTime(DayAndTime date) const {
-  constexpr int kFirstOfMarch1900 = 61;
-  if (!uses_1904_ && date.day > 0 && date.day < kFirstOfMarch1900) --date.day;
-  return TypeNumber(date.Serial(), true, false);
 }
 
 }  // namespace

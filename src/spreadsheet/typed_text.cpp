@@ -5,7 +5,6 @@
 #include <chrono>
 #include <limits>
 
-#include "spreadsheet/typed_number.h"
 #include "util/text.h"
 
 namespace korvex {
@@ -129,6 +128,12 @@ std::optional<DayAndTime> ReadIsoDate(std::string_view text) {
   if (!seconds || !IsZone(text)) return {};
   date.time = *seconds / kSecondsPerDay;
   return date;
+}
+
+TypedNumber TypeDate(DayAndTime date, bool uses_1904) {
+  constexpr int kFirstOfMarch1900 = 61;
+  if (!uses_1904 && date.day > 0 && date.day < kFirstOfMarch1900) --date.day;
+  return TypeNumber(date.Serial(), true, false);
 }
 
 std::optional<double> ReadIsoDuration(std::string_view text) {

@@ -136,7 +136,7 @@ void XlsxSheetReader::AddCell() {
       return AddTyped({CellKind::kBoolean, value_ == "1" || value_ == "true" ? 1.0 : 0.0});
     case Type::kDate:
       if (const std::optional<DayAndTime> date = ReadIsoDate(value_)) {
-        return AddTyped(TypeNumber(date->Serial(), true, false));
+        return AddTyped(TypeDate(*date, uses_1904_));
       }
       break;
     default:
