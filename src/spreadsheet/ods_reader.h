@@ -44,7 +44,9 @@ class OdsTextReader {
 // Types and their attributes: float, percentage, currency (value), date (date-value), time
 // (time-value, a duration), boolean (boolean-value), string (string-value, or the text). Rows and
 // cells are repeated by number, empty ones up to the end of the sheet; only values are cells here.
-// A formula whose result was never worked out counts as #N/A, as does a value that is left out.
+// Times lie on no day: unlike numbers of .xls, they are not counted from where 1904 documents
+// start. A formula whose result was never worked out counts as #N/A, as does a value that is left
+// out.
 class OdsReader : public XmlHandler {
  public:
   explicit OdsReader(SheetCollector& sheets) : sheets_(sheets) {}

@@ -58,7 +58,8 @@ bool ShowsDate(std::string_view format) {
 //           <Data ss:Type="Number">0.5</Data>
 //       <x:WorksheetOptions><x:Visible>SheetHidden</x:Visible>
 // Indices count from 1; rows and cells without one follow the one before. Types: Number, String,
-// also with markup in it, DateTime, Boolean, Error.
+// also with markup in it, DateTime, Boolean, Error. A Number that shows a date counts from where
+// the workbook's days start; a DateTime says its day.
 class SpreadsheetMlReader : public XmlHandler {
  public:
   explicit SpreadsheetMlReader(SheetCollector& sheets) : sheets_(sheets) {}
