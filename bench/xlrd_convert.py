@@ -26,6 +26,7 @@ import xlwt
 LAST_HEADER_COLUMN = 387  # how far the header row is walked
 EMPTY_RUN = 6             # so many empty headers in a row end the walk
 SHEET_ROWS, SHEET_COLUMNS = 65536, 256
+LAST_REPLICATION = 191    # whose letter has the last code
 
 RENAMED_HEADERS = {
     "CELL PLATE #": "plate_96",
@@ -172,6 +173,19 @@ def base_name(full_name):
     return name if dot else os.path.basename(full_name)
 
 
+def replication_of(full_name):
+    try:
+        return to_int16(base_name(full_name).split("-")[-1])
+    except Failure:
+        return None
+
+
+def replication_letter(replication):
+    if not 0 <= 64 + replication <= 255:
+        raise Failure(5, "Invalid procedure call or argument")
+    return bytes([64 + replication]).decode("cp1252", "replace")
+
+
 def listing(folder, wanted):
     """Full names of the files or sub-folders of a folder, in their fixed order."""
     names = sorted(os.listdir(folder), key=lambda name: upper(name).encode())
@@ -296,6 +310,9 @@ class OutputTable:
         cells.extend([EMPTY] * (column - len(cells)))
         cells[column - 1] = cell
 
+    def width(self):
+        return max(map(len, self.rows))
+
     def header_is_empty(self, column):
         return not cell_text(self.cell(1, column)).strip(" ")
 
@@ -362,17 +379,45 @@ class Conversion:
             self.check_structure(sample)
             for position, (name, _) in enumerate(self.structure.columns):
                 self.output.set(1, position + 1, cell_from_text(RENAMED_HEADERS.get(upper(name), name)))
+            of_folders = batches[0][0] is not None
+            if of_folders:
+                self.check_columns_ahead(len(self.structure.columns), len(batches), len(batches))
+            self.check_replications_ahead([name for _, files in batches for name in files])
             for number, (folder, files) in enumerate(batches):
                 if not files:
                     self.refuse('The sub-folder "%s" is empty. Please make sure all sub-folders of chosen '
                                 "processing folder have files in them." % os.path.basename(folder))
                 self.process_files(files, "Folder %d of %d" % (number + 1, len(batches)))
+                if of_folders:
+                    self.check_columns_ahead(self.output.width(), len(batches) - number - 1, len(batches))
             self.output.remove_empty_columns()
         except Failure as failure:
             if failure.number != 17:
                 self.report(failure, "frmMain.ProcessFolders")
             raise Refused(self.messages, self.logged)
         return self.output
+
+    def check_columns_ahead(self, columns, to_come, folders):
+        headers = len(EXTRA_HEADERS)
+        last = min(columns + to_come * headers, LAST_HEADER_COLUMN + headers - 1)
+        self.check_room(max(1, columns, last), "Every sub-folder adds %d columns to the output, and there are %d "
+                        "sub-folders." % (headers, folders))
+
+    def check_replications_ahead(self, files):
+        columns = {}
+        for full_name in files:
+            replication = replication_of(full_name)
+            if replication is not None and 1 <= replication <= LAST_REPLICATION:
+                columns.setdefault(upper(replication_letter(replication)), replication)
+        if columns:
+            highest, outputs = max(columns.values()), len(self.structure.columns)
+            self.check_room(outputs + highest, "There are %d output columns and replications up to %d." % (
+                outputs, highest))
+
+    def check_room(self, column, reason):
+        if column > SHEET_COLUMNS:
+            self.refuse("%s The .xls format holds at most %d columns a sheet; column %d does not fit. Give the output "
+                        "a name that ends with .xlsx." % (reason, SHEET_COLUMNS, column))
 
     def tell(self, message):
         self.messages.append(message)
@@ -447,9 +492,7 @@ class Conversion:
             self.next_row += 1
 
     def write_data(self, sheet, row, replication, key, output_row):
-        if not 0 <= 64 + replication <= 255:
-            raise Failure(5, "Invalid procedure call or argument")
-        letter = bytes([64 + replication]).decode("cp1252", "replace")
+        letter = replication_letter(replication)
         if upper(letter) not in self.replication_columns:
             column = len(self.structure.columns) + replication
             self.replication_columns[upper(letter)] = column
@@ -487,11 +530,11 @@ class Conversion:
         return to_int16(fields[-2])
 
     def replication_number(self, full_name):
-        try:
-            return to_int16(base_name(full_name).split("-")[-1])
-        except Failure:
+        replication = replication_of(full_name)
+        if replication is None:
             self.refuse("Could not extract replication number from file. Please make sure filenames are in "
                         'format "<XXX>-<X>-<REPLICATION-NUM>.xls".\n\nFilename: ' + display_path(full_name))
+        return replication
 
 
 def main():

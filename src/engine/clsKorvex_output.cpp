@@ -6,6 +6,7 @@
 
 #include "engine/clsKorvex.h"
 #include "platform/error.h"
+#include "structure/keyed_collection.h"
 #include "util/cell_text.h"
 #include "util/code_page.h"
 #include "util/text.h"
@@ -156,12 +157,18 @@ void clsKorvex::CheckColumnsAhead(int columns) const {
   }
 }
 
-// Names tell their replications. One that has no letter is refused when its file is read.
+// Names, in the order in which their files will be read, tell the replications and thereby the
+// columns that will be given out. A replication that has no letter is refused when its file is
+// read.
 void clsKorvex::CheckReplicationsAhead(const std::vector<std::string>& workbook_names) {
-  int highest = 0;
+  NameIndex letters;
+  std::int16_t highest = 0;
   for (const std::string& name : workbook_names) {
-    const int replication = ReplicationOf(name);
-    if (replication <= kLastReplication) highest = std::max(highest, replication);
+    const std::int16_t replication = ReplicationOf(name);
+    if (replication < 1 || replication > kLastReplication) continue;
+    if (letters.FindOrAdd(ReplicationLetter(replication)).second) {
+      highest = std::max(highest, replication);
+    }
   }
   const int outputs = static_cast<int>(structure_.OutputColsArray().size());
   if (highest == 0) return;

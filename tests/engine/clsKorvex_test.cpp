@@ -259,7 +259,11 @@ TEST_F(Engine, SaysBeforehandThatReplicationsWillNotFit) {
   sheet.rows[0].emplace_back("Delta OD");
   campaign.SetKeys({"c1"});
   campaign.SetOutputs(outputs);
-  for (const char* name : {"a/P-1-1.xls", "b/P-1-157.xls"}) campaign.PutSheets(name, {sheet});
+  // Replication 176 shares the column of replication 144, whose letter is the upper case of its
+  // own.
+  for (const char* name : {"a/P-1-144.xls", "a/P-1-176.xls", "b/P-1-157.xls"}) {
+    campaign.PutSheets(name, {sheet});
+  }
   EXPECT_EQ(Run(), 17);
   EXPECT_EQ(events.processed, 0);
   EXPECT_THAT(Texts(), ElementsAre("There are 100 output columns and replications up to 157. The "
