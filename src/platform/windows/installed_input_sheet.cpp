@@ -14,9 +14,9 @@
 namespace korvex {
 namespace {
 
-constexpr int kLastCellType = 11;                               // of SpecialCells
-constexpr int kCellsPerCall = 1 << 20;                          // 24 bytes each
-constexpr std::int64_t kMostCells = std::int64_t{65536} * 256;  // a full sheet of the .xls format
+constexpr int kLastCellType = 11;                // of SpecialCells
+constexpr int kCellsPerCall = 1 << 20;           // 24 bytes each
+constexpr std::int64_t kMostCells = 64LL << 20;  // all rows of an .xlsx sheet, 64 columns wide
 
 CellAddress AddressOf(const Dispatch& range) {
   return {range.Get(L"Row").Integer(), range.Get(L"Column").Integer()};
