@@ -59,6 +59,21 @@ bool SheetReader::ReadRecords(std::span<const std::byte> stream, std::size_t off
   return false;
 }
 
+[[gnu::always_inline]] inline void SheetReader::CheckColumn(std::uint16_t row,
+                                                            std::uint16_t column) {
+  if (column >= biff::kMaxColumns) RefuseOutside({row, column});
+}
+
+// Whether the record of a value holds all that it must. A formula's text does not come behind the
+// next cell.
+[[gnu::always_inline]] inline bool SheetReader::IsCell(std::span<const std::byte> data,
+                                                       std::size_t minimum) {
+  if (data.size() < minimum) return false;
+  awaits_string_ = false;
+  CheckColumn(Row(data.data()), Column(data.data()));
+  return true;
+}
+
 void SheetReader::ReadRecord(std::uint16_t number, std::span<const std::byte> data) {
   switch (number) {
     case biff::kNumber:
@@ -97,19 +112,6 @@ void SheetReader::ReadRecord(std::uint16_t number, std::span<const std::byte> da
     default:
       break;
   }
-}
-
-// Whether the record of a value holds all that it must. A formula's text does not come behind the
-// next cell.
-bool SheetReader::IsCell(std::span<const std::byte> data, std::size_t minimum) {
-  if (data.size() < minimum) return false;
-  awaits_string_ = false;
-  CheckColumn(Row(data.data()), Column(data.data()));
-  return true;
-}
-
-void SheetReader::CheckColumn(std::uint16_t row, std::uint16_t column) {
-  if (column >= biff::kMaxColumns) RefuseOutside({row, column});
 }
 
 void SheetReader::ReadNumber(const std::byte* data) {
