@@ -170,8 +170,8 @@ void clsKorvex::CheckReplicationsAhead(const std::vector<std::string>& workbook_
       highest = std::max(highest, replication);
     }
   }
-  const int outputs = static_cast<int>(structure_.OutputColsArray().size());
   if (highest == 0) return;
+  const int outputs = static_cast<int>(structure_.OutputColsArray().size());
   try {
     output_sheet_->CheckRoom({1, outputs + highest});
   } catch (const Error& error) {

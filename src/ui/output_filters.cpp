@@ -2,14 +2,16 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 #include "util/basGeneral.h"
+#include "util/output_rules.h"
 #include "util/text.h"
 
 namespace korvex {
 namespace {
 
-constexpr const char* kEndings[] = {".xls", ".xlsx", ".csv"};
+constexpr std::string_view kEndings[] = {kXlsFormat.ending, kXlsxFormat.ending, kCsvFormat.ending};
 
 // With its dot; empty when there is none.
 std::string EndingOf(const std::string& file) {
@@ -21,16 +23,16 @@ std::string EndingOf(const std::string& file) {
 }  // namespace
 
 int OutputFilterOf(const std::string& file) {
-  const auto found = std::find_if(std::begin(kEndings), std::end(kEndings), [&](const char* known) {
-    return EqualText(known, EndingOf(file));
-  });
+  const auto found =
+      std::find_if(std::begin(kEndings), std::end(kEndings),
+                   [&](std::string_view known) { return EqualText(known, EndingOf(file)); });
   return found == std::end(kEndings) ? 0 : static_cast<int>(found - std::begin(kEndings));
 }
 
 std::string OutputFileChosen(const std::string& name, int offered, int chosen) {
   const std::string ending = EndingOf(name);
   if (!ending.empty() && (chosen == offered || !EqualText(ending, kEndings[offered]))) return name;
-  return name.substr(0, name.size() - ending.size()) + kEndings[chosen];
+  return name.substr(0, name.size() - ending.size()).append(kEndings[chosen]);
 }
 
 }  // namespace korvex
