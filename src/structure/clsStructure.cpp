@@ -98,7 +98,8 @@ void clsStructure::RefreshAvailableCols(Workbook& workbook) {
   for (const char* name : {kFilenameColumn, kDateColumn, kDayNumColumn}) {
     available_columns_.Add(name, kPseudoColumn);
   }
-  for (std::int16_t column = 1;; ++column) {
+  const int last_column = sheet.LastCell().column;  // the names can reach to the edge of the sheet
+  for (std::int16_t column = 1; column <= last_column; ++column) {
     const std::string name = CellText(sheet.Value(header_row, column));
     if (TrimBlanks(name).empty()) break;
     available_columns_.Add(name, column);

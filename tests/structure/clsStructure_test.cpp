@@ -51,6 +51,22 @@ TEST_F(Structure, ReadsTheHeaderRowOfTheFirstFileOfTheFirstSubFolder) {
   EXPECT_EQ(campaign.spreadsheet.running, 0);
 }
 
+TEST_F(Structure, ReadsHeadersUpToTheEdgeOfTheSheet) {
+  std::string headers;
+  for (int i = 1; i <= 16384; ++i) {
+    headers += "<Cell><Data ss:Type='String'>c" + std::to_string(i) + "</Data></Cell>";
+  }
+  const std::string workbook =
+      "<Workbook xmlns='urn:schemas-microsoft-com:office:spreadsheet' "
+      "xmlns:ss='urn:schemas-microsoft-com:office:spreadsheet'><Worksheet ss:Name='data'><Table>"
+      "<Row>";
+  campaign.platform.files.AddFile(campaign.Path("a/P-1-1.xls"),
+                                  workbook + headers + "</Row></Table></Worksheet></Workbook>");
+  Construct();
+  EXPECT_EQ(structure.AvailableColPosition("c16384"), 16384);
+  EXPECT_THAT(Messages(), IsEmpty());
+}
+
 TEST_F(Structure, NoticesEveryConfiguredColumnThatTheSampleLacks) {
   campaign.Put("a/P-1-1.xls", {});
   const struct {
