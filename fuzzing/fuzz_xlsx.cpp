@@ -1,5 +1,6 @@
 // The documents of .xlsx workbooks. The input is, with form feeds between: a worksheet, the shared
-// strings, the styles and the workbook. What it leaves out is empty, a workbook sound.
+// strings, the styles, the workbook, its relationships and those of the package. What it leaves out
+// is empty, of the last three sound.
 #include <string>
 #include <vector>
 
@@ -36,19 +37,22 @@ std::vector<std::string> Split(std::string_view input, std::size_t most) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const std::string kWorkbook =
+  static const std::vector<std::string> kSound = {
+      "",
+      "",
+      "",
       "<workbook xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\" xmlns:r=\"" +
-      kDocument + "\"><sheets><sheet name=\"data\" r:id=\"worksheet\"/></sheets></workbook>";
-  std::vector<std::string> documents = Split({reinterpret_cast<const char*>(data), size}, 4);
-  if (documents.size() < 4) {
-    documents.resize(3);
-    documents.push_back(kWorkbook);
-  }
+          kDocument + "\"><sheets><sheet name=\"data\" r:id=\"worksheet\"/></sheets></workbook>",
+      Relationships(Relationship("worksheet", "s.xml") + Relationship("sharedStrings", "t.xml") +
+                    Relationship("styles", "f.xml")),
+      Relationships(Relationship("officeDocument", "w.xml")),
+  };
+  std::vector<std::string> documents =
+      Split({reinterpret_cast<const char*>(data), size}, kSound.size());
+  while (documents.size() < kSound.size()) documents.push_back(kSound[documents.size()]);
   const std::string file = fuzz::ZipFile({
-      {"_rels/.rels", Relationships(Relationship("officeDocument", "w.xml"))},
-      {"_rels/w.xml.rels",
-       Relationships(Relationship("worksheet", "s.xml") + Relationship("sharedStrings", "t.xml") +
-                     Relationship("styles", "f.xml"))},
+      {"_rels/.rels", documents[5]},
+      {"_rels/w.xml.rels", documents[4]},
       {"s.xml", documents[0]},
       {"t.xml", documents[1]},
       {"f.xml", documents[2]},
