@@ -205,7 +205,7 @@ void Parser::End(const char* name) {
 }
 
 void Parser::Parse(const XmlSource& source) {
-  while (!is_end_ && !handler_.IsDone()) {
+  while (!is_end_) {
     void* const room = XML_GetBuffer(parser_.get(), kChunk);
     if (room == nullptr) RefuseFailure();
     const std::size_t count = source({static_cast<char*>(room), kChunk});

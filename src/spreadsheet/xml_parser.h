@@ -63,8 +63,6 @@ class XmlHandler {
   virtual void EndElement(const XmlName&, int /*depth*/) {}
   // The texts of elements that were wanted, in pieces.
   virtual void Text(std::string_view) {}
-  // Whether the rest of the document can be left unread.
-  virtual bool IsDone() const { return false; }
 };
 
 // Fills the front of the room with what comes next of a document; 0 at its end.
@@ -72,7 +70,7 @@ using XmlSource = std::function<std::size_t(std::span<char>)>;
 // A document that is in memory.
 XmlSource SourceOf(std::span<const std::byte> bytes);
 
-// Reads a document to its end, or until the handler is done. `part` names the part of the file that
+// Reads a document to its end. `part` names the part of the file that
 // it is, "" when it is all of the file. Refusals are Errors 1004 and predicates (refusal.h); errors
 // of source and handler pass through.
 void ParseXml(const XmlSource& source, const std::string& part,
