@@ -89,19 +89,25 @@ void clsStructure::ReadSample(Application& application) {
 void clsStructure::RefreshAvailableCols(Workbook& workbook) {
   available_columns_.RemoveAll();
   Worksheet& sheet = GetDataSheet(workbook);
+  const auto fail = [&](int number, const std::string& cause) {
+    throw Error(number, "The sheet \"" + sheet.Name() + "\" of " + workbook.Name() + " " + cause);
+  };
   const int header_row = GetHeaderRow(sheet);
-  if (header_row == 0) {
-    throw Error(error_number::kAutomation,
-                "The sheet \"" + sheet.Name() + "\" of " + workbook.Name() +
-                    " has no header row: the first column holds nothing but numbers and blanks.");
-  }
   for (const char* name : {kFilenameColumn, kDateColumn, kDayNumColumn}) {
     available_columns_.Add(name, kPseudoColumn);
+  }
+  if (header_row == 0) {
+    fail(error_number::kAutomation,
+         "has no header row: the first column holds nothing but numbers and blanks.");
   }
   const int last_column = sheet.LastCell().column;  // the names can reach to the edge of the sheet
   for (std::int16_t column = 1; column <= last_column; ++column) {
     const std::string name = CellText(sheet.Value(header_row, column));
     if (TrimBlanks(name).empty()) break;
+    if (available_columns_.Exists(name)) {
+      fail(error_number::kDuplicateKey,
+           "has the column name \"" + name + "\" twice; Filename, Date and day_num count, too.");
+    }
     available_columns_.Add(name, column);
   }
   output_columns_.RemoveAll();
