@@ -359,6 +359,7 @@ class Conversion:
         self.output = OutputTable()
         self.key_rows = {}             # upper-cased key: output row
         self.replication_columns = {}  # upper-cased letter: output column
+        self.output_columns = 0        # of the sample
         self.next_row = 2
         self.messages, self.logged = [], []
 
@@ -377,11 +378,13 @@ class Conversion:
     def convert(self, batches, sample):
         try:
             self.check_structure(sample)
+            self.output_columns = len(self.structure.columns)
             for position, (name, _) in enumerate(self.structure.columns):
                 self.output.set(1, position + 1, cell_from_text(RENAMED_HEADERS.get(upper(name), name)))
             of_folders = batches[0][0] is not None
             if of_folders:
-                self.check_columns_ahead(len(self.structure.columns), len(batches), len(batches))
+                columns = self.output_columns + len(self.replications(batches[0][1]))
+                self.check_columns_ahead(columns, len(batches), len(batches))
             self.check_replications_ahead([name for _, files in batches for name in files])
             for number, (folder, files) in enumerate(batches):
                 if not files:
@@ -404,15 +407,20 @@ class Conversion:
                         "sub-folders." % (headers, folders))
 
     def check_replications_ahead(self, files):
+        replications = self.replications(files)
+        if replications:
+            self.check_room(self.output_columns + max(replications), "There are %d output columns and replications "
+                            "up to %d." % (self.output_columns, max(replications)))
+
+    @staticmethod
+    def replications(files):
+        """Those that will be given a column, the first of each letter."""
         columns = {}
         for full_name in files:
             replication = replication_of(full_name)
             if replication is not None and 1 <= replication <= LAST_REPLICATION:
                 columns.setdefault(upper(replication_letter(replication)), replication)
-        if columns:
-            highest, outputs = max(columns.values()), len(self.structure.columns)
-            self.check_room(outputs + highest, "There are %d output columns and replications up to %d." % (
-                outputs, highest))
+        return columns.values()
 
     def check_room(self, column, reason):
         if column > SHEET_COLUMNS:
@@ -488,13 +496,13 @@ class Conversion:
         self.write_data(sheet, row, replication, key, output_row)
         if is_new:
             for name, position in self.structure.columns:
-                self.output.set(output_row, position, cell_from_text(self.column_value(sheet, row, name)))
+                self.output.set(output_row, position, self.output_value(sheet, row, name))
             self.next_row += 1
 
     def write_data(self, sheet, row, replication, key, output_row):
         letter = replication_letter(replication)
         if upper(letter) not in self.replication_columns:
-            column = len(self.structure.columns) + replication
+            column = self.output_columns + replication
             self.replication_columns[upper(letter)] = column
             self.output.set(1, column, cell_from_text(letter))
         column = self.replication_columns[upper(letter)]
@@ -515,6 +523,14 @@ class Conversion:
         if upper(name) == "DAY_NUM":
             return str(self.day_number(sheet.full_name))
         return ""
+
+    def output_value(self, sheet, row, name):
+        """What is written of a column: its text, but a number stays one, of 15 digits."""
+        text = self.column_value(sheet, row, name)
+        position = self.structure.position(name)
+        if position > 0 and sheet.cell(row, position).kind == "number":
+            return Cell("number", float(text))
+        return cell_from_text(text)
 
     def date(self, sheet):
         date, blank, _ = sheet.text(1, 1).partition(" ")

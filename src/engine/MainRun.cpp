@@ -107,7 +107,7 @@ void MainRun::Run(const RunSelection& selection) {
   ShowMessageBox("Process finished!", {"OK"}, kProgramTitle, kSuccessIcon);
   view_.LeaveRunning();
   view_.SetMessage("Ready");
-  if (basSettings::LaunchOutputFile()) ShellOpen(basSettings::OutputFullName());
+  if (basSettings::LaunchOutputFile()) ShellOpen(OutputFullName());
 }
 
 void MainRun::Stop() {

@@ -45,6 +45,8 @@ class MainRun {
   // Asks the engine for a stop; does nothing when none is running.
   void Stop();
   bool Running() const { return moKorvex_ && moKorvex_->Running(); }
+  // Where the run that finished last saved its output.
+  const std::string& OutputFullName() const { return moKorvex_->OutputFullName(); }
 
  private:
   void Run(const RunSelection& selection);

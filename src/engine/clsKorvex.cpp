@@ -108,7 +108,8 @@ void clsKorvex::CreateOutputWorkbook() {
   application_->SetVisible(false);
   application_->SetScreenUpdating(false);
   application_->SetDisplayAlerts(false);
-  output_workbook_ = &application_->AddWorkbook(basSettings::OutputFullName());
+  output_full_name_ = basSettings::OutputFullName();
+  output_workbook_ = &application_->AddWorkbook(output_full_name_);
   while (output_workbook_->WorksheetCount() >= 2) output_workbook_->Worksheets(1).Delete();
   output_sheet_ = &output_workbook_->Worksheets(1);
   const std::string folder = Platform().files->AbsolutePath(processing_folder_);
@@ -119,7 +120,6 @@ void clsKorvex::CreateOutputWorkbook() {
 void clsKorvex::ProcessSubFolders() {
   const std::vector<std::string> sub_folders = SubFolderNames(processing_folder_);
   folder_count_ = Int16(sub_folders.size());
-  CheckColumnsAhead(static_cast<int>(structure_.OutputColsArray().size()));
   std::vector<std::string> names;
   for (const std::string& sub_folder : sub_folders) {
     // What cannot be listed is told when its turn comes.
@@ -127,6 +127,9 @@ void clsKorvex::ProcessSubFolders() {
       for (std::string& name : WorkbookNames(JoinPath(processing_folder_, sub_folder)))
         names.push_back(std::move(name));
     });
+    if (&sub_folder == &sub_folders.front()) {
+      CheckColumnsAhead(output_columns_ + ReplicationsOf(names).count);
+    }
   }
   CheckReplicationsAhead(names);
   for (const std::string& name : sub_folders) {
@@ -216,7 +219,7 @@ void clsKorvex::AskWhetherToStop() {
 }
 
 void clsKorvex::SaveOutputWorkbook() {
-  output_workbook_->SaveAs(basSettings::OutputFullName());
+  output_workbook_->SaveAs(output_full_name_);
   output_workbook_->Close();
   output_sheet_ = nullptr;
   output_workbook_ = nullptr;

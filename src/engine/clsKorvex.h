@@ -46,6 +46,9 @@ class clsKorvex {
   void StopProcess() { stop_requested_ = true; }
   // True from the start of a run to its end.
   bool Running() const { return running_; }
+  // Where the run saves its output, as the settings named it when the run began; a change during
+  // the run is for the next one.
+  const std::string& OutputFullName() const { return output_full_name_; }
   // Whether the run ended because the user confirmed a stop.
   bool Stopped() const { return stopped_; }
 
@@ -74,6 +77,12 @@ class clsKorvex {
   struct KeyRow {
     int row = 0;
     int last_sheet = 0;
+  };
+
+  // How many columns replications take, and the highest of those that give a column its place.
+  struct Replications {
+    int count = 0;
+    std::int16_t highest = 0;
   };
 
   // The run, in clsKorvex.cpp.
@@ -114,7 +123,8 @@ class clsKorvex {
   void AddExtraHeaders();
   bool HeaderIsEmpty(int column) const;
   void CheckColumnsAhead(int columns) const;
-  void CheckReplicationsAhead(const std::vector<std::string>& workbook_names);
+  void CheckReplicationsAhead(const std::vector<std::string>& workbook_names) const;
+  static Replications ReplicationsOf(const std::vector<std::string>& workbook_names);
 
   // Shows a message with the one button "OK" and ends the run with error 17.
   [[noreturn]] static void Refuse(const std::string& message);
@@ -130,6 +140,8 @@ class clsKorvex {
   KeyedCollection<int> replication_table_;
   clsArray extra_headers_;
   std::string processing_folder_;
+  std::string output_full_name_;
+  int output_columns_ = 0;  // of the sample file; a later file may lack some and leaves them blank
   std::int32_t next_output_row_ = 2;
   std::vector<std::string> files_;
   bool stop_requested_ = false;

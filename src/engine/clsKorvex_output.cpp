@@ -43,7 +43,8 @@ std::string ReplicationLetter(std::int16_t replication) {
   return Utf8FromCodePage1252(static_cast<unsigned char>(64 + replication));
 }
 
-// What a cell holds once the text of `value` is written into it. `text` lends the room.
+// What a cell holds once the text of `value` is written into it. A number stays the number that its
+// text reads as, whatever notation that takes. `text` lends the room.
 CellValue WrittenAsText(const CellValue& value, std::string& text) {
   if (value.kind == CellKind::kEmpty) return value;
   if (value.kind == CellKind::kText) {
@@ -56,15 +57,17 @@ CellValue WrittenAsText(const CellValue& value, std::string& text) {
   }
   text.clear();
   AppendCellText(value, text);
+  if (value.kind == CellKind::kNumber) {
+    return CellValue::Number(ParseNumber(text).value_or(value.number));
+  }
   return CellFromText(text);
 }
 
 }  // namespace
 
 void clsKorvex::WriteHeaders() {
-  int column = 0;
   for (const std::string& name : structure_.OutputColsArray()) {
-    output_sheet_->SetValue(1, ++column, CellFromText(HeaderOf(name)));
+    output_sheet_->SetValue(1, ++output_columns_, CellFromText(HeaderOf(name)));
   }
 }
 
@@ -91,6 +94,11 @@ void clsKorvex::WriteData(const std::string& key, int output_row, int row, int d
            "truely unique." + kLineBreak + kLineBreak + "Current file: " + InputDisplayPath() +
            kLineBreak + kLineBreak + "Key name:   " + key);
   }
+  if (data_column < 1) {
+    throw Error(error_number::kAutomation, "The sheet \"" + data_sheet_->Name() + "\" of " +
+                                               input_workbook_->Name() + " has no data column \"" +
+                                               structure_.DataColumn() + "\".");
+  }
   output_sheet_->SetValue(output_row, column, data_sheet_->Value(row, data_column));
 }
 
@@ -100,7 +108,7 @@ int clsKorvex::ReplicationColumn(std::int16_t replication) {
   const std::string letter = ReplicationLetter(replication);
   int& column = replication_table_.Item(letter);
   if (column == 0) {
-    column = static_cast<int>(structure_.OutputColsArray().size()) + replication;
+    column = output_columns_ + replication;
     output_sheet_->SetValue(1, column, CellValue::Text(letter));
   }
   return column;
@@ -160,23 +168,28 @@ void clsKorvex::CheckColumnsAhead(int columns) const {
 // Names, in the order in which their files will be read, tell the replications and thereby the
 // columns that will be given out. A replication that has no letter is refused when its file is
 // read.
-void clsKorvex::CheckReplicationsAhead(const std::vector<std::string>& workbook_names) {
+clsKorvex::Replications clsKorvex::ReplicationsOf(const std::vector<std::string>& workbook_names) {
+  Replications found;
   NameIndex letters;
-  std::int16_t highest = 0;
   for (const std::string& name : workbook_names) {
     const std::int16_t replication = ReplicationOf(name);
     if (replication < 1 || replication > kLastReplication) continue;
-    if (letters.FindOrAdd(ReplicationLetter(replication)).second) {
-      highest = std::max(highest, replication);
-    }
+    if (!letters.FindOrAdd(ReplicationLetter(replication)).second) continue;
+    ++found.count;
+    found.highest = std::max(found.highest, replication);
   }
+  return found;
+}
+
+void clsKorvex::CheckReplicationsAhead(const std::vector<std::string>& workbook_names) const {
+  const int highest = ReplicationsOf(workbook_names).highest;
   if (highest == 0) return;
-  const int outputs = static_cast<int>(structure_.OutputColsArray().size());
   try {
-    output_sheet_->CheckRoom({1, outputs + highest});
+    output_sheet_->CheckRoom({1, output_columns_ + highest});
   } catch (const Error& error) {
-    Refuse("There are " + std::to_string(outputs) + " output columns and replications up to " +
-           std::to_string(highest) + ". " + error.Description());
+    Refuse("There are " + std::to_string(output_columns_) +
+           " output columns and replications up to " + std::to_string(highest) + ". " +
+           error.Description());
   }
 }
 

@@ -65,7 +65,13 @@ clsKorvex::SheetColumns clsKorvex::FindSheetColumns() {
     columns.keys.push_back({name + "=", FindColumn(name)});
   }
   for (const std::string& name : structure_.OutputColsArray()) {
-    columns.outputs.push_back({structure_.OutputColPosition(name), FindColumn(name)});
+    const int position = structure_.OutputColPosition(name);
+    if (position > output_columns_) {
+      throw Error(error_number::kAutomation,
+                  "The output was begun without a column for \"" + name +
+                      "\": the sample file could not be read, or the settings have changed since.");
+    }
+    columns.outputs.push_back({position, FindColumn(name)});
   }
   columns.data_column = structure_.AvailableColPosition(structure_.DataColumn());
   return columns;

@@ -158,7 +158,10 @@ int Main(const ConvertOptions& options) {
     }
     LayOverSettings(options, selection, files);
     if (!options.list_columns) CheckAhead();
-    if (options.save_settings) settings.Keep();
+    if (options.save_settings) {
+      CheckSelection(selection);
+      settings.Keep();
+    }
     OpenOnlyWhenChosen();
 
     std::string log_complaint;
@@ -168,7 +171,7 @@ int Main(const ConvertOptions& options) {
       status = ListColumns(selection);
     } else {
       status = ExitStatus(run.Start(selection));
-      if (status == kFinished) WriteOutput(basSettings::OutputFullName() + "\n");
+      if (status == kFinished) WriteOutput(run.OutputFullName() + "\n");
     }
     FlushOutput();
     if (status != kFinished && !logging) {
