@@ -55,6 +55,23 @@ RunSelection SelectionOf(const ConvertOptions& options, const FileSystem& files)
   return selection;
 }
 
+// What is wrong with the folder, the files or the output that the call names; empty when nothing
+// is.
+std::string ComplaintAbout(const ConvertOptions& options, const RunSelection& selection,
+                           const FileSystem& files) {
+  if (selection.folder.empty() && selection.files.empty()) {
+    return "Give the folder to process, or --files.";
+  }
+  if (options.folder && files.FileExists(selection.folder)) {
+    return *options.folder + " is a file. Give the folder to process, or --files.";
+  }
+  if (options.output &&
+      (options.output->ends_with('/') || options.output->ends_with(files.Separator()))) {
+    return *options.output + " is a folder. Give the output workbook a name in it.";
+  }
+  return {};
+}
+
 // Lays the choices of this call over the settings.
 void LayOverSettings(const ConvertOptions& options, const RunSelection& selection,
                      const FileSystem& files) {
@@ -152,8 +169,9 @@ int Main(const ConvertOptions& options) {
   const InstalledServices installed(services);
   try {
     const RunSelection& selection = command_line.selection = SelectionOf(options, files);
-    if (selection.folder.empty() && selection.files.empty()) {
-      line.WriteLine("Give the folder to process, or --files.");
+    const std::string complaint = ComplaintAbout(options, selection, files);
+    if (!complaint.empty()) {
+      line.WriteLine(complaint);
       return kBadArguments;
     }
     LayOverSettings(options, selection, files);

@@ -44,6 +44,14 @@ std::string AskWithFileDialog(wxWindow& owner, std::string shown) {
   }
 }
 
+// A name without a folder is meant in the one that the program works in now, not in that of another
+// day. What names no file is refused when it is used.
+std::string WithFolder(const std::string& name) {
+  const FileSystem& files = *Platform().files;
+  if (TrimBlanks(name).empty() || name.ends_with(files.Separator())) return name;
+  return files.AbsolutePath(name);
+}
+
 ColumnList ColumnsOf(const wxListBox& list) {
   ColumnList columns;
   for (const wxString& name : list.GetStrings()) columns.names.push_back(FromWx(name));
@@ -214,7 +222,7 @@ void frmOptions::SaveGeneralOptions() {
     basSettings::SetOutputFile(txtFilename_.Name());
   } else if (optOutputFileByName_->GetValue()) {
     basSettings::SetOutputFileMethod(basSettings::kByConstantName);
-    basSettings::WriteOutputFullName(txtOutputFile_.Name());
+    basSettings::WriteOutputFullName(WithFolder(txtOutputFile_.Name()));
   }
   basSettings::SetAutoReplaceOutputFiles(optAutoReplaceTrue_->GetValue());
 }

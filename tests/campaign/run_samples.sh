@@ -270,6 +270,10 @@ convert -o "$work/some.xls" ""
 check "empty folder name: exit status is $status, not 2" [ "$status" = 2 ]
 convert
 check "neither folder nor files: exit status is $status, not 2" [ "$status" = 2 ]
+convert "$first/KIN01-1-3.xls"
+check "a file for a folder: exit status is $status, not 2" [ "$status" = 2 ]
+convert -o "$work/" "$campaign"
+check "a folder for a file: exit status is $status, not 2" [ "$status" = 2 ]
 convert --unknown "$campaign"
 check "unknown option: exit status is $status, not 2" [ "$status" = 2 ]
 convert --version

@@ -189,6 +189,21 @@ TEST_F(Options, BrowsingReplacesTheOutputFileUnlessCancelled) {
   EXPECT_EQ(Main("Output File"), "day.xls");
 }
 
+TEST_F(Options, GivesATypedNameItsFolder) {
+  const std::string home = campaign.platform.files.DefaultFolder();
+  const struct {
+    std::string typed, path, file;
+  } cases[] = {{"day.xls", home + "/", "day.xls"}, {"", "", ""}, {"/out/", "/out/", ""}};
+  for (const auto& c : cases) {
+    Use([&](wxDialog& dialog) {
+      Box(dialog, "txtOutputFile").SetValue(c.typed);
+      Press(dialog, "cmdOK");
+    });
+    EXPECT_EQ(Main("Output Path"), c.path);
+    EXPECT_EQ(Main("Output File"), c.file);
+  }
+}
+
 TEST_F(Options, StaysOpenWithoutAKeyColumnAndStoresNothingMoreWhenClosed) {
   Use([this](wxDialog& dialog) {
     Choose(dialog, "optOutputFileByFolder");
