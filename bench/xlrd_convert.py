@@ -113,6 +113,10 @@ def cell_text(cell):
     return cell.value or ""
 
 
+def is_blank(cell):
+    return not cell_text(cell).strip(" ")
+
+
 NUMBER = re.compile(r"([+-]?)\$?((?:\d[\d,]*(?:\.\d*)?|\.\d+)(?:[eEdD][+-]?\d+)?)([+-]?)")
 
 
@@ -314,7 +318,7 @@ class OutputTable:
         return max(map(len, self.rows))
 
     def header_is_empty(self, column):
-        return not cell_text(self.cell(1, column)).strip(" ")
+        return is_blank(self.cell(1, column))
 
     def remove_empty_columns(self):
         column, removed = 1, 0
@@ -360,6 +364,7 @@ class Conversion:
         self.key_rows = {}             # upper-cased key: output row
         self.replication_columns = {}  # upper-cased letter: output column
         self.output_columns = 0        # of the sample
+        self.written = 0               # cells that are not blank
         self.next_row = 2
         self.messages, self.logged = [], []
 
@@ -394,6 +399,7 @@ class Conversion:
                 if of_folders:
                     self.check_columns_ahead(self.output.width(), len(batches) - number - 1, len(batches))
             self.output.remove_empty_columns()
+            assert self.written == sum(not is_blank(cell) for row in self.output.rows[1:] for cell in row), "lost cells"
         except Failure as failure:
             if failure.number != 17:
                 self.report(failure, "frmMain.ProcessFolders")
@@ -496,7 +502,7 @@ class Conversion:
         self.write_data(sheet, row, replication, key, output_row)
         if is_new:
             for name, position in self.structure.columns:
-                self.output.set(output_row, position, self.output_value(sheet, row, name))
+                self.write(output_row, position, self.output_value(sheet, row, name))
             self.next_row += 1
 
     def write_data(self, sheet, row, replication, key, output_row):
@@ -506,11 +512,19 @@ class Conversion:
             self.replication_columns[upper(letter)] = column
             self.output.set(1, column, cell_from_text(letter))
         column = self.replication_columns[upper(letter)]
-        if cell_text(self.output.cell(output_row, column)).strip(" "):
+        if self.output.header_is_empty(column):
+            self.refuse("The data of replication %d would be lost: its column moved when the empty columns of an "
+                        "earlier sub-folder were removed. Number the replications without gaps, or process all "
+                        "files as selected files.\n\nCurrent file: %s" % (replication, display_path(sheet.full_name)))
+        if not is_blank(self.output.cell(output_row, column)):
             self.refuse("The same key, with the same replication number was found in different files, and "
                         "data would be overwritten. Please check that all key fields are truely unique."
                         "\n\nCurrent file: %s\n\nKey name:   %s" % (display_path(sheet.full_name), key))
-        self.output.set(output_row, column, sheet.cell(row, self.structure.position(self.structure.data)))
+        self.write(output_row, column, sheet.cell(row, self.structure.position(self.structure.data)))
+
+    def write(self, row, column, cell):
+        self.output.set(row, column, cell)
+        self.written += not is_blank(cell)
 
     def column_value(self, sheet, row, name):
         position = self.structure.position(name)

@@ -103,13 +103,20 @@ void clsKorvex::WriteData(const std::string& key, int output_row, int row, int d
 }
 
 // A replication keeps the column that it was given when it was first met, even after columns have
-// been deleted or headers appended.
+// been deleted or headers appended. What is written below no header would be deleted with its
+// column.
 int clsKorvex::ReplicationColumn(std::int16_t replication) {
   const std::string letter = ReplicationLetter(replication);
   int& column = replication_table_.Item(letter);
   if (column == 0) {
     column = output_columns_ + replication;
     output_sheet_->SetValue(1, column, CellValue::Text(letter));
+  } else if (HeaderIsEmpty(column)) {
+    Refuse(
+        "The data of replication " + std::to_string(replication) +
+        " would be lost: its column moved when the empty columns of an earlier sub-folder were " +
+        "removed. Number the replications without gaps, or process all files as selected files." +
+        kLineBreak + kLineBreak + "Current file: " + InputDisplayPath());
   }
   return column;
 }

@@ -140,8 +140,8 @@ def add_plates(campaign, folder, headers, programs, chance):
         for replication in chance.sample([1, 2, 3, 4, 5, 9, 12], chance.choice([1, 2, 3])):
             file = "P%d-%d-%d%s" % (plate, chance.choice([1, 2, 17]), replication, chance.choice([".xls", ".XLS", ".dat"]))
             names = [any_case(name, chance) for name in headers] if chance.random() < 0.5 else headers
-            if chance.random() < 0.01:
-                names = names[:-1]
+            if chance.random() < 0.05:
+                names = chance.sample(names[:1] + names[2:], len(names) - 1)
             sheets = [("data" if chance.random() < 0.8 else "Data", data_sheet(names, identities, chance))]
             if chance.random() < 0.5:
                 sheets.insert(chance.randrange(2), ("notes", [[("text", "nothing")]]))

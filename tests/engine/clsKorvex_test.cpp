@@ -136,6 +136,15 @@ TEST_F(Engine, KeepsTheColumnsOfReplicationsFromBatchToBatch) {
   EXPECT_THAT(campaign.OutputRow(3), ElementsAre("K2", "7", "", "", "0.33", "", "", "0.66"));
 }
 
+TEST_F(Engine, RefusesDataWhoseColumnHasLostItsHeader) {
+  for (const char* name : {"a/P-1-1.xls", "a/P-1-9.xls", "b/Q-1-9.xls"}) {
+    campaign.Put(name, {{1, "K1", 7, 0.1}});
+    campaign.SetKeys({"Filename"});
+  }
+  EXPECT_EQ(Run(), 17);
+  EXPECT_THAT(Texts(), ElementsAre(HasSubstr("The data of replication 9 would be lost")));
+}
+
 TEST_F(Engine, LeavesAnOutputColumnBlankThatALaterFileLacks) {
   campaign.SetOutputs({"plate", "compound ID"});
   campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
