@@ -7,6 +7,7 @@
 #include "platform/services.h"
 #include "platform/spreadsheet.h"
 #include "settings/basSettings.h"
+#include "util/attempt.h"
 #include "util/basFuncs.h"
 #include "util/basGeneral.h"
 #include "util/folder_listing.h"
@@ -41,7 +42,13 @@ std::int32_t ProgressMaximum(const RunSelection& selection) {
   if (basSettings::ProcessingSubFolders()) {
     files = 0;
     for (const std::string& name : SubFolderNames(selection.folder)) {
-      files += CountFiles(JoinPath(selection.folder, name));
+      const std::string sub_folder = JoinPath(selection.folder, name);
+      std::int32_t count = 0;
+      // A folder deeper down, which no run reads, may be closed to the user.
+      if (!Attempt([&] { count = CountFiles(sub_folder); })) {
+        count = static_cast<std::int32_t>(WorkbookNames(sub_folder).size());
+      }
+      files += count;
     }
   }
   return files + 2;

@@ -22,6 +22,7 @@
 #include "ui/folder_tree.h"
 #include "ui/frame_panel.h"
 #include "ui/twips.h"
+#include "ui/unmeant_input.h"
 #include "ui/wx_text.h"
 #include "util/attempt.h"
 #include "util/folder_listing.h"
@@ -63,6 +64,7 @@ FileChooser::FileChooser(wxWindow* parent, const std::string& name)
   fraMain_ = new FramePanel(this, "fraMain", "", false);
   drvMain_ = new wxChoice(fraMain_, wxID_ANY);
   drvMain_->SetName("drvMain");
+  IgnoreWheel(*drvMain_);
   dirMain_ = new FolderTree(new wxPanel(fraMain_, wxID_ANY, wxDefaultPosition, wxDefaultSize,
                                         wxTAB_TRAVERSAL | wxBORDER_THEME),
                             "dirMain");

@@ -60,7 +60,7 @@ void frmMain::Form_Load() {
       "frmMain.Form_Load",
       [&] {
         design_size_ = GetSize();
-        cmdProcess_->SetLabel("&Run!");
+        SetProcessCaption("&Run!");
         SetTitle(ToWx(std::string(kProgramTitle) + " " + kProgramVersion));
         txtPattern_->ChangeValue(kDefaultPattern);
         SetMessage("Ready");
@@ -256,20 +256,29 @@ void frmMain::ProcessedFile() {
 
 void frmMain::EnterRunning() {
   EnableForRun(false);
-  cmdProcess_->SetLabel("Stop");
+  SetProcessCaption("Stop");
   SetCursor(wxCURSOR_WAIT);
   cmdProcess_->SetFocus();
 }
 
 void frmMain::LeaveRunning() {
   EnableForRun(true);
-  cmdProcess_->SetLabel("&Run!");
+  SetProcessCaption("&Run!");
   SetCursor(wxNullCursor);
 }
 
+// GTK can lose the text of a button that is given the one that it has.
+void frmMain::SetProcessCaption(const wxString& caption) {
+  if (cmdProcess_->GetLabel() != caption) cmdProcess_->SetLabel(caption);
+}
+
+// The keys of a menu's entries work on when only the menu is disabled.
 void frmMain::EnableForRun(bool enable) {
   for (std::size_t menu = 0; menu < GetMenuBar()->GetMenuCount(); ++menu) {
     GetMenuBar()->EnableTop(menu, enable);
+    for (wxMenuItem* item : GetMenuBar()->GetMenu(menu)->GetMenuItems()) {
+      if (!item->IsSeparator()) item->Enable(enable);
+    }
   }
   for (FramePanel* frame : {fraMain_, fraCurrentMode_}) {
     korvex::EnableFrame(*frame, enable);

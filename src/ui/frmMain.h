@@ -60,6 +60,7 @@ class frmMain : public wxFrame, private RunView {
   // Opens the folder, or the nearest one above it that can be opened; says what was wrong with it.
   std::string ShowFolder(const std::string& folder);
   RunSelection Selection() const;
+  void SetProcessCaption(const wxString& caption);
   void EnableForRun(bool enable);
 
   // The engine's events and the run's state.

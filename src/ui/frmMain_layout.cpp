@@ -10,6 +10,7 @@
 #include "ui/frmMain.h"
 #include "ui/text_box.h"
 #include "ui/twips.h"
+#include "ui/unmeant_input.h"
 #include "ui/wx_text.h"
 
 namespace korvex {
@@ -120,6 +121,7 @@ wxSizer* frmMain::ProgressRow(wxWindow* form) {
   cmdProcess_->SetName("cmdProcess");
   cmdProcess_->SetCursor(wxCURSOR_ARROW);
   cmdProcess_->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { cmdProcess_Click(); });
+  IgnoreSecondClick(*cmdProcess_);  // which would stop the run that the first one started
   row->Add(prg_, wxSizerFlags(1).CenterVertical());
   row->AddSpacer(FromDIP(kGap));
   row->Add(cmdProcess_, wxSizerFlags().CenterVertical());

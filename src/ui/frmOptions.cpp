@@ -126,9 +126,11 @@ void frmOptions::LoadGeneralOptions() {
   if (method == basSettings::kByConstantName) {
     optOutputFileByName_->SetValue(true);
     optOutputFileByName_Click();
+    optOutputFileByName_->SetFocus();
   } else if (method == basSettings::kByFolder) {
     optOutputFileByFolder_->SetValue(true);
     optOutputFileByFolder_Click();
+    optOutputFileByFolder_->SetFocus();
   } else {
     optOutputFileUnknown_->SetValue(true);
   }
@@ -247,7 +249,13 @@ void frmOptions::cmdBrowse_Click() {
   Trap("frmOptions.cmdBrowse_Click", [&] {
     const std::string chosen = ask_for_output_file(*this, txtOutputFile_.Name());
     const std::string_view name = TrimBlanks(chosen);
-    if (!name.empty()) txtOutputFile_.Show(std::string(name));
+    if (name.empty()) return;
+    // Who chooses a file means that one, whichever option was selected before.
+    if (!optOutputFileByName_->GetValue()) {
+      optOutputFileByName_->SetValue(true);
+      optOutputFileByName_Click();
+    }
+    txtOutputFile_.Show(std::string(name));
   });
 }
 

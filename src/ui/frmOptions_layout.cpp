@@ -13,6 +13,7 @@
 #include "ui/centre.h"
 #include "ui/frmOptions.h"
 #include "ui/text_box.h"
+#include "ui/unmeant_input.h"
 #include "ui/wx_text.h"
 #include "util/basGeneral.h"
 
@@ -77,6 +78,7 @@ wxListBox* NewList(wxWindow& parent, const char* name) {
   auto* list = Named(new wxListBox(&parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, 0, nullptr,
                                    wxLB_SINGLE | wxLB_NEEDED_SB | wxLB_HSCROLL),
                      name);
+  SelectOnlyWhenAsked(*list);
   list->SetMinSize(wxSize(kListWidth * parent.GetCharWidth(), kListHeight * LineHeight(parent)));
   return list;
 }
@@ -246,6 +248,7 @@ void frmOptions::BuildColumns(FramePanel& frame) {
 void frmOptions::BuildSample(FramePanel& frame) {
   wxStaticText* data = NewLabel(frame, "Data Column:");
   cboDataCol_ = Named(new wxChoice(&frame, wxID_ANY), "cboDataCol");
+  IgnoreWheel(*cboDataCol_);
   wxStaticText* sample = NewLabel(frame, "Launch Sample File -->");
   cmdSampleFile_ = Named(new wxButton(&frame, wxID_ANY, "..."), "cmdSampleFile");
   for (wxWindow* control :

@@ -142,11 +142,16 @@ TEST_F(MainWindowTest, ConvertsWhileTheWindowShowsIt) {
   std::vector<std::string> seen;
   campaign.platform.message_loop.on_yield = [&] {
     EXPECT_EQ(Run().GetLabel(), "Stop");
-    EXPECT_FALSE(window_->GetMenuBar()->IsEnabledTop(0) || window_->GetMenuBar()->IsEnabledTop(1));
+    wxMenuBar& menus = *window_->GetMenuBar();
+    EXPECT_FALSE(menus.IsEnabledTop(0) || menus.IsEnabledTop(1));
+    EXPECT_FALSE(menus.IsEnabled(menus.FindMenuItem("File", "Run")));  // nor does F5 work
     for (const char* name : {"fraMain", "fraCurrentMode", "optFiles", "txtPattern", "filMain"}) {
       EXPECT_FALSE(The<wxWindow>(name).IsThisEnabled()) << name;
     }
     EXPECT_FALSE(window_->Close());
+    wxMouseEvent second_press(wxEVT_LEFT_DCLICK);
+    Run().HandleWindowEvent(second_press);
+    Click(Run());
     seen.push_back(Label("lblMessages") + " " + std::to_string(The<wxGauge>("prg").GetValue()));
   };
   Click(Run());

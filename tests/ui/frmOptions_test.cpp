@@ -178,6 +178,7 @@ TEST_F(Options, BrowsingReplacesTheOutputFileUnlessCancelled) {
     Press(dialog, "cmdBrowse");
     EXPECT_EQ(asked_with, "/out/all.xls");
     EXPECT_EQ(Text(dialog, "txtOutputFile"), "/out/all.xls");
+    Choose(dialog, "optOutputFileByFolder");
     answer = " /data/r\xE9sultat/day.xls ";  // no UTF-8
     Press(dialog, "cmdBrowse");
     EXPECT_THAT(Text(dialog, "txtOutputFile"), HasSubstr("/data/r"));

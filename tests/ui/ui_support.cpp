@@ -21,6 +21,7 @@ void ChooseMenu(wxFrame& window, const std::string& menu, const std::string& ent
   ASSERT_NE(id, wxNOT_FOUND) << menu << ", " << entry;
   const int position = bar.FindMenu(wxString::FromUTF8(menu));
   ASSERT_TRUE(bar.IsEnabledTop(static_cast<std::size_t>(position))) << menu << " is disabled";
+  ASSERT_TRUE(bar.IsEnabled(id)) << entry << " is disabled";
   wxCommandEvent event(wxEVT_MENU, id);
   event.SetEventObject(&bar);
   wxMenu* owner = nullptr;

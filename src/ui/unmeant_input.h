@@ -1,0 +1,20 @@
+// What happens to a control without anybody meaning it.
+#pragma once
+
+class wxButton;
+class wxChoice;
+class wxListBox;
+
+namespace korvex {
+
+// The wheel over a closed box no longer chooses: whoever scrolls past it wants something else.
+void IgnoreWheel(wxChoice& box);
+
+// Of a double click the button hears the first click alone.
+void IgnoreSecondClick(wxButton& button);
+
+// A list in which nothing is selected stays so when the focus comes to it by the keyboard; GTK
+// would select its first item.
+void SelectOnlyWhenAsked(wxListBox& list);
+
+}  // namespace korvex
