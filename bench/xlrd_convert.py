@@ -486,6 +486,8 @@ class Conversion:
         self.progress("%s, Sheet %d of %d" % (progress, sheet.index, sheet.sheet_count))
         row = sheet.header_row() + 1
         replication = self.replication_number(full_name)
+        if self.structure.position(self.structure.data) < 1:
+            raise Failure(1004, "No data column")
         keys_of_sheet = set()
         while sheet.text(row, 1).strip(" "):
             self.process_row(sheet, row, replication, keys_of_sheet)

@@ -94,11 +94,6 @@ void clsKorvex::WriteData(const std::string& key, int output_row, int row, int d
            "truely unique." + kLineBreak + kLineBreak + "Current file: " + InputDisplayPath() +
            kLineBreak + kLineBreak + "Key name:   " + key);
   }
-  if (data_column < 1) {
-    throw Error(error_number::kAutomation, "The sheet \"" + data_sheet_->Name() + "\" of " +
-                                               input_workbook_->Name() + " has no data column \"" +
-                                               structure_.DataColumn() + "\".");
-  }
   output_sheet_->SetValue(output_row, column, data_sheet_->Value(row, data_column));
 }
 

@@ -73,7 +73,14 @@ clsKorvex::SheetColumns clsKorvex::FindSheetColumns() {
     }
     columns.outputs.push_back({position, FindColumn(name)});
   }
+  // Also of a sheet without rows: a text below the data passes for the header row, and would leave
+  // the sheet unread.
   columns.data_column = structure_.AvailableColPosition(structure_.DataColumn());
+  if (columns.data_column < 1) {
+    throw Error(error_number::kAutomation, "The sheet \"" + data_sheet_->Name() + "\" of " +
+                                               input_workbook_->Name() + " has no data column \"" +
+                                               structure_.DataColumn() + "\".");
+  }
   return columns;
 }
 

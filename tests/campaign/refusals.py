@@ -93,7 +93,7 @@ CONDITIONS = {
         dict(GOOD, **{"S1/P2-3-2.xls": ("data", [[("number", 1)], [("number", 2)]])}), {}),
     "empty data sheet": ({"S1/P1-3-1.xls": ("data", [])}, {}),
     "text below the table": (dict(GOOD, **{"S1/P2-3-2.xls": (
-        "data", sheet(("C9",))[1] + [[("text", "mean")]])}), {"refused": False}),
+        "data", sheet(("C9",))[1] + [[("text", "mean")]])}), {}),
     # Workbooks
     "no data sheet": ({"S1/P1-3-1.xls": sheet(name="Sheet1")}, {}),
     "no data sheet in a later file": (dict(GOOD, **{"S1/P1-3-2.xls": sheet(name="dat a")}), {}),

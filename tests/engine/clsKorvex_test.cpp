@@ -214,6 +214,11 @@ TEST_F(Engine, RefusesWhatItCannotReadOrWouldMixUp) {
          campaign.PutSheets("a/P1-3-2.xls", {{"Sheet1", {}}});
        },
        "No \"data\" sheet found in file /.../screen/a/P1-3-2.xls"},
+      {"a text below the data, which passes for the header row",
+       [&] {
+         campaign.Put("a/P1-3-2.xls", {{1, "K2", 7, 0.1}, {"mean", {}, {}, 0.1}});
+       },
+       "An error occurred while processing the file /.../screen/a/P1-3-2.xls"},
       {"no date",
        [&] {
          campaign.SetKeys({"compound ID", "Date"});
