@@ -3,6 +3,7 @@
 #include <wx/button.h>
 #include <wx/choice.h>
 #include <wx/listbox.h>
+#include <wx/platinfo.h>
 #include <wx/utils.h>
 
 #include <memory>
@@ -11,6 +12,8 @@
 namespace korvex {
 
 void IgnoreWheel(wxChoice& box) {
+  // Elsewhere the box hears the wheel for its open list, too.
+  if (wxPlatformInfo::Get().GetPortId() != wxPORT_GTK) return;
   box.Bind(wxEVT_MOUSEWHEEL, [](wxMouseEvent&) {});
 }
 

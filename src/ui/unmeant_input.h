@@ -7,7 +7,8 @@ class wxListBox;
 
 namespace korvex {
 
-// The wheel over a closed box no longer chooses: whoever scrolls past it wants something else.
+// Under GTK the wheel over a closed box would choose without a click: whoever scrolls past it wants
+// something else.
 void IgnoreWheel(wxChoice& box);
 
 // Of a double click the button hears the first click alone.
