@@ -70,9 +70,9 @@ using XmlSource = std::function<std::size_t(std::span<char>)>;
 // A document that is in memory.
 XmlSource SourceOf(std::span<const std::byte> bytes);
 
-// Reads a document to its end. `part` names the part of the file that
-// it is, "" when it is all of the file. Refusals are Errors 1004 and predicates (refusal.h); errors
-// of source and handler pass through.
+// Reads a document to its end. `part` names the part of the file that it is, "" when it is all of
+// the file. Refusals are Errors 1004 and predicates (refusal.h); errors of source and handler pass
+// through.
 void ParseXml(const XmlSource& source, const std::string& part,
               std::span<const XmlNamespace> namespaces, XmlHandler& handler);
 
