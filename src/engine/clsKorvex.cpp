@@ -121,16 +121,16 @@ void clsKorvex::ProcessSubFolders() {
   const std::vector<std::string> sub_folders = SubFolderNames(processing_folder_);
   folder_count_ = Int16(sub_folders.size());
   std::vector<std::string> names;
+  int first_count = 0;  // of the first sub-folder's replications, which are side by side after it
   for (const std::string& sub_folder : sub_folders) {
     // What cannot be listed is told when its turn comes.
     Attempt([&] {
       for (std::string& name : WorkbookNames(JoinPath(processing_folder_, sub_folder)))
         names.push_back(std::move(name));
     });
-    if (&sub_folder == &sub_folders.front()) {
-      CheckColumnsAhead(output_columns_ + ReplicationsOf(names).count);
-    }
+    if (first_count == 0) first_count = ReplicationsOf(names).count;
   }
+  CheckColumnsAhead(output_columns_ + first_count);
   CheckReplicationsAhead(names);
   for (const std::string& name : sub_folders) {
     ++current_folder_;

@@ -41,6 +41,8 @@ TEST_F(MainRunTest, ShowsTheWayOfARunAndOpensItsOutput) {
   campaign.Set("Main Section", "Launch Output File", "-1");
   campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
   campaign.Put("b/P-1-2.xls", {{1, "K1", 7, 0.2}});
+  campaign.platform.files.AddFolder("/data/screen/b/raw");
+  campaign.platform.files.Deny("/data/screen/b/raw");  // which no run reads
   EXPECT_EQ(Start(), RunOutcome::kFinished);
   EXPECT_THAT(view.calls,
               ElementsAre("running", "Initializing...", "1/4",

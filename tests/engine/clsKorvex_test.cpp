@@ -137,9 +137,9 @@ TEST_F(Engine, KeepsTheColumnsOfReplicationsFromBatchToBatch) {
 }
 
 TEST_F(Engine, RefusesDataWhoseColumnHasLostItsHeader) {
+  campaign.SetKeys({"Filename"});
   for (const char* name : {"a/P-1-1.xls", "a/P-1-9.xls", "b/Q-1-9.xls"}) {
     campaign.Put(name, {{1, "K1", 7, 0.1}});
-    campaign.SetKeys({"Filename"});
   }
   EXPECT_EQ(Run(), 17);
   EXPECT_THAT(Texts(), ElementsAre(HasSubstr("The data of replication 9 would be lost")));
@@ -148,12 +148,13 @@ TEST_F(Engine, RefusesDataWhoseColumnHasLostItsHeader) {
 TEST_F(Engine, LeavesAnOutputColumnBlankThatALaterFileLacks) {
   campaign.SetOutputs({"plate", "compound ID"});
   campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
-  campaign.PutSheets("a/P-2-1.xls", {{"data", {{"#", "compound ID", "Delta OD"}, {1, "K2", 0.2}}}});
+  campaign.PutSheets("a/P-1-2.xls", {{"data", {{"#", "compound ID", "Delta OD"}, {1, "K2", 0.2}}}});
   ASSERT_EQ(Run(), 0);
-  EXPECT_THAT(campaign.OutputRow(1), ElementsAre("plate", "chem_id", "A", "screen_num", "row_num",
-                                                 "vic_num", "plate_384", "well_384", "plate_id"));
+  EXPECT_THAT(campaign.OutputRow(1),
+              ElementsAre("plate", "chem_id", "A", "B", "screen_num", "row_num", "vic_num",
+                          "plate_384", "well_384", "plate_id"));
   EXPECT_THAT(campaign.OutputRow(2), ElementsAre("7", "K1", "0.1"));
-  EXPECT_THAT(campaign.OutputRow(3), ElementsAre("", "K2", "0.2"));
+  EXPECT_THAT(campaign.OutputRow(3), ElementsAre("", "K2", "", "0.2"));
 }
 
 // Another program may change the settings during a run.
