@@ -94,7 +94,7 @@ void Dump(const std::string& file) {
         line.clear();
         AppendEscaped(sheet.name, line);
         line += '\t' + std::to_string(cell.row) + '\t' + std::to_string(cell.column) + '\t';
-        line += KindName(cell.value.kind);
+        line += cell.is_uncalculated ? "uncalculated" : KindName(cell.value.kind);
         line += '\t';
         AppendValue(cell.value, line);
         line += '\n';

@@ -1,5 +1,7 @@
 #include "spreadsheet/biff_globals.h"
 
+#include <bit>
+#include <optional>
 #include <string>
 
 #include "spreadsheet/biff_records.h"
@@ -8,11 +10,13 @@
 #include "spreadsheet/number_format.h"
 #include "spreadsheet/record_reader.h"
 #include "spreadsheet/refusal.h"
+#include "util/text.h"
 
 namespace korvex {
 namespace {
 
 constexpr std::size_t kMaxSheets = 65536;  // they are numbered by 16 bits
+constexpr int kMostNullRecords = 8;        // writers leave a few zeros between records
 
 class GlobalsReader {
  public:
@@ -22,6 +26,9 @@ class GlobalsReader {
   BiffGlobals Read();
 
  private:
+  void CheckRecord(std::uint16_t number, std::size_t length);
+  void CheckNeighbours(std::uint16_t number, std::uint16_t before);
+  [[noreturn]] static void RefuseRecord(std::size_t offset, const std::string& what);
   void ReadBof();
   void ReadRecord();
   void ReadFormat(std::span<const std::byte> data);
@@ -31,6 +38,7 @@ class GlobalsReader {
   std::string_view Text(std::span<const std::byte> data, std::size_t length_size);
 
   RecordReader records_;
+  int null_records_ = 0;  // in a row
   bool is_book_;
   bool is_single_sheet_ = false;
   BiffGlobals globals_;
@@ -42,8 +50,16 @@ class GlobalsReader {
 
 BiffGlobals GlobalsReader::Read() {
   ReadBof();
-  while (records_.Next()) {
+  std::uint16_t before = biff::kBof;
+  for (;;) {
+    if (!records_.Next()) {
+      if (records_.PeekHeader()) RefuseRecord(records_.NextOffset(), "reaches beyond its end");
+      break;
+    }
     const std::uint16_t number = records_.Number();
+    CheckRecord(number, records_.Data().size());
+    CheckNeighbours(number, before);
+    before = number;
     if (number == biff::kEof) {
       globals_.has_end = true;
       break;
@@ -59,6 +75,36 @@ BiffGlobals GlobalsReader::Read() {
     globals_.sheet_offsets.push_back(0);
   }
   return std::move(globals_);
+}
+
+// Records are read over where they are of no use here; where the reader lost its way it reads over
+// formats and texts.
+void GlobalsReader::CheckRecord(std::uint16_t number, std::size_t length) {
+  null_records_ = number == 0 && length == 0 ? null_records_ + 1 : 0;
+  if (null_records_ > kMostNullRecords) {
+    RefuseRecord(records_.Offset(), "is one of many that are nothing but zeros");
+  }
+  if (length > biff::kMaxRecordData) {
+    RefuseRecord(records_.Offset(),
+                 "has " + GroupedDigits(length) + " bytes of data, more than a record can");
+  }
+}
+
+// Formats are counted: where the number of one record is damaged, all formats behind it shift, and
+// dates become numbers. They stand together, so that a record that differs from those on either
+// side by one bit of its number was one of them.
+void GlobalsReader::CheckNeighbours(std::uint16_t number, std::uint16_t before) {
+  if (before != biff::kXf && before != biff::kFormat && before != biff::kBoundSheet) return;
+  const std::optional<RecordReader::Header> next = records_.PeekHeader();
+  if (number != before && next && next->number == before &&
+      std::has_single_bit(static_cast<unsigned>(number ^ before))) {
+    RefuseRecord(records_.Offset(), "stands between others of a kind, and is of none");
+  }
+}
+
+void GlobalsReader::RefuseRecord(std::size_t offset, const std::string& what) {
+  Refuse("is damaged: the record at byte " + GroupedDigits(offset) + " of its workbook stream " +
+         what);
 }
 
 void GlobalsReader::ReadBof() {
@@ -102,6 +148,9 @@ void GlobalsReader::ReadRecord() {
     case biff::kSst:
       globals_.strings = records_.Rest();
       globals_.strings_length = data.size();
+      break;
+    case biff::kExtSst:
+      globals_.string_index = data;
       break;
     default:
       break;
@@ -178,6 +227,39 @@ std::string_view GlobalsReader::Text(std::span<const std::byte> data, std::size_
 
 BiffGlobals ReadBiffGlobals(std::span<const std::byte> stream, bool is_book) {
   return GlobalsReader(stream, is_book).Read();
+}
+
+namespace {
+
+// Whether the index is made for that many texts, to the last one.
+bool IsIndexOf(std::span<const std::byte> index, std::size_t texts) {
+  constexpr std::size_t kEntrySize = 8;
+  if (index.size() < 2 + kEntrySize) return false;
+  const std::size_t group = LoadU16(index.data());
+  const std::size_t entries = (index.size() - 2) / kEntrySize;
+  return group > 0 && entries == (texts + group - 1) / group &&
+         LoadU32(index.data() + 2 + (entries - 1) * kEntrySize) > 0;
+}
+
+}  // namespace
+
+void ReadSharedStrings(const BiffGlobals& globals, SharedStrings& strings) {
+  strings.Clear();
+  if (globals.strings.empty()) return;
+  const bool is_whole = strings.Decode(ContinuedData(globals.strings, globals.strings_length));
+  if (globals.strings_length < 8) return;
+  const std::size_t stated = LoadU32(globals.strings.data() + 4);
+  const std::size_t count = strings.Count();
+  const std::string numbers = "is damaged: its table of shared texts should hold " +
+                              GroupedDigits(stated) + " texts, and holds " + GroupedDigits(count);
+  // Zeros behind the last text read as empty ones; zeros in the place of texts do, too.
+  const auto is_empty = [&](std::size_t index) { return strings.Range(index).length == 0; };
+  if (stated > 0 && count > stated) {
+    bool is_padding = is_whole && !is_empty(stated - 1);
+    for (std::size_t i = stated; i < count; ++i) is_padding &= is_empty(i);
+    if (!is_padding) Refuse(numbers);
+  }
+  if (count < stated && (!is_whole || IsIndexOf(globals.string_index, stated))) Refuse(numbers);
 }
 
 }  // namespace korvex

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "spreadsheet/code_page.h"
+#include "spreadsheet/shared_strings.h"
 #include "spreadsheet/workbook_reader.h"
 
 namespace korvex {
@@ -21,6 +22,8 @@ struct BiffGlobals {
   // The SST record: its data and the rest of the stream. Empty when there is none.
   std::span<const std::byte> strings;
   std::size_t strings_length = 0;
+  // The data of the EXTSST record, which says where every so many of the shared texts begin.
+  std::span<const std::byte> string_index;
   bool has_end = false;  // the closing EOF was there
 
   bool ShowsDate(std::uint16_t xf) const { return xf < shows_date.size() && shows_date[xf] != 0; }
@@ -32,10 +35,18 @@ struct BiffGlobals {
 //   DATEMODE    uint16 1 for the 1904 date system
 //   FORMAT      uint16 id, text with 16-bit length (BIFF5: 8-bit)
 //   XF          uint16 font, uint16 format id
+//   EXTSST      uint16 texts in a group; for each group uint32 offset in the stream, uint16 offset
+//               in the record, uint16 of no meaning
 //   BOUNDSHEET  uint32 offset, uint8 state, uint8 kind, text with 8-bit length
 // `is_book` tells the version when BOF does not: the stream is called Book. A stream that begins
 // with a worksheet is a workbook of that one sheet. The stream must be clear (biff_decryption.h).
-// Throws Error 1004 (a predicate) for an older version and a stream without BOF.
+// Throws Error 1004 (a predicate) for an older version, a stream without BOF, and for records that
+// show damage.
 BiffGlobals ReadBiffGlobals(std::span<const std::byte> stream, bool is_book);
+
+// Decodes the shared texts of the globals; none when there are none. Writers may state more texts
+// than there are. Error 1004 (a predicate) where the numbers show damage, since a text that is lost
+// in the middle gives all wells behind it the text of another.
+void ReadSharedStrings(const BiffGlobals& globals, SharedStrings& strings);
 
 }  // namespace korvex

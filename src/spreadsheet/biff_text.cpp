@@ -50,14 +50,15 @@ bool AppendUnicodeText(ContinuedData& data, std::uint16_t count, TextArena& out)
   return true;
 }
 
-void AppendByteText(ContinuedData& data, std::size_t count, std::uint16_t code_page,
+bool AppendByteText(ContinuedData& data, std::size_t count, std::uint16_t code_page,
                     TextArena& out) {
   for (;;) {
     const std::size_t here = std::min(count, data.Left());
     AppendCodePageText(code_page, {data.At(), here}, out);
     data.Advance(here);
     count -= here;
-    if (count == 0 || !data.NextPiece()) return;
+    if (count == 0) return true;
+    if (!data.NextPiece()) return false;
   }
 }
 

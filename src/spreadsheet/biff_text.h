@@ -18,8 +18,9 @@ namespace korvex {
 // data ends before the characters do; what was there is appended all the same.
 bool AppendUnicodeText(ContinuedData& data, std::uint16_t count, TextArena& out);
 
-// Appends `count` bytes of text in `code_page`, with what CONTINUE records hold of them.
-void AppendByteText(ContinuedData& data, std::size_t count, std::uint16_t code_page,
+// Appends `count` bytes of text in `code_page`, with what CONTINUE records hold of them; false as
+// above.
+bool AppendByteText(ContinuedData& data, std::size_t count, std::uint16_t code_page,
                     TextArena& out);
 
 }  // namespace korvex

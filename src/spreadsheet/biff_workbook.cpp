@@ -42,11 +42,22 @@ std::pair<int, bool> FindWorkbook(const CompoundFileReader& file) {
 
 }  // namespace
 
+// That a file is cut says more than the damage that shows where it is.
+template <typename Step>
+void BiffWorkbook::NamingCut(Step&& step) const {
+  try {
+    step();
+  } catch (const Error&) {
+    if (!cut_.empty()) Refuse(cut_);
+    throw;
+  }
+}
+
 BiffWorkbook::BiffWorkbook(ReadBuffers& buffers) : buffers_(buffers) {
   const bool is_book = LoadStream();
   stream_ = ClearStream(stream_, buffers.stream);
-  globals_ = ReadBiffGlobals(stream_, is_book);
-  if (!globals_.has_end) RefuseIfCut();
+  NamingCut([&] { globals_ = ReadBiffGlobals(stream_, is_book); });
+  if (!globals_.has_end && !cut_.empty()) Refuse(cut_);
 }
 
 bool BiffWorkbook::LoadStream() {
@@ -65,17 +76,10 @@ bool BiffWorkbook::LoadStream() {
   return is_book;
 }
 
-void BiffWorkbook::RefuseIfCut() const {
-  if (!cut_.empty()) Refuse(cut_);
-}
-
 void BiffWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
   SharedStrings& strings = buffers_.strings;
   if (!has_strings_) {
-    strings.Clear();
-    if (!globals_.strings.empty()) {
-      strings.Decode(ContinuedData(globals_.strings, globals_.strings_length));
-    }
+    NamingCut([&] { ReadSharedStrings(globals_, strings); });
     has_strings_ = true;
   }
   cells.Clear(&strings.Arena());
@@ -83,17 +87,22 @@ void BiffWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
   if (sheet.kind == SheetKind::kWorksheet || sheet.kind == SheetKind::kMacro) {
     const std::size_t offset = globals_.sheet_offsets[index];
     if (offset >= stream_.size()) {
-      RefuseIfCut();
+      if (!cut_.empty()) Refuse(cut_);
       Refuse("is damaged: sheet \"" + sheet.name + "\" should begin at byte " +
              GroupedDigits(offset) + " of a workbook stream of " + GroupedDigits(stream_.size()) +
              " bytes");
     }
-    SheetReader reader(globals_, strings, cells);
-    if (!reader.Read(stream_, offset)) RefuseIfCut();
+    SheetReader reader(globals_, strings, sheet.name, cells);
+    NamingCut([&] { reader.Read(stream_, offset); });
     bytes_read_ += reader.BytesRead();
     if (bytes_read_ > kMostReadAtLeast + kMostReadings * stream_.size()) {
       Refuse("is damaged: its sheets lie over each other");
     }
+    cells.Finish();
+    for (const DoubtGround ground : {DoubtGround::kAsksForCalculation, DoubtGround::kEmptyText}) {
+      if (cells.HasOnlyDoubts(ground) && reader.IsFalse(ground)) cells.ConfirmDoubts(ground);
+    }
+    return;
   }
   cells.Finish();
 }

@@ -20,7 +20,8 @@ class BiffWorkbook : public WorkbookReader {
  private:
   // Finds the workbook stream, as it is; true when its name is that of Excel 5.
   bool LoadStream();
-  void RefuseIfCut() const;
+  template <typename Step>
+  void NamingCut(Step&& step) const;
 
   ReadBuffers& buffers_;
   std::span<const std::byte> stream_;

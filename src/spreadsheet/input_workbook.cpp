@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/file_system.h"
+#include "spreadsheet/cell_place.h"
 #include "spreadsheet/refusal.h"
 #include "util/text.h"
 
@@ -55,6 +56,7 @@ class InputWorkbook::Sheet : public Worksheet {
     if (row < 1 || row > last_.row || column < 1 || column > last_.column) RefusePlace(row, column);
   }
   [[noreturn]] void RefusePlace(int row, int column) const;
+  [[noreturn]] void RefuseUncalculated(int row, int column) const;
 
   InputWorkbook& workbook_;
   std::size_t index_;
@@ -71,7 +73,17 @@ CellValue InputWorkbook::Sheet::Value(int row, int column) const {
     last_cells_ = Cells().RowOf(row);
     last_row_ = row;
   }
+  if (cells_->IsUncalculated(row, column)) RefuseUncalculated(row, column);
   return cells_->Value(last_cells_, column);
+}
+
+void InputWorkbook::Sheet::RefuseUncalculated(int row, int column) const {
+  const CellPlace place = {static_cast<std::uint32_t>(row) - 1,
+                           static_cast<std::uint32_t>(column) - 1};
+  Refuse(workbook_.full_name_ +
+         " cannot be used: its formulas were never calculated: open and save it in a spreadsheet "
+         "application (the first one asked for is in cell " +
+         CellName(place) + " of sheet \"" + Name() + "\")");
 }
 
 int InputWorkbook::Sheet::CountA(int row) const {

@@ -205,6 +205,7 @@ void OdsReader::EndCell() {
     KeepText(shown);
   } else if (lacks_value_) {
     Keep({CellKind::kError, kNotAvailableError});
+    row_cells_.back().is_uncalculated = has_formula_;
   }
   column_ = std::min(column_ + column_count_, kMostXmlColumns);
 }
@@ -212,7 +213,7 @@ void OdsReader::EndCell() {
 void OdsReader::Keep(TypedNumber value) {
   const std::uint32_t end = column_ + column_count_;
   if (row_ >= kMostXmlRows || end > kMostXmlColumns) RefuseOutside({row_, end - 1});
-  row_cells_.push_back({column_, end, value, {}});
+  row_cells_.push_back({column_, end, value, {}, false});
 }
 
 void OdsReader::KeepText(std::string_view text) {
@@ -242,6 +243,7 @@ void OdsReader::AddCell(const RowCell& cell) {
       sheets_.Cells().AddOwnText(row_, column, cell.text);
     } else {
       sheets_.Cells().AddNumber(row_, column, cell.value.kind, cell.value.number);
+      if (cell.is_uncalculated) sheets_.Cells().LoseLast();
     }
   }
 }

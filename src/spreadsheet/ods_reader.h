@@ -66,6 +66,7 @@ class OdsReader : public XmlHandler {
     std::uint32_t end;    // behind the last
     TypedNumber value;
     TextRange text;
+    bool is_uncalculated;
   };
 
   bool StartStyle(const XmlElement& element);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "spreadsheet/biff_records.h"
@@ -16,8 +17,9 @@ namespace korvex {
 class RecordReader {
  public:
   RecordReader(std::span<const std::byte> stream, std::size_t offset)
-      : next_(stream.data() + std::min(offset, stream.size())),
-        end_(stream.data() + stream.size()) {}
+      : begin_(stream.data()),
+        next_(begin_ + std::min(offset, stream.size())),
+        end_(begin_ + stream.size()) {}
 
   bool Next() {
     const std::size_t left = static_cast<std::size_t>(end_ - next_);
@@ -36,8 +38,23 @@ class RecordReader {
   std::span<const std::byte> Rest() const { return {data_, end_}; }
   // Bytes behind the present record.
   std::size_t Left() const { return static_cast<std::size_t>(end_ - next_); }
+  // Where the present record begins in the stream, and where the next one does.
+  std::size_t Offset() const {
+    return static_cast<std::size_t>(data_ - begin_) - biff::kRecordHeaderSize;
+  }
+  std::size_t NextOffset() const { return static_cast<std::size_t>(next_ - begin_); }
+  // The header of the record behind the present one, if the stream holds it.
+  struct Header {
+    std::uint16_t number;
+    std::uint16_t length;
+  };
+  std::optional<Header> PeekHeader() const {
+    if (Left() < biff::kRecordHeaderSize) return {};
+    return Header{LoadU16(next_), LoadU16(next_ + 2)};
+  }
 
  private:
+  const std::byte* begin_;
   const std::byte* data_ = nullptr;
   const std::byte* next_;
   const std::byte* end_;

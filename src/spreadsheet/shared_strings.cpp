@@ -9,14 +9,16 @@ void SharedStrings::Clear() {
   starts_.clear();
 }
 
-void SharedStrings::Decode(ContinuedData data) {
+bool SharedStrings::Decode(ContinuedData data) {
   Clear();
   starts_.push_back(0);
-  if (!data.Skip(8)) return;
+  if (!data.Skip(8)) return true;
   std::uint16_t length;
-  while (data.ReadU16(length) && AppendUnicodeText(data, length, arena_)) {
+  while (data.ReadU16(length)) {
+    if (!AppendUnicodeText(data, length, arena_)) return false;
     starts_.push_back(arena_.Size());
   }
+  return true;
 }
 
 }  // namespace korvex

@@ -15,7 +15,8 @@ namespace korvex {
 class SharedStrings {
  public:
   void Clear();
-  void Decode(ContinuedData data);
+  // False when the data ends within a text.
+  bool Decode(ContinuedData data);
   // Texts of other formats are written into the arena one by one.
   TextArena& Texts() { return arena_; }
   void EndText() {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "spreadsheet/refusal.h"
+#include "spreadsheet/typed_number.h"
 #include "util/text.h"
 
 namespace korvex {
@@ -29,6 +30,8 @@ void SheetCells::Clear(const TextArena* shared) {
   shown_text_ = 0;
   next_place_ = 0;
   is_ordered_ = true;
+  doubts_ = {};
+  has_uncalculated_ = false;
   order_at_ = kSmallDisorder;
   last_row_ = 0;
   last_column_ = 0;
@@ -44,6 +47,21 @@ void SheetCells::AddBlanks(std::uint32_t row, std::uint16_t first_column, int co
   }
   last_row_ = std::max(last_row_, row);
   last_column_ = std::max<std::uint16_t>(last_column_, end - 1);
+}
+
+void SheetCells::ConfirmDoubts(DoubtGround ground) {
+  for (Cell& cell : cells_) {
+    const bool is_meant =
+        ground == DoubtGround::kEmptyText ? cell.is_doubted_text : cell.is_doubted_request;
+    if (is_meant) MarkUncalculated(cell);
+  }
+}
+
+void SheetCells::MarkUncalculated(Cell& cell) {
+  cell.kind = CellKind::kError;
+  cell.content = {.number = kNotAvailableError};
+  cell.is_uncalculated = true;
+  has_uncalculated_ = true;
 }
 
 // A cell is about to come before another one. Places that are filled over and over must not take up
@@ -110,7 +128,7 @@ SheetCells::Row SheetCells::FindRow(int row) const {
 
 SheetCells::Entry SheetCells::At(std::size_t index) const {
   const Cell& cell = cells_[index];
-  return {static_cast<int>(cell.row) + 1, cell.column + 1, View(cell)};
+  return {static_cast<int>(cell.row) + 1, cell.column + 1, View(cell), cell.is_uncalculated};
 }
 
 std::size_t SheetCells::MemorySize() const {

@@ -6,13 +6,21 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <vector>
 
 #include "platform/cell.h"
+#include "spreadsheet/cell_place.h"
 #include "spreadsheet/text_arena.h"
 
 namespace korvex {
+
+// Why a formula's result may be one that nobody calculated.
+enum class DoubtGround : std::uint8_t {
+  kAsksForCalculation,  // when the workbook is opened
+  kEmptyText,
+};
 
 class SheetCells {
  public:
@@ -20,6 +28,7 @@ class SheetCells {
     int row;
     int column;
     CellValue value;
+    bool is_uncalculated;
   };
 
   CellValue Value(int row, int column) const { return Value(RowOf(row), column); }
@@ -31,6 +40,12 @@ class SheetCells {
   };
   Row RowOf(int row) const;
   CellValue Value(const Row& row, int column) const;
+  // Whether a cell is a formula's that was never calculated. Its value is #N/A, and not to be used.
+  bool IsUncalculated(int row, int column) const {
+    if (!has_uncalculated_) return false;
+    const Cell* const cell = Find(RowOf(row), column);
+    return cell != nullptr && cell->is_uncalculated;
+  }
   CellAddress LastCell() const { return {static_cast<int>(last_row_) + 1, last_column_ + 1}; }
   // Cells of a row that are not empty.
   int CountA(int row) const;
@@ -61,6 +76,29 @@ class SheetCells {
     shown_text_ += text.length;
     cells_.back().content.text = text;
   }
+  // The cell added last is a formula's, and its result may be one that nobody calculated. Those of
+  // one ground stand and fall together: where all of a sheet are zero or empty, ConfirmDoubts says
+  // that they were never calculated, once that is certain.
+  void DoubtLast(DoubtGround ground, bool is_zero) {
+    Doubts& doubts = doubts_[static_cast<std::size_t>(ground)];
+    doubts.has_zeros |= is_zero;
+    doubts.has_others |= !is_zero;
+    cells_.back().is_doubted_request = is_zero && ground == DoubtGround::kAsksForCalculation;
+    cells_.back().is_doubted_text = is_zero && ground == DoubtGround::kEmptyText;
+  }
+  bool HasOnlyDoubts(DoubtGround ground) const {
+    const Doubts& doubts = doubts_[static_cast<std::size_t>(ground)];
+    return doubts.has_zeros && !doubts.has_others;
+  }
+  void ConfirmDoubts(DoubtGround ground);
+  // The cell added last is a formula's that has no result at all.
+  void LoseLast() { MarkUncalculated(cells_.back()); }
+  // Whether no cell was added yet, and else the place of the last one (in the order of the sheet).
+  bool IsUnfilled() const { return next_place_ == 0; }
+  CellPlace LastAdded() const {
+    return {static_cast<std::uint32_t>((next_place_ - 1) >> 16),
+            static_cast<std::uint16_t>(next_place_ - 1)};
+  }
   // Texts for AddOwnText.
   TextArena& OwnTexts() { return own_texts_; }
   // To be called once all cells are added. Error 1004 (a predicate, refusal.h) where few texts
@@ -79,7 +117,11 @@ class SheetCells {
     std::uint32_t row;
     std::uint16_t column;
     CellKind kind;
-    bool is_shared_text;
+    bool is_shared_text : 1;
+    bool is_uncalculated : 1;
+    // By the ground of the doubt.
+    bool is_doubted_request : 1;
+    bool is_doubted_text : 1;
     Content content;
   };
   static_assert(sizeof(Cell) == 16);
@@ -98,10 +140,12 @@ class SheetCells {
     } else {
       GoBack();
     }
-    cells_.push_back({row, column, kind, is_shared_text, content});
+    cells_.push_back({row, column, kind, is_shared_text, false, false, false, content});
     last_column_ = std::max(last_column_, column);
   }
   void GoBack();
+  void MarkUncalculated(Cell& cell);
+  const Cell* Find(const Row& row, int column) const;
   Row FindRow(int row) const;
   void Order();
   CellValue View(const Cell& cell) const;
@@ -113,6 +157,12 @@ class SheetCells {
   std::uint64_t shown_text_ = 0;  // bytes of all texts, as often as they were added
   std::uint64_t next_place_ = 0;  // behind the cells added so far
   bool is_ordered_ = true;
+  struct Doubts {
+    bool has_zeros = false;
+    bool has_others = false;
+  };
+  std::array<Doubts, 2> doubts_;  // by ground
+  bool has_uncalculated_ = false;
   std::size_t order_at_ = 0;    // cells at which a disorder is put right
   std::uint32_t last_row_ = 0;  // of blanks until Finish, then of all cells
   std::uint16_t last_column_ = 0;
@@ -125,17 +175,22 @@ inline SheetCells::Row SheetCells::RowOf(int row) const {
   return {row_starts_[index], row_starts_[index + 1]};
 }
 
-inline CellValue SheetCells::Value(const Row& row, int column) const {
-  if (row.begin == row.end) return {};
+inline const SheetCells::Cell* SheetCells::Find(const Row& row, int column) const {
+  if (row.begin == row.end) return nullptr;
   const Cell* const begin = cells_.data() + row.begin;
   const Cell* const end = cells_.data() + row.end;
   // In a row without gaps the cell stands where its column says.
   const int skipped = column - 1 - begin->column;
-  if (skipped < 0) return {};
-  if (skipped < end - begin && begin[skipped].column == column - 1) return View(begin[skipped]);
+  if (skipped < 0) return nullptr;
+  if (skipped < end - begin && begin[skipped].column == column - 1) return &begin[skipped];
   const Cell* found = std::lower_bound(
       begin, end, column - 1, [](const Cell& cell, int wanted) { return cell.column < wanted; });
-  return found != end && found->column == column - 1 ? View(*found) : CellValue();
+  return found != end && found->column == column - 1 ? found : nullptr;
+}
+
+inline CellValue SheetCells::Value(const Row& row, int column) const {
+  const Cell* const cell = Find(row, column);
+  return cell != nullptr ? View(*cell) : CellValue();
 }
 
 inline CellValue SheetCells::View(const Cell& cell) const {

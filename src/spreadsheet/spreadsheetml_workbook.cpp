@@ -217,7 +217,10 @@ void SpreadsheetMlReader::EndCell() {
 }
 
 void SpreadsheetMlReader::AddNothing() {
-  if (has_formula_) return AddNumber({CellKind::kError, kNotAvailableError});
+  if (has_formula_) {
+    AddNumber({CellKind::kError, kNotAvailableError});
+    return sheets_.Cells().LoseLast();
+  }
   if (has_style_) sheets_.Cells().AddBlanks(row_, static_cast<std::uint16_t>(column_), 1);
 }
 

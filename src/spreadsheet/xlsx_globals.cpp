@@ -111,6 +111,9 @@ class WorkbookHandler : public XmlHandler {
     if (element.Depth() == 1) return is_workbook_ = element.Is(kMain, "workbook");
     if (element.Depth() == 2) {
       if (element.Is(kMain, "workbookPr")) globals_.uses_1904 = element.IsOn("date1904");
+      if (element.Is(kMain, "calcPr")) {
+        globals_.calculates_on_load = element.IsOn("fullCalcOnLoad");
+      }
       return element.Is(kMain, "sheets");
     }
     if (element.Is(kMain, "sheet")) AddSheet(element);

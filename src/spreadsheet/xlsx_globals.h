@@ -13,6 +13,7 @@ namespace korvex {
 
 struct XlsxGlobals {
   bool uses_1904 = false;
+  bool calculates_on_load = false;
   std::vector<SheetInfo> sheets;
   std::vector<std::string> sheet_parts;  // "" for a sheet that has none
   std::string strings_part;              // "" when there is none

@@ -118,25 +118,32 @@ void XlsxSheetReader::EndCell() {
 void XlsxSheetReader::AddCell() {
   TextArena& texts = cells_.OwnTexts();
   if (has_inline_text_) return AddText(texts.RangeSince(inline_start_));
-  if (type_ == Type::kText && (has_value_ || has_formula_)) {
+  if (type_ == Type::kText && has_value_) {
     const std::uint32_t start = texts.Size();
     AppendEscapedText(value_, texts);
-    return AddText(texts.RangeSince(start));
+    const TextRange text = texts.RangeSince(start);
+    AddText(text);
+    return DoubtFormula(text.length == 0);
   }
   if (value_.find_first_not_of(kXmlBlanks) == std::string::npos) {
-    if (has_formula_) return AddTyped({CellKind::kError, kNotAvailableError});
+    if (has_formula_) {
+      AddTyped({CellKind::kError, kNotAvailableError});
+      return cells_.LoseLast();
+    }
     return cells_.AddBlanks(row_, static_cast<std::uint16_t>(column_), 1);
   }
   switch (type_) {
     case Type::kShared:
       return AddSharedText();
     case Type::kError:
-      return AddTyped({CellKind::kError, static_cast<double>(ErrorCode(value_))});
+      AddTyped({CellKind::kError, static_cast<double>(ErrorCode(value_))});
+      return DoubtFormula(false);
     case Type::kBoolean:
-      return AddTyped({CellKind::kBoolean, value_ == "1" || value_ == "true" ? 1.0 : 0.0});
+      AddTyped({CellKind::kBoolean, value_ == "1" || value_ == "true" ? 1.0 : 0.0});
+      return DoubtFormula(false);
     case Type::kDate:
       if (const std::optional<DayAndTime> date = ReadIsoDate(value_)) {
-        return AddTyped(TypeDate(*date, uses_1904_));
+        return AddTyped(TypeDate(*date, globals_.uses_1904));
       }
       break;
     default:
@@ -144,7 +151,8 @@ void XlsxSheetReader::AddCell() {
   }
   if (const std::optional<double> number = ReadNumber(value_)) {
     const bool shows_date = format_ < shows_date_.size() && shows_date_[format_] != 0;
-    return AddTyped(TypeNumber(*number, shows_date, uses_1904_));
+    AddTyped(TypeNumber(*number, shows_date, globals_.uses_1904));
+    return DoubtFormula(*number == 0);
   }
   AddText(texts.Append(value_));
 }
@@ -158,6 +166,12 @@ void XlsxSheetReader::AddSharedText() {
            " can be read");
   }
   cells_.AddSharedText(row_, static_cast<std::uint16_t>(column_), strings_.Range(*index));
+}
+
+void XlsxSheetReader::DoubtFormula(bool is_zero) {
+  if (has_formula_ && globals_.calculates_on_load) {
+    cells_.DoubtLast(DoubtGround::kAsksForCalculation, is_zero);
+  }
 }
 
 void XlsxSheetReader::AddText(TextRange text) {

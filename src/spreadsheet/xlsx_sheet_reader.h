@@ -9,6 +9,7 @@
 #include "spreadsheet/shared_strings.h"
 #include "spreadsheet/sheet_cells.h"
 #include "spreadsheet/typed_number.h"
+#include "spreadsheet/xlsx_globals.h"
 #include "spreadsheet/xlsx_text.h"
 #include "spreadsheet/xml_parser.h"
 
@@ -17,14 +18,15 @@ namespace korvex {
 // The part of a worksheet, fed to the handler element by element:
 //   <worksheet><sheetData><row r="7"><c r="B7" s="format" t="type"> <f/> <v/> <is/>
 // Rows and cells without r follow the one before. Types: n number (or none), s index of a shared
-// text, str text, inlineStr text in <is>, b Boolean, e error, d ISO date. A formula whose result
-// was never worked out counts as #N/A: an empty cell would hide that there is something.
+// text, str text, inlineStr text in <is>, b Boolean, e error, d ISO date. A formula without a
+// result was never calculated; neither were those of a sheet that are all zero or empty, when the
+// workbook asks for calculation on load.
 class XlsxSheetReader : public XmlHandler {
  public:
   // `shows_date` goes by format.
   XlsxSheetReader(const SharedStrings& strings, const std::vector<std::uint8_t>& shows_date,
-                  bool uses_1904, SheetCells& cells)
-      : strings_(strings), shows_date_(shows_date), uses_1904_(uses_1904), cells_(cells) {}
+                  const XlsxGlobals& globals, SheetCells& cells)
+      : strings_(strings), shows_date_(shows_date), globals_(globals), cells_(cells) {}
 
   bool StartElement(const XmlElement& element) override;
   void EndElement(const XmlName& name, int depth) override;
@@ -40,12 +42,13 @@ class XlsxSheetReader : public XmlHandler {
   void EndCell();
   void AddCell();
   void AddSharedText();
+  void DoubtFormula(bool is_zero);
   void AddText(TextRange text);
   void AddTyped(const TypedNumber& typed);
 
   const SharedStrings& strings_;
   const std::vector<std::uint8_t>& shows_date_;
-  bool uses_1904_;
+  const XlsxGlobals& globals_;
   SheetCells& cells_;
   std::uint32_t row_ = 0;  // of the next cell, zero-based, as is
   std::uint32_t column_ = 0;

@@ -64,7 +64,7 @@ void XlsxWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
     const std::string& name = globals_.sheet_parts[index];
     if (name.empty()) Refuse("is damaged: its sheet \"" + sheet.name + "\" has no part");
     ZipPartReader part(archive_, name, budget_);
-    XlsxSheetReader handler(buffers_.strings, shows_date_, globals_.uses_1904, cells);
+    XlsxSheetReader handler(buffers_.strings, shows_date_, globals_, cells);
     const XmlSource source = [&](std::span<char> room) {
       budget_.CheckMemory(buffers_.strings.UsedMemory() + cells.UsedMemory());
       return part.Read(room);
@@ -72,6 +72,8 @@ void XlsxWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
     ParseXml(source, name, xlsx::kNamespaces, handler);
   }
   cells.Finish();
+  constexpr DoubtGround kGround = DoubtGround::kAsksForCalculation;
+  if (cells.HasOnlyDoubts(kGround)) cells.ConfirmDoubts(kGround);
 }
 
 }  // namespace korvex

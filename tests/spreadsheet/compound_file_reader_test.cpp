@@ -19,7 +19,9 @@ Bytes TwoCells() {
 TEST(CompoundFileReader, FindsTheWorkbookWhereverItLies) {
   const Bytes small = OneSheet(TwoCells());
   const Bytes large = LargeWorkbook(TwoCells()).stream;
-  const Bytes huge = OneSheet(TwoCells() + Record(0x0FFF, Bytes(60000, 'x')));
+  Bytes drawings;
+  for (int i = 0; i < 8; ++i) drawings += Record(0x00EC, Bytes(8000, 'x'));
+  const Bytes huge = OneSheet(TwoCells() + drawings);
   const struct {
     const char* condition;
     CompoundBytes file;

@@ -11,7 +11,8 @@
 
 namespace korvex::test {
 
-// "1,1 number 0.5 | 2,3 text abc": row, column, kind and value of the cells that are not empty.
+// "1,1 number 0.5 | 2,3 text abc | 4,1 uncalculated": row, column, kind and value of the cells that
+// are not empty.
 inline std::string Listing(const SheetCells& cells) {
   static constexpr const char* kKinds[] = {"empty", "number", "date", "boolean", "error", "text"};
   std::string listing;
@@ -19,6 +20,10 @@ inline std::string Listing(const SheetCells& cells) {
     const SheetCells::Entry cell = cells.At(i);
     if (i > 0) listing += " | ";
     listing += std::to_string(cell.row) + ',' + std::to_string(cell.column) + ' ';
+    if (cell.is_uncalculated) {
+      listing += "uncalculated";
+      continue;
+    }
     listing += kKinds[static_cast<int>(cell.value.kind)] + (' ' + CellText(cell.value));
   }
   return listing;

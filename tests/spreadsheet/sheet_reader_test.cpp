@@ -17,9 +17,11 @@ Bytes BoolErrCell(unsigned column, unsigned value, unsigned is_error) {
   return Record(0x0205, CellHead(0, column) + U8(value) + U8(is_error));
 }
 
-// A formula with a result of 8 bytes, and no tokens.
-Bytes FormulaCell(unsigned row, unsigned column, const Bytes& result, unsigned xf = 0) {
-  return Record(0x0006, CellHead(row, column, xf) + result + U16(0) + U32(0) + U16(0));
+// A formula with a result of 8 bytes.
+Bytes FormulaCell(unsigned row, unsigned column, const Bytes& result, unsigned flags = 0,
+                  const Bytes& tokens = {}) {
+  return Record(0x0006, CellHead(row, column) + result + U16(flags) + U32(0) +
+                            U16(static_cast<unsigned>(tokens.size())) + tokens);
 }
 
 Bytes SpecialResult(unsigned type, unsigned value = 0) {
@@ -43,8 +45,8 @@ TEST(SheetReader, ReadsEveryKindOfCell) {
        RkCell(0, 0x3FF80000) + RkCell(1, 0x3FF80001) + RkCell(2, (7 << 2) | 2) +
            RkCell(3, static_cast<std::uint32_t>(-123 * 4) | 3),
        "1,1 number 1.5 | 1,2 number 0.015 | 1,3 number 7 | 1,4 number -1.23"},
-      {"MULRK, counted by its length",
-       Record(0x00BD, U16(1) + U16(2) + U16(0) + U32(6) + U16(0) + U32(10) + U16(99)),
+      {"MULRK, with surplus bytes",
+       Record(0x00BD, U16(1) + U16(2) + U16(0) + U32(6) + U16(0) + U32(10) + U16(3) + U16(0)),
        "2,3 number 1 | 2,4 number 2"},
       {"LABELSST", Record(0x00FD, CellHead(0, 0) + U32(1)), "1,1 text one"},
       {"LABEL", Record(0x0204, CellHead(0, 0) + WideText(u"\u03B1")), "1,1 text α"},
@@ -61,7 +63,6 @@ TEST(SheetReader, ReadsEveryKindOfCell) {
       {"blanks in columns that no sheet has",
        Record(0x0201, CellHead(0, 256)) + Record(0x00BE, U16(7) + U16(255) + U32(0) + U16(256)),
        ""},
-      {"record too short to be a cell", Record(0x0203, CellHead(0, 0) + "1234567"), ""},
       {"zero bytes between records", NumberCell(0, 0, 1) + U32(0) + NumberCell(0, 1, 2),
        "1,1 number 1 | 1,2 number 2"},
   };
@@ -91,7 +92,7 @@ TEST(SheetReader, TakesTheResultsOfFormulas) {
        text_follows + Record(0x0207, U16(4) + U8(0) + "ab") + Record(0x003C, U8(0) + "cd"),
        "1,1 text abcd"},
       {"text that never comes", text_follows + NumberCell(0, 1, 1) + string,
-       "1,1 text  | 1,2 number 1"},
+       "1,1 uncalculated | 1,2 number 1"},
       {"text without a formula", NumberCell(0, 0, 1) + string, "1,1 number 1"},
   };
   for (const auto& test : cases) {
@@ -138,22 +139,118 @@ TEST(SheetReader, PassesOverEmbeddedCharts) {
             "1,1 number 1 | 1,4 number 2");
 }
 
-TEST(SheetReader, KeepsTheCellsBeforeAStreamEndsEarly) {
+// What stands behind the sheet's end is none of its business.
+TEST(SheetReader, RefusesSheetsWithoutAnEnd) {
   const Bytes whole = OneSheet(NumberCell(0, 0, 1));
   const Bytes without_end = whole.substr(0, whole.size() - 4);
-  const std::pair<const char*, Bytes> cases[] = {
-      {"no EOF", without_end},
-      {"zeros", without_end + Bytes(1001, '\0')},
-      {"garbage", without_end + Bytes(50, '\xEE')},
-      {"record cut", without_end + NumberCell(0, 1, 2).substr(0, 12)},
-      {"cells behind EOF", whole + NumberCell(0, 1, 2)},
+  const Bytes at = " at byte 62 of the workbook stream ";
+  const Bytes sheet = "is damaged: in sheet \"data\" the record";
+  const std::pair<Bytes, Bytes> cases[] = {
+      {without_end,
+       "is damaged: in sheet \"data\" the records end at byte 62 of the workbook "
+       "stream without the one that closes the sheet (EOF)"},
+      {without_end + Bytes(1001, '\0'),
+       sheet + " at byte 94 of the workbook stream is one of many that are nothing but zeros"},
+      {without_end + Bytes(50, '\xEE'), sheet + at + "reaches beyond the end of the stream"},
+      {without_end + NumberCell(0, 1, 2).substr(0, 12),
+       sheet + at + "reaches beyond the end of the stream"},
+      {whole + NumberCell(0, 1, 2), ""},
+      {whole + Bytes(50, '\xEE'), ""},
   };
-  for (const auto& [condition, stream] : cases) {
-    EXPECT_EQ(ListingOf(CompoundBytes{.stream = stream}.Build()), "1,1 number 1") << condition;
+  for (const auto& [stream, cause] : cases) {
+    EXPECT_EQ(RefusalOf(CompoundBytes{.stream = stream}.Build()), cause);
   }
-  const Bytes cut_text =
-      Record(0x0204, CellHead(0, 0) + U16(4) + U8(0) + "ab") + U16(0x003C) + U16(3) + U8(0) + "c";
-  EXPECT_EQ(ListingOf(whole.substr(0, whole.size() - 22) + cut_text), "1,1 text ab");
+}
+
+// Each is what one damaged byte of a header makes of a sound sheet.
+TEST(SheetReader, RefusesRecordsAmongWhichCellsAreLost) {
+  const Bytes one = NumberCell(0, 0, 1);
+  const Bytes three = NumberCell(0, 2, 3);
+  const Bytes number = CellHead(0, 1) + F64(2);
+  const struct {
+    const char* condition;
+    Bytes records;
+    const char* cause;
+  } cases[] = {
+      {"kind of a cell that nobody knows", one + Record(0x0283, number) + three,
+       "stands between cells, where none of its kind does"},
+      {"kind of a cell that does not stand there", one + Record(0x0207, number) + three,
+       "stands between cells, where none of its kind does"},
+      {"blank with a value", one + Record(0x0201, number) + three,
+       "has 14 bytes of data, more than its kind can"},
+      {"cell too short", one + Record(0x0203, number.substr(0, 13)) + three,
+       "is too short for its kind"},
+      {"cell too long", one + Record(0x0203, number + Bytes(9, '\0')) + three,
+       "has 23 bytes of data, more than its kind can"},
+      {"length that leads into the next cell",
+       one + U16(0x0203) + U16(18) + number + three + NumberCell(0, 3, 4),
+       "has 18 bytes of data, and no record of a worksheet stands behind them"},
+      {"column information that swallows cells", Record(0x007D, Bytes(12, '\0') + one + three),
+       "has 48 bytes of data, more than its kind can"},
+      {"unknown kind that swallows cells", Record(0x0A7D, Bytes(600, '\0')) + one,
+       "is of no kind that sheets hold"},
+      {"end of the sheet that is none", one + Record(0x000A, number) + three,
+       "would end the sheet, but holds data"},
+      {"fewer cells than columns",
+       Record(0x00BD, U16(1) + U16(2) + U16(0) + U32(6) + U16(4)) + three,
+       "holds the cells of other columns than it says"},
+      {"text cut", Record(0x0204, CellHead(0, 0) + U16(4) + U8(0) + "ab") + three,
+       "ends before its text does"},
+      {"formula cut", Record(0x0006, CellHead(0, 0) + F64(1) + Bytes(6, '\0') + U16(9)) + three,
+       "is too short for its formula"},
+  };
+  for (const auto& test : cases) {
+    const Bytes cause = RefusalOf(CompoundBytes{.stream = OneSheet(test.records)}.Build());
+    EXPECT_TRUE(cause.starts_with("is damaged: in sheet \"data\" the record at byte ") &&
+                cause.ends_with(test.cause))
+        << test.condition << ": " << cause;
+  }
+}
+
+// A writer that does not calculate leaves zeros or empty texts; so do templates that nobody has
+// filled in yet. A1 is the zero-based reference (0, 0).
+TEST(SheetReader, TellsFormulasThatNobodyCalculated) {
+  constexpr unsigned kOnLoad = 2;
+  const Bytes zero = F64(0);
+  const Bytes empty = SpecialResult(3);
+  const Bytes a1 = U8(0x44) + U16(0) + U16(0xC000);
+  const Bytes a1_doubled = a1 + U8(0x1E) + U16(2) + U8(0x05);
+  const Bytes sum_of_a =
+      U8(0x25) + U16(0) + U16(8) + U16(0xC000) + U16(0xC000) + U8(0x19) + U8(16) + U16(0);
+  // =IF(A1="","",1)
+  const Bytes blank_if_blank = a1 + U8(0x17) + U16(0) + U8(0x0B) + U8(0x19) + U8(2) + U16(9) +
+                               U8(0x17) + U16(0) + U8(0x19) + U8(8) + U16(10) + U8(0x1E) + U16(1) +
+                               U8(0x22) + U8(3) + U16(1);
+  const Bytes unknown = a1 + U8(0x41) + U16(999);
+  const struct {
+    const char* condition;
+    Bytes result;
+    unsigned flags;
+    Bytes tokens;
+    bool is_told_of_number;  // beside a number in A1
+    bool is_told_of_blank;   // where A1 is empty
+  } cases[] = {
+      {"product", zero, kOnLoad, a1_doubled, true, false},
+      {"sum", zero, kOnLoad, sum_of_a, true, false},
+      {"formula that is not worked out", zero, kOnLoad, unknown, true, false},
+      {"constant", zero, kOnLoad, U8(0x1E) + U16(7), true, true},
+      {"empty text of a product", empty, kOnLoad, a1_doubled, true, true},
+      {"zero that nobody asks to calculate", zero, 0, a1_doubled, false, false},
+      {"empty text that nobody asks to calculate", empty, 0, a1_doubled, true, true},
+      {"true empty text", empty, 0, blank_if_blank, true, false},
+      {"text formula that is not worked out", empty, 0, unknown, false, false},
+  };
+  for (const auto& test : cases) {
+    const Bytes formula = FormulaCell(0, 1, test.result, test.flags, test.tokens);
+    const auto is_told = [&](const Bytes& records) {
+      return ListingOfRecords(records).find("1,2 uncalculated") != Bytes::npos;
+    };
+    EXPECT_EQ(is_told(NumberCell(0, 0, 3) + formula), test.is_told_of_number) << test.condition;
+    EXPECT_EQ(is_told(formula), test.is_told_of_blank) << test.condition;
+    // One result shows that somebody did calculate.
+    const Bytes calculated = FormulaCell(0, 2, F64(6), test.flags, a1_doubled);
+    EXPECT_FALSE(is_told(NumberCell(0, 0, 3) + formula + calculated)) << test.condition;
+  }
 }
 
 TEST(SheetReader, RefusesValuesThatItCouldOnlyLeaveOut) {
@@ -176,7 +273,7 @@ TEST(SheetReader, RefusesValuesThatItCouldOnlyLeaveOut) {
 // Any number of sheets may begin at the same byte.
 TEST(SheetReader, RefusesToReadTheSameBytesForEver) {
   Bytes records;
-  for (int i = 0; i < 500; ++i) records += Record(0x00FF, Bytes(8000, '\0'));
+  for (int i = 0; i < 500; ++i) records += Record(0x00EC, Bytes(8000, '\0'));
   OpenedWorkbook workbook(CompoundBytes{.stream = OneSheet(records)}.Build());
   const auto read = [&] {
     for (int i = 0; i < 20; ++i) workbook.Cells();

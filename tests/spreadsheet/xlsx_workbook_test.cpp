@@ -68,7 +68,8 @@ TEST(XlsxWorkbook, GivesTheValuesOfItsCells) {
       {"<c t='inlineStr'><is><t> a</t><rPh><t>x</t></rPh></is></c>", "1,1 text  a"},
       {"<c t='str'><f>A2</f><v>_x03B1__xD83D__xDE00__xD83D_ _x005F_x0041_ _x1_</v></c>",
        "1,1 text α😀\xEF\xBF\xBD _x0041_ _x1_"},
-      {"<c t='str'><f>A2</f></c><c t='str'/>", "1,1 text "},
+      {"<c t='str'><f>A2</f><v/></c><c t='str'><f>A2</f></c><c t='str'/>",
+       "1,1 text  | 1,2 uncalculated"},
       {"<c t='b'><v>1</v></c><c t='b'><v>0</v></c>", "1,1 boolean True | 1,2 boolean False"},
       {"<c t='e'><v>#DIV/0!</v></c><c t='e'><v>#SPILL!</v></c>",
        "1,1 error Error 2007 | 1,2 error Error 2015"},
@@ -77,7 +78,7 @@ TEST(XlsxWorkbook, GivesTheValuesOfItsCells) {
       {"<c t='d'><v>2002-12-03T10:15:00Z</v></c><c t='d'><v>2002-13-03</v></c><c "
        "t='d'><v>1900-01-01</v></c>",
        "1,1 date 12/3/2002 10:15:00 AM | 1,2 text 2002-13-03 | 1,3 date 12/31/1899"},
-      {"<c><f>NOW()</f></c><c><v>x</v></c>", "1,1 error Error 2042 | 1,2 text x"},
+      {"<c><f>NOW()</f></c><c><v>x</v></c>", "1,1 uncalculated | 1,2 text x"},
       {"<c r='XFD1048576'><v>1</v></c><c/><c r='A1048577' s='1'/>", "1048576,16384 number 1"},
   };
   for (const auto& test : cases) {
