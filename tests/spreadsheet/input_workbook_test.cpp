@@ -88,6 +88,17 @@ TEST_F(InputWorkbookTest, SaysWhatIsDamagedHoweverOftenItIsAsked) {
   EXPECT_EQ(ErrorOf([&] { Open("/plates/none.xls"); }).Number(), error_number::kFileNotFound);
 }
 
+TEST_F(InputWorkbookTest, RefusesOnlyTheUncalculatedFormulasThatAreAskedFor) {
+  files_.AddFile("/plates/new.xlsx", DataFile("openpyxl-plate.xlsx"));
+  const auto workbook = Open("/plates/new.xlsx");
+  const Worksheet& data = workbook->Worksheets("data");
+  EXPECT_EQ(data.Value(3, 1), CellValue::Number(1));
+  EXPECT_EQ(ErrorOf([&] { data.Value(5, 2); }).Description(),
+            "/plates/new.xlsx cannot be used: its formulas were never calculated: open and save it "
+            "in a spreadsheet application (the first one asked for is in cell B5 of sheet "
+            "\"data\")");
+}
+
 TEST(EmbeddedApplication, DropsAWorkbookThatCloses) {
   MemoryFileSystem files(PathStyle::kWindows);
   files.AddFolder("C:\\plates");
