@@ -6,7 +6,7 @@ BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libwxgtk3.2-dev libgcrypt20-d
   libxlsxwriter-dev zlib1g-dev)
 TEST_PACKAGES=(libgtest-dev libgmock-dev xvfb openbox)
 PEER_PACKAGES=(libreoffice-calc gnumeric python3-xlrd python3-openpyxl)
-FUZZ_PACKAGES=(clang-14 libclang-rt-14-dev)
+FUZZ_PACKAGES=(clang-14 libclang-rt-14-dev xz-utils)
 CHECK_PACKAGES=(clang-format git)
 
 # Installs the named Debian packages that are not there yet. Silent when none is missing.
