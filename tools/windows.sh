@@ -1,7 +1,7 @@
 # What ./run, ./test and the release share for the Windows programs: cross-built here, started under
 # Wine. Sourced after setup.sh, never run.
 
-WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev libgcrypt-mingw-w64-dev cmake ninja-build libcli11-dev
+WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev cmake ninja-build libcli11-dev
   googletest dpkg-dev make wine wine64 xvfb openbox)
 
 # The libraries that Debian has no Windows form of, built from Debian's own sources, and the package

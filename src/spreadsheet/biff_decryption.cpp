@@ -7,8 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/ciphers.h"
 #include "spreadsheet/biff_records.h"
-#include "spreadsheet/ciphers.h"
 #include "spreadsheet/little_endian.h"
 #include "spreadsheet/record_reader.h"
 #include "spreadsheet/refusal.h"

@@ -1,15 +1,16 @@
-#include "spreadsheet/ciphers.h"
+#include "platform/ciphers.h"
 
 #include <gcrypt.h>
 
 #include <string>
 
-#include "spreadsheet/refusal.h"
+#include "platform/error.h"
 
 namespace korvex {
 namespace {
 
-// Machines that allow only approved algorithms would abort the program at these.
+// A machine set up to allow only approved algorithms would otherwise abort the program at MD5 and
+// RC4.
 void PrepareLibrary() {
   [[maybe_unused]] static const bool is_prepared = [] {
     gcry_control(GCRYCTL_NO_FIPS_MODE, 0);
@@ -21,7 +22,9 @@ void PrepareLibrary() {
 }
 
 void Check(gcry_error_t error) {
-  if (error != 0) Refuse(std::string("cannot be decrypted: ") + gcry_strerror(error));
+  if (error == 0) return;
+  throw Error(error_number::kAutomation,
+              std::string("cannot be decrypted: ") + gcry_strerror(error));
 }
 
 }  // namespace
