@@ -42,6 +42,25 @@ uninstall() {
   wineserver -w # it goes on in a copy of itself
 }
 
+# What CMakeLists.txt hardens the programs with.
+is_hardened() { # PROGRAM
+  local facts fact missing=
+  if [[ $1 == *.exe ]]; then
+    facts=$(x86_64-w64-mingw32-objdump -p "$1" && strings "$1")
+    set -- HIGH_ENTROPY_VA DYNAMIC_BASE NX_COMPAT 'stack smashing detected' '__n < this->size()'
+  else
+    # The start-up objects of the C library have two targets of indirect jumps, the programs thousands.
+    facts=$(readelf -lWd --dyn-syms "$1" && objdump -d "$1" | grep -c endbr64)
+    set -- 'Flags: .*PIE' 'GNU_STACK .* RW ' GNU_RELRO 'Flags: .*NOW' '^[0-9]{3,}$' \
+      ' __stack_chk_fail@' ' __[a-z]+_chk@' ' _ZSt21__glibcxx_assert_fail'
+  fi
+  for fact in "$@"; do
+    grep -qE -- "$fact" <<<"$facts" || missing+=" '$fact'"
+  done
+  [ -z "$missing" ] || echo "not found:$missing"
+  [ -z "$missing" ]
+}
+
 converts() { # PROGRAMS SAMPLES: the samples, with what lies in PROGRAMS
   local output=$2/campaign/campaign.xls
   if [ -e "$1/korvex-convert.exe" ]; then
@@ -59,6 +78,9 @@ mkdir "$work/any folder"
 tar -C "$work/any folder" -xf "$dist"/korvex-*-linux-*.tar.gz
 linux=$(echo "$work/any folder"/*)
 converts "$linux/lib/korvex/bin" "$linux/share/korvex/samples"
+for program in korvex korvex-convert workbook-dump; do
+  check "$program is hardened" is_hardened "$linux/lib/korvex/bin/$program"
+done
 version=$("$linux/bin/korvex-convert" --version)
 version=${version##* }
 check "the window" [ "$("$linux/bin/korvex" --version 2>&1)" = "korvex $version" ]
@@ -95,6 +117,7 @@ for program in korvex korvex-convert workbook-dump; do
   foreign=$(x86_64-w64-mingw32-objdump -p "$file" | sed -n 's/^\tDLL Name: //p' | tr '[:upper:]' '[:lower:]' |
     grep -vxE '(advapi32|comctl32|comdlg32|gdi32|gdiplus|kernel32|msimg32|msvcrt|ole32|oleacc|oleaut32|rpcrt4|shell32|shlwapi|user32|uuid|uxtheme|version|winmm|winspool|ws2_32)\.(dll|drv)')
   check "$program imports $foreign" [ -z "$foreign" ]
+  check "$program is hardened" is_hardened "$file"
 done
 converts "$windows/bin" "$windows/samples"
 

@@ -142,7 +142,7 @@ TEST(PosixStandardStreams, LendTheirNumbersToNoFile) {
 
 TEST(PosixStandardStreams, TellWhenTheOutputIsLost) {
   ExpectInChild([] {
-    std::freopen("/dev/full", "w", stdout);
+    if (!std::freopen("/dev/full", "w", stdout)) return false;
     try {
       WriteOutput("result");
       FlushOutput();
