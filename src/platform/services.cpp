@@ -3,6 +3,9 @@
 #include "platform/error.h"
 
 namespace korvex {
+
+const char kProgramVersion[] = KORVEX_VERSION;
+
 namespace {
 const Services* installed = nullptr;
 }

@@ -19,7 +19,7 @@ class SpreadsheetProgram;
 class WindowSystem;
 
 inline constexpr char kProgramTitle[] = "KORVEX";
-inline constexpr char kProgramVersion[] = "1.3.11";
+extern const char kProgramVersion[];  // of project() in CMakeLists.txt
 
 // None is owned.
 struct Services {

@@ -77,6 +77,7 @@ echo "The archive for Linux"
 mkdir "$work/any folder"
 tar -C "$work/any folder" -xf "$dist"/korvex-*-linux-*.tar.gz
 linux=$(echo "$work/any folder"/*)
+check "licence" cmp "$root/LICENSE" "$linux/share/doc/korvex/LICENSE"
 converts "$linux/lib/korvex/bin" "$linux/share/korvex/samples"
 for program in korvex korvex-convert workbook-dump; do
   check "$program is hardened" is_hardened "$linux/lib/korvex/bin/$program"
@@ -94,6 +95,8 @@ deb=$(echo "$dist"/korvex_*.deb)
 dpkg-deb -x "$deb" "$work/deb"
 check "version" [ "$(dpkg-deb -f "$deb" Version)" = "$version" ]
 check "depends on wx" grep -q libwxgtk <<<"$(dpkg-deb -f "$deb" Depends)"
+check "changelog" [ "$(zcat "$work/deb/usr/share/doc/korvex/changelog.gz" |
+  dpkg-parsechangelog -l - -S Version)" = "$version" ]
 check "files of root alone" [ -z "$(dpkg-deb -c "$deb" | grep -v ' root/root ')" ]
 cp -r "$work/deb/usr/share/korvex/samples" "$work"
 converts "$work/deb/usr/lib/korvex/bin" "$work/samples"
@@ -109,6 +112,10 @@ unzip -q "$dist"/korvex-*-windows-*.zip -d "$work/Größe µ"
 windows=$(echo "$work/Größe µ"/*)
 (cd "$windows" && find . -type f | sort) >"$work/files"
 check "help beside the programs" diff -r "$root/help" "$windows/bin/Help"
+check "licence" cmp "$root/LICENSE" "$windows/LICENSE.txt"
+for licence in "$windows"/licences/*; do
+  check "NOTICES.txt names ${licence##*/}" grep -q "licences/${licence##*/}" "$windows/NOTICES.txt"
+done
 for program in korvex korvex-convert workbook-dump; do
   file=$windows/bin/$program.exe
   check "$program: version" \

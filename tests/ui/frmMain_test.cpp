@@ -6,6 +6,7 @@
 #include <wx/listbox.h>
 
 #include "errors/clsAppLog.h"
+#include "platform/services.h"
 #include "tests/support/campaign.h"
 #include "tests/ui/ui_support.h"
 #include "ui/open_main_window.h"
@@ -79,7 +80,7 @@ class MainWindowTest : public testing::Test {
 
 TEST_F(MainWindowTest, StartsWhereTheUserLeftIt) {
   Open();
-  EXPECT_EQ(window_->GetTitle(), "KORVEX 1.3.11");
+  EXPECT_EQ(window_->GetTitle(), std::string("KORVEX ") + kProgramVersion);
   EXPECT_EQ(main_window_.ProcessingFolder(), campaign.folder);
   EXPECT_EQ(Label("lblFolder"), "/.../data/screen ");
   EXPECT_TRUE(The<wxRadioButton>("optFolders").GetValue());
