@@ -1,4 +1,5 @@
 # What ./run, ./test and .ci/run share. Sourced, never run.
+# shellcheck shell=bash disable=SC2034
 
 # What building the programs needs, what the tests, the comparison with other programs and the
 # fuzzers need on top, and what the checks of .ci/run need.
@@ -7,7 +8,7 @@ BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libwxgtk3.2-dev libgcrypt20-d
 TEST_PACKAGES=(libgtest-dev libgmock-dev xvfb openbox)
 PEER_PACKAGES=(libreoffice-calc gnumeric python3-xlrd python3-openpyxl)
 FUZZ_PACKAGES=(clang-14 libclang-rt-14-dev xz-utils)
-CHECK_PACKAGES=(clang-format git)
+CHECK_PACKAGES=(clang-format clang-tidy shellcheck git)
 
 # Installs the named Debian packages that are not there yet. Silent when none is missing.
 install_missing() {

@@ -1,5 +1,6 @@
 # What ./run, ./test and the release share for the Windows programs: cross-built here, started under
 # Wine. Sourced after setup.sh, never run.
+# shellcheck shell=bash disable=SC2034
 
 WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev cmake ninja-build libcli11-dev
   googletest dpkg-dev make wine wine64 xvfb openbox)
@@ -58,6 +59,7 @@ wanted_version() {
 fetch_source() {
   local version versions=$2
   mkdir -p lists/partial
+  # shellcheck disable=SC2016 # apt's own variables
   apt-get indextargets --format 'deb-src $(SITE) $(RELEASE) $(COMPONENT)' \
     'Created-By: Packages' | sort -u >sources.list
   apt_sources get update
@@ -108,22 +110,22 @@ build_with_cmake() {
 # version of that stands in the file WANTED-FOLDER.instead then.
 build_newest() (
   mkdir -p "$WINDOWS_CACHE"
-  work=$(mktemp -d "$WINDOWS_CACHE/build.XXXXXX")
-  trap 'rm -rf "$work"' EXIT
-  cd "$work"
-  build_quietly "$work" fetch_source "$1" "$2"
+  scratch=$(mktemp -d "$WINDOWS_CACHE/build.XXXXXX")
+  trap 'rm -rf "$scratch"' EXIT
+  cd "$scratch" || exit
+  build_quietly "$scratch" fetch_source "$1" "$2"
   version=$(<version)
   folder=$(library_folder "$1" "$version")
   if [ ! -d "$folder" ]; then
     echo "Building $1 $version for Windows, once ..." >&2
-    build_quietly "$work" dpkg-source --no-check -x ./*.dsc source
+    build_quietly "$scratch" dpkg-source --no-check -x ./*.dsc source
     case $1 in
-      wxwidgets3.2) build_wx "$work" "$folder" ;;
-      expat) build_with_cmake "$work" "$folder" expat_OPTIONS source/expat ;;
-      *) build_with_cmake "$work" "$folder" "${1}_OPTIONS" source ;;
+      wxwidgets3.2) build_wx "$scratch" "$folder" ;;
+      expat) build_with_cmake "$scratch" "$folder" expat_OPTIONS source/expat ;;
+      *) build_with_cmake "$scratch" "$folder" "${1}_OPTIONS" source ;;
     esac
     # There at once and whole, also when two builds do this.
-    mv -T "$work/installed$folder" "$folder" 2>/dev/null || [ -d "$folder" ]
+    mv -T "$scratch/installed$folder" "$folder" 2>/dev/null || [ -d "$folder" ]
   fi
   [ "$version" = "$2" ] || echo "$version" >"$(library_folder "$1" "$2").instead"
 )
