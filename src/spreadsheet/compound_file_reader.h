@@ -40,7 +40,7 @@ class CompoundFileReader {
   int FindAnywhere(std::string_view name) const;
 
   // A part of the file itself where the sectors lie in sequence, else assembled in `storage`.
-  CompoundStream Read(int entry, std::vector<std::byte>& storage);
+  CompoundStream Read(int index, std::vector<std::byte>& storage);
 
   // Whether entries can be missing because the file ends before the directory does.
   bool IsDirectoryCut() const { return is_directory_cut_; }

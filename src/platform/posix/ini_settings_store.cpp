@@ -34,7 +34,7 @@ std::string IniSettingsStore::PerUserPath(const PosixFileSystem& files) {
   return files.AbsolutePath(folder + "/korvex/korvex.ini");
 }
 
-IniSettingsStore::IniSettingsStore(PosixFileSystem& files, std::string path)
+IniSettingsStore::IniSettingsStore(PosixFileSystem& files, const std::string& path)
     : files_(files), path_(files.AbsolutePath(path)) {}
 
 bool IniSettingsStore::Version::operator==(const Version& other) const {

@@ -25,7 +25,7 @@ class IniSettingsStore : public SettingsStore {
   static std::string PerUserPath(const PosixFileSystem& files);
 
   // `files` must outlive the store.
-  IniSettingsStore(PosixFileSystem& files, std::string path);
+  IniSettingsStore(PosixFileSystem& files, const std::string& path);
 
   std::optional<std::string> Get(std::string_view section, std::string_view key) override;
   void Save(std::string_view section, std::string_view key, std::string_view value) override;
