@@ -17,6 +17,8 @@ constexpr int kSignificantDigits = 15;
 constexpr double kFirstScientific = 1e15;  // smallest whole number in scientific notation
 
 constexpr long kSecondsPerDay = 86400;
+constexpr long kMillisecondsPerSecond = 1000;
+constexpr long kMillisecondsPerDay = kSecondsPerDay * kMillisecondsPerSecond;
 // The calendar goes from year 100 to the end of year 9999; a serial outside of it is a plain
 // number.
 constexpr double kFirstDay = -657434;
@@ -118,21 +120,22 @@ void AppendNumber(double number, std::string& out) {
   }
 }
 
-// A serial number as day 0 = 1899-12-30 and the second of that day. Below zero the whole days count
-// backwards, but the time of day forwards. None outside the calendar.
+// A serial number as day 0 = 1899-12-30 and the time of that day, in seconds or parts of them.
+// Below zero the whole days count backwards, but the time of day forwards. None outside the
+// calendar.
 struct Moment {
   int day = 0;
-  long seconds = 0;
+  long time = 0;
 };
 
-std::optional<Moment> MomentOf(double serial) {
+std::optional<Moment> MomentOf(double serial, long parts_of_day) {
   if (!(serial >= kFirstDay && serial < kEndOfCalendar)) return std::nullopt;
-  // Rounding the day as a whole, not its seconds, lets a full minute carry into the hour and a full
+  // Rounding the day as a whole, not its parts, lets a full minute carry into the hour and a full
   // day into the date.
   const int day = static_cast<int>(serial);
-  const long seconds = std::lround(std::abs(serial - day) * kSecondsPerDay);
-  if (seconds == kSecondsPerDay) return Moment{day + 1, 0};
-  return Moment{day, seconds};
+  const long time = std::lround(std::abs(serial - day) * static_cast<double>(parts_of_day));
+  if (time == parts_of_day) return Moment{day + 1, 0};
+  return Moment{day, time};
 }
 
 std::chrono::year_month_day CalendarDay(int day) {
@@ -179,23 +182,29 @@ void AppendIsoDay(int day, std::string& out) {
   AppendTwoDigits(static_cast<unsigned>(date.day()), out);
 }
 
-void AppendIsoTime(long seconds, std::string& out) {
+void AppendIsoTime(long milliseconds, std::string& out) {
+  const long seconds = milliseconds / kMillisecondsPerSecond;
+  const long fraction = milliseconds % kMillisecondsPerSecond;
   AppendTwoDigits(seconds / 3600, out);
   AppendMinuteAndSecond(seconds, out);
+  if (fraction == 0) return;
+  out.push_back('.');
+  out.push_back(static_cast<char>('0' + fraction / 100));
+  AppendTwoDigits(fraction % 100, out);
 }
 
 // The date alone at midnight, the time alone on day 0.
 template <class DayForm, class TimeForm>
 void AppendMoment(Moment moment, std::string& out, DayForm append_day, TimeForm append_time) {
   const bool has_day = moment.day != 0;
-  const bool has_time = moment.seconds != 0 || !has_day;
+  const bool has_time = moment.time != 0 || !has_day;
   if (has_day) append_day(moment.day, out);
   if (has_day && has_time) out.push_back(' ');
-  if (has_time) append_time(moment.seconds, out);
+  if (has_time) append_time(moment.time, out);
 }
 
 void AppendDate(double serial, std::string& out) {
-  if (const auto moment = MomentOf(serial)) {
+  if (const auto moment = MomentOf(serial, kSecondsPerDay)) {
     AppendMoment(*moment, out, AppendDay, AppendTime);
   } else {
     AppendNumber(serial, out);
@@ -297,7 +306,7 @@ void AppendDataText(const CellValue& value, std::string& out) {
       AppendExactNumber(value.number, out);
       break;
     case CellKind::kDate:
-      if (const auto moment = MomentOf(value.number)) {
+      if (const auto moment = MomentOf(value.number, kMillisecondsPerDay)) {
         AppendMoment(*moment, out, AppendIsoDay, AppendIsoTime);
       } else {
         AppendExactNumber(value.number, out);

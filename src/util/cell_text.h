@@ -18,7 +18,7 @@ void AppendCellText(const CellValue& value, std::string& out);
 
 // A value in a form for programs rather than people: numbers with all the digits that tell them
 // apart ("0.30000000000000004"), dates by ISO 8601 with a blank before the time ("2002-12-03
-// 10:15:00"), "TRUE" and "FALSE", errors by their name ("#N/A").
+// 10:15:00", "10:15:00.250"), "TRUE" and "FALSE", errors by their name ("#N/A").
 void AppendDataText(const CellValue& value, std::string& out);
 
 // "#N/A" for 42; "#VALUE!" for a code that nobody knows.

@@ -4,6 +4,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "platform/error.h"
 #include "platform/file_system.h"
@@ -14,6 +15,25 @@ namespace korvex {
 namespace {
 
 constexpr std::size_t kBlock = 64 * 1024;
+// Times from here on are dates: nobody measured anything in the year 1900.
+constexpr double kFirstDate = 366;
+
+bool IsTime(const CellValue& value) {
+  return value.kind == CellKind::kDate && value.number < kFirstDate;
+}
+
+// By column, whether its times are elapsed ones ("[h]:mm"): one of them is longer than a day. As
+// dates they would lie in 1899 and 1900.
+std::vector<bool> FindElapsedTimes(const Worksheet& sheet, CellAddress last) {
+  std::vector<bool> is_elapsed(static_cast<std::size_t>(last.column) + 1);
+  for (int row = 1; row <= last.row; ++row) {
+    for (int column = 1; column <= last.column; ++column) {
+      const CellValue value = sheet.Value(row, column);
+      if (IsTime(value) && value.number >= 1) is_elapsed[static_cast<std::size_t>(column)] = true;
+    }
+  }
+  return is_elapsed;
+}
 
 void AppendField(const CellValue& value, std::string& out) {
   const std::size_t start = out.size();
@@ -34,10 +54,15 @@ void WriteRecords(const Worksheet& sheet, ReplacementFile& file) {
     block.clear();
   };
   const CellAddress last = sheet.LastCell();
+  const std::vector<bool> is_elapsed = FindElapsedTimes(sheet, last);
   for (int row = 1; row <= last.row; ++row) {
     for (int column = 1; column <= last.column; ++column) {
       if (column > 1) block.push_back(',');
-      AppendField(sheet.Value(row, column), block);
+      CellValue value = sheet.Value(row, column);
+      if (is_elapsed[static_cast<std::size_t>(column)] && IsTime(value)) {
+        value.kind = CellKind::kNumber;
+      }
+      AppendField(value, block);
     }
     block.append("\r\n");
     if (block.size() >= kBlock) flush();

@@ -76,6 +76,7 @@ TEST_F(OutputFormats, PutValuesIntoCsvForPrograms) {
   const std::vector<std::vector<CellValue>> rows = {
       {CellValue::Text("well"), CellValue::Text("a,b"), CellValue::Text("say \"\xC2\xB5\"")},
       {CellValue::Number(0.1 + 0.2), CellValue(), CellValue::Text("two\r\nlines")},
+      {CellValue::Text("=A1"), CellValue::Date(37593.5 + 0.25 / 86400), CellValue::Date(1.5)},
       {},
       {CellValue::Date(37593.5), CellValue::Date(37593), CellValue::Date(0.25)},
       {CellValue::Boolean(true), CellValue::ErrorCode(42), CellValue::Number(-100000)}};
@@ -88,8 +89,9 @@ TEST_F(OutputFormats, PutValuesIntoCsvForPrograms) {
   EXPECT_EQ(files_.Content("/plates/out.csv"),
             "\xEF\xBB\xBFwell,\"a,b\",\"say \"\"\xC2\xB5\"\"\"\r\n"
             "0.30000000000000004,,\"two\r\nlines\"\r\n"
+            "=A1,2002-12-03 12:00:00.250,1.5\r\n"
             ",,\r\n"
-            "2002-12-03 12:00:00,2002-12-03,06:00:00\r\n"
+            "2002-12-03 12:00:00,2002-12-03,0.25\r\n"
             "TRUE,#N/A,-100000\r\n");
 }
 
