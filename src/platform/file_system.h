@@ -72,6 +72,9 @@ class FileSystem {
 
   // Replaces the content of `content` by the whole file, reusing its memory.
   virtual void ReadFile(const std::string& path, std::vector<std::byte>& content) const = 0;
+  // The same for the first `most` bytes of the file, or all when it has no more.
+  virtual void ReadStart(const std::string& path, std::size_t most,
+                         std::vector<std::byte>& content) const = 0;
   // Creates the file when it is missing.
   virtual std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) = 0;
   virtual std::unique_ptr<ReplacementFile> Replace(const std::string& path) = 0;

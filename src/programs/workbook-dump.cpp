@@ -81,8 +81,8 @@ void AppendValue(const CellValue& value, std::string& out) {
 
 void Dump(const std::string& file) {
   ReadBuffers buffers;
-  NativePlatform().Provided().files->ReadFile(file, buffers.file);
   NamingFile(file, [&] {
+    ReadWorkbookFile(*NativePlatform().Provided().files, file, buffers.file);
     const auto workbook = OpenWorkbookReader(buffers);
     std::string line;
     for (std::size_t i = 0; i < workbook->Sheets().size(); ++i) {

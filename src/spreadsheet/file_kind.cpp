@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kTextHead = 8192;
 // Comments and the namespaces of other programs can stand before what tells markup apart.
-constexpr std::size_t kMarkupHead = 1u << 18;
+constexpr std::size_t kMarkupHead = kTellingStart - 1;
 
 std::string_view Characters(std::span<const std::byte> bytes, std::size_t limit) {
   return {reinterpret_cast<const char*>(bytes.data()), std::min(bytes.size(), limit)};
@@ -237,8 +237,9 @@ FileKind RecognizeFile(std::span<const std::byte> bytes) {
   }
   if (StartsWithBof(bytes, biff::kBof)) return FileKind::kBareBiff;
   if (IsOldBiff(bytes)) return FileKind::kOldBiff;
-  if (std::all_of(bytes.begin(), bytes.end(), [](std::byte b) { return b == std::byte{0}; })) {
-    return FileKind::kZeros;
+  if (std::all_of(bytes.begin(), bytes.begin() + std::min(bytes.size(), kTellingStart),
+                  [](std::byte b) { return b == std::byte{0}; })) {
+    return bytes.size() < kTellingStart ? FileKind::kZeros : FileKind::kZeroStart;
   }
   if (IsOwnerFile(bytes)) return FileKind::kOwnerFile;
   if (IsBeginningOfSignature(bytes)) return FileKind::kCutHeader;
@@ -256,6 +257,19 @@ FileKind RecognizeFile(std::span<const std::byte> bytes) {
     if (Characters(bytes, other.signature.size()) == other.signature) return other.kind;
   }
   return TextKind(bytes);
+}
+
+bool MayBeWorkbook(FileKind kind) {
+  switch (kind) {
+    case FileKind::kCompoundFile:
+    case FileKind::kBareBiff:
+    case FileKind::kZip:
+    case FileKind::kFlatOpenDocument:
+    case FileKind::kSpreadsheetMl:
+      return true;
+    default:
+      return false;
+  }
 }
 
 std::string_view FileKindText(FileKind kind) {
@@ -304,6 +318,8 @@ std::string_view FileKindText(FileKind kind) {
       return "the mark of a workbook that somebody has open";
     case FileKind::kZeros:
       return "nothing but zero bytes";
+    case FileKind::kZeroStart:
+      return "a file that begins with nothing but zero bytes";
     case FileKind::kCutHeader:
     case FileKind::kCutXml:
       return "the beginning of a file";

@@ -30,13 +30,20 @@ enum class FileKind {
   kText,
   kOwnerFile,  // "~$…" or ".~lock.…#", which mark a document as open
   kZeros,
+  kZeroStart,  // of a longer file
   kCutHeader,  // less of the file than tells a format apart
   kCutXml,     // the same of an XML document
   kUnknown,
 };
 
+// As many bytes from the beginning of a file tell what it is as all of it do.
+inline constexpr std::size_t kTellingStart = (1u << 18) + 1;
+
 bool IsCompoundFile(std::span<const std::byte> bytes);
+// Takes a file, or its first kTellingStart bytes.
 FileKind RecognizeFile(std::span<const std::byte> bytes);
+// Whether a file of that kind may hold a workbook that can be read.
+bool MayBeWorkbook(FileKind kind);
 
 // "tab-delimited text": what can stand behind "it is".
 std::string_view FileKindText(FileKind kind);

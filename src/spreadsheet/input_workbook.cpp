@@ -103,8 +103,10 @@ InputWorkbook::InputWorkbook(const FileSystem& files, const std::string& full_na
       pool_(pool),
       on_close_(std::move(on_close)),
       buffers_(pool.Take()) {
-  files.ReadFile(full_name, buffers_->file);
-  reader_ = NamingFile(full_name, [&] { return OpenWorkbookReader(*buffers_); });
+  reader_ = NamingFile(full_name, [&] {
+    ReadWorkbookFile(files, full_name, buffers_->file);
+    return OpenWorkbookReader(*buffers_);
+  });
   const std::vector<SheetInfo>& sheets = reader_->Sheets();
   for (std::size_t i = 0; i < sheets.size(); ++i) {
     if (sheets[i].kind == SheetKind::kWorksheet) {

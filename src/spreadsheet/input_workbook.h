@@ -31,7 +31,8 @@ class InputWorkbook : public Workbook {
  public:
   // Opens `full_name`. The pool must outlive the workbook, the file system is not needed longer
   // than this call. Errors: the file system's own, and 1004 with path and cause for a file that is
-  // no workbook, damaged or protected.
+  // no workbook, damaged or protected; 7 for
+  // one that needs more memory than there is.
   InputWorkbook(const FileSystem& files, const std::string& full_name, ReadBufferPool& pool,
                 CloseHandler on_close);
   ~InputWorkbook() override;

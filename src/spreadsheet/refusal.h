@@ -4,6 +4,8 @@
 // bytes)"), and the one place that knows the file puts its path in front.
 #pragma once
 
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -21,7 +23,12 @@ namespace korvex {
   Refuse("is not a workbook: it is " + std::string(what));
 }
 
-// Runs a step of reading `file` and puts its path in front of a refusal.
+[[noreturn]] inline void RefuseForMemory(const std::string& file) {
+  throw Error(error_number::kOutOfMemory, file + " needs more memory than there is");
+}
+
+// Runs a step of reading `file` and puts its path in front of a refusal. Memory that runs out
+// becomes Error 7, which names the file, too.
 template <typename Step>
 decltype(auto) NamingFile(const std::string& file, Step&& step) {
   try {
@@ -29,6 +36,10 @@ decltype(auto) NamingFile(const std::string& file, Step&& step) {
   } catch (const Error& error) {
     if (error.Number() != error_number::kAutomation) throw;
     throw Error(error.Number(), file + " " + error.Description(), error.Source());
+  } catch (const std::bad_alloc&) {
+    RefuseForMemory(file);
+  } catch (const std::length_error&) {  // of a container that cannot grow so far
+    RefuseForMemory(file);
   }
 }
 

@@ -12,6 +12,8 @@
 
 namespace korvex {
 
+class FileSystem;
+
 enum class SheetKind { kWorksheet, kChart, kMacro, kModule, kDialog };
 enum class SheetState { kVisible, kHidden, kVeryHidden };
 
@@ -44,6 +46,12 @@ class WorkbookReader {
   // `cells` need the reader and its buffers alive.
   virtual void ReadSheet(std::size_t index, SheetCells& cells) = 0;
 };
+
+// Reads the whole of a file into `content`, once its beginning may be that of a workbook: what is
+// none takes no memory however large it is, and is refused by what it is instead. Else the file
+// system's errors.
+void ReadWorkbookFile(const FileSystem& files, const std::string& path,
+                      std::vector<std::byte>& content);
 
 // Decides by the content of `buffers.file` what it is and opens it. The buffers must outlive the
 // reader. What is no workbook is refused by what it is instead.

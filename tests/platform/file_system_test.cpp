@@ -37,6 +37,10 @@ class FileSystemTest : public testing::Test {
 TEST_F(FileSystemTest, ReadsWholeFiles) {
   const std::string large(300000, 'x');
   EXPECT_EQ(Read(folder_.Put("large.xls", large)), large);
+  for (const std::size_t most : {0u, 7u, 300000u, 400000u}) {
+    files_.ReadStart(folder_ / "large.xls", most, content_);
+    EXPECT_EQ(content_.size(), std::min(most, large.size()));
+  }
   EXPECT_EQ(Read(folder_.Put("Größe µ 漢字.xls", "abc")), "abc") << "the buffer is reused";
   EXPECT_EQ(Read(folder_.Put("empty.xls", "")), "");
 }

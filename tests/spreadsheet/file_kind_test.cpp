@@ -20,6 +20,8 @@ TEST(FileKind, IsDecidedByTheContent) {
   } cases[] = {
       {"", "is empty (0 bytes)"},
       {Bytes(2048, '\0'), "is not a workbook: it is nothing but zero bytes"},
+      {Bytes(300'000, '\0') + "x",
+       "is not a workbook: it is a file that begins with nothing but zero bytes"},
       {"plate\twell\tOD\n1\tA1\t0.5\n", "is not a workbook: it is tab-delimited text"},
       {Utf16("plate\twell\n").substr(2), "is not a workbook: it is tab-delimited text"},
       {Bytes("\xFE\xFF\x03\xB1\0,\0\n", 8), "is not a workbook: it is comma-delimited text"},

@@ -2,7 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+#include <new>
+#include <stdexcept>
+
 #include "spreadsheet/embedded_application.h"
+#include "spreadsheet/refusal.h"
 #include "tests/support/errors.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/workbook_bytes.h"
@@ -97,6 +102,31 @@ TEST_F(InputWorkbookTest, RefusesOnlyTheUncalculatedFormulasThatAreAskedFor) {
             "/plates/new.xlsx cannot be used: its formulas were never calculated: open and save it "
             "in a spreadsheet application (the first one asked for is in cell B5 of sheet "
             "\"data\")");
+}
+
+// Files of any size stand among the workbooks.
+TEST_F(InputWorkbookTest, ReadsOnlyTheBeginningOfWhatIsNoWorkbook) {
+  const std::string table = "plate,OD\n" + std::string(1 << 20, '1');
+  files_.AddFile("/plates/a.xls", table);
+  std::vector<std::byte> content;
+  EXPECT_EQ(ErrorOf([&] { ReadWorkbookFile(files_, "/plates/a.xls", content); }).Description(),
+            "is not a workbook: it is comma-delimited text");
+  EXPECT_LT(content.size(), table.size() / 2);
+  ReadWorkbookFile(files_, kFile, content);
+  EXPECT_EQ(content.size(), files_.Content(kFile).size());
+  const std::string large = files_.Content(kFile) + std::string(1 << 20, '\0');
+  files_.AddFile("/plates/b.xls", large);
+  ReadWorkbookFile(files_, "/plates/b.xls", content);
+  EXPECT_EQ(content.size(), large.size());
+}
+
+TEST(NamingFile, NamesTheFileThatNeedsMoreMemoryThanThereIs) {
+  for (const auto& step : {std::function([] { throw std::bad_alloc(); }),
+                           std::function([] { throw std::length_error("resize"); })}) {
+    const Error error = ErrorOf([&] { NamingFile("/plates/a.xlsx", step); });
+    EXPECT_EQ(error.Number(), error_number::kOutOfMemory);
+    EXPECT_EQ(error.Description(), "/plates/a.xlsx needs more memory than there is");
+  }
 }
 
 TEST(EmbeddedApplication, DropsAWorkbookThatCloses) {

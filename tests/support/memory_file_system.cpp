@@ -176,7 +176,12 @@ std::vector<FolderEntry> MemoryFileSystem::List(const std::string& folder) const
 }
 
 void MemoryFileSystem::ReadFile(const std::string& path, std::vector<std::byte>& content) const {
-  const std::string& text = Content(path);
+  ReadStart(path, std::string::npos, content);
+}
+
+void MemoryFileSystem::ReadStart(const std::string& path, std::size_t most,
+                                 std::vector<std::byte>& content) const {
+  const std::string_view text = std::string_view(Content(path)).substr(0, most);
   Check(FileOperation::kRead, path);
   const auto* bytes = reinterpret_cast<const std::byte*>(text.data());
   content.assign(bytes, bytes + text.size());

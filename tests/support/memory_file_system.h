@@ -32,6 +32,8 @@ class MemoryFileSystem : public FileSystem {
   bool IsSameFile(const std::string& a, const std::string& b) const override;
   std::vector<FolderEntry> List(const std::string& folder) const override;
   void ReadFile(const std::string& path, std::vector<std::byte>& content) const override;
+  void ReadStart(const std::string& path, std::size_t most,
+                 std::vector<std::byte>& content) const override;
   std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) override;
   std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;
   // On the disk, as the C library knows no other.

@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <utility>
 
 #include "platform/posix/posix_io.h"
@@ -200,6 +201,11 @@ std::vector<FolderEntry> PosixFileSystem::List(const std::string& folder) const 
 }
 
 void PosixFileSystem::ReadFile(const std::string& path, std::vector<std::byte>& content) const {
+  ReadStart(path, std::numeric_limits<std::size_t>::max(), content);
+}
+
+void PosixFileSystem::ReadStart(const std::string& path, std::size_t most,
+                                std::vector<std::byte>& content) const {
   const Descriptor file = OpenFile(path, O_RDONLY);
   if (!file.IsOpen()) throw SystemError(errno, "read", path, Missing::kFile);
   struct stat status {};
@@ -208,10 +214,12 @@ void PosixFileSystem::ReadFile(const std::string& path, std::vector<std::byte>& 
 
   // The size is a hint: files of /proc say 0, and a file may grow. One byte more than it tells
   // finds the end without growing the buffer.
-  content.resize(static_cast<std::size_t>(status.st_size) + 1);
+  content.resize(std::min(most, static_cast<std::size_t>(status.st_size) + 1));
   std::size_t size = 0;
-  for (;;) {
-    if (size == content.size()) content.resize(size + std::max<std::size_t>(size, 65536));
+  while (size < most) {
+    if (size == content.size()) {
+      content.resize(std::min(most, size + std::max<std::size_t>(size, 65536)));
+    }
     const ssize_t count = read(file.Get(), content.data() + size, content.size() - size);
     if (count == 0) break;
     if (count > 0) {

@@ -1,6 +1,7 @@
 #include "platform/windows/windows_file_system.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "platform/windows/replacement_file.h"
@@ -157,15 +158,22 @@ std::vector<FolderEntry> WindowsFileSystem::List(const std::string& folder) cons
 }
 
 void WindowsFileSystem::ReadFile(const std::string& path, std::vector<std::byte>& content) const {
+  ReadStart(path, std::numeric_limits<std::size_t>::max(), content);
+}
+
+void WindowsFileSystem::ReadStart(const std::string& path, std::size_t most,
+                                  std::vector<std::byte>& content) const {
   const Handle file = OpenFile(SystemPath(path), path, "read", GENERIC_READ, OPEN_EXISTING);
   LARGE_INTEGER told{};
   GetFileSizeEx(file.Get(), &told);
   // The size is a hint: a file may grow. One byte more than it tells finds the end without growing
   // the buffer.
-  content.resize(static_cast<std::size_t>(told.QuadPart) + 1);
+  content.resize(std::min(most, static_cast<std::size_t>(told.QuadPart) + 1));
   std::size_t size = 0;
-  for (;;) {
-    if (size == content.size()) content.resize(size + std::max<std::size_t>(size, 65536));
+  while (size < most) {
+    if (size == content.size()) {
+      content.resize(std::min(most, size + std::max<std::size_t>(size, 65536)));
+    }
     const std::size_t count = ReadSome(file.Get(), std::span(content).subspan(size), path);
     if (count == 0) break;
     size += count;

@@ -28,6 +28,8 @@ class WindowsFileSystem : public FileSystem {
   std::vector<FolderEntry> List(const std::string& folder) const override;
 
   void ReadFile(const std::string& path, std::vector<std::byte>& content) const override;
+  void ReadStart(const std::string& path, std::size_t most,
+                 std::vector<std::byte>& content) const override;
   std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) override;
   // A link is followed: the file that it leads to is replaced. An existing file keeps its
   // permissions, a read-only one is refused.
