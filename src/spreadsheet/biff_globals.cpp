@@ -131,7 +131,7 @@ void GlobalsReader::ReadRecord() {
   const std::span<const std::byte> data = records_.Data();
   switch (records_.Number()) {
     case biff::kCodePage:
-      if (data.size() >= 2) globals_.code_page = LoadU16(data.data());
+      if (data.size() >= 2) globals_.code_page = CodePage(LoadU16(data.data()));
       break;
     case biff::kDateMode:
       if (data.size() >= 2) globals_.uses_1904 = LoadU16(data.data()) == 1;

@@ -15,7 +15,7 @@ namespace korvex {
 struct BiffGlobals {
   bool is_biff8 = true;
   bool uses_1904 = false;
-  std::uint16_t code_page = kDefaultCodePage;  // of BIFF5 texts
+  CodePage code_page;  // of BIFF5 texts
   std::vector<SheetInfo> sheets;
   std::vector<std::uint32_t> sheet_offsets;  // of their BOF in the stream
   std::vector<std::uint8_t> shows_date;      // by XF index, 0 or 1

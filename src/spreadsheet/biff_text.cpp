@@ -1,8 +1,8 @@
 #include "spreadsheet/biff_text.h"
 
 #include <algorithm>
+#include <vector>
 
-#include "spreadsheet/code_page.h"
 #include "spreadsheet/unicode.h"
 
 namespace korvex {
@@ -50,16 +50,22 @@ bool AppendUnicodeText(ContinuedData& data, std::uint16_t count, TextArena& out)
   return true;
 }
 
-bool AppendByteText(ContinuedData& data, std::size_t count, std::uint16_t code_page,
+// Characters of two bytes may lie on both sides of a CONTINUE: the pieces are one text.
+bool AppendByteText(ContinuedData& data, std::size_t count, const CodePage& code_page,
                     TextArena& out) {
-  for (;;) {
-    const std::size_t here = std::min(count, data.Left());
-    AppendCodePageText(code_page, {data.At(), here}, out);
-    data.Advance(here);
-    count -= here;
-    if (count == 0) return true;
-    if (!data.NextPiece()) return false;
+  if (data.Left() >= count) {
+    code_page.AppendText({data.At(), count}, out);
+    data.Advance(count);
+    return true;
   }
+  std::vector<std::byte> bytes;
+  do {
+    const std::size_t here = std::min(count - bytes.size(), data.Left());
+    bytes.insert(bytes.end(), data.At(), data.At() + here);
+    data.Advance(here);
+  } while (bytes.size() < count && data.NextPiece());
+  code_page.AppendText(bytes, out);
+  return bytes.size() == count;
 }
 
 }  // namespace korvex

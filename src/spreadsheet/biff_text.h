@@ -9,6 +9,7 @@
 
 #include <cstdint>
 
+#include "spreadsheet/code_page.h"
 #include "spreadsheet/record_reader.h"
 #include "spreadsheet/text_arena.h"
 
@@ -20,7 +21,7 @@ bool AppendUnicodeText(ContinuedData& data, std::uint16_t count, TextArena& out)
 
 // Appends `count` bytes of text in `code_page`, with what CONTINUE records hold of them; false as
 // above.
-bool AppendByteText(ContinuedData& data, std::size_t count, std::uint16_t code_page,
+bool AppendByteText(ContinuedData& data, std::size_t count, const CodePage& code_page,
                     TextArena& out);
 
 }  // namespace korvex

@@ -81,12 +81,14 @@ int DescribeEncoding(void*, const char* name, XML_Encoding* encoding) {
   std::uint16_t number = 0;
   const char* const end = page.data() + page.size();
   const auto [rest, error] = std::from_chars(page.data(), end, number);
-  if (rest != end || error != std::errc() || !IsKnownCodePage(number)) return XML_STATUS_ERROR;
+  if (rest != end || error != std::errc()) return XML_STATUS_ERROR;
+  const CodePage characters(number);
+  if (!characters.IsSingleByte()) return XML_STATUS_ERROR;
   TextArena character;
   for (int code = 0; code < 256; ++code) {
     const std::byte byte{static_cast<std::uint8_t>(code)};
     character.Clear();
-    AppendCodePageText(number, {&byte, 1}, character);
+    characters.AppendText({&byte, 1}, character);
     encoding->map[code] = static_cast<int>(FirstUtf8(character.Text(character.RangeSince(0))).code);
   }
   return XML_STATUS_OK;
@@ -251,6 +253,17 @@ const char* XmlElement::Attribute(char space, std::string_view local) const {
     if (full.ends_with(local) && SplitName(full, namespaces_).Is(space, local)) return name[1];
   }
   return nullptr;
+}
+
+std::string_view XmlElement::AttributeBeside(std::span<const XmlName> known) const {
+  for (const char* const* at = attributes_; *at != nullptr; at += 2) {
+    const XmlName name = SplitName(*at, namespaces_);
+    const auto is_it = [&](const XmlName& other) { return name.Is(other.space, other.local); };
+    if (name.space != kOtherNamespace && std::none_of(known.begin(), known.end(), is_it)) {
+      return name.local;
+    }
+  }
+  return {};
 }
 
 bool XmlElement::IsOn(std::string_view local) const {

@@ -45,6 +45,9 @@ class XmlElement {
   const char* Attribute(char space, std::string_view local) const;
   // "1" or "true".
   bool IsOn(std::string_view local) const;
+  // The first attribute of a namespace that the reader knows, or of none, that is not in `known`;
+  // empty when there is none.
+  std::string_view AttributeBeside(std::span<const XmlName> known) const;
 
  private:
   XmlName name_;
