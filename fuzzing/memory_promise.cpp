@@ -59,8 +59,9 @@ void operator delete[](void* memory, std::size_t) noexcept {
 
 namespace korvex::fuzz {
 
-MemoryPromise::MemoryPromise(std::size_t input_size) {
-  limit = held + 20 * input_size + (std::size_t{64} << 20);
+MemoryPromise::MemoryPromise(std::size_t input_size, Input input) {
+  const bool is_packed = input == Input::kPacked;
+  limit = held + (is_packed ? 24 : 20) * input_size + (std::size_t{is_packed ? 832u : 64u} << 20);
 }
 
 MemoryPromise::~MemoryPromise() {

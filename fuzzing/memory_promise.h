@@ -1,4 +1,4 @@
-// The promise that reading an input takes at most 20 times its size and 64 MiB of memory, checked.
+// The promise on the memory that reading an input takes, checked.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,10 @@ namespace korvex::fuzz {
 // Aborts when, within its lifetime, `operator new` hands out more than promised at a time.
 class MemoryPromise {
  public:
-  explicit MemoryPromise(std::size_t input_size);
+  // 20 times the size and 64 MiB; of an input that may stand for far more than its size, three
+  // times what a reader's budget grants (read_budget.h), for growing by doubling, and 64 MiB.
+  enum class Input { kPlain, kPacked };
+  explicit MemoryPromise(std::size_t input_size, Input input = Input::kPlain);
   ~MemoryPromise();
   MemoryPromise(const MemoryPromise&) = delete;
   MemoryPromise& operator=(const MemoryPromise&) = delete;

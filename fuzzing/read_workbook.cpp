@@ -6,6 +6,7 @@
 
 #include "fuzzing/memory_promise.h"
 #include "platform/error.h"
+#include "spreadsheet/file_kind.h"
 #include "spreadsheet/workbook_reader.h"
 #include "util/cell_text.h"
 #include "util/utf8.h"
@@ -62,7 +63,10 @@ void CheckCells(const SheetCells& cells) {
 }  // namespace
 
 void ReadWorkbook(std::span<const std::byte> file) {
-  const MemoryPromise promise(file.size());
+  const FileKind kind = RecognizeFile(file);
+  const bool is_packed = kind == FileKind::kZip || kind == FileKind::kFlatOpenDocument;
+  const MemoryPromise promise(
+      file.size(), is_packed ? MemoryPromise::Input::kPacked : MemoryPromise::Input::kPlain);
   ReadBuffers buffers;
   buffers.file.assign(file.begin(), file.end());
   try {

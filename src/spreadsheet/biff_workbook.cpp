@@ -98,13 +98,13 @@ void BiffWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
     if (bytes_read_ > kMostReadAtLeast + kMostReadings * stream_.size()) {
       Refuse("is damaged: its sheets lie over each other");
     }
-    cells.Finish();
+    cells.Finish(ReadBudget(buffers_.file.size()));
     for (const DoubtGround ground : {DoubtGround::kAsksForCalculation, DoubtGround::kEmptyText}) {
       if (cells.HasOnlyDoubts(ground) && reader.IsFalse(ground)) cells.ConfirmDoubts(ground);
     }
     return;
   }
-  cells.Finish();
+  cells.Finish(ReadBudget(buffers_.file.size()));
 }
 
 }  // namespace korvex

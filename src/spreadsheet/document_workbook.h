@@ -4,11 +4,13 @@
 #include <cstddef>
 #include <deque>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "spreadsheet/cell_place.h"
 #include "spreadsheet/read_budget.h"
 #include "spreadsheet/workbook_reader.h"
+#include "spreadsheet/xml_parser.h"
 
 namespace korvex {
 
@@ -21,6 +23,11 @@ class SheetCollector {
   void Begin(SheetInfo sheet);
   SheetInfo& Sheet() { return sheets_.back(); }
   SheetCells& Cells() { return cells_.back(); }
+  // Counts memory that is held beside the cells until the end of the document.
+  void Hold(std::size_t size) {
+    before_ += size;
+    budget_.CheckMemory(before_);
+  }
   // To be called wherever a little of the document can stand for much. `more` is held elsewhere.
   void CheckMemory(std::size_t more = 0) const {
     budget_.CheckMemory(before_ + cells_.back().UsedMemory() + more);
@@ -32,8 +39,15 @@ class SheetCollector {
   const ReadBudget& budget_;
   std::vector<SheetInfo> sheets_;
   std::deque<SheetCells> cells_;  // not finished yet
-  std::size_t before_ = 0;        // what the sheets before the one at hand take up
+  std::size_t before_ = 0;        // what is held beside the cells of the sheet at hand
 };
+
+// A document that is not in an archive has no check sum. What damage makes of a name there would
+// hide a cell or move others in silence: a name that no such document has is refused.
+[[noreturn]] void RefuseName(std::string_view name);
+void CheckAttributes(const XmlElement& element, std::span<const XmlName> known);
+// For text between elements: what is left of a tag stands there.
+void CheckBlank(std::string_view text);
 
 // Finding one sheet takes the way through the whole document, so that it is gone once for all
 // sheets, when the workbook is opened.

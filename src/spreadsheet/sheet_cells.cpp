@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "spreadsheet/cell_place.h"
 #include "spreadsheet/refusal.h"
 #include "spreadsheet/typed_number.h"
-#include "util/text.h"
 
 namespace korvex {
 
@@ -16,17 +16,15 @@ constexpr std::size_t kSmallDisorder = 65536;
 constexpr std::size_t kSparseRows = 65536;
 constexpr std::size_t kSparseRowsPerCell = 16;
 
-// What texts that stand in several cells may add to those that are there once.
-constexpr std::uint64_t kMostTextAtLeast = 32u << 20;
-constexpr std::uint64_t kMostTextPerCell = 256;
-
 }  // namespace
 
-void SheetCells::Clear(const TextArena* shared) {
+void SheetCells::Clear(const TextArena* shared, Repeats repeats) {
   cells_.clear();
   row_starts_.clear();
   own_texts_.Clear();
+  texts_above_.clear();
   shared_texts_ = shared;
+  repeats_ = repeats;
   shown_text_ = 0;
   next_place_ = 0;
   is_ordered_ = true;
@@ -80,21 +78,31 @@ void SheetCells::Order() {
   auto out = cells_.begin();
   for (auto cell = cells_.begin(); cell != cells_.end(); ++cell) {
     const auto later = cell + 1;
-    if (later != cells_.end() && Place(*later) == Place(*cell)) continue;
+    if (later != cells_.end() && Place(*later) == Place(*cell)) {
+      if (repeats_ == Repeats::kAreDamage && cell->kind != CellKind::kEmpty) {
+        Refuse("is damaged: it has more than one value for cell " +
+               CellName({cell->row, cell->column}));
+      }
+      continue;
+    }
     if (cell->kind != CellKind::kEmpty) *out++ = *cell;
   }
   cells_.erase(out, cells_.end());
   is_ordered_ = true;
 }
 
-void SheetCells::Finish() {
-  const std::uint64_t most_text = kMostTextAtLeast + kMostTextPerCell * cells_.size() +
-                                  own_texts_.Size() +
-                                  (shared_texts_ != nullptr ? shared_texts_->Size() : 0);
-  if (shown_text_ > most_text) {
-    Refuse("shows more than " + GroupedDigits(most_text) +
-           " bytes of text in one sheet, which no sheet of data does");
+TextRange SheetCells::ShareText(std::uint16_t column, TextRange text) {
+  if (column >= texts_above_.size()) texts_above_.resize(column + std::size_t{1});
+  TextRange& above = texts_above_[column];
+  if (text.offset != above.offset && own_texts_.Text(text) == own_texts_.Text(above)) {
+    if (text.offset + text.length == own_texts_.Size()) own_texts_.CutAt(text.offset);
+    return above;
   }
+  return above = text;
+}
+
+void SheetCells::Finish(const ReadBudget& budget) {
+  budget.CheckShownText(shown_text_);
   if (next_place_ > 0)
     last_row_ = std::max(last_row_, static_cast<std::uint32_t>((next_place_ - 1) >> 16));
   if (!is_ordered_) Order();
@@ -133,7 +141,7 @@ SheetCells::Entry SheetCells::At(std::size_t index) const {
 
 std::size_t SheetCells::MemorySize() const {
   return cells_.capacity() * sizeof(Cell) + row_starts_.capacity() * sizeof(std::uint32_t) +
-         own_texts_.Capacity();
+         texts_above_.capacity() * sizeof(TextRange) + own_texts_.Capacity();
 }
 
 }  // namespace korvex

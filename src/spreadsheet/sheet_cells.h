@@ -12,6 +12,7 @@
 
 #include "platform/cell.h"
 #include "spreadsheet/cell_place.h"
+#include "spreadsheet/read_budget.h"
 #include "spreadsheet/text_arena.h"
 
 namespace korvex {
@@ -54,10 +55,14 @@ class SheetCells {
   std::size_t Count() const { return cells_.size(); }
   Entry At(std::size_t index) const;
 
+  // What a second cell at one place means. Programs write such .xls files, and read the later one.
+  enum class Repeats { kLaterCounts, kAreDamage };
+
   // Starts anew and keeps the memory. Shared texts, if any, are ranges of `shared`, which must not
   // change any more.
-  void Clear(const TextArena* shared = nullptr);
-  // Cells may come in any order; of two at one place the later one counts, a blank too.
+  void Clear(const TextArena* shared = nullptr, Repeats repeats = Repeats::kLaterCounts);
+  // Cells may come in any order; of two at one place the later one counts, a blank too, or the
+  // sheet is refused (here or in Finish).
   void AddBlanks(std::uint32_t row, std::uint16_t first_column, int count);
   [[gnu::always_inline]] void AddNumber(std::uint32_t row, std::uint16_t column, CellKind kind,
                                         double number) {
@@ -69,12 +74,12 @@ class SheetCells {
   }
   void AddOwnText(std::uint32_t row, std::uint16_t column, TextRange text) {
     shown_text_ += text.length;
-    Add(row, column, CellKind::kText, false, {.text = text});
+    Add(row, column, CellKind::kText, false, {.text = ShareText(column, text)});
   }
   // Gives the cell added last the text that its formula yields.
   void ReplaceLastText(TextRange text) {
     shown_text_ += text.length;
-    cells_.back().content.text = text;
+    cells_.back().content.text = ShareText(cells_.back().column, text);
   }
   // The cell added last is a formula's, and its result may be one that nobody calculated. Those of
   // one ground stand and fall together: where all of a sheet are zero or empty, ConfirmDoubts says
@@ -101,9 +106,13 @@ class SheetCells {
   }
   // Texts for AddOwnText.
   TextArena& OwnTexts() { return own_texts_; }
-  // To be called once all cells are added. Error 1004 (a predicate, refusal.h) where few texts
-  // stand in so many cells that whoever takes them cell by cell gets far more than was in the file.
-  void Finish();
+  // A text of OwnTexts that a cell in `column` is to show: the one that the column showed last when
+  // they are equal, so that a text repeated in every row is kept once. If `text` was appended last
+  // it is then taken out again.
+  TextRange ShareText(std::uint16_t column, TextRange text);
+  // To be called once all cells are added. Refuses a sheet that shows more text than `budget`
+  // allows.
+  void Finish(const ReadBudget& budget);
   std::size_t MemorySize() const;
   // What the cells themselves take of that.
   std::size_t UsedMemory() const { return cells_.size() * sizeof(Cell) + own_texts_.Size(); }
@@ -154,8 +163,10 @@ class SheetCells {
   std::vector<std::uint32_t> row_starts_;  // by zero-based row, and one more; none of sparse cells
   const TextArena* shared_texts_ = nullptr;
   TextArena own_texts_;
-  std::uint64_t shown_text_ = 0;  // bytes of all texts, as often as they were added
-  std::uint64_t next_place_ = 0;  // behind the cells added so far
+  std::vector<TextRange> texts_above_;  // by column, the own text that it showed last
+  std::uint64_t shown_text_ = 0;        // bytes of all texts, as often as they were added
+  std::uint64_t next_place_ = 0;        // behind the cells added so far
+  Repeats repeats_ = Repeats::kLaterCounts;
   bool is_ordered_ = true;
   struct Doubts {
     bool has_zeros = false;

@@ -35,6 +35,9 @@ class TextArena {
   }
   void CommitUpTo(const char* end) { size_ = static_cast<std::size_t>(end - bytes_.get()); }
 
+  // Takes the end of the run away again, from an offset on.
+  void CutAt(std::uint32_t offset) { size_ = offset; }
+
   TextRange RangeSince(std::uint32_t start) const { return {start, Size() - start}; }
 
   TextRange Append(std::string_view text) {

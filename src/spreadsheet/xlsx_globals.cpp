@@ -1,6 +1,8 @@
 #include "spreadsheet/xlsx_globals.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <map>
 
 #include "spreadsheet/number_format.h"
@@ -67,7 +69,7 @@ class RelationshipsHandler : public XmlHandler {
         target != nullptr && !is_external && found.size() < most_) {
       const std::string_view kind(type);
       std::string part = ResolveTarget(folder_, target);
-      if (part.size() > kLongestPartName) return false;
+      if (std::max({part.size(), kind.size(), std::strlen(id)}) > kLongestPartName) return false;
       found.push_back({id, std::string(kind.substr(kind.rfind('/') + 1)), std::move(part)});
     }
     return false;
@@ -100,8 +102,8 @@ SheetKind KindOf(const Relationship& relationship) {
 class WorkbookHandler : public XmlHandler {
  public:
   WorkbookHandler(const std::vector<Relationship>& relationships, std::size_t most_sheets,
-                  XlsxGlobals& globals)
-      : most_sheets_(most_sheets), globals_(globals) {
+                  const ReadBudget& budget, XlsxGlobals& globals)
+      : most_sheets_(most_sheets), budget_(budget), globals_(globals) {
     for (const Relationship& relationship : relationships) {
       relationships_.try_emplace(relationship.id, relationship);
     }
@@ -133,6 +135,7 @@ class WorkbookHandler : public XmlHandler {
       if (std::string_view(state) == "hidden") sheet.state = SheetState::kHidden;
       if (std::string_view(state) == "veryHidden") sheet.state = SheetState::kVeryHidden;
     }
+    budget_.CheckMemory(names_size_ += sheet.name.size());
     std::string part;
     if (const char* const id = element.Attribute(xlsx::kRelations, "id")) {
       const auto found = relationships_.find(id);
@@ -147,16 +150,20 @@ class WorkbookHandler : public XmlHandler {
 
   std::map<std::string_view, const Relationship&> relationships_;  // by id, the first of each
   std::size_t most_sheets_;
+  const ReadBudget& budget_;
+  std::size_t names_size_ = 0;  // of sheets
   XlsxGlobals& globals_;
   bool is_workbook_ = false;
 };
 
 class StylesHandler : public XmlHandler {
  public:
+  explicit StylesHandler(const ReadBudget& budget) : budget_(budget) {}
+
   bool StartElement(const XmlElement& element) override {
     switch (element.Depth()) {
       case 1:
-        return element.Is(kMain, "styleSheet");
+        return has_styles_ = element.Is(kMain, "styleSheet");
       case 2:
         return element.Is(kMain, "numFmts") || element.Is(kMain, "cellXfs");
       default:
@@ -172,9 +179,11 @@ class StylesHandler : public XmlHandler {
     } else if (element.Is(kMain, "xf")) {
       formats_.push_back(id);
     }
+    budget_.CheckMemory(formats_.size() * sizeof(int) + written_.size() * kFormatMemory);
     return false;
   }
 
+  bool HasStyles() const { return has_styles_; }
   std::vector<std::uint8_t> ShowsDate() const {
     std::vector<std::uint8_t> shows_date;
     for (const int id : formats_) {
@@ -185,6 +194,11 @@ class StylesHandler : public XmlHandler {
   }
 
  private:
+  // What an entry of the map takes up, generously.
+  static constexpr std::size_t kFormatMemory = 64;
+
+  const ReadBudget& budget_;
+  bool has_styles_ = false;
   std::map<int, bool> written_;  // by id of the number format
   std::vector<int> formats_;
 };
@@ -214,7 +228,7 @@ XlsxGlobals ReadXlsxGlobals(const ZipArchive& archive, ReadBudget& budget) {
     if (relationship.kind == "sharedStrings") globals.strings_part = relationship.part;
     if (relationship.kind == "styles") globals.styles_part = relationship.part;
   }
-  WorkbookHandler handler(relationships, archive.PartCount(), globals);
+  WorkbookHandler handler(relationships, archive.PartCount(), budget, globals);
   ParsePart(archive, part, budget, handler);
   if (!handler.IsWorkbook()) Refuse("is damaged: its part " + part + " does not hold a workbook");
   return globals;
@@ -223,8 +237,9 @@ XlsxGlobals ReadXlsxGlobals(const ZipArchive& archive, ReadBudget& budget) {
 std::vector<std::uint8_t> ReadXlsxDateFormats(const ZipArchive& archive, const std::string& part,
                                               ReadBudget& budget) {
   if (part.empty()) return {};
-  StylesHandler handler;
+  StylesHandler handler(budget);
   ParsePart(archive, part, budget, handler);
+  if (!handler.HasStyles()) Refuse("is damaged: its part " + part + " does not hold styles");
   return handler.ShowsDate();
 }
 

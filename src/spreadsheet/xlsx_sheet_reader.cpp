@@ -38,7 +38,7 @@ XlsxSheetReader::Type XlsxSheetReader::TypeOf(std::string_view name) {
 bool XlsxSheetReader::StartElement(const XmlElement& element) {
   switch (element.Depth()) {
     case 1:
-      return element.Is(xlsx::kMain, "worksheet");
+      return is_worksheet_ = element.Is(xlsx::kMain, "worksheet");
     case 2:
       return element.Is(xlsx::kMain, "sheetData");
     case 3:

@@ -32,6 +32,9 @@ class XlsxSheetReader : public XmlHandler {
   void EndElement(const XmlName& name, int depth) override;
   void Text(std::string_view text) override;
 
+  // Whether the part was one of a worksheet at all.
+  bool IsWorksheet() const { return is_worksheet_; }
+
  private:
   enum class Type { kNumber, kShared, kText, kBoolean, kError, kDate };
 
@@ -50,6 +53,7 @@ class XlsxSheetReader : public XmlHandler {
   const std::vector<std::uint8_t>& shows_date_;
   const XlsxGlobals& globals_;
   SheetCells& cells_;
+  bool is_worksheet_ = false;
   std::uint32_t row_ = 0;  // of the next cell, zero-based, as is
   std::uint32_t column_ = 0;
   std::uint32_t next_row_ = 0;

@@ -58,7 +58,7 @@ void XlsxWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
     ReadStrings();
     has_formats_and_strings_ = true;
   }
-  cells.Clear(&buffers_.strings.Arena());
+  cells.Clear(&buffers_.strings.Arena(), SheetCells::Repeats::kAreDamage);
   const SheetInfo& sheet = globals_.sheets[index];
   if (sheet.kind == SheetKind::kWorksheet) {
     const std::string& name = globals_.sheet_parts[index];
@@ -70,8 +70,11 @@ void XlsxWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
       return part.Read(room);
     };
     ParseXml(source, name, xlsx::kNamespaces, handler);
+    if (!handler.IsWorksheet()) {
+      Refuse("is damaged: its part " + name + " does not hold a worksheet");
+    }
   }
-  cells.Finish();
+  cells.Finish(budget_);
   constexpr DoubtGround kGround = DoubtGround::kAsksForCalculation;
   if (cells.HasOnlyDoubts(kGround)) cells.ConfirmDoubts(kGround);
 }

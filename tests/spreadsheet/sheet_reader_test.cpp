@@ -111,7 +111,17 @@ TEST(SheetReader, DecodesTextsOfOldWorkbooksByTheirCodePage) {
       {1252, "a\x81z", "a\uFFFDz"},
       {1200, "\xB1\x03\xB2\x03", "αβ"},
       {1200, "ab", "ab"},
-      {932, "a\x83\x41", "a\uFFFD\x41"},
+      {932, "a\x83\x41\xB1", "aアｱ"},
+      {936, "\xC6\xBD\xB0\xE5", "平板"},
+      {949, "\xB0\xA1", "가"},
+      {950, "\xA4\xA4", "中"},
+      {10007, "\x80", "А"},
+      {932, "\x83", "\uFFFD"},                       // half a pair
+      {932, "\xFC\xFEz\x83\x41", "\uFFFDzア"},       // a pair that is not assigned
+      {932, "\x83\x20\x83\x41", "\uFFFD ア"},        // ASCII in the place of a second byte
+      {1253, "\xE1\xAA\xD2\xE1", "α\uFFFD\uFFFDα"},  // each byte of a single-byte page
+      {1255, "a\xE9", "aי"},                         // held back for a point that may follow
+      {9999, "a\xE4\x62", "a\uFFFD\x62"},            // nobody's
   };
   for (const auto& [code_page, bytes, text] : cases) {
     const Bytes label = Record(0x0204, CellHead(0, 0) + ByteText(bytes));
@@ -121,6 +131,12 @@ TEST(SheetReader, DecodesTextsOfOldWorkbooksByTheirCodePage) {
     EXPECT_EQ(ListingOfRecords(label + rich + formula, globals, kBiff5),
               "1,1 text " + text + " | 1,2 text " + text + " | 1,3 text " + text);
   }
+}
+
+TEST(SheetReader, JoinsACharacterThatAContinueRecordCuts) {
+  const Bytes cut = FormulaCell(0, 0, SpecialResult(0)) + Record(0x0207, U16(4) + Bytes("ab\x83")) +
+                    Record(0x003C, Bytes("\x41"));
+  EXPECT_EQ(ListingOfRecords(cut, Record(0x0042, U16(932)), kBiff5), "1,1 text abア");
 }
 
 TEST(SheetReader, KeepsTheLaterOfTwoCellsAtOnePlace) {
@@ -300,9 +316,31 @@ TEST(SheetCells, PlacesFilledOverAndOverTakeNoMemory) {
     cells.AddNumber(1, 255, CellKind::kNumber, round);
     cells.AddBlanks(0, 0, 256);
   }
-  cells.Finish();
+  cells.Finish(ReadBudget(0));
   EXPECT_EQ(Listing(cells), "2,256 number 1999 | 301,1 number 1");
   EXPECT_LT(cells.MemorySize(), 8u << 20);
+}
+
+TEST(SheetCells, ATextLikeTheOneAboveItTakesNoMemory) {
+  const std::string remark(400, 'r');
+  SheetCells cells;
+  cells.Clear();
+  const auto add = [&](std::uint32_t row, std::uint16_t column, const std::string& text) {
+    cells.AddOwnText(row, column, cells.OwnTexts().Append(text));
+  };
+  for (std::uint32_t row = 0; row < 50'000; ++row) {
+    add(row, 0, row % 2 == 0 ? "a" : "");
+    add(row, 7, row == 3 ? "other" : remark);
+  }
+  cells.AddOwnText(50'000, 7, {});
+  cells.ReplaceLastText(cells.OwnTexts().Append(remark));
+  EXPECT_LT(cells.OwnTexts().Size(), 60'000u);
+  cells.Finish(ReadBudget(0));
+  EXPECT_EQ(cells.Value(3, 8).text, remark);
+  EXPECT_EQ(cells.Value(4, 8).text, "other");
+  EXPECT_EQ(cells.Value(4, 1).text, "");
+  EXPECT_EQ(cells.Value(49'999, 1).text, "a");
+  EXPECT_EQ(cells.Value(50'001, 8).text, remark);
 }
 
 TEST(SheetCells, FindsCellsInRowsWithAndWithoutGaps) {
