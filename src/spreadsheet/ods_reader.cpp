@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <initializer_list>
+#include <iterator>
 #include <utility>
 
 #include "spreadsheet/cell_place.h"
@@ -13,6 +14,7 @@
 namespace korvex {
 namespace {
 
+constexpr std::size_t kStyleMemory = 128;   // of a name in a set, generously
 constexpr std::size_t kMostBlanks = 65536;  // more than a cell holds
 
 // How often something is repeated; once when it does not say.
@@ -39,6 +41,46 @@ std::string_view Value(const XmlElement& element, char space, std::string_view a
 bool IsCopyOfOtherFile(std::string_view name) {
   return name.starts_with("'") && name.find("'#$") != std::string_view::npos;
 }
+
+// What a table has in it beside rows and cells, and their attributes.
+constexpr std::string_view kTableParts[] = {"table-row-group",
+                                            "table-rows",
+                                            "table-header-rows",
+                                            "table-column",
+                                            "table-columns",
+                                            "table-column-group",
+                                            "table-header-columns",
+                                            "title",
+                                            "desc",
+                                            "table-source",
+                                            "scenario",
+                                            "shapes",
+                                            "named-expressions",
+                                            "detective",
+                                            "cell-range-source",
+                                            "table"};
+constexpr XmlName kRowAttributes[] = {{ods::kTable, "style-name"},
+                                      {ods::kTable, "default-cell-style-name"},
+                                      {ods::kTable, "number-rows-repeated"},
+                                      {ods::kTable, "visibility"}};
+constexpr XmlName kCellAttributes[] = {{ods::kTable, "style-name"},
+                                       {ods::kTable, "content-validation-name"},
+                                       {ods::kTable, "formula"},
+                                       {ods::kTable, "number-columns-repeated"},
+                                       {ods::kTable, "number-columns-spanned"},
+                                       {ods::kTable, "number-rows-spanned"},
+                                       {ods::kTable, "number-matrix-columns-spanned"},
+                                       {ods::kTable, "number-matrix-rows-spanned"},
+                                       {ods::kTable, "protect"},
+                                       {ods::kTable, "protected"},
+                                       {ods::kOffice, "value-type"},
+                                       {ods::kOffice, "value"},
+                                       {ods::kOffice, "currency"},
+                                       {ods::kOffice, "date-value"},
+                                       {ods::kOffice, "time-value"},
+                                       {ods::kOffice, "boolean-value"},
+                                       {ods::kOffice, "string-value"},
+                                       {ods::kCalc, "value-type"}};
 
 bool IsTruth(std::string_view formula) {
   return formula.ends_with(":=TRUE()") || formula.ends_with(":=FALSE()");
@@ -90,6 +132,27 @@ void OdsTextReader::End(const XmlName& name) {
   if (name.local == "p" || name.local == "h") is_in_paragraph_ = false;
 }
 
+std::uint32_t OdsReader::Repetitions(const XmlElement& element, std::string_view attribute) const {
+  const std::string_view digits = Value(element, ods::kTable, attribute);
+  const bool is_number = digits.find_first_not_of("0123456789") == std::string_view::npos;
+  if (!has_check_sum_ && !is_number) RefuseName(digits);
+  return ReadCount(element, ods::kTable, attribute);
+}
+
+// Of the table's namespace, in a table.
+void OdsReader::CheckElement(const XmlElement& element) const {
+  if (has_check_sum_) return;
+  const std::string_view name = element.Name().local;
+  if (name == "table-row") {
+    CheckAttributes(element, kRowAttributes);
+  } else if (name == "table-cell" || name == "covered-table-cell") {
+    CheckAttributes(element, kCellAttributes);
+  } else if (std::find(std::begin(kTableParts), std::end(kTableParts), name) ==
+             std::end(kTableParts)) {
+    RefuseName(name);
+  }
+}
+
 bool OdsReader::StartElement(const XmlElement& element) {
   const XmlName& name = element.Name();
   switch (name.space) {
@@ -104,10 +167,11 @@ bool OdsReader::StartElement(const XmlElement& element) {
     default:
       return text_.Start(element);
   }
+  if (is_in_table_) CheckElement(element);
   if (name.local == "table") return StartTable(element);
   if (!is_in_table_) return false;
   if (name.local == "table-row") {
-    row_count_ = ReadCount(element, ods::kTable, "number-rows-repeated");
+    row_count_ = Repetitions(element, "number-rows-repeated");
     return true;
   }
   if (name.local == "table-cell" || name.local == "covered-table-cell") {
@@ -119,8 +183,8 @@ bool OdsReader::StartElement(const XmlElement& element) {
 
 bool OdsReader::StartStyle(const XmlElement& element) {
   if (element.Name().local == "table-properties" &&
-      Value(element, ods::kTable, "display") == "false") {
-    hiding_styles_.emplace(style_);
+      Value(element, ods::kTable, "display") == "false" && hiding_styles_.emplace(style_).second) {
+    sheets_.Hold(kStyleMemory + style_.size());
   }
   style_ = Value(element, ods::kStyle, "name");
   return Value(element, ods::kStyle, "family") == "table";
@@ -139,7 +203,7 @@ bool OdsReader::StartTable(const XmlElement& element) {
 }
 
 void OdsReader::StartCell(const XmlElement& element) {
-  column_count_ = ReadCount(element, ods::kTable, "number-columns-repeated");
+  column_count_ = Repetitions(element, "number-columns-repeated");
   has_formula_ = element.Attribute(ods::kTable, "formula") != nullptr;
   const char* const mark = element.Attribute(ods::kCalc, "value-type");
   mark_ = mark == nullptr                     ? Mark::kNone
@@ -155,6 +219,9 @@ void OdsReader::StartCell(const XmlElement& element) {
 
 void OdsReader::ReadValue(const XmlElement& element, std::string_view type) {
   const bool is_number = IsIn(type, {"float", "percentage", "currency"});
+  if (!has_check_sum_ && !is_number && !IsIn(type, {"string", "date", "time", "boolean", "void"})) {
+    RefuseName(type);
+  }
   const char* const value =
       element.Attribute(ods::kOffice, is_number ? "value" : std::string(type) + "-value");
   lacks_value_ = is_number || IsIn(type, {"date", "time", "boolean"});
@@ -170,6 +237,7 @@ void OdsReader::ReadValue(const XmlElement& element, std::string_view type) {
     number = is_number ? ReadNumber(value) : ReadIsoDuration(value);
   }
   if (number) value_ = TypeNumber(*number, !is_number, false);
+  if (!has_check_sum_ && is_number && !number && *value != '\0') RefuseName(value);
   // Booleans that came from other formats are written as formulas of type float.
   if (number && is_number && IsTruth(Value(element, ods::kTable, "formula"))) {
     value_ = {CellKind::kBoolean, *number != 0 ? 1.0 : 0.0};
@@ -178,6 +246,7 @@ void OdsReader::ReadValue(const XmlElement& element, std::string_view type) {
 
 void OdsReader::Text(std::string_view text) {
   if (!is_in_table_) return;
+  if (!has_check_sum_ && !text_.IsInParagraph()) CheckBlank(text);
   text_.Append(text);
   sheets_.CheckMemory(text_.Text().size());
 }
@@ -218,7 +287,9 @@ void OdsReader::Keep(TypedNumber value) {
 
 void OdsReader::KeepText(std::string_view text) {
   Keep({CellKind::kText, 0});
-  row_cells_.back().text = sheets_.Cells().OwnTexts().Append(text);
+  SheetCells& cells = sheets_.Cells();
+  row_cells_.back().text =
+      cells.ShareText(static_cast<std::uint16_t>(column_), cells.OwnTexts().Append(text));
   sheets_.CheckMemory();
 }
 

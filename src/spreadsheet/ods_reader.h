@@ -25,6 +25,7 @@ class OdsTextReader {
   void Append(std::string_view text);
   void End(const XmlName& name);
 
+  bool IsInParagraph() const { return is_in_paragraph_; }
   bool HasParagraph() const { return has_paragraph_; }
   const std::string& Text() const { return text_; }
 
@@ -49,7 +50,9 @@ class OdsTextReader {
 // out.
 class OdsReader : public XmlHandler {
  public:
-  explicit OdsReader(SheetCollector& sheets) : sheets_(sheets) {}
+  // `has_check_sum` when damage to the document would have been noticed.
+  OdsReader(SheetCollector& sheets, bool has_check_sum)
+      : sheets_(sheets), has_check_sum_(has_check_sum) {}
 
   bool StartElement(const XmlElement& element) override;
   void EndElement(const XmlName& name, int depth) override;
@@ -69,6 +72,8 @@ class OdsReader : public XmlHandler {
     bool is_uncalculated;
   };
 
+  std::uint32_t Repetitions(const XmlElement& element, std::string_view attribute) const;
+  void CheckElement(const XmlElement& element) const;
   bool StartStyle(const XmlElement& element);
   bool StartTable(const XmlElement& element);
   void StartCell(const XmlElement& element);
@@ -80,6 +85,7 @@ class OdsReader : public XmlHandler {
   void AddCell(const RowCell& cell);
 
   SheetCollector& sheets_;
+  bool has_check_sum_;
   bool has_spreadsheet_ = false;
   std::string style_;
   std::set<std::string> hiding_styles_;

@@ -35,7 +35,7 @@ OdsWorkbook::OdsWorkbook(ReadBuffers& buffers, std::optional<ZipArchive> archive
 }
 
 void OdsWorkbook::ReadDocument(ReadBudget& budget, SheetCollector& sheets) {
-  OdsReader reader(sheets);
+  OdsReader reader(sheets, archive_.has_value());
   if (archive_) {
     if (IsEncrypted(*archive_, budget)) {
       Refuse("needs a password: it is an encrypted OpenDocument spreadsheet");

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -13,6 +14,7 @@
 #include "spreadsheet/typed_number.h"
 #include "spreadsheet/typed_text.h"
 #include "spreadsheet/xml_parser.h"
+#include "util/text.h"
 
 namespace korvex {
 namespace {
@@ -24,6 +26,30 @@ constexpr XmlNamespace kNamespaces[] = {
     {"urn:schemas-microsoft-com:office:excel", kExcel},
 };
 
+// What stands where cells do, and the attributes that say where and what they are.
+constexpr XmlName kRowAttributes[] = {
+    {kMain, "AutoFitHeight"}, {kMain, "Caption"}, {kMain, "Height"}, {kMain, "Hidden"},
+    {kMain, "Index"},         {kMain, "Span"},    {kMain, "StyleID"}};
+constexpr XmlName kCellAttributes[] = {
+    {kMain, "ArrayRange"}, {kMain, "Formula"},     {kMain, "HRef"},      {kExcel, "HRefScreenTip"},
+    {kMain, "Index"},      {kMain, "MergeAcross"}, {kMain, "MergeDown"}, {kMain, "StyleID"}};
+constexpr XmlName kDataAttributes[] = {{kMain, "Type"}, {kExcel, "Ticked"}};
+constexpr std::string_view kStyleParts[] = {"Alignment", "Borders",      "Font",
+                                            "Interior",  "NumberFormat", "Protection"};
+constexpr std::string_view kTableParts[] = {"Column"};
+constexpr std::string_view kCellParts[] = {"Comment", "NamedCell", "PhoneticText", "SmartTags"};
+constexpr std::string_view kTypes[] = {"Number", "String", "DateTime", "Boolean", "Error"};
+
+bool IsIn(std::string_view text, std::span<const std::string_view> list) {
+  return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+// Refuses an element of the format's own that is not one of these.
+void CheckElement(const XmlElement& element, std::span<const std::string_view> known) {
+  const XmlName& name = element.Name();
+  if (name.space == kMain && !IsIn(name.local, known)) RefuseName(name.local);
+}
+
 std::string_view Value(const XmlElement& element, std::string_view attribute) {
   const char* const value = element.Attribute(kMain, attribute);
   return value != nullptr ? value : "";
@@ -33,9 +59,23 @@ std::string_view Value(const XmlElement& element, std::string_view attribute) {
 std::optional<std::uint32_t> ReadCount(const XmlElement& element, std::string_view attribute) {
   const std::string_view digits = Value(element, attribute);
   std::uint32_t count = 0;
-  const std::errc error = std::from_chars(digits.data(), digits.data() + digits.size(), count).ec;
-  if (error == std::errc::invalid_argument) return {};
+  if (digits.empty()) return {};
+  const char* const end = digits.data() + digits.size();
+  const auto [rest, error] = std::from_chars(digits.data(), end, count);
+  if (error == std::errc::invalid_argument || rest != end) RefuseName(digits);
   return error == std::errc() ? std::min(count, kMostXmlRows) : kMostXmlRows;
+}
+
+// Where a row or cell is, zero-based; `next` when it does not say. None lies before the one that
+// came before it.
+std::uint32_t NextIndex(const XmlElement& element, std::uint32_t next) {
+  const std::optional<std::uint32_t> index = ReadCount(element, "Index");
+  if (!index) return next;
+  if (*index <= next) {
+    Refuse("is damaged: its rows or cells go backwards, from " + GroupedDigits(next) + " to " +
+           GroupedDigits(*index));
+  }
+  return *index - 1;
 }
 
 // Formats have names beside those that are written out: "Short Date", "Standard".
@@ -67,7 +107,11 @@ class SpreadsheetMlReader : public XmlHandler {
   bool StartElement(const XmlElement& element) override;
   void EndElement(const XmlName& name, int depth) override;
   void Text(std::string_view text) override {
-    if (collects_) text_ += text;
+    if (collects_) {
+      text_ += text;
+    } else {
+      CheckBlank(text);
+    }
   }
 
  private:
@@ -117,18 +161,28 @@ bool SpreadsheetMlReader::StartElement(const XmlElement& element) {
         StartRow(element);
         return true;
       }
+      if (is_in_table_) CheckElement(element, kTableParts);
+      if (!is_in_sheet_) CheckElement(element, kStyleParts);
       if (!is_in_sheet_ && element.Is(kMain, "NumberFormat")) {
         shows_date_[style_] = ShowsDate(Value(element, "Format"));
       }
       text_.clear();
       return collects_ = is_in_sheet_ && element.Is(kExcel, "Visible");
     case kCell:
-      if (!element.Is(kMain, "Cell")) return false;
+      if (!element.Is(kMain, "Cell")) {
+        CheckElement(element, {});
+        return false;
+      }
       StartCell(element);
       return true;
     case kData:
-      if (!element.Is(kMain, "Data")) return false;
+      if (!element.Is(kMain, "Data")) {
+        CheckElement(element, kCellParts);
+        return false;
+      }
+      CheckAttributes(element, kDataAttributes);
       type_ = Value(element, "Type");
+      if (!IsIn(type_, kTypes)) RefuseName(type_);
       text_.clear();
       return collects_ = true;
     default:
@@ -165,19 +219,20 @@ bool SpreadsheetMlReader::StartInSheet(const XmlElement& element) {
 }
 
 void SpreadsheetMlReader::StartRow(const XmlElement& element) {
-  const std::optional<std::uint32_t> index = ReadCount(element, "Index");
-  row_ = index && *index > 0 ? *index - 1 : next_row_;
+  CheckAttributes(element, kRowAttributes);
+  row_ = NextIndex(element, next_row_);
   next_row_ = std::min(row_ + 1 + ReadCount(element, "Span").value_or(0), kMostXmlRows);
   next_column_ = left_column_;
 }
 
 void SpreadsheetMlReader::StartCell(const XmlElement& element) {
-  const std::optional<std::uint32_t> index = ReadCount(element, "Index");
-  column_ = index && *index > 0 ? *index - 1 : next_column_;
+  CheckAttributes(element, kCellAttributes);
+  column_ = NextIndex(element, next_column_);
   next_column_ =
       std::min(column_ + 1 + ReadCount(element, "MergeAcross").value_or(0), kMostXmlRows);
   const std::string_view style = Value(element, "StyleID");
   const auto found = shows_date_.find(style);
+  if (found == shows_date_.end() && !style.empty()) RefuseName(style);
   cell_shows_date_ = found != shows_date_.end() && found->second;
   has_style_ = !style.empty();
   has_formula_ = !Value(element, "Formula").empty();
@@ -210,6 +265,9 @@ void SpreadsheetMlReader::EndCell() {
   } else if (const auto number = is_number ? ReadNumber(text_) : std::nullopt) {
     AddNumber(type_ == "Boolean" ? TypedNumber{CellKind::kBoolean, *number != 0 ? 1.0 : 0.0}
                                  : TypeNumber(*number, cell_shows_date_, uses_1904_));
+  } else if (type_ != "String" && text_.find_first_not_of(" \t\r\n") != std::string::npos) {
+    Refuse("is damaged: cell " + CellName({row_, column_}) + " does not hold the " + type_ +
+           " that it should");
   } else {
     SheetCells& cells = sheets_.Cells();
     cells.AddOwnText(row_, static_cast<std::uint16_t>(column_), cells.OwnTexts().Append(text_));

@@ -40,6 +40,7 @@ constexpr std::size_t kHeaderSize = 30;
 
 constexpr std::uint16_t kStored = 0;
 constexpr std::uint16_t kDeflated = 8;
+constexpr std::size_t kMostPlaces = 4;           // that a message names
 constexpr std::size_t kInflaterStep = 1u << 30;  // its counts have 32 bits
 
 struct Directory {
@@ -162,6 +163,23 @@ const ZipArchive::Part* ZipArchive::Find(std::string_view name) const {
   return nullptr;
 }
 
+const ZipArchive::Part& ZipArchive::FindOnly(std::string_view name) const {
+  const Part* const found = Find(name);
+  if (found == nullptr) Refuse("is damaged: its part " + std::string(name) + " is missing");
+  std::size_t count = 0;
+  std::string places;
+  for (const Part& part : parts_) {
+    if (part.name != found->name) continue;
+    if (++count <= kMostPlaces) {
+      places += (count > 1 ? ", " : "") + GroupedDigits(part.header_offset);
+    }
+  }
+  if (count == 1) return *found;
+  if (count > kMostPlaces) places += " …";
+  Refuse("is damaged: its zip archive has " + GroupedDigits(count) + " parts named " +
+         std::string(found->name) + ", at bytes " + places);
+}
+
 std::span<const std::byte> ZipArchive::Packed(const Part& part) const {
   if (part.is_encrypted) Refuse("needs a password: the parts of its zip archive are encrypted");
   const std::uint64_t header = part.header_offset;
@@ -178,9 +196,7 @@ std::span<const std::byte> ZipArchive::Packed(const Part& part) const {
 }
 
 ZipPartReader::ZipPartReader(const ZipArchive& archive, std::string_view name, ReadBudget& budget)
-    : part_(archive.Find(name)), budget_(budget) {
-  if (part_ == nullptr) Refuse("is damaged: its part " + std::string(name) + " is missing");
-  left_ = archive.Packed(*part_);
+    : part_(&archive.FindOnly(name)), budget_(budget), left_(archive.Packed(*part_)) {
   if (part_->method == kStored) return;
   if (part_->method != kDeflated) {
     RefusePart("is packed by method " + std::to_string(part_->method) +

@@ -40,6 +40,10 @@ class ZipArchive {
   const Part* Find(std::string_view name) const;
   bool Has(std::string_view name) const { return Find(name) != nullptr; }
 
+  // The same for a part that is going to be read. Refuses when there is none, or more than one of
+  // the name: programs do not agree on which one counts.
+  const Part& FindOnly(std::string_view name) const;
+
   // What is packed of a part. Refuses a part that is encrypted or does not lie in the file.
   std::span<const std::byte> Packed(const Part& part) const;
 
@@ -53,7 +57,7 @@ class ZipArchive {
 // A part while it is read. Archive and budget must outlive it.
 class ZipPartReader {
  public:
-  // Refuses when there is no part of that name.
+  // Refuses when there is not just one part of that name.
   ZipPartReader(const ZipArchive& archive, std::string_view name, ReadBudget& budget);
   ~ZipPartReader();
 

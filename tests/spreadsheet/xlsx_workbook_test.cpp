@@ -1,11 +1,16 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <span>
+
+#include "spreadsheet/zip_archive.h"
 #include "tests/spreadsheet/opened_workbook.h"
 #include "tests/spreadsheet/zip_bytes.h"
 #include "util/text.h"
 
 namespace korvex::test {
 namespace {
+
+using testing::MatchesRegex;
 
 const std::string kMain = "xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"";
 const std::string kType =
@@ -146,14 +151,18 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
     while (count-- > 0) all += text;
     return all;
   };
-  const std::string deep = repeated(300, "<a>"), spaces(36'000'000, ' ');
+  const std::string deep = repeated(300, "<a>");
   const std::string kUnusual =
       "is damaged: its part xl/worksheets/sheet1.xml has names or texts of unusual length";
   const std::string name(1000, 'n');
-  XlsxBytes one_text{repeated(1000, "<row><c t='s'><v>0</v></c></row>")};
-  ZipParts one_text_everywhere = one_text.Parts();
-  one_text_everywhere[4].second =
-      "<sst " + kMain + "><si><t>" + repeated(40, name) + "</t></si></sst>";
+  const auto one_text_everywhere = [&](int length) {
+    ZipParts parts = XlsxBytes{repeated(1000, "<row><c t='s'><v>0</v></c></row>")}.Parts();
+    parts[4].second = "<sst " + kMain + "><si><t>" + std::string(length, 'x') + "</t></si></sst>";
+    return Zip(parts);
+  };
+  EXPECT_EQ(RefusalOf(one_text_everywhere(100'000)), "");
+  ZipParts two_sheets = XlsxBytes{}.Parts();
+  two_sheets.push_back(two_sheets[5]);
   const struct {
     Bytes file;
     std::string cause;
@@ -185,15 +194,17 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
       {sheet(deep),
        "is damaged: the elements of its part xl/worksheets/sheet1.xml lie more than 256 "
        "deep in each other"},
-      {sheet("<a>" + spaces),
-       "unpacks to more than 33,554,432 bytes, which no workbook of its size "
-       "does"},
+      {sheet("<dialogsheet " + kMain + "/>"),
+       "is damaged: its part xl/worksheets/sheet1.xml does not hold a worksheet"},
+      {with_part(3, "<styles/>"), "is damaged: its part xl/styles.xml does not hold styles"},
+      {XlsxBytes{"<row r='2'><c><v>1</v></c></row><row r='1'><c><v>2</v></c></row><row r='2'>"
+                 "<c s='1'/></row>"}
+           .Build(),
+       "is damaged: it has more than one value for cell A2"},
       {sheet("<a xmlns:b='" + repeated(2, name) + "'/>"), kUnusual},
       {sheet("<a xmlns:b='" + name + "'>" + repeated(40'000, "<c b:d='' b:e=''/>")), kUnusual},
       {XlsxBytes{"<row><c t='str'><v>" + repeated(5, repeated(1000, name) + "<x/>")}.Build(),
        kUnusual},
-      {Zip(one_text_everywhere),
-       "shows more than 33,850,432 bytes of text in one sheet, which no sheet of data does"},
       {with_part(2, Relationships(Relationship("s", "worksheet", repeated(2, name)))),
        "is damaged: its sheet \"data\" has no part"},
       {XlsxBytes{"<row><c t='s'><v>7</v></c></row>"}.Build(),
@@ -207,6 +218,23 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
       {Zip({}), "is not a workbook: it is a zip archive"},
   };
   for (const auto& test : cases) EXPECT_EQ(RefusalOf(test.file), test.cause);
+  EXPECT_THAT(RefusalOf(one_text_everywhere(1'000'000)),
+              MatchesRegex("shows more than 537,[0-9,]* bytes of text in one sheet"));
+  EXPECT_THAT(RefusalOf(Zip(two_sheets)),
+              MatchesRegex("is damaged: its zip archive has 2 parts named "
+                           "xl/worksheets/sheet1.xml, at bytes [0-9,]*, [0-9,]*"));
+}
+
+// A part that is read over and over, as by sheets that share it, costs time each time.
+TEST(ZipPartReader, StopsWhenTheBudgetIsSpent) {
+  const Bytes file = Zip({{"a.xml", Bytes(1000, ' ')}});
+  const ZipArchive archive(std::as_bytes(std::span(file)));
+  ReadBudget budget(100);
+  budget.AddUnpacked((512u << 20) + 200 * 100 - 999);
+  char room[4096];
+  ZipPartReader part(archive, "a.xml", budget);
+  EXPECT_EQ(ErrorOf([&] { part.Read(room); }).Description(),
+            "unpacks to more than 536,890,912 bytes");
 }
 
 }  // namespace
