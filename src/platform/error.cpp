@@ -3,6 +3,8 @@
 #include <new>
 #include <utility>
 
+#include "platform/shown_text.h"
+
 namespace korvex {
 
 std::string StandardErrorText(int number) {
@@ -29,6 +31,8 @@ std::string StandardErrorText(int number) {
       return "File not found";
     case error_number::kDeviceIo:
       return "Device I/O error";
+    case error_number::kFileExists:
+      return "File already exists";
     case error_number::kDiskFull:
       return "Disk full";
     case error_number::kDeviceUnavailable:
@@ -55,7 +59,13 @@ std::string StandardErrorText(int number) {
 Error::Error(int number) : Error(number, StandardErrorText(number)) {}
 
 Error::Error(int number, std::string description, std::string source)
-    : number_(number), source_(std::move(source)), description_(std::move(description)) {}
+    : number_(number), source_(std::move(source)), description_(Shown(std::move(description))) {}
+
+Error Error::WithHeading(std::string_view heading) const {
+  Error error = *this;
+  error.description_ = std::string(heading) + "\r\n" + description_;
+  return error;
+}
 
 Error PendingError() {
   const std::exception_ptr pending = std::current_exception();

@@ -3,6 +3,7 @@
 
 #include <exception>
 #include <string>
+#include <string_view>
 
 namespace korvex {
 
@@ -18,6 +19,7 @@ inline constexpr int kUserInterrupt = 18;  // a stop that the user confirmed
 inline constexpr int kInternal = 51;
 inline constexpr int kFileNotFound = 53;
 inline constexpr int kDeviceIo = 57;
+inline constexpr int kFileExists = 58;
 inline constexpr int kDiskFull = 61;
 inline constexpr int kDeviceUnavailable = 68;
 inline constexpr int kPermissionDenied = 70;
@@ -35,11 +37,14 @@ inline constexpr int kAutomation = 1004;  // whatever a spreadsheet application 
 std::string StandardErrorText(int number);
 
 // Carries number, source and description up to the procedure that traps it. The source names the
-// unit that raised the error; raised without one, it is the program's title.
+// unit that raised the error; raised without one, it is the program's title. A description is one
+// line: control characters of the names in it are escaped (`Shown`).
 class Error : public std::exception {
  public:
   explicit Error(int number);
   Error(int number, std::string description, std::string source = "KORVEX");
+  // The same error with a line above its description.
+  Error WithHeading(std::string_view heading) const;
 
   int Number() const { return number_; }
   const std::string& Source() const { return source_; }

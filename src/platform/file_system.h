@@ -16,6 +16,9 @@ struct FolderEntry {
   bool is_folder = false;
   bool is_link = false;    // and may lead back to where it stands
   bool is_hidden = false;  // from people who choose among files, not from a run
+  // What keeps a link from being followed, so that it may or may not be a folder; empty when it
+  // could be, or leads nowhere.
+  std::string obstacle = {};
 };
 
 // A file open for appending. Every write goes straight to the file.
@@ -31,8 +34,11 @@ class ReplacementFile {
  public:
   virtual ~ReplacementFile() = default;
   virtual void Write(std::span<const std::byte> bytes) = 0;
-  // Flushes to the disk and takes the target's place.
+  // Flushes to the disk and takes the target's place. The target's permissions stay, or become
+  // fewer.
   virtual void Commit() = 0;
+  // The same, but what has come to stand in the target's place is left there: error 58.
+  virtual void CommitAsNew() = 0;
 };
 
 // A folder of its own for files of the moment, deleted with all that is in it when this is.
@@ -44,7 +50,8 @@ class ScratchFolder {
 };
 
 // Errors: 53 no such file, 76 no such folder, 70 permission denied or in use, 75 other access
-// errors, 61 disk full, 57 device error, 68 device not available. Descriptions name the path.
+// errors, 61 disk full, 57 device error, 58 file exists, 68 device not available. Descriptions name
+// the path.
 class FileSystem {
  public:
   virtual ~FileSystem() = default;
@@ -77,6 +84,11 @@ class FileSystem {
                          std::vector<std::byte>& content) const = 0;
   // Creates the file when it is missing.
   virtual std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) = 0;
+  // Raises what would keep a file from being made there or appended to. Neither makes nor changes
+  // anything under that name.
+  virtual void CheckWritable(const std::string& path) = 0;
+  // Refuses what could not be replaced in the end. A link is followed; one that leads nowhere is
+  // refused (76).
   virtual std::unique_ptr<ReplacementFile> Replace(const std::string& path) = 0;
   // In the folder for temporary files. The path that an error names is that folder's.
   virtual std::unique_ptr<ScratchFolder> MakeScratchFolder() = 0;

@@ -53,6 +53,8 @@ class Workbook {
   // Replaces an existing file without asking; the former file stays as it is when saving fails.
   // The ending of the name decides about the format.
   virtual void SaveAs(const std::string& full_name) = 0;
+  // The same for a name that nothing has: error 58 when there is a file of that name.
+  virtual void SaveAsNew(const std::string& full_name) = 0;
   // Closes without saving. The workbook and its worksheets are dead afterwards.
   virtual void Close() = 0;
 };

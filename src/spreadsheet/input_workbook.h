@@ -43,6 +43,7 @@ class InputWorkbook : public Workbook {
   Worksheet& Worksheets(int index) override;
   Worksheet& Worksheets(std::string_view name) override;
   void SaveAs(const std::string& full_name) override;
+  void SaveAsNew(const std::string& full_name) override { SaveAs(full_name); }
   void Close() override;
 
  private:

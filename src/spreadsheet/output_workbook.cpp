@@ -83,35 +83,32 @@ void OutputWorkbook::CheckSheetName(std::string_view name, const OutputSheet& sh
   }
 }
 
-void OutputWorkbook::SaveAs(const std::string& full_name) {
+void OutputWorkbook::Save(const std::string& full_name, bool as_new) {
   const std::string target = files_.AbsolutePath(full_name);
   try {
     CheckOutputTarget(files_, target, inputs_);
-    WriteFile(OutputFormatOf(target), target);
+    WriteFile(OutputFormatOf(target), target, as_new);
   } catch (const Error& error) {
-    throw Error(error_number::kAutomation,
-                "The workbook cannot be saved as " + target + ": " + error.Description());
+    throw SaveFailure(target, error);
   }
   const std::size_t name_start = target.rfind(files_.Separator()) + 1;
   name_ = target.substr(name_start);
   path_ = target.substr(0, name_start == 0 ? 0 : name_start - 1);
 }
 
-void OutputWorkbook::WriteFile(const OutputFormat& format, const std::string& target) {
+void OutputWorkbook::WriteFile(const OutputFormat& format, const std::string& target, bool as_new) {
   if (&format != &format_) {
     for (const auto& sheet : sheets_) sheet->CheckFits(format);
   }
-  if (&format == &kCsvFormat) {
-    SaveAsCsv(files_, target, *this);
-    return;
-  }
   const std::unique_ptr<ReplacementFile> file = files_.Replace(target);
-  if (&format == &kXlsxFormat) {
+  if (&format == &kCsvFormat) {
+    WriteCsv(*this, *file);
+  } else if (&format == &kXlsxFormat) {
     WriteXlsx(files_, texts_, Contents(), *file);
   } else {
     WriteXls(texts_, Contents(), *file);
   }
-  file->Commit();
+  as_new ? file->CommitAsNew() : file->Commit();
 }
 
 std::vector<SheetContent> OutputWorkbook::Contents() const {

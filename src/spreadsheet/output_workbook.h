@@ -31,7 +31,8 @@ class OutputWorkbook : public Workbook {
   // The workbook then goes by the name of the file. Equal content gives equal files, byte for byte.
   // Error 1004 names the cause when that fails; what the format cannot hold is refused before
   // anything is written.
-  void SaveAs(const std::string& full_name) override;
+  void SaveAs(const std::string& full_name) override { Save(full_name, false); }
+  void SaveAsNew(const std::string& full_name) override { Save(full_name, true); }
   void Close() override;
 
   // For its sheets.
@@ -45,7 +46,8 @@ class OutputWorkbook : public Workbook {
   void CheckSheetName(std::string_view name, const OutputSheet& sheet) const;
 
  private:
-  void WriteFile(const OutputFormat& format, const std::string& target);
+  void Save(const std::string& full_name, bool as_new);
+  void WriteFile(const OutputFormat& format, const std::string& target, bool as_new);
   std::vector<SheetContent> Contents() const;
 
   FileSystem& files_;

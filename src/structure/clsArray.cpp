@@ -32,11 +32,8 @@ auto Named(std::string_view procedure, Body body) {
   try {
     return body();
   } catch (...) {
-    const Error error = PendingError();
-    throw Error(
-        error.Number(),
-        "Error in proc " + UpperCase(procedure) + " of class: clsArray\r\n" + error.Description(),
-        error.Source());
+    throw PendingError().WithHeading("Error in proc " + UpperCase(procedure) +
+                                     " of class: clsArray");
   }
 }
 

@@ -4,6 +4,7 @@
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
+#include "platform/shown_text.h"
 #include "util/basFuncs.h"
 #include "util/basGeneral.h"
 #include "util/folder_listing.h"
@@ -12,13 +13,14 @@
 namespace korvex {
 namespace {
 
-std::int64_t CountFilesBelow(const std::string& folder) {
+std::int64_t CountFilesBelow(const std::string& folder, const std::function<void()>& on_folder) {
+  if (on_folder) on_folder();
   std::int64_t count = 0;
   for (const FolderEntry& entry : Platform().files->List(folder)) {
     if (!entry.is_folder) {
       ++count;
     } else if (!entry.is_link) {
-      count += CountFilesBelow(JoinPath(folder, entry.name));
+      count += CountFilesBelow(JoinPath(folder, entry.name), on_folder);
     }
   }
   return count;
@@ -43,16 +45,16 @@ std::string ShortenPath(const std::string& path, bool with_slash) {
     shortened =
         drive + separator + "..." + separator + names[names.size() - 2] + separator + names.back();
   }
-  return with_slash ? WithSeparator(shortened) : shortened;
+  return Shown(with_slash ? WithSeparator(shortened) : shortened);
 }
 
 std::string GetDisplayPath(const std::string& full_name) {
   return ShortenPath(SharedFileSys().GetFilePath(full_name, true), true) +
-         SharedFileSys().GetFileTitle(full_name, false);
+         Shown(SharedFileSys().GetFileTitle(full_name, false));
 }
 
-int CountFiles(const std::string& folder) {
-  const std::int64_t count = CountFilesBelow(folder);
+int CountFiles(const std::string& folder, const std::function<void()>& on_folder) {
+  const std::int64_t count = CountFilesBelow(folder, on_folder);
   if (count > std::numeric_limits<std::int32_t>::max()) throw Error(error_number::kOverflow);
   return static_cast<int>(count);
 }
@@ -64,9 +66,7 @@ bool FileIsWritable(const std::string& full_name, std::string* cause) {
     if (files.FolderExists(full_name)) {
       throw Error(error_number::kPathFileAccess, full_name + " is a folder.");
     }
-    const bool existed = files.FileExists(full_name);
-    files.OpenForAppending(full_name).reset();
-    if (!existed) files.DeleteFile(full_name);
+    files.CheckWritable(full_name);
     return true;
   } catch (...) {
     if (cause != nullptr) *cause = PendingError().Description();

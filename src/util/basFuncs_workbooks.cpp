@@ -1,6 +1,7 @@
 #include "errors/trap.h"
 #include "platform/error.h"
 #include "platform/services.h"
+#include "platform/shown_text.h"
 #include "util/attempt.h"
 #include "util/basFuncs.h"
 #include "util/basGeneral.h"
@@ -24,7 +25,7 @@ void CheckSheetExists(Workbook& workbook) {
           return;
         }
         ShowMessageBox(std::string("No \"") + kDataSheetName + "\" sheet found in file " +
-                           ShortenPath(workbook.Path(), true) + workbook.Name(),
+                           ShortenPath(workbook.Path(), true) + Shown(workbook.Name()),
                        {"OK"}, kProgramTitle);
         throw Error(error_number::kCannotPerform);
       });

@@ -1,8 +1,8 @@
 #include "util/csv_writer.h"
 
 #include <cstddef>
-#include <memory>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -72,14 +72,12 @@ void WriteRecords(const Worksheet& sheet, ReplacementFile& file) {
 
 }  // namespace
 
-void SaveAsCsv(FileSystem& files, const std::string& target, Workbook& workbook) {
+void WriteCsv(Workbook& workbook, ReplacementFile& file) {
   if (workbook.WorksheetCount() != 1) {
     throw Error(error_number::kAutomation, "A .csv file holds one sheet, and the workbook has " +
                                                std::to_string(workbook.WorksheetCount()) + ".");
   }
-  const std::unique_ptr<ReplacementFile> file = files.Replace(target);
-  WriteRecords(workbook.Worksheets(1), *file);
-  file->Commit();
+  WriteRecords(workbook.Worksheets(1), file);
 }
 
 }  // namespace korvex

@@ -8,15 +8,13 @@
 // All records have as many fields.
 #pragma once
 
-#include <string>
-
 namespace korvex {
 
-class FileSystem;
+class ReplacementFile;
 class Workbook;
 
-// Saves the only sheet of the workbook; error 1004 when it has more. Otherwise the file system's
-// errors.
-void SaveAsCsv(FileSystem& files, const std::string& target, Workbook& workbook);
+// Writes the only sheet of the workbook; error 1004 when it has more. Otherwise the errors of the
+// file.
+void WriteCsv(Workbook& workbook, ReplacementFile& file);
 
 }  // namespace korvex

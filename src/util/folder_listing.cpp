@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/error.h"
 #include "platform/services.h"
 #include "util/text.h"
 
 namespace korvex {
+
 std::vector<FolderEntry> SortedEntries(const std::string& folder) {
   std::vector<FolderEntry> entries = Platform().files->List(folder);
   std::sort(entries.begin(), entries.end(), [](const FolderEntry& a, const FolderEntry& b) {
@@ -16,9 +18,25 @@ std::vector<FolderEntry> SortedEntries(const std::string& folder) {
   return entries;
 }
 
+namespace {
+
+// A run must not pass over a sub-folder, nor take it for a workbook, because a share is away.
+std::vector<FolderEntry> KnownEntries(const std::string& folder) {
+  std::vector<FolderEntry> entries = SortedEntries(folder);
+  for (const FolderEntry& entry : entries) {
+    if (entry.obstacle.empty()) continue;
+    throw Error(error_number::kPathFileAccess,
+                "Cannot list " + folder + ": " + entry.name +
+                    " is a link that cannot be followed: " + entry.obstacle + ".");
+  }
+  return entries;
+}
+
+}  // namespace
+
 std::vector<std::string> SubFolderNames(const std::string& folder) {
   std::vector<std::string> names;
-  for (FolderEntry& entry : SortedEntries(folder)) {
+  for (FolderEntry& entry : KnownEntries(folder)) {
     if (entry.is_folder) names.push_back(std::move(entry.name));
   }
   return names;
@@ -26,7 +44,7 @@ std::vector<std::string> SubFolderNames(const std::string& folder) {
 
 std::vector<std::string> WorkbookNames(const std::string& folder) {
   std::vector<std::string> names;
-  for (FolderEntry& entry : SortedEntries(folder)) {
+  for (FolderEntry& entry : KnownEntries(folder)) {
     const bool like_a_workbook =
         entry.name.size() > 4 &&
         EqualText(std::string_view(entry.name).substr(entry.name.size() - 4), ".xls");

@@ -1,7 +1,8 @@
 // What lies directly in a folder, in ascending order of the upper-cased names (names that differ in
 // letter case only, by their bytes), so that a run does the same on every machine.
 //
-// Raises the file system's error when the folder is missing (76) or cannot be listed (70, 75 …).
+// Raises the file system's error when the folder is missing (76) or cannot be listed (70, 75 …). A
+// list is whole or is not given at all. What a run reads has no entry whose kind nobody can tell.
 #pragma once
 
 #include <string>

@@ -63,6 +63,12 @@ void CheckOutputTarget(const FileSystem& files, const std::string& target,
   }
 }
 
+Error SaveFailure(const std::string& target, const Error& cause) {
+  const bool is_taken = cause.Number() == error_number::kFileExists;
+  return Error(is_taken ? error_number::kFileExists : error_number::kAutomation,
+               "The workbook cannot be saved as " + target + ": " + cause.Description());
+}
+
 std::string SheetNameRefusal(std::string_view name) {
   return "A worksheet cannot be named \"" + std::string(name) + "\": ";
 }

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/cell.h"
+#include "platform/error.h"
 
 namespace korvex {
 
@@ -37,6 +38,10 @@ const OutputFormat& OutputFormatOf(std::string_view file_name);
 // The ending, and that the file is none of `inputs`, which would be lost.
 void CheckOutputTarget(const FileSystem& files, const std::string& target,
                        const std::vector<std::string>& inputs);
+
+// What becomes of an error that a workbook cannot be saved by: 1004 with the target and the cause;
+// 58 for a file that stands in its place stays that.
+Error SaveFailure(const std::string& target, const Error& cause);
 
 // 1 to 31 UTF-16 units without \ / ? * [ ] : and control characters, and without an apostrophe at
 // either end.

@@ -65,6 +65,7 @@ TEST_F(FileSystemTest, RefusesToWriteWhatIsNotForWriting) {
        {std::pair{"folder", 75}, {"protected", 70}, {"missing/x", 76}}) {
     const std::string path = folder_ / name;
     EXPECT_EQ(ErrorOf([&] { files_.OpenForAppending(path); }).Number(), number) << name;
+    EXPECT_EQ(ErrorOf([&] { files_.CheckWritable(path); }).Number(), number) << name;
     EXPECT_EQ(ErrorOf([&] { files_.Replace(path); }).Number(), number) << name;
   }
   EXPECT_EQ(folder_.EntryCount(), 2u);
@@ -103,6 +104,20 @@ TEST_F(FileSystemTest, ReplacesAFileOnlyOnCommit) {
   EXPECT_EQ(Content(file), "new content");
   files_.Replace(folder_ / "fresh.xls")->Commit();
   EXPECT_EQ(folder_.EntryCount(), 2u);
+}
+
+TEST_F(FileSystemTest, LeavesWhatHasComeToStandInThePlaceOfANewFile) {
+  const std::string file = folder_ / "out.xls";
+  files_.CheckWritable(file);
+  EXPECT_EQ(folder_.EntryCount(), 0u);
+  for (const char* content : {"first", "second"}) {
+    const auto replacement = files_.Replace(file);
+    Write(*replacement, content);
+    const Error error = ErrorOf([&] { replacement->CommitAsNew(); });
+    EXPECT_EQ(error.Number(), *content == 'f' ? 0 : error_number::kFileExists);
+  }
+  EXPECT_EQ(Content(file), "first");
+  EXPECT_EQ(folder_.EntryCount(), 1u);
 }
 
 TEST_F(FileSystemTest, KnowsAFileByAnyOfItsNames) {

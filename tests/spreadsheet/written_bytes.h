@@ -15,6 +15,7 @@ std::string Written(Write write) {
       content.append(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     }
     void Commit() override {}
+    void CommitAsNew() override {}
     std::string content;
   } file;
   ByteWriter out(&file);

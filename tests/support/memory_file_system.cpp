@@ -57,6 +57,10 @@ class MemoryFileSystem::Replacing : public ReplacementFile {
     files_.Append({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, content_, path_);
   }
   void Commit() override { files_.Put(path_, std::move(content_)); }
+  void CommitAsNew() override {
+    if (files_.FileExists(path_)) Raise(error_number::kFileExists, path_);
+    Commit();
+  }
 
  private:
   MemoryFileSystem& files_;

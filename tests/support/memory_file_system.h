@@ -35,6 +35,9 @@ class MemoryFileSystem : public FileSystem {
   void ReadStart(const std::string& path, std::size_t most,
                  std::vector<std::byte>& content) const override;
   std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) override;
+  void CheckWritable(const std::string& path) override {
+    CheckWritable(FileOperation::kAppend, path);
+  }
   std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;
   // On the disk, as the C library knows no other.
   std::unique_ptr<ScratchFolder> MakeScratchFolder() override;

@@ -28,6 +28,7 @@ class WatchedApplication : public EmbeddedApplication {
   }
   void Quit() override {
     --watch_.running;
+    if (watch_.on_quit) watch_.on_quit();
     watch_.calls.push_back("Quit");
     EmbeddedApplication::Quit();
   }

@@ -1,6 +1,7 @@
 // The embedded spreadsheet application, watched while it works for a test.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -35,6 +36,7 @@ class WatchedSpreadsheet : public EmbeddedSpreadsheet {
 
   std::vector<std::string> calls;  // that reached the applications themselves
   int running = 0;                 // applications that nobody has told to quit
+  std::function<void()> on_quit;
 
  private:
   FileSystem& files_;

@@ -5,6 +5,8 @@
 #include <tuple>
 #include <utility>
 
+#include "platform/error.h"
+#include "platform/shown_text.h"
 #include "util/clsStrings.h"
 #include "util/code_page.h"
 
@@ -61,6 +63,14 @@ TEST(Text, TrimsWhatItShouldAndNothingElse) {
   EXPECT_EQ(TrimBlanks("   "), "");
   EXPECT_EQ(clsStrings().TrimJunk("\té a é z€\r\n"), "a é z");
   EXPECT_EQ(clsStrings().TrimJunk("\r\n é\t"), "");
+}
+
+TEST(Text, ShowsControlCharactersAsTheirEscapes) {
+  EXPECT_EQ(Shown("Größe µ \xFF 漢字 a\\b"), "Größe µ \xFF 漢字 a\\b");
+  EXPECT_EQ(Shown("a\r\n\tb\x1B[2J\x7F"), "a\\r\\n\\tb\\x1B[2J\\x7F");
+  EXPECT_EQ(Shown("\xC2\x9B|\xC2\xA0|\u2028|\u202E|\u2066|\u2030"),
+            "\\u009B|\xC2\xA0|\\u2028|\\u202E|\\u2066|\u2030");
+  EXPECT_EQ(Error(70, "Cannot read x\r\n<<<").Description(), "Cannot read x\\r\\n<<<");
 }
 
 TEST(CodePage, KeepsWhatItHoldsAndMarksTheRest) {

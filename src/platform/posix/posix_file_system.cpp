@@ -25,6 +25,8 @@ namespace korvex {
 namespace {
 
 constexpr int kLinkLevels = 40;  // as the kernel itself follows at most
+constexpr int kLockAttempts = 20;
+constexpr useconds_t kLockInterval = 5000;  // microseconds
 
 class PosixAppendFile : public AppendFile {
  public:
@@ -77,11 +79,41 @@ void RefuseIfInUse(int fd, const std::string& path) {
     // A lock of an open file description belongs to no process.
     throw InUse(path, region.l_pid > 0 ? " (process " + std::to_string(region.l_pid) + ")." : ".");
   }
-  if (flock(fd, LOCK_EX | LOCK_NB) == 0) {
-    flock(fd, LOCK_UN);
-  } else if (errno == EWOULDBLOCK) {
-    throw InUse(path, ".");
+  // Another run that asks the same holds the lock for a moment.
+  for (int attempt = 0; flock(fd, LOCK_EX | LOCK_NB) != 0; ++attempt) {
+    if (errno != EWOULDBLOCK) return;
+    if (attempt == kLockAttempts) throw InUse(path, ".");
+    usleep(kLockInterval);
   }
+  flock(fd, LOCK_UN);
+}
+
+// Refuses what is open for appending, or could not be opened with `error`, by what it is.
+void CheckForAppending(Descriptor& file, int error, const std::string& path) {
+  // Asked about the path, since a pipe without a reader cannot even be opened.
+  struct stat status {};
+  if (stat(path.c_str(), &status) == 0) {
+    RequireOrdinaryFile(status.st_mode, "write to", path);
+    if (IsWriteProtected(status.st_mode)) {
+      file.Close();
+      error = EACCES;
+    }
+  }
+  if (!file.IsOpen()) throw SystemError(error, "write to", path);
+  RefuseIfInUse(file.Get(), path);
+}
+
+// Where a path leads in the end. Filling the place of a missing file from afar is nothing that
+// whoever made the link can have meant.
+std::string TargetOf(const std::string& path) {
+  const std::string target = FollowLinks(path);
+  struct stat status {};
+  if (target != path && lstat(target.c_str(), &status) != 0 && errno == ENOENT) {
+    throw Error(error_number::kPathNotFound,
+                "Cannot write to " + path + ": It is a link to " + target +
+                    ", which does not exist. Delete the link, or put the file back.");
+  }
+  return target;
 }
 
 // O_EXCL keeps a link that leads nowhere from being filled behind the user's back.
@@ -102,7 +134,11 @@ FolderEntry EntryOf(int folder, const dirent& entry) {
         fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
   }
   if (found.is_link || entry.d_type == DT_UNKNOWN) {
-    found.is_folder = fstatat(folder, entry.d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+    if (fstatat(folder, entry.d_name, &status, 0) == 0) {
+      found.is_folder = S_ISDIR(status.st_mode);
+    } else if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP) {
+      found.obstacle = Reason(errno);
+    }
   }
   return found;
 }
@@ -233,19 +269,17 @@ void PosixFileSystem::ReadStart(const std::string& path, std::size_t most,
 
 std::unique_ptr<AppendFile> PosixFileSystem::OpenForAppending(const std::string& path) {
   Descriptor file = OpenOrCreate(path);
-  int error = errno;
-  // Asked about the path, since a pipe without a reader cannot even be opened.
-  struct stat status {};
-  if (stat(path.c_str(), &status) == 0) {
-    RequireOrdinaryFile(status.st_mode, "write to", path);
-    if (IsWriteProtected(status.st_mode)) {
-      file.Close();
-      error = EACCES;
-    }
-  }
-  if (!file.IsOpen()) throw SystemError(error, "write to", path);
-  RefuseIfInUse(file.Get(), path);
+  CheckForAppending(file, errno, path);
   return std::make_unique<PosixAppendFile>(std::move(file), path);
+}
+
+void PosixFileSystem::CheckWritable(const std::string& path) {
+  Descriptor file = OpenFile(path, O_WRONLY | O_APPEND);
+  if (file.IsOpen() || errno != ENOENT) {
+    CheckForAppending(file, errno, path);
+  } else {
+    PosixReplacementFile(TargetOf(path), 0600);
+  }
 }
 
 std::unique_ptr<ReplacementFile> PosixFileSystem::Replace(const std::string& path) {
@@ -253,7 +287,7 @@ std::unique_ptr<ReplacementFile> PosixFileSystem::Replace(const std::string& pat
 }
 
 std::unique_ptr<ReplacementFile> PosixFileSystem::Replace(const std::string& path, mode_t mode) {
-  return std::make_unique<PosixReplacementFile>(FollowLinks(path), mode);
+  return std::make_unique<PosixReplacementFile>(TargetOf(path), mode);
 }
 
 std::unique_ptr<ScratchFolder> PosixFileSystem::MakeScratchFolder() {

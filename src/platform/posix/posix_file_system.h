@@ -29,8 +29,9 @@ class PosixFileSystem : public FileSystem {
   void ReadStart(const std::string& path, std::size_t most,
                  std::vector<std::byte>& content) const override;
   std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) override;
-  // A link is followed: the file that it leads to is replaced. An existing file keeps its
-  // permissions, a read-only one is refused.
+  void CheckWritable(const std::string& path) override;
+  // A link is followed: the file that it leads to is replaced. An existing file keeps its rights
+  // and attributes (FileRights), a read-only one is refused.
   std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;
   // The same, but a file that is new gets `mode` (less the umask) instead of 0666.
   std::unique_ptr<ReplacementFile> Replace(const std::string& path, mode_t mode);

@@ -42,13 +42,12 @@ int ErrorNumber(int error, const std::string& path, Missing missing) {
   }
 }
 
-// In English like everything around it, whatever language a toolkit has chosen for the process.
+}  // namespace
+
 std::string Reason(int error) {
   const char* text = strerrordesc_np(error);
   return text ? text : "Error " + std::to_string(error);
 }
-
-}  // namespace
 
 Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
   if (this != &other) {

@@ -39,6 +39,10 @@ enum class Missing { kFile, kFolder };
 Error SystemError(int error, std::string_view action, const std::string& path,
                   Missing missing = Missing::kFolder);
 
+// What an errno means. In English like everything around it, whatever language a toolkit has chosen
+// for the process.
+std::string Reason(int error);
+
 // Error 75 unless `mode` (of stat) is that of an ordinary file.
 void RequireOrdinaryFile(mode_t mode, std::string_view action, const std::string& path);
 

@@ -1,28 +1,48 @@
 #include "platform/posix/replacement_file.h"
 
 #include <fcntl.h>
+#include <stdio.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <random>
 #include <utility>
+
+#include "platform/posix/leftovers.h"
 
 namespace korvex {
 namespace {
 
 constexpr int kNameAttempts = 100;
-
-std::string RandomName(const std::string& folder) {
-  std::random_device random;
-  char digits[2 * sizeof(unsigned) + 1];
-  std::snprintf(digits, sizeof digits, "%08x", random());
-  return folder + "/.korvex-" + digits;
-}
+constexpr char kPrefix[] = ".korvex-";
+constexpr std::size_t kLongestName = 255;
 
 std::string DescriptorPath(int fd) {
   return "/proc/self/fd/" + std::to_string(fd);
+}
+
+bool IsOfPermission(int error) {
+  return error == EACCES || error == EPERM || error == EROFS || error == EBUSY;
+}
+
+// Ends like the target's name, as far as a name can be that long: a file system that does not take
+// that name refuses this one, too.
+std::string NameLike(const std::string& target) {
+  std::string name = TemporaryName(kPrefix) + "-";
+  const std::string wanted = target.substr(target.rfind('/') + 1);
+  const std::size_t size = name.size() + wanted.size();
+  std::size_t start =
+      size > kLongestName && wanted.size() <= kLongestName ? size - kLongestName : 0;
+  while (start < wanted.size() && (wanted[start] & 0xC0) == 0x80) ++start;  // within a character
+  return name + wanted.substr(start);
+}
+
+// A file can be the place where another one is mounted, which no rename can change.
+bool IsMountPoint(const std::string& path) {
+  struct statx status {};
+  return statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) == 0 &&
+         (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
 }
 
 }  // namespace
@@ -30,6 +50,7 @@ std::string DescriptorPath(int fd) {
 PosixReplacementFile::PosixReplacementFile(std::string target, mode_t new_mode)
     : target_(std::move(target)), folder_(FolderOf(target_)) {
   ExamineTarget();
+  RemoveLeftovers(folder_, kPrefix);
   // Until it has the former file's permissions, nobody else may look into it.
   Create(former_ ? 0600 : new_mode);
 }
@@ -39,6 +60,7 @@ PosixReplacementFile::~PosixReplacementFile() {
 }
 
 void PosixReplacementFile::ExamineTarget() {
+  if (target_.ends_with('/')) throw Failure(EISDIR);
   struct stat status {};
   if (stat(target_.c_str(), &status) != 0) {
     if (errno == ENOENT) return;
@@ -50,7 +72,16 @@ void PosixReplacementFile::ExamineTarget() {
       faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) {
     throw Failure(EACCES);
   }
-  former_ = Former{status.st_mode & mode_t{07777}, status.st_uid, status.st_gid};
+  CheckPlace();
+  former_.emplace(target_, status);
+}
+
+// Whether the folder lets the file go from its name, which files of others in a shared folder and
+// protected ones do not. The system looks for the right to take a name away before it looks at what
+// the name stands for; so rmdir, which cannot remove a file, tells without touching it.
+void PosixReplacementFile::CheckPlace() const {
+  if (IsMountPoint(target_)) throw FolderFailure(EBUSY);
+  if (rmdir(target_.c_str()) != 0 && IsOfPermission(errno)) throw FolderFailure(errno);
 }
 
 void PosixReplacementFile::Create(mode_t mode) {
@@ -59,16 +90,20 @@ void PosixReplacementFile::Create(mode_t mode) {
     file_ = OpenFile(folder_, O_TMPFILE | O_WRONLY, mode);
     if (file_.IsOpen()) return;
   }
+  CreateUnderName(mode);
+}
+
+void PosixReplacementFile::CreateUnderName(mode_t mode) {
   for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
-    std::string name = RandomName(folder_);
+    std::string name = folder_ + "/" + NameLike(target_);
     file_ = OpenFile(name, O_CREAT | O_EXCL | O_WRONLY, mode);
-    if (file_.IsOpen()) {
-      name_ = std::move(name);
-      return;
-    }
-    if (errno != EEXIST) break;
+    if (!file_.IsOpen() && errno == EEXIST) continue;
+    if (!file_.IsOpen()) break;
+    if (!HoldTemporary(file_.Get(), name)) continue;
+    name_ = std::move(name);
+    return;
   }
-  throw Failure(errno);
+  throw IsOfPermission(errno) ? FolderFailure(errno) : Failure(errno);
 }
 
 void PosixReplacementFile::Write(std::span<const std::byte> bytes) {
@@ -76,33 +111,43 @@ void PosixReplacementFile::Write(std::span<const std::byte> bytes) {
 }
 
 void PosixReplacementFile::Commit() {
-  TakeOverPermissions();
-  if (fsync(file_.Get()) != 0) throw Failure(errno);
-  if (name_.empty()) GiveName();
-  // Network file systems report what could not be stored no later than here.
-  if (close(file_.Release()) != 0 && errno != EINTR) throw Failure(errno);
-  if (rename(name_.c_str(), target_.c_str()) != 0) throw Failure(errno);
+  Finish();
+  // Straight to a free place: a folder that only grows (chattr +a) allows no renaming.
+  if (former_ || !name_.empty() || TakeFreePlace() != 0) {
+    if (name_.empty()) GiveName();
+    if (Rename() != 0) throw Failure(errno);
+    name_.clear();
+  }
+  SyncFolder();
+}
+
+void PosixReplacementFile::CommitAsNew() {
+  Finish();
+  const int error = TakeFreePlace();
+  if (error == EEXIST) {
+    throw Error(error_number::kFileExists,
+                "Cannot write to " + target_ + ": There is a file of that name now.");
+  }
+  if (error != 0) throw Failure(error);
   name_.clear();
   SyncFolder();
 }
 
-void PosixReplacementFile::TakeOverPermissions() {
-  if (!former_) return;
-  // Only the administrator can give a file away; a member can still keep the group.
-  if (fchown(file_.Get(), former_->owner, former_->group) != 0 &&
-      fchown(file_.Get(), static_cast<uid_t>(-1), former_->group) != 0) {
-    former_->mode &= static_cast<mode_t>(~(S_ISUID | S_ISGID));
-  }
-  // File systems without permissions refuse this, and lose nothing by it.
-  if (fchmod(file_.Get(), former_->mode) != 0 && errno != EPERM && errno != ENOTSUP) {
-    throw Failure(errno);
-  }
+void PosixReplacementFile::Finish() {
+  const int error = former_ ? former_->GiveTo(file_.Get()) : 0;
+  if (error != 0) throw Failure(error);
+  if (fsync(file_.Get()) != 0) throw Failure(errno);
+  // Network file systems report what could not be stored when a descriptor is closed. The file
+  // itself stays open until it has its place, for the lock.
+  const int copy = fcntl(file_.Get(), F_DUPFD_CLOEXEC, 0);
+  if (copy >= 0 && close(copy) != 0 && errno != EINTR) throw Failure(errno);
 }
 
 void PosixReplacementFile::GiveName() {
   const std::string nameless = DescriptorPath(file_.Get());
+  flock(file_.Get(), LOCK_EX | LOCK_NB);  // before anybody can see it
   for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
-    std::string name = RandomName(folder_);
+    std::string name = folder_ + "/" + TemporaryName(kPrefix);
     if (linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0) {
       name_ = std::move(name);
       return;
@@ -110,6 +155,37 @@ void PosixReplacementFile::GiveName() {
     if (errno != EEXIST) break;
   }
   throw Failure(errno);
+}
+
+// Takes the target's place if nobody has it: by the one call that does both where there is one.
+// Returns 0 or an errno, EEXIST when somebody has.
+int PosixReplacementFile::TakeFreePlace() {
+  const char* const target = target_.c_str();
+  if (name_.empty()) {
+    const std::string nameless = DescriptorPath(file_.Get());
+    return linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, target, AT_SYMLINK_FOLLOW) == 0 ? 0 : errno;
+  }
+  if (renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, target, RENAME_NOREPLACE) == 0) return 0;
+  if (errno != EINVAL && errno != ENOSYS && errno != ENOTSUP) return errno;
+  if (link(name_.c_str(), target) == 0) {
+    unlink(name_.c_str());
+    return 0;
+  }
+  if (errno == EEXIST) return errno;
+  // Neither of them is known here: an empty file keeps the place for the moment.
+  const Descriptor place = OpenFile(target_, O_CREAT | O_EXCL | O_WRONLY, 0600);
+  if (!place.IsOpen()) return errno;
+  if (Rename() == 0) return 0;
+  const int error = errno;
+  unlink(target);
+  return error;
+}
+
+// Some file systems (shared folders of virtual machines) do not rename what is open.
+int PosixReplacementFile::Rename() {
+  if (rename(name_.c_str(), target_.c_str()) == 0) return 0;
+  file_.Close();
+  return rename(name_.c_str(), target_.c_str());
 }
 
 // The new file is in place already: a folder that cannot be flushed is no reason to report failure.
@@ -120,6 +196,12 @@ void PosixReplacementFile::SyncFolder() {
 
 Error PosixReplacementFile::Failure(int error) const {
   return SystemError(error, "write to", target_);
+}
+
+Error PosixReplacementFile::FolderFailure(int error) const {
+  const Error cause = SystemError(error, "put a new file in place in the folder", folder_);
+  return Error(cause.Number(), "Cannot write to " + target_ + ": " + cause.Description() +
+                                   " Choose another folder for it.");
 }
 
 }  // namespace korvex

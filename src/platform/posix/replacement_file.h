@@ -1,9 +1,13 @@
 // A file written beside its target that takes the target's place as a whole.
 //
 // While it is written it has no name at all where the file system allows that (O_TMPFILE), so that
-// not even a killed program leaves it behind; elsewhere its name is ".korvex-" and random digits.
-// While it exists the signals that end a program wait, so that they leave no such name behind.
-// It lies in the target's own folder, since a file is only ever renamed within one file system.
+// not even a killed program leaves it behind; elsewhere its name begins with ".korvex-", and the
+// next one in that folder removes what a killed program has left. While it exists the signals that
+// end a program wait. It lies in the target's own folder, since a file is only ever renamed within
+// one file system.
+//
+// To make one says whether the target can be replaced: a folder, a file system or a protection that
+// forbids it is refused before the first byte.
 #pragma once
 
 #include <sys/types.h>
@@ -12,6 +16,7 @@
 #include <string>
 
 #include "platform/file_system.h"
+#include "platform/posix/file_rights.h"
 #include "platform/posix/held_signals.h"
 #include "platform/posix/posix_io.h"
 
@@ -27,26 +32,25 @@ class PosixReplacementFile : public ReplacementFile {
 
   void Write(std::span<const std::byte> bytes) override;
   void Commit() override;
+  void CommitAsNew() override;
 
  private:
-  // What the new file takes over from the one it replaces.
-  struct Former {
-    mode_t mode;
-    uid_t owner;
-    gid_t group;
-  };
-
   void ExamineTarget();
+  void CheckPlace() const;
   void Create(mode_t mode);
-  void TakeOverPermissions();
+  void CreateUnderName(mode_t mode);
+  void Finish();
   void GiveName();
+  int TakeFreePlace();
+  int Rename();
   void SyncFolder();
   Error Failure(int error) const;
+  Error FolderFailure(int error) const;
 
   HeldSignals held_;  // first, to be let go last
   std::string target_;
   std::string folder_;
-  std::optional<Former> former_;
+  std::optional<FileRights> former_;  // of the file that is replaced
   Descriptor file_;
   std::string name_;  // full path of the temporary file; empty while it has none
 };

@@ -1,12 +1,14 @@
 // A folder for files of the moment, below TMPDIR or /tmp; only its owner may look into it.
 //
-// While it exists the signals that end a program wait, so that they do not leave it behind.
+// While it exists the signals that end a program wait, so that they do not leave it behind. What a
+// killed program has left, the next one removes.
 #pragma once
 
 #include <string>
 
 #include "platform/file_system.h"
 #include "platform/posix/held_signals.h"
+#include "platform/posix/posix_io.h"
 
 namespace korvex {
 
@@ -22,6 +24,7 @@ class PosixScratchFolder : public ScratchFolder {
  private:
   HeldSignals held_;  // first, to be let go last
   std::string path_;
+  Descriptor folder_;  // keeps it from being taken for a leftover
 };
 
 }  // namespace korvex

@@ -1,6 +1,7 @@
 #include "platform/windows/automation_error.h"
 
 #include <oleauto.h>
+#include <algorithm>
 
 #include <cstdint>
 #include <cstdio>
@@ -107,7 +108,9 @@ HRESULT TakeResult(EXCEPINFO& exception) {
 Error AutomationError(EXCEPINFO& exception, std::string_view member) {
   if (exception.pfnDeferredFillIn != nullptr) exception.pfnDeferredFillIn(&exception);
   const std::string source = TakeText(exception.bstrSource);
-  const std::string description = TakeText(exception.bstrDescription);
+  std::string description = TakeText(exception.bstrDescription);
+  std::ranges::replace_if(
+      description, [](char c) { return c == '\r' || c == '\n'; }, ' ');
   SysFreeString(exception.bstrHelpFile);
   exception.bstrHelpFile = nullptr;
   const HRESULT result = exception.wCode != 0   ? static_cast<HRESULT>(kNumbered | exception.wCode)

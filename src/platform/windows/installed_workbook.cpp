@@ -1,5 +1,6 @@
 #include "platform/windows/installed_workbook.h"
 
+#include <memory>
 #include <utility>
 
 #include "platform/error.h"
@@ -70,23 +71,37 @@ void InstalledWorkbook::Drop(const InstalledSheet& deleted) {
 }
 
 void InstalledWorkbook::SaveAs(const std::string& full_name) {
-  const std::string target = application_.Files().AbsolutePath(full_name);
+  Save(full_name, false);
+}
+
+// The application replaces without asking, so that a file is looked for just before it saves.
+void InstalledWorkbook::SaveAsNew(const std::string& full_name) {
+  Save(full_name, true);
+}
+
+void InstalledWorkbook::Save(const std::string& full_name, bool as_new) {
+  FileSystem& files = application_.Files();
+  const std::string target = files.AbsolutePath(full_name);
   try {
-    CheckOutputTarget(application_.Files(), target, application_.Inputs());
+    CheckOutputTarget(files, target, application_.Inputs());
     const OutputFormat& format = OutputFormatOf(target);
     if (&format == &kCsvFormat) {
-      SaveAsCsv(application_.Files(), target, *this);
+      const std::unique_ptr<ReplacementFile> file = files.Replace(target);
+      WriteCsv(*this, *file);
+      as_new ? file->CommitAsNew() : file->Commit();
     } else {
       for (const auto& sheet : sheets_) {
         if (!is_input_) CheckOutputPlace(format, sheet->LastCell());
         sheet->Upload();
       }
+      if (as_new && files.FileExists(target)) {
+        throw Error(error_number::kFileExists);
+      }
       workbook_.CallNamed(
           L"SaveAs", {{L"Filename", target}, {L"FileFormat", application_.FormatNumber(format)}});
     }
   } catch (const Error& error) {
-    throw Error(error_number::kAutomation,
-                "The workbook cannot be saved as " + target + ": " + error.Description());
+    throw SaveFailure(target, error);
   }
   full_name_ = target;
 }

@@ -32,6 +32,7 @@ class InstalledWorkbook : public Workbook {
   // the application would write its numbers as they are shown, rounded. Refuses to write over a
   // file that the application has read in its life. Every failure is error 1004 with the cause.
   void SaveAs(const std::string& full_name) override;
+  void SaveAsNew(const std::string& full_name) override;
   void Close() override;
 
   // For its sheets.
@@ -39,6 +40,7 @@ class InstalledWorkbook : public Workbook {
   void Drop(const InstalledSheet& deleted);
 
  private:
+  void Save(const std::string& full_name, bool as_new);
   // The one sheet that stands for the application's sheet from now on.
   InstalledSheet& SheetOf(Dispatch sheet);
 

@@ -1,8 +1,8 @@
 #include "platform/windows/replacement_file.h"
 
-#include <cstdio>
-#include <random>
+#include <cstddef>
 #include <utility>
+#include <vector>
 
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_error.h"
@@ -12,19 +12,12 @@
 namespace korvex {
 namespace {
 
-constexpr int kNameAttempts = 100;
+constexpr wchar_t kPrefix[] = L".korvex-";
 
 // Programs that look into every new file (virus scanners, search indexes) keep it open for a
 // moment.
 constexpr int kMoveAttempts = 20;
 constexpr DWORD kMoveInterval = 25;  // milliseconds
-
-std::string RandomName() {
-  std::random_device random;
-  char digits[2 * sizeof(unsigned) + 1];
-  std::snprintf(digits, sizeof digits, "%08x", random());
-  return std::string(".korvex-") + digits;
-}
 
 // Where the system comes out when it opens a path, links followed.
 std::string FinalPath(HANDLE file, const std::string& path) {
@@ -52,10 +45,69 @@ DWORD ResultOf(BOOL done) {
   return done ? DWORD{ERROR_SUCCESS} : GetLastError();
 }
 
+// Calls `step` until it returns something else than a cause that may pass.
+template <class Step>
+DWORD Patiently(Step step) {
+  for (int attempt = 1;; ++attempt) {
+    const DWORD code = step();
+    if (!IsPassing(code) || attempt == kMoveAttempts) return code;
+    Sleep(kMoveInterval);
+  }
+}
+
+// The access control list of a file, in a security descriptor.
+class AccessList {
+ public:
+  explicit AccessList(const std::wstring& file) {
+    constexpr SECURITY_INFORMATION kList = DACL_SECURITY_INFORMATION;
+    DWORD size = 0;
+    GetFileSecurityW(file.c_str(), kList, nullptr, 0, &size);
+    descriptor_.resize(size);
+    if (size == 0 || !GetFileSecurityW(file.c_str(), kList, Descriptor(), size, &size)) {
+      descriptor_.clear();
+      return;
+    }
+    SECURITY_DESCRIPTOR_CONTROL control = 0;
+    DWORD revision = 0;
+    GetSecurityDescriptorControl(Descriptor(), &control, &revision);
+    is_protected_ = control & SE_DACL_PROTECTED;
+  }
+
+  bool IsKnown() const { return !descriptor_.empty(); }
+
+  // Whether it says more than every new file of the folder gets by itself.
+  bool IsOwn() const {
+    BOOL present = FALSE;
+    BOOL defaulted = FALSE;
+    ACL* list = nullptr;
+    GetSecurityDescriptorDacl(Descriptor(), &present, &list, &defaulted);
+    if (is_protected_ || !present || list == nullptr) return is_protected_;
+    for (DWORD i = 0; i < list->AceCount; ++i) {
+      void* entry = nullptr;
+      if (!GetAce(list, i, &entry)) continue;
+      if (!(static_cast<const ACE_HEADER*>(entry)->AceFlags & INHERITED_ACE)) return true;
+    }
+    return false;
+  }
+
+  DWORD GiveTo(const std::wstring& file) const {
+    const SECURITY_INFORMATION inheritance =
+        is_protected_ ? PROTECTED_DACL_SECURITY_INFORMATION : UNPROTECTED_DACL_SECURITY_INFORMATION;
+    return ResultOf(
+        SetFileSecurityW(file.c_str(), DACL_SECURITY_INFORMATION | inheritance, Descriptor()));
+  }
+
+ private:
+  PSECURITY_DESCRIPTOR Descriptor() const { return descriptor_.data(); }
+
+  mutable std::vector<std::byte> descriptor_;
+  bool is_protected_ = false;
+};
+
 }  // namespace
 
 WindowsReplacementFile::WindowsReplacementFile(const std::string& path)
-    : path_(path), target_(SystemPath(path)) {
+    : path_(path), target_(SystemPath(path)), owned_name_(kPrefix) {
   ExamineTarget();
   Create();
 }
@@ -69,6 +121,12 @@ WindowsReplacementFile::~WindowsReplacementFile() {
 void WindowsReplacementFile::ExamineTarget() {
   if (AttributesOf(target_) == INVALID_FILE_ATTRIBUTES) {
     if (GetLastError() != ERROR_FILE_NOT_FOUND) throw Failure(GetLastError());
+    if (GetFileAttributesW(target_.c_str()) != INVALID_FILE_ATTRIBUTES) {
+      throw Error(error_number::kPathNotFound,
+                  "Cannot write to " + path_ +
+                      ": It is a link to a file that does not exist. Delete the link, or put the "
+                      "file back.");
+    }
     CheckNewName(target_, path_);
     return;
   }
@@ -77,23 +135,48 @@ void WindowsReplacementFile::ExamineTarget() {
   if (GetFileAttributesW(target_.c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) {
     target_ = SystemPath(FinalPath(former.Get(), path_));
   }
+  CheckPlace();
   replaces_ = true;
 }
 
+// Whether the file can be taken from its name, which its folder or a program that has it open may
+// not let happen.
+void WindowsReplacementFile::CheckPlace() const {
+  const DWORD code = Patiently([&] {
+    return ResultOf(Handle(CreateFileW(target_.c_str(), GENERIC_READ | DELETE, kShareAll, nullptr,
+                                       OPEN_EXISTING, 0, nullptr))
+                        .IsOpen());
+  });
+  if (code == ERROR_SUCCESS) return;
+  const Error cause = SystemError(code, "put a new file in its place in the folder",
+                                  FromWide(FolderOf(AbsoluteWide(path_))));
+  throw Error(cause.Number(), "Cannot write to " + path_ + ": " + cause.Description());
+}
+
 void WindowsReplacementFile::Create() {
-  const std::wstring folder = FolderOf(AbsoluteWide(FromWide(target_)));
-  for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
-    std::wstring name = SystemPath(FromWide(folder) + "\\" + RandomName());
-    file_ = Handle(CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
-                               FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (file_.IsOpen()) {
-      name_ = std::move(name);
-      MarkForDeletion(file_.Get(), true);
-      return;
-    }
-    if (GetLastError() != ERROR_FILE_EXISTS) break;
-  }
-  throw Failure(GetLastError());
+  const std::string folder = FromWide(FolderOf(AbsoluteWide(FromWide(target_)))) + "\\";
+  // Its length decides about the form of a path, and that of the folder itself is shorter.
+  std::wstring name = SystemPath(folder + FromWide(owned_name_.Text()));
+  RemoveLeftovers(name.substr(0, name.size() - owned_name_.Text().size()), kPrefix);
+  file_ = Handle(CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
+                             FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!file_.IsOpen()) throw Failure(GetLastError());
+  name_ = std::move(name);
+  if (replaces_) TakeOverRights();
+  // Not before: what is to be deleted cannot be opened any more.
+  MarkForDeletion(file_.Get(), true);
+}
+
+// Where the list cannot be set, the new file has the one that the folder gives. That will do for a
+// file that had nothing else.
+void WindowsReplacementFile::TakeOverRights() {
+  const AccessList former(target_);
+  if (!former.IsKnown()) return;
+  const DWORD code = former.GiveTo(name_);
+  if (code == ERROR_SUCCESS || !former.IsOwn()) return;
+  file_.Close();
+  DeleteFileW(name_.c_str());
+  throw SystemError(code, "give a new file the permissions of", path_);
 }
 
 void WindowsReplacementFile::Write(std::span<const std::byte> bytes) {
@@ -101,35 +184,47 @@ void WindowsReplacementFile::Write(std::span<const std::byte> bytes) {
 }
 
 void WindowsReplacementFile::Commit() {
-  if (!FlushFileBuffers(file_.Get())) throw Failure(GetLastError());
-  MarkForDeletion(file_.Get(), false);
-  // File servers report what could not be stored no later than here.
-  if (!file_.Close()) throw Failure(GetLastError());
+  Finish();
   const DWORD code = TakeItsPlace();
   if (code != ERROR_SUCCESS) throw Failure(code);
   name_.clear();
 }
 
-DWORD WindowsReplacementFile::TakeItsPlace() {
-  DWORD code = ERROR_SUCCESS;
-  for (int attempt = 0; attempt < kMoveAttempts; ++attempt) {
-    if (attempt > 0) Sleep(kMoveInterval);
-    code = replaces_ ? TakeOver() : Move();
-    // The former file is gone, and its place is empty.
-    if (code == ERROR_UNABLE_TO_MOVE_REPLACEMENT) {
-      replaces_ = false;
-      continue;
-    }
-    if (!IsPassing(code)) break;
+void WindowsReplacementFile::CommitAsNew() {
+  Finish();
+  const DWORD code = Patiently([&] { return Move(MOVEFILE_WRITE_THROUGH); });
+  if (code == ERROR_ALREADY_EXISTS || code == ERROR_FILE_EXISTS) {
+    throw Error(error_number::kFileExists,
+                "Cannot write to " + path_ + ": There is a file of that name now.");
   }
+  if (code != ERROR_SUCCESS) throw Failure(code);
+  name_.clear();
+}
+
+void WindowsReplacementFile::Finish() {
+  if (!FlushFileBuffers(file_.Get())) throw Failure(GetLastError());
+  MarkForDeletion(file_.Get(), false);
+  // File servers report what could not be stored no later than here.
+  if (!file_.Close()) throw Failure(GetLastError());
+}
+
+DWORD WindowsReplacementFile::TakeItsPlace() {
+  constexpr DWORD kReplace = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
+  const DWORD code = Patiently([&] {
+    const DWORD taken = replaces_ ? TakeOver() : Move(kReplace);
+    if (taken != ERROR_UNABLE_TO_MOVE_REPLACEMENT) return taken;
+    // The former file is gone, and its place is empty.
+    replaces_ = false;
+    return Move(kReplace);
+  });
   if (code == ERROR_SUCCESS || !replaces_) return code;
-  // Not everywhere can a file be given the former one's permissions.
-  const DWORD moved = Move();
+  // Not everywhere can a file take over what else belongs to the former one.
+  const DWORD moved = Move(kReplace);
   return moved == ERROR_SUCCESS || !IsPassing(code) ? moved : code;
 }
 
-// With the permissions of the file in its place. Whether that can be replaced is found out first: a
-// replacement that fails on the way may leave files of its own.
+// With the attributes and streams of the file in its place. Whether that can be replaced is found
+// out first: a replacement that fails on the way may leave files of its own.
 DWORD WindowsReplacementFile::TakeOver() const {
   Handle former(CreateFileW(target_.c_str(), GENERIC_READ | DELETE, kShareAll, nullptr,
                             OPEN_EXISTING, 0, nullptr));
@@ -139,9 +234,8 @@ DWORD WindowsReplacementFile::TakeOver() const {
                                REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr));
 }
 
-DWORD WindowsReplacementFile::Move() const {
-  return ResultOf(MoveFileExW(name_.c_str(), target_.c_str(),
-                              MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH));
+DWORD WindowsReplacementFile::Move(DWORD flags) const {
+  return ResultOf(MoveFileExW(name_.c_str(), target_.c_str(), flags));
 }
 
 Error WindowsReplacementFile::Failure(DWORD code) const {

@@ -1,13 +1,18 @@
 // A file written beside its target that takes the target's place as a whole.
 //
-// Its name is ".korvex-" and random digits, in the target's own folder, since a file only moves as
-// a whole within one volume. While it is written it is marked for deletion, so that the system
-// takes it away even when the program is killed.
+// Its name begins with ".korvex-", in the target's own folder, since a file only moves as a whole
+// within one volume. While it is written it is marked for deletion, so that the system takes it
+// away even when the program is killed. What a program that is killed in the moment after leaves,
+// the next one in that folder removes.
+//
+// To make one says whether the target can be replaced: what forbids it is refused before the first
+// byte.
 #pragma once
 
 #include <string>
 
 #include "platform/file_system.h"
+#include "platform/windows/leftovers.h"
 #include "platform/windows/windows_error.h"
 #include "platform/windows/windows_handle.h"
 
@@ -22,19 +27,24 @@ class WindowsReplacementFile : public ReplacementFile {
 
   void Write(std::span<const std::byte> bytes) override;
   void Commit() override;
+  void CommitAsNew() override;
 
  private:
   void ExamineTarget();
+  void CheckPlace() const;
   void Create();
+  void TakeOverRights();
+  void Finish();
   DWORD TakeItsPlace();
   DWORD TakeOver() const;
-  DWORD Move() const;
+  DWORD Move(DWORD flags) const;
   Error Failure(DWORD code) const;
 
   std::string path_;     // as the caller spells it
   std::wstring target_;  // what it leads to, for the system
   std::wstring name_;    // of the file beside it, for the system; empty once it is in place
   bool replaces_ = false;
+  TemporaryName owned_name_;
   Handle file_;
 };
 

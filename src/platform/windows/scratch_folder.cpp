@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <random>
 #include <system_error>
 
 #include "platform/error.h"
@@ -14,7 +13,7 @@
 namespace korvex {
 namespace {
 
-constexpr int kNameAttempts = 100;
+constexpr wchar_t kPrefix[] = L"korvex-";
 
 using PathBuffer = std::array<wchar_t, MAX_PATH + 2>;
 
@@ -22,23 +21,15 @@ bool IsPlain(std::wstring_view path) {
   return std::all_of(path.begin(), path.end(), [](wchar_t c) { return c < 0x7F; });
 }
 
-std::wstring RandomName() {
-  std::random_device random;
-  return L"korvex-" + std::to_wstring(random());
-}
-
 }  // namespace
 
-WindowsScratchFolder::WindowsScratchFolder() {
+WindowsScratchFolder::WindowsScratchFolder() : owned_name_(kPrefix) {
   PathBuffer parent{};
   GetTempPathW(static_cast<DWORD>(parent.size()), parent.data());
-  for (int attempt = 1;; ++attempt) {
-    folder_ = parent.data() + RandomName();
-    if (CreateDirectoryW(folder_.c_str(), nullptr)) break;
-    const DWORD error = GetLastError();
-    if (error != ERROR_ALREADY_EXISTS || attempt == kNameAttempts) {
-      throw SystemError(error, "write to", FromWide(parent.data()));
-    }
+  RemoveLeftovers(parent.data(), kPrefix);
+  folder_ = parent.data() + owned_name_.Text();
+  if (!CreateDirectoryW(folder_.c_str(), nullptr)) {
+    throw SystemError(GetLastError(), "write to", FromWide(parent.data()));
   }
   PathBuffer short_name{};
   const DWORD length = GetShortPathNameW(folder_.c_str(), short_name.data(), MAX_PATH);

@@ -1,9 +1,11 @@
-// A folder for files of the moment, below the user's folder for temporary files.
+// A folder for files of the moment, below the user's folder for temporary files. What a killed
+// program has left, the next one removes.
 #pragma once
 
 #include <string>
 
 #include "platform/file_system.h"
+#include "platform/windows/leftovers.h"
 
 namespace korvex {
 
@@ -21,6 +23,7 @@ class WindowsScratchFolder : public ScratchFolder {
  private:
   void Remove();
 
+  TemporaryName owned_name_;
   std::wstring folder_;
   std::string path_;
 };

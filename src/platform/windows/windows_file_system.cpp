@@ -51,7 +51,13 @@ bool IsLink(const WIN32_FIND_DATAW& entry) {
 FolderEntry EntryOf(const std::wstring& folder, const WIN32_FIND_DATAW& entry) {
   FolderEntry found{FromWide(entry.cFileName), IsFolder(entry.dwFileAttributes), IsLink(entry),
                     (entry.dwFileAttributes & FILE_ATTRIBUTE_HIDDEN) != 0};
-  if (found.is_link) found.is_folder = IsFolder(AttributesOf(folder + entry.cFileName));
+  if (!found.is_link) return found;
+  const DWORD attributes = AttributesOf(folder + entry.cFileName);
+  const DWORD code = GetLastError();
+  found.is_folder = IsFolder(attributes);
+  const bool leads_nowhere = code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND ||
+                             code == ERROR_CANT_RESOLVE_FILENAME;
+  if (attributes == INVALID_FILE_ATTRIBUTES && !leads_nowhere) found.obstacle = SystemText(code);
   return found;
 }
 
@@ -185,6 +191,16 @@ std::unique_ptr<AppendFile> WindowsFileSystem::OpenForAppending(const std::strin
   RefuseIfOwned(path);
   Handle file = OpenFile(SystemPath(path), path, "write to", FILE_APPEND_DATA, OPEN_ALWAYS);
   return std::make_unique<WindowsAppendFile>(std::move(file), path);
+}
+
+void WindowsFileSystem::CheckWritable(const std::string& path) {
+  RefuseIfOwned(path);
+  const std::wstring system_path = SystemPath(path);
+  if (AttributesOf(system_path) == INVALID_FILE_ATTRIBUTES) {
+    WindowsReplacementFile replacement(path);
+  } else {
+    OpenFile(system_path, path, "write to", FILE_APPEND_DATA, OPEN_EXISTING);
+  }
 }
 
 std::unique_ptr<ReplacementFile> WindowsFileSystem::Replace(const std::string& path) {

@@ -31,6 +31,7 @@ class WindowsFileSystem : public FileSystem {
   void ReadStart(const std::string& path, std::size_t most,
                  std::vector<std::byte>& content) const override;
   std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) override;
+  void CheckWritable(const std::string& path) override;
   // A link is followed: the file that it leads to is replaced. An existing file keeps its
   // permissions, a read-only one is refused.
   std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;

@@ -5,15 +5,25 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/file.h>
+#include <sys/inotify.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <fstream>
+#include <span>
 #include <tuple>
 #include <utility>
+#include <vector>
 
+#include "platform/posix/file_rights.h"
 #include "platform/posix/ini_settings_store.h"
+#include "platform/posix/leftovers.h"
 #include "tests/platform/temp_folder.h"
 #include "tests/support/errors.h"
 
@@ -59,6 +69,8 @@ TEST_F(PosixFileSystemTest, RefusesWhatIsNoOrdinaryFileWithoutWaiting) {
   EXPECT_THAT(error.Description(), HasSubstr("pipe: It is not an ordinary file."));
   EXPECT_EQ(ErrorOf([&] { files_.OpenForAppending(folder_ / "pipe"); }).Number(), 75);
   EXPECT_EQ(ErrorOf([&] { files_.OpenForAppending(folder_ / "dead"); }).Number(), 76);
+  EXPECT_THAT(ErrorOf([&] { files_.CheckWritable(folder_ / "dead"); }).Description(),
+              HasSubstr("dead: It is a link to " + folder_ / "nowhere, which does not exist"));
   EXPECT_EQ(ErrorOf([&] { files_.Replace(folder_ / "loop"); }).Number(), 75);
   EXPECT_FALSE(files_.FileExists(folder_ / "nowhere"));
 }
@@ -95,6 +107,140 @@ TEST_F(PosixFileSystemTest, GivesTheUsersUsualPermissionsOrThoseOfTheFormerFile)
   EXPECT_EQ(Permissions(folder_ / "out.xls"), mode_t{0604});
   EXPECT_EQ(Permissions(folder_ / "config/korvex.ini"), mode_t{0600}) << "private to the user";
   EXPECT_EQ(Permissions(folder_ / "config"), mode_t{0700});
+}
+
+// Two runs with one output: what one has just saved must not be what the other has only tried.
+TEST_F(PosixFileSystemTest, ChecksAnOutputWithoutTouchingItsName) {
+  const Descriptor watch(inotify_init1(IN_NONBLOCK));
+  inotify_add_watch(watch.Get(), folder_.Path().c_str(), IN_CREATE | IN_DELETE | IN_MODIFY);
+  files_.CheckWritable(folder_ / "new.xls");
+  EXPECT_EQ(ErrorOf([&] { files_.CheckWritable(folder_ / std::string(256, 'x')); }).Number(), 75);
+  EXPECT_EQ(ErrorOf([&] { files_.CheckWritable(folder_.Path() + "/new/"); }).Number(), 75);
+  std::array<char, 4096> buffer;
+  const ssize_t size = read(watch.Get(), buffer.data(), buffer.size());
+  const std::string events(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+  EXPECT_THAT(events, testing::Not(HasSubstr("new.xls")));
+}
+
+TEST_F(PosixFileSystemTest, RefusesBeforehandWhatTheFolderWillNotLetHappen) {
+  if (geteuid() != 0) GTEST_SKIP() << "only the administrator can make another user's files";
+  constexpr uid_t kNobody = 65534;
+  const std::pair<const char*, mode_t> folders[] = {{"shared", 01777}, {"closed", 0755}};
+  for (const auto& [name, mode] : folders) {
+    folder_.PutFolder(name);
+    const std::string file = folder_.Put(name + std::string("/out.xls"), "old");
+    chmod(file.c_str(), 0666);
+    chmod((folder_ / name).c_str(), mode);
+    ASSERT_EQ(seteuid(kNobody), 0);
+    EXPECT_NO_THROW(files_.CheckWritable(file)) << "the file itself can be written";
+    const Error error = ErrorOf([&] { files_.Replace(file); });
+    ASSERT_EQ(seteuid(0), 0);
+    EXPECT_EQ(error.Number(), 70) << name;
+    EXPECT_THAT(error.Description(), HasSubstr("in the folder " + folder_ / name));
+    EXPECT_EQ(Content(file), "old");
+  }
+}
+
+struct ListEntry {
+  std::uint16_t kind;
+  std::uint16_t permissions;
+  std::uint32_t id;
+};
+
+// User 1000 may write, and so may the mask; the owning group may only read.
+const ListEntry kListEntries[] = {
+    {0x01, 6, ~0u}, {0x02, 6, 1000}, {0x04, 4, ~0u}, {0x10, 6, ~0u}, {0x20, 0, ~0u}};
+
+std::string AccessList(std::span<const ListEntry> entries) {
+  return std::string("\2\0\0\0", 4) +
+         std::string(reinterpret_cast<const char*>(entries.data()), entries.size_bytes());
+}
+
+std::string Attribute(const std::string& path, const char* name) {
+  std::array<char, 256> value;
+  const ssize_t size = getxattr(path.c_str(), name, value.data(), value.size());
+  return {value.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+}
+
+TEST_F(PosixFileSystemTest, KeepsAccessListAndAttributesOfTheFormerFile) {
+  constexpr char kList[] = "system.posix_acl_access";
+  const std::string file = folder_.Put("out.xls", "old");
+  const std::string list = AccessList(kListEntries);
+  if (setxattr(file.c_str(), kList, list.data(), list.size(), 0) != 0 ||
+      setxattr(file.c_str(), "user.note", "plate 7", 7, 0) != 0) {
+    GTEST_SKIP() << "the file system has neither";
+  }
+  files_.Replace(file)->Commit();
+  EXPECT_EQ(Attribute(file, kList), list);
+  EXPECT_EQ(Attribute(file, "user.note"), "plate 7");
+
+  // The folder's own list for new files is not for one that had none.
+  const std::string plain = folder_.Put("plain.xls", "old");
+  chmod(plain.c_str(), 0640);
+  setxattr(folder_.Path().c_str(), "system.posix_acl_default", list.data(), list.size(), 0);
+  files_.Replace(plain)->Commit();
+  EXPECT_EQ(Attribute(plain, kList), "");
+  EXPECT_EQ(Permissions(plain), mode_t{0640});
+}
+
+// The group's bits in the mode of a file with a list are the mask, which is no permission.
+TEST_F(PosixFileSystemTest, GrantsNoMoreWhereAListCannotBeKept) {
+  const struct {
+    std::vector<ListEntry> entries;
+    mode_t mode;
+  } cases[] = {
+      {{std::begin(kListEntries), std::end(kListEntries)}, 0640},
+      {{{1, 6, ~0u}, {2, 0, 1000}, {4, 6, ~0u}, {0x10, 6, ~0u}, {0x20, 4, ~0u}}, 0600},
+      {{{1, 6, ~0u}, {4, 6, ~0u}, {8, 4, 1000}, {0x10, 6, ~0u}, {0x20, 4, ~0u}}, 0644},
+      {{{1, 6, ~0u}, {2, 6, 1000}, {4, 6, ~0u}, {0x10, 4, ~0u}, {0x20, 0, ~0u}}, 0640},
+  };
+  const std::string file = folder_.Put("out.xls", "old");
+  for (const auto& c : cases) {
+    const std::string list = AccessList(c.entries);
+    if (setxattr(file.c_str(), "system.posix_acl_access", list.data(), list.size(), 0) != 0) {
+      GTEST_SKIP() << "the file system has no lists";
+    }
+    struct stat status {};
+    stat(file.c_str(), &status);
+    int ends[2];  // of a pipe, which has a mode, and no lists
+    ASSERT_EQ(pipe(ends), 0);
+    const Descriptor reader(ends[0]);
+    const Descriptor writer(ends[1]);
+    ASSERT_EQ(FileRights(file, status).GiveTo(writer.Get()), 0);
+    fstat(writer.Get(), &status);
+    EXPECT_EQ(status.st_mode & mode_t{07777}, c.mode);
+  }
+}
+
+TEST_F(PosixFileSystemTest, RemovesWhatAKilledProgramHasLeftAndNothingElse) {
+  const pid_t child = fork();
+  if (child == 0) {
+    setenv("TMPDIR", folder_.Path().c_str(), 1);
+    const std::string path = folder_ / TemporaryName(".korvex-");
+    const Descriptor file = OpenFile(path, O_CREAT | O_WRONLY, 0600);
+    const auto scratch = files_.MakeScratchFolder();
+    std::ofstream(scratch->Path() + "/workbook") << "half";
+    if (HoldTemporary(file.Get(), path)) raise(SIGKILL);
+    _exit(1);
+  }
+  waitpid(child, nullptr, 0);
+  ASSERT_EQ(folder_.EntryCount(), 2u);
+
+  folder_.Put(".korvex-other-machine", "");
+  const std::string held_path = folder_ / TemporaryName(".korvex-");
+  const Descriptor held = OpenFile(held_path, O_CREAT | O_WRONLY, 0600);
+  ASSERT_TRUE(HoldTemporary(held.Get(), held_path));
+  files_.Replace(folder_ / "out.xls");
+  EXPECT_EQ(folder_.EntryCount(), 3u) << "the scratch folder is left for who makes one";
+  const char* former = getenv("TMPDIR");
+  const std::string temp = former ? former : "/tmp";
+  setenv("TMPDIR", folder_.Path().c_str(), 1);
+  const auto first = files_.MakeScratchFolder();
+  const auto second = files_.MakeScratchFolder();
+  setenv("TMPDIR", temp.c_str(), 1);
+  EXPECT_EQ(folder_.EntryCount(), 4u);
+  EXPECT_TRUE(files_.FolderExists(first->Path()));
+  EXPECT_TRUE(files_.FileExists(held_path));
 }
 
 TEST_F(PosixFileSystemTest, FollowsLinks) {

@@ -174,6 +174,14 @@ TEST_F(InstalledApplicationTest, WritesOverWhatItSavedBefore) {
   EXPECT_EQ(workbook.Path(), "C:\\plates");
 }
 
+TEST_F(InstalledApplicationTest, SavesNothingOverAFileThatStandsInTheWay) {
+  Workbook& workbook = application->AddWorkbook("out.xls");
+  workbook.SaveAsNew(kOutput);
+  scripted.program.calls.clear();
+  EXPECT_EQ(ErrorOf([&] { workbook.SaveAsNew(kOutput); }).Number(), error_number::kFileExists);
+  EXPECT_THAT(scripted.program.calls, testing::Not(testing::Contains(HasSubstr("SaveAs"))));
+}
+
 TEST_F(InstalledApplicationTest, RefusesWhatAnOutputWorkbookMustNotBe) {
   OpenData({{"a"}});
   Workbook& output = application->AddWorkbook("out.xls");

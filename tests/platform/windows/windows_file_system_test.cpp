@@ -3,16 +3,21 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <cstddef>
 #include <cstdio>
 #include <set>
 #include <tuple>
 #include <utility>
 
+#include "platform/windows/leftovers.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_handle.h"
 #include "platform/windows/windows_path.h"
 #include "tests/platform/temp_folder.h"
 #include "tests/support/errors.h"
+
+#include <sddl.h>  // after windows.h
 
 namespace korvex {
 namespace {
@@ -188,6 +193,51 @@ TEST_F(WindowsFileSystemTest, LeavesNothingBehindWhenTheProgramIsKilled) {
   EXPECT_EQ(status, 3u);
   EXPECT_EQ(Content(file), "old");
   EXPECT_EQ(folder_.EntryCount(), 1u);
+}
+
+// What a program leaves that is killed between two steps, and what one has that runs.
+TEST_F(WindowsFileSystemTest, RemovesLeftoversThatNobodyOwns) {
+  std::wstring left;
+  {
+    const TemporaryName name(L".korvex-");
+    left = name.Text();
+  }
+  folder_.Put(FromWide(left), "half");
+  const TemporaryName owned(L".korvex-");
+  folder_.Put(FromWide(owned.Text()), "mine");
+  files_.CheckWritable(folder_ / "out.xls");
+  EXPECT_THAT(Names(folder_.Path()), testing::ElementsAre(FromWide(owned.Text())));
+}
+
+// In the notation of security descriptors, without the owner.
+std::wstring AccessListOf(const std::wstring& file) {
+  std::array<std::byte, 4096> descriptor;
+  DWORD size = 0;
+  LPWSTR text = nullptr;
+  if (!GetFileSecurityW(file.c_str(), DACL_SECURITY_INFORMATION, descriptor.data(),
+                        static_cast<DWORD>(descriptor.size()), &size) ||
+      !ConvertSecurityDescriptorToStringSecurityDescriptorW(
+          descriptor.data(), SDDL_REVISION_1, DACL_SECURITY_INFORMATION, &text, nullptr)) {
+    return L"?";
+  }
+  const std::wstring list = text;
+  LocalFree(text);
+  return list;
+}
+
+TEST_F(WindowsFileSystemTest, KeepsTheAccessListOfTheFormerFile) {
+  const std::wstring file = ToWide(folder_.Put("out.xls", "old"));
+  PSECURITY_DESCRIPTOR wanted = nullptr;
+  // What the folder would give is of no account for a protected list.
+  ASSERT_TRUE(ConvertStringSecurityDescriptorToSecurityDescriptorW(
+      L"D:P(A;;FA;;;BA)(A;;FR;;;WD)", SDDL_REVISION_1, &wanted, nullptr));
+  SetFileSecurityW(file.c_str(), DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
+                   wanted);
+  LocalFree(wanted);
+  const std::wstring former = AccessListOf(file);
+  Save(FromWide(file), "new");
+  EXPECT_EQ(AccessListOf(file), former);
+  EXPECT_EQ(Content(FromWide(file)), "new");
 }
 
 TEST_F(WindowsFileSystemTest, TellsHiddenFilesAndIgnoresLetterCase) {

@@ -1,0 +1,27 @@
+// Files and folders that the program makes for the moment, and what a killed program has left of
+// them.
+//
+// Their names are PREFIX, a mark of this machine, "-" and random digits. Whoever made one holds a
+// lock (flock) on it, which the system takes back when the process ends, however that comes: what
+// nobody holds has no owner any more. The mark keeps machines that share a disk apart, since not
+// every disk tells one machine about the locks of another.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace korvex {
+
+// Another name in every call.
+std::string TemporaryName(std::string_view prefix);
+
+// Locks what has just been made under `path`. False when a program that looks for leftovers was
+// quicker: then it is gone, or will be in a moment. True as well where there are no such locks, and
+// nothing is ever taken for a leftover.
+bool HoldTemporary(int fd, const std::string& path);
+
+// Removes what this user's programs have left in the folder under names of that prefix. Never
+// fails: what cannot be removed stays.
+void RemoveLeftovers(const std::string& folder, std::string_view prefix);
+
+}  // namespace korvex

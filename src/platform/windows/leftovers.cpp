@@ -1,0 +1,73 @@
+#include "platform/windows/leftovers.h"
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <iterator>
+#include <random>
+#include <system_error>
+#include <vector>
+
+namespace korvex {
+namespace {
+
+std::wstring HexDigits(std::uint32_t number) {
+  wchar_t digits[2 * sizeof number + 1];
+  std::swprintf(digits, std::size(digits), L"%08x", number);
+  return digits;
+}
+
+// FNV-1a over the computer's name.
+std::wstring MachineMark() {
+  std::array<wchar_t, 256> name{};
+  auto size = static_cast<DWORD>(name.size());
+  GetComputerNameExW(ComputerNameDnsHostname, name.data(), &size);
+  std::uint32_t hash = 2166136261u;
+  for (const wchar_t* c = name.data(); *c != L'\0'; ++c) hash = (hash ^ *c) * 16777619u;
+  return HexDigits(hash);
+}
+
+// Seen by all sessions: what runs at night shares folders with whoever is logged on.
+std::wstring MutexName(std::wstring_view name) {
+  return L"Global\\KORVEX" + std::wstring(name);
+}
+
+// Also when the mutex is another user's, which this one may not open.
+bool HasOwner(std::wstring_view name) {
+  const Handle mutex(OpenMutexW(SYNCHRONIZE, FALSE, MutexName(name).c_str()));
+  return mutex.IsOpen() || GetLastError() != ERROR_FILE_NOT_FOUND;
+}
+
+}  // namespace
+
+TemporaryName::TemporaryName(std::wstring_view prefix) {
+  std::random_device random;
+  text_ = std::wstring(prefix) + MachineMark() + L"-" + HexDigits(random());
+  mutex_ = Handle(CreateMutexW(nullptr, FALSE, MutexName(text_).c_str()));
+}
+
+void RemoveLeftovers(const std::wstring& folder, std::wstring_view prefix) {
+  const std::wstring marked = std::wstring(prefix) + MachineMark() + L"-";
+  WIN32_FIND_DATAW entry{};
+  const HANDLE search = FindFirstFileW((folder + marked + L"*").c_str(), &entry);
+  if (search == INVALID_HANDLE_VALUE) return;
+  std::vector<WIN32_FIND_DATAW> found;
+  do {
+    if (std::wstring_view(entry.cFileName).starts_with(marked)) found.push_back(entry);
+  } while (FindNextFileW(search, &entry));
+  FindClose(search);
+  for (const WIN32_FIND_DATAW& leftover : found) {
+    const DWORD attributes = leftover.dwFileAttributes;
+    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) || HasOwner(leftover.cFileName)) continue;
+    const std::wstring path = folder + leftover.cFileName;
+    std::error_code ignored;
+    if (attributes & FILE_ATTRIBUTE_DIRECTORY) {
+      std::filesystem::remove_all(path, ignored);
+    } else {
+      DeleteFileW(path.c_str());
+    }
+  }
+}
+
+}  // namespace korvex

@@ -1,0 +1,33 @@
+// Files and folders that the program makes for the moment, and what a killed program has left of
+// them.
+//
+// Their names are a prefix, a mark of this machine, "-" and random digits. Whoever makes one first
+// makes a mutex of that name, which the system takes back when the process ends, however that
+// comes: what has no mutex has no owner any more. The mark keeps machines that share a folder
+// apart.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/windows/windows_handle.h"
+
+namespace korvex {
+
+// A name for one file or folder, another in every object, and owned as long as the object lives.
+class TemporaryName {
+ public:
+  explicit TemporaryName(std::wstring_view prefix);
+
+  const std::wstring& Text() const { return text_; }
+
+ private:
+  std::wstring text_;
+  Handle mutex_;
+};
+
+// Removes what killed programs have left in the folder, a system path with a separator at its end,
+// under names of that prefix. Never fails: what cannot be removed stays.
+void RemoveLeftovers(const std::wstring& folder, std::wstring_view prefix);
+
+}  // namespace korvex
