@@ -1,13 +1,15 @@
 #include "engine/MainRun.h"
 
+#include <chrono>
+
 #include "errors/trap.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
+#include "platform/message_loop.h"
 #include "platform/services.h"
 #include "platform/spreadsheet.h"
 #include "settings/basSettings.h"
-#include "util/attempt.h"
 #include "util/basFuncs.h"
 #include "util/basGeneral.h"
 #include "util/folder_listing.h"
@@ -33,26 +35,36 @@ bool IsUsableOutput(const std::string& full_name, std::string& cause) {
     cause = error.Description();
     return false;
   }
-  return FileIsWritable(full_name, &cause);
+  if (!FileIsWritable(full_name, &cause)) return false;
+  try {
+    // A folder can forbid what the file in it would allow.
+    Platform().files->Replace(full_name).reset();
+    return true;
+  } catch (const Error& error) {
+    cause = error.Description();
+    return false;
+  }
 }
 
-// One step before the first file and one after the last, so that the bar moves at once.
-std::int32_t ProgressMaximum(const RunSelection& selection) {
-  auto files = static_cast<std::int32_t>(selection.files.size());
-  if (basSettings::ProcessingSubFolders()) {
-    files = 0;
-    for (const std::string& name : SubFolderNames(selection.folder)) {
-      const std::string sub_folder = JoinPath(selection.folder, name);
-      std::int32_t count = 0;
-      // A folder deeper down, which no run reads, may be closed to the user.
-      if (!Attempt([&] { count = CountFiles(sub_folder); })) {
-        count = static_cast<std::int32_t>(WorkbookNames(sub_folder).size());
-      }
-      files += count;
-    }
+// Lets the user in now and then while much is listed.
+class Interlude {
+ public:
+  explicit Interlude(clsKorvex& engine) : engine_(engine) {}
+
+  void operator()() {
+    const auto now = std::chrono::steady_clock::now();
+    if (now - last_ < kInterval) return;
+    Platform().message_loop->Yield();
+    engine_.AskWhetherToStop();
+    last_ = std::chrono::steady_clock::now();
   }
-  return files + 2;
-}
+
+ private:
+  static constexpr std::chrono::milliseconds kInterval{50};
+
+  clsKorvex& engine_;
+  std::chrono::steady_clock::time_point last_;  // long ago
+};
 
 }  // namespace
 
@@ -64,14 +76,17 @@ void CheckSelection(const RunSelection& selection) {
   }
 }
 
-void CheckOutputFile() {
+ExistingOutput CheckOutputFile() {
   const std::string output = basSettings::OutputFullName();
   std::string cause;
   if (!IsUsableOutput(output, cause)) {
     RefuseRun("Please specify a valid filename for the output file. \r\n(File could be in use).",
               cause);
   }
-  if (!Platform().files->FileExists(output) || basSettings::AutoReplaceOutputFiles()) return;
+  if (!Platform().files->FileExists(output)) {
+    return basSettings::AutoReplaceOutputFiles() ? ExistingOutput::kReplace : ExistingOutput::kKeep;
+  }
+  if (basSettings::AutoReplaceOutputFiles()) return ExistingOutput::kReplace;
   PlainMessage question;
   question.text = "The file \"" + GetDisplayPath(output) + "\" exists. " +
                   "Would you like to replace it with a new output file?";
@@ -80,6 +95,7 @@ void CheckOutputFile() {
   if (Platform().dialogs->ShowPlain(question) != BoxAnswer::kOk) {
     throw Error(error_number::kCannotPerform);
   }
+  return ExistingOutput::kReplace;
 }
 
 RunOutcome MainRun::Start(const RunSelection& selection) {
@@ -89,7 +105,8 @@ RunOutcome MainRun::Start(const RunSelection& selection) {
       "Form1.MainRun", [&] { Run(selection); },
       [&](const TrappedError& error) {
         if (!error.IsTold()) error.Report();
-        outcome = moKorvex_->Stopped() ? RunOutcome::kStopped : RunOutcome::kFailed;
+        const bool stopped = moKorvex_->Stopped() || error.Number() == error_number::kUserInterrupt;
+        outcome = stopped ? RunOutcome::kStopped : RunOutcome::kFailed;
         view_.LeaveRunning();
         view_.SetMessage("Ready");
         view_.SetProgress(0, progress_maximum_);
@@ -105,7 +122,7 @@ void MainRun::Run(const RunSelection& selection) {
   view_.SetMessage("Initializing...");
   progress_maximum_ = ProgressMaximum(selection);
   view_.SetProgress(1, progress_maximum_);
-  CheckOutputFile();
+  if (CheckOutputFile() == ExistingOutput::kKeep) moKorvex_->KeepExistingOutput();
 
   std::string folder = selection.folder;
   moKorvex_->ProcessFolders(folder, selection.files);
@@ -117,8 +134,28 @@ void MainRun::Run(const RunSelection& selection) {
   if (basSettings::LaunchOutputFile()) ShellOpen(OutputFullName());
 }
 
+// One step before the first file and one after the last, so that the bar moves at once.
+std::int32_t MainRun::ProgressMaximum(const RunSelection& selection) {
+  auto files = static_cast<std::int32_t>(selection.files.size());
+  if (basSettings::ProcessingSubFolders()) {
+    files = 0;
+    Interlude interlude(*moKorvex_);
+    for (const std::string& name : SubFolderNames(selection.folder)) {
+      const std::string sub_folder = JoinPath(selection.folder, name);
+      try {
+        files += CountFiles(sub_folder, [&] { interlude(); });
+      } catch (const Error& error) {
+        if (error.Number() == error_number::kUserInterrupt) throw;
+        // A folder deeper down, which no run reads, may be closed to the user.
+        files += static_cast<std::int32_t>(WorkbookNames(sub_folder).size());
+      }
+    }
+  }
+  return files + 2;
+}
+
 void MainRun::Stop() {
-  if (Running()) moKorvex_->StopProcess();
+  if (moKorvex_) moKorvex_->StopProcess();
 }
 
 }  // namespace korvex

@@ -29,9 +29,11 @@ class RunView : public KorvexEvents {
 
 // Error 17, the user told, when nothing is there to process.
 void CheckSelection(const RunSelection& selection);
+// Whether a file in the output's place may be replaced at the end of the run.
+enum class ExistingOutput { kReplace, kKeep };
 // Error 17, the user told, when the output file of the settings cannot be written or the user does
 // not want it replaced.
-void CheckOutputFile();
+ExistingOutput CheckOutputFile();
 
 enum class RunOutcome { kFinished, kFailed, kStopped };
 
@@ -42,7 +44,7 @@ class MainRun {
 
   // Runs to the end and says how it went; the user has been told of everything.
   RunOutcome Start(const RunSelection& selection);
-  // Asks the engine for a stop; does nothing when none is running.
+  // Asks for a stop of the run that is on the stack, if there is one.
   void Stop();
   bool Running() const { return moKorvex_ && moKorvex_->Running(); }
   // Where the run that finished last saved its output.
@@ -50,6 +52,7 @@ class MainRun {
 
  private:
   void Run(const RunSelection& selection);
+  std::int32_t ProgressMaximum(const RunSelection& selection);
 
   RunView& view_;
   std::unique_ptr<clsKorvex> moKorvex_;

@@ -3,6 +3,8 @@
 
 #include "engine/clsKorvex.h"
 
+#include <algorithm>
+#include <iterator>
 #include <limits>
 
 #include "engine/sheet_name.h"
@@ -11,8 +13,8 @@
 #include "platform/file_system.h"
 #include "platform/message_loop.h"
 #include "platform/services.h"
+#include "platform/shown_text.h"
 #include "settings/basSettings.h"
-#include "util/attempt.h"
 #include "util/basFuncs.h"
 #include "util/basGeneral.h"
 #include "util/folder_listing.h"
@@ -24,12 +26,26 @@ namespace {
 constexpr char kLineBreak[] = "\r\n";
 constexpr char kStopButton[] = "Yes, Stop.";
 
-// Counts of folders and files are 16-bit numbers.
-std::int16_t Int16(std::size_t count) {
-  if (count > static_cast<std::size_t>(std::numeric_limits<std::int16_t>::max())) {
-    throw Error(error_number::kOverflow);
+// Folders and files are counted by 16-bit numbers. `things` are "sub-folders of /data/run1".
+std::int16_t Int16(std::size_t count, const std::string& things) {
+  constexpr auto kMost = std::numeric_limits<std::int16_t>::max();
+  if (count > static_cast<std::size_t>(kMost)) {
+    throw Error(error_number::kOverflow, "There are " + GroupedDigits(count) + " " + things +
+                                             ", and a run takes at most " + GroupedDigits(kMost) +
+                                             ". Spread them over several runs.");
   }
   return static_cast<std::int16_t>(count);
+}
+
+// "/out/all (2).xls" for "/out/all.xls": the first such name that no file has yet.
+std::string FreeNameLike(const std::string& full_name) {
+  const clsFileSys& names = SharedFileSys();
+  const std::string stem = names.DropExtention(full_name);
+  const std::string ending = full_name.substr(stem.size());
+  for (int number = 2;; ++number) {
+    std::string name = stem + " (" + std::to_string(number) + ")" + ending;
+    if (!Platform().files->FileExists(name)) return name;
+  }
 }
 
 // A display path for the handling of an error: the path itself where it cannot be shortened, since
@@ -38,7 +54,7 @@ std::string FailedPath(const std::string& path) {
   try {
     return GetDisplayPath(path);
   } catch (const Error&) {
-    return path;
+    return Shown(path);
   }
 }
 
@@ -46,7 +62,7 @@ std::string FailedFolder(const std::string& folder) {
   try {
     return ShortenPath(folder, false);
   } catch (const Error&) {
-    return folder;
+    return Shown(folder);
   }
 }
 
@@ -119,15 +135,19 @@ void clsKorvex::CreateOutputWorkbook() {
 
 void clsKorvex::ProcessSubFolders() {
   const std::vector<std::string> sub_folders = SubFolderNames(processing_folder_);
-  folder_count_ = Int16(sub_folders.size());
+  // The sample came from one of them. A share that went away since can look like an empty folder.
+  if (sub_folders.empty() && !structure_.SampleFileUsed(false).empty()) {
+    throw Error(error_number::kPathNotFound, "The sub-folders of " + processing_folder_ +
+                                                 " have gone since the run was started.");
+  }
+  folder_count_ = Int16(sub_folders.size(), "sub-folders of " + processing_folder_);
   std::vector<std::string> names;
   int first_count = 0;  // of the first sub-folder's replications, which are side by side after it
   for (const std::string& sub_folder : sub_folders) {
-    // What cannot be listed is told when its turn comes.
-    Attempt([&] {
-      for (std::string& name : WorkbookNames(JoinPath(processing_folder_, sub_folder)))
-        names.push_back(std::move(name));
-    });
+    const std::string path = JoinPath(processing_folder_, sub_folder);
+    std::vector<std::string> found = WorkbookNames(path);
+    Int16(found.size(), "files in " + path);
+    std::ranges::move(found, std::back_inserter(names));
     if (first_count == 0) first_count = ReplicationsOf(names).count;
   }
   CheckColumnsAhead(output_columns_ + first_count);
@@ -139,7 +159,7 @@ void clsKorvex::ProcessSubFolders() {
     for (const std::string& file : WorkbookNames(sub_folder))
       paths.AddText(JoinPath(sub_folder, file));
     if (paths.IsEmpty()) {
-      Refuse("The sub-folder \"" + name + "\" is empty. " +
+      Refuse("The sub-folder \"" + Shown(name) + "\" is empty. " +
              "Please make sure all sub-folders of chosen processing folder have " +
              "files in them.");
     }
@@ -150,7 +170,7 @@ void clsKorvex::ProcessSubFolders() {
 
 void clsKorvex::ProcessFiles(const std::vector<std::string>& files) {
   try {
-    const std::int16_t count = Int16(files.size());
+    const std::int16_t count = Int16(files.size(), "files");
     std::int16_t number = 0;
     for (const std::string& path : files) {
       const std::string base_name = SharedFileSys().GetFileTitle(path, true);
@@ -219,12 +239,39 @@ void clsKorvex::AskWhetherToStop() {
 }
 
 void clsKorvex::SaveOutputWorkbook() {
-  output_workbook_->SaveAs(output_full_name_);
+  if (keep_existing_output_) {
+    SaveUnlessTaken();
+  } else {
+    output_workbook_->SaveAs(output_full_name_);
+  }
   output_workbook_->Close();
   output_sheet_ = nullptr;
   output_workbook_ = nullptr;
   application_->Quit();
   application_.reset();
+}
+
+// What the run has made is saved in any case; where it is the user must know, since it is not where
+// it was expected.
+void clsKorvex::SaveUnlessTaken() {
+  const auto save_as = [&](const std::string& name) {
+    try {
+      output_workbook_->SaveAsNew(name);
+      return true;
+    } catch (const Error& error) {
+      if (error.Number() != error_number::kFileExists) throw;
+      return false;
+    }
+  };
+  if (save_as(output_full_name_)) return;
+  std::string kept;
+  do {
+    kept = FreeNameLike(output_full_name_);
+  } while (!save_as(kept));
+  throw Error(error_number::kFileExists, "A file " + output_full_name_ +
+                                             " appeared during the run and was not replaced, since "
+                                             "nobody was asked. The output of the run is in " +
+                                             kept + ".");
 }
 
 }  // namespace korvex

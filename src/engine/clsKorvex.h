@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,11 @@ class clsKorvex {
   void ProcessFolders(std::string& folder, const std::vector<std::string>& files);
   // Asks for a stop; the user is asked to confirm it before the next file is read.
   void StopProcess() { stop_requested_ = true; }
+  // Asks the user when a stop was asked for; error 18 when the answer is yes.
+  void AskWhetherToStop();
+  // From now on a file that stands in the output's place when it is saved stays there: the user
+  // wanted to be asked, and there was none to ask about.
+  void KeepExistingOutput() { keep_existing_output_ = true; }
   // True from the start of a run to its end.
   bool Running() const { return running_; }
   // Where the run saves its output, as the settings named it when the run began; a change during
@@ -79,6 +85,12 @@ class clsKorvex {
     int last_sheet = 0;
   };
 
+  // The output column of a letter, and the replications that have it.
+  struct ReplicationColumns {
+    int column = 0;
+    std::set<std::int16_t> replications;
+  };
+
   // How many columns replications take, and the highest of those that give a column its place.
   struct Replications {
     int count = 0;
@@ -96,13 +108,13 @@ class clsKorvex {
   void ReadFile(const std::string& path, const std::string& base_name, std::int16_t file_number,
                 std::int16_t file_count);
   void CloseInputWorkbook();
-  void AskWhetherToStop();
   void SaveOutputWorkbook();
+  void SaveUnlessTaken();
 
   // Reading a data sheet, in clsKorvex_sheet.cpp.
   void ProcessSheet(const std::string& base_name, std::int16_t file_number,
                     std::int16_t file_count);
-  SheetColumns FindSheetColumns();
+  SheetColumns FindSheetColumns(int header_row);
   ColumnSource FindColumn(const std::string& name);
   void BuildKey(int row, const SheetColumns& columns, std::string& key);
   CellValue GetColumnValue(const ColumnSource& source, int row);
@@ -118,6 +130,7 @@ class clsKorvex {
   KeyRow& CheckKey(const std::string& key, bool& is_new);
   void WriteData(const std::string& key, int output_row, int row, int data_column);
   int ReplicationColumn(std::int16_t replication);
+  std::string SharedColumn();
   void WriteOutputColumns(int output_row, int row, const SheetColumns& columns);
   void RemoveEmptyColumns();
   void AddExtraHeaders();
@@ -137,7 +150,7 @@ class clsKorvex {
   Worksheet* output_sheet_ = nullptr;
   clsStructure structure_;
   KeyedCollection<KeyRow> key_table_;
-  KeyedCollection<int> replication_table_;
+  KeyedCollection<ReplicationColumns> replication_table_;
   clsArray extra_headers_;
   std::string processing_folder_;
   std::string output_full_name_;
@@ -145,6 +158,7 @@ class clsKorvex {
   std::int32_t next_output_row_ = 2;
   std::vector<std::string> files_;
   bool stop_requested_ = false;
+  bool keep_existing_output_ = false;
   bool running_ = false;
   bool stopped_ = false;
   std::int16_t current_folder_ = 0;

@@ -6,6 +6,7 @@
 
 #include "engine/clsKorvex.h"
 #include "platform/error.h"
+#include "platform/shown_text.h"
 #include "structure/keyed_collection.h"
 #include "util/cell_text.h"
 #include "util/code_page.h"
@@ -36,6 +37,7 @@ std::string HeaderOf(const std::string& column) {
 }
 
 constexpr int kLastReplication = 255 - 64;
+constexpr int kFirstSharing = 'a' - 64;  // the first whose letter another has in upper case
 
 // The character whose code is 64 + the replication number: "A" for 1, "B" for 2.
 std::string ReplicationLetter(std::int16_t replication) {
@@ -77,7 +79,7 @@ clsKorvex::KeyRow& clsKorvex::CheckKey(const std::string& key, bool& is_new) {
   is_new = found.row == 0;
   if (found.last_sheet == sheet_number_) {
     Refuse(std::string("Duplicate key in file ") + kLineBreak + "'" + InputDisplayPath() + "'" +
-           kLineBreak + kLineBreak + "Key name:   " + key);
+           kLineBreak + kLineBreak + "Key name:   " + Shown(key));
   }
   found.last_sheet = sheet_number_;
   if (is_new) found.row = next_output_row_;
@@ -92,7 +94,7 @@ void clsKorvex::WriteData(const std::string& key, int output_row, int row, int d
     Refuse(std::string("The same key, with the same replication number was found in different ") +
            "files, and data would be overwritten. Please check that all key fields are " +
            "truely unique." + kLineBreak + kLineBreak + "Current file: " + InputDisplayPath() +
-           kLineBreak + kLineBreak + "Key name:   " + key);
+           kLineBreak + kLineBreak + "Key name:   " + Shown(key) + SharedColumn());
   }
   output_sheet_->SetValue(output_row, column, data_sheet_->Value(row, data_column));
 }
@@ -102,7 +104,8 @@ void clsKorvex::WriteData(const std::string& key, int output_row, int row, int d
 // column.
 int clsKorvex::ReplicationColumn(std::int16_t replication) {
   const std::string letter = ReplicationLetter(replication);
-  int& column = replication_table_.Item(letter);
+  auto& [column, replications] = replication_table_.Item(letter);
+  replications.insert(replication);
   if (column == 0) {
     column = output_columns_ + replication;
     output_sheet_->SetValue(1, column, CellValue::Text(letter));
@@ -114,6 +117,21 @@ int clsKorvex::ReplicationColumn(std::int16_t replication) {
         kLineBreak + kLineBreak + "Current file: " + InputDisplayPath());
   }
   return column;
+}
+
+// Why a cell can be taken although no other file has the replication number: letters count without
+// their case, so that 33 ("a") goes to the column of 1 ("A").
+std::string clsKorvex::SharedColumn() {
+  const std::set<std::int16_t>& replications =
+      replication_table_.Item(ReplicationLetter(replication_)).replications;
+  if (replications.size() < 2) return {};
+  std::vector<std::string> numbers;
+  for (const std::int16_t number : replications) numbers.push_back(std::to_string(number));
+  const std::string last = numbers.back();
+  numbers.pop_back();
+  return std::string(kLineBreak) + kLineBreak + "Replications " + Join(numbers, ", ") + " and " +
+         last + " share one column: their letters differ in case alone. Give the files numbers " +
+         "below " + std::to_string(kFirstSharing) + ".";
 }
 
 void clsKorvex::WriteOutputColumns(int output_row, int row, const SheetColumns& columns) {

@@ -7,6 +7,7 @@
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
+#include "platform/shown_text.h"
 #include "util/basFuncs.h"
 #include "util/basGeneral.h"
 #include "util/cell_text.h"
@@ -32,7 +33,7 @@ bool IsBlank(const CellValue& value) {
 void clsKorvex::ProcessSheet(const std::string& base_name, std::int16_t file_number,
                              std::int16_t file_count) {
   events_.Message("Folder " + std::to_string(current_folder_) + " of " +
-                  std::to_string(folder_count_) + ", Filename " + base_name + " (" +
+                  std::to_string(folder_count_) + ", Filename " + Shown(base_name) + " (" +
                   std::to_string(file_number) + " of " + std::to_string(file_count) + ")" +
                   ", Sheet " + std::to_string(data_sheet_->Index()) + " of " +
                   std::to_string(input_workbook_->WorksheetCount()));
@@ -43,7 +44,7 @@ void clsKorvex::ProcessSheet(const std::string& base_name, std::int16_t file_num
   const int header_row = GetHeaderRow(*input_workbook_);
   replication_ = GetReplicationNum();
   replication_column_ = 0;
-  const SheetColumns columns = FindSheetColumns();
+  const SheetColumns columns = FindSheetColumns(header_row);
 
   // A blank ends the data; a sheet that is full to its last row has none below.
   const int last_row = GetLastRow(*data_sheet_);
@@ -59,7 +60,7 @@ void clsKorvex::ProcessSheet(const std::string& base_name, std::int16_t file_num
   }
 }
 
-clsKorvex::SheetColumns clsKorvex::FindSheetColumns() {
+clsKorvex::SheetColumns clsKorvex::FindSheetColumns(int header_row) {
   SheetColumns columns;
   for (const std::string& name : structure_.KeyColsArray()) {
     columns.keys.push_back({name + "=", FindColumn(name)});
@@ -77,9 +78,12 @@ clsKorvex::SheetColumns clsKorvex::FindSheetColumns() {
   // the sheet unread.
   columns.data_column = structure_.AvailableColPosition(structure_.DataColumn());
   if (columns.data_column < 1) {
-    throw Error(error_number::kAutomation, "The sheet \"" + data_sheet_->Name() + "\" of " +
-                                               input_workbook_->Name() + " has no data column \"" +
-                                               structure_.DataColumn() + "\".");
+    throw Error(error_number::kAutomation,
+                "The sheet \"" + data_sheet_->Name() + "\" of " + input_workbook_->Name() +
+                    " has no data column \"" + structure_.DataColumn() + "\" in row " +
+                    std::to_string(header_row) +
+                    ", which counts as the header row: it is the lowest whose first cell is no " +
+                    "number.");
   }
   return columns;
 }

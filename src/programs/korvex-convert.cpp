@@ -18,6 +18,7 @@
 #include "platform/main_window.h"
 #include "platform/native_platform.h"
 #include "platform/services.h"
+#include "platform/shown_text.h"
 #include "platform/spreadsheet.h"
 #include "platform/standard_streams.h"
 #include "programs/convert_options.h"
@@ -130,7 +131,8 @@ int ListColumns(const RunSelection& selection) {
   clsStructure structure;
   structure.Constructor(selection.folder, selection.files, nullptr);
   if (!structure.SampleUsable()) return kFailed;
-  for (const std::string& column : structure.AvailableColsArray()) WriteOutput(column + "\n");
+  for (const std::string& column : structure.AvailableColsArray())
+    WriteOutput(Shown(column) + "\n");
   return kFinished;
 }
 

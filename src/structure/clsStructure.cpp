@@ -23,6 +23,17 @@ constexpr char kBadSample[] =
     "click the folder or parent-folder you want to process, and make sure it has the files with a "
     "correct format in them.";
 
+// Column and setting in words: the lists are stored as texts, which anybody can write.
+void AddColumn(KeyedCollection<std::int16_t>& columns, const std::string& name, std::int16_t number,
+               const char* setting) {
+  if (columns.Exists(name)) {
+    throw Error(error_number::kDuplicateKey, std::string("The setting \"") + setting +
+                                                 "\" names the column \"" + name +
+                                                 "\" twice. Choose its columns anew.");
+  }
+  columns.Add(name, number);
+}
+
 std::vector<std::string> TextsOf(const std::optional<clsArray::Values>& values) {
   if (!values) throw Error(error_number::kTypeMismatch);
   clsArray list;
@@ -126,7 +137,7 @@ std::vector<std::string> clsStructure::OutputColsArray() {
     for (const std::string& name : names.Texts()) {
       ++position;
       if (available_columns_.Exists(name)) {
-        output_columns_.Add(name, position);
+        AddColumn(output_columns_, name, position, "Output Columns");
       } else {
         discrepancy_ = true;
       }
@@ -139,7 +150,7 @@ std::vector<std::string> clsStructure::KeyColsArray() {
   if (key_columns_.Count() == 0) {
     for (const std::string& name : basSettings::KeysColumns()) {
       if (available_columns_.Exists(name)) {
-        key_columns_.Add(name, available_columns_.Item(name));
+        AddColumn(key_columns_, name, available_columns_.Item(name), "Keys Columns");
       } else {
         discrepancy_ = true;
       }

@@ -12,6 +12,7 @@
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
+#include "platform/shown_text.h"
 #include "settings/basSettings.h"
 #include "ui/EnableFrame.h"
 #include "ui/clsControls.h"
@@ -136,9 +137,9 @@ void frmMain::Form_Unload(wxCloseEvent& event) {
 
 void frmMain::StartOrStop(const char* location) {
   Trap(location, [&] {
-    if (run_.Running()) {
+    if (run_on_stack_) {
       run_.Stop();
-    } else if (!run_on_stack_) {
+    } else {
       const RaisedFlag on_stack(run_on_stack_);
       run_.Start(Selection());
     }
@@ -228,7 +229,7 @@ void frmMain::Timer1_Timer() {
   // The short form takes a look at the disk: a share that does not answer would stop the window.
   if (full_name == lblFolder_->GetToolTipText()) return;
   lblFolder_->SetToolTip(full_name);
-  std::string shown = folder;  // which will do when the folder has just vanished
+  std::string shown = Shown(folder);  // which will do when the folder has just vanished
   Attempt([&] { shown = ShortenPath(folder, false); });
   lblFolder_->SetLabelText(ToWx(shown + " "));
 }

@@ -67,7 +67,10 @@ TEST_F(MainRunTest, RefusesAnEmptySelectionAndStoresNothing) {
 TEST_F(MainRunTest, RefusesAnOutputFileThatCannotBeWritten) {
   campaign.Put("a/P-1-1.xls", {});
   campaign.platform.files.Deny("/out/denied.xls");
-  for (const char* name : {"missing/all.xls", "denied.xls", "all.ods", ""}) {
+  campaign.platform.files.Fail(FileOperation::kReplace, "/out/kept by its folder.xls",
+                               error_number::kPermissionDenied);
+  for (const char* name :
+       {"missing/all.xls", "denied.xls", "kept by its folder.xls", "all.ods", ""}) {
     campaign.Set("Main Section", "Output File", name);
     EXPECT_EQ(Start(), RunOutcome::kFailed);
     EXPECT_EQ(Texts().back(),
@@ -88,17 +91,30 @@ TEST_F(MainRunTest, AsksBeforeItReplacesTheOutputFile) {
   const char* const question =
       "The file \"/out/all.xls\" exists. Would you like to replace it with a new output file?";
   EXPECT_THAT(Texts(), ElementsAre(question, question, "Process finished!"));
+
+  campaign.platform.files.DeleteFile("/out/all.xls");
+  campaign.platform.message_loop.on_yield = [&] {
+    if (run.Running()) campaign.platform.files.AddFile("/out/all.xls", "precious");
+  };
+  EXPECT_EQ(Start(), RunOutcome::kFailed) << "nobody was asked about the file that appeared";
+  EXPECT_EQ(campaign.platform.files.Content("/out/all.xls"), "precious");
+  campaign.Set("Main Section", "Auto-Replace Output files", "-1");
+  EXPECT_EQ(Start(), RunOutcome::kFinished);
 }
 
 TEST_F(MainRunTest, TellsAStopFromAFailure) {
   campaign.Put("a/P-1-1.xls", {});
-  campaign.platform.message_loop.on_yield = [&] {
-    EXPECT_TRUE(run.Running());
+  for (const bool while_reading : {false, true}) {
+    campaign.platform.message_loop.on_yield = [&] {
+      if (run.Running() == while_reading) run.Stop();
+    };
+    view.calls.clear();
+    EXPECT_EQ(Start(), RunOutcome::kStopped);
+    EXPECT_EQ(testing::Value(view.calls, Contains("1/3")), while_reading)
+        << "else while the files are counted";
+    EXPECT_FALSE(run.Running());
     run.Stop();
-  };
-  EXPECT_EQ(Start(), RunOutcome::kStopped);
-  EXPECT_FALSE(run.Running());
-  run.Stop();
+  }
   EXPECT_EQ(campaign.spreadsheet.running, 0);
 
   campaign.platform.message_loop.on_yield = nullptr;

@@ -208,6 +208,14 @@ TEST_F(Engine, RefusesWhatItCannotReadOrWouldMixUp) {
          campaign.Put("a/P1-3-2.xls", {{1, "K1", 7, 0.1}, {2, "k1", 7, 0.2}});
        },
        "Duplicate key in file \r\n'/.../screen/a/P1-3-2.xls'\r\n\r\nKey name:   compound ID=k1;"},
+      {"a key that replications of one letter share", [&] { put("a/P1-3-33.xls"); },
+       "Key name:   compound ID=K1;\r\n\r\nReplications 1 and 33 share one column: their letters "
+       "differ in case alone. Give the files numbers below 33."},
+      {"control characters in a key and in the names of file and folder",
+       [&] {
+         campaign.Put("a\n/P1\x1B[2J-3-2.xls", {{1, "K\n1", 7, 0.1}, {2, "k\n1", 7, 0.2}});
+       },
+       "'/.../screen/a\\n/P1\\x1B[2J-3-2.xls'\r\n\r\nKey name:   compound ID=k\\n1;"},
       {"replication 0", [&] { put("a/P1-3-0.xls"); }, replication + "P1-3-0.xls"},
       {"replication of 17 bits", [&] { put("a/P1-3-40000.xls"); }, replication + "P1-3-40000.xls"},
       {"no sheet data",
@@ -249,6 +257,9 @@ TEST_F(Engine, RefusesWhatItCannotReadOrWouldMixUp) {
     c.prepare();
     EXPECT_EQ(Run(), 17);
     EXPECT_THAT(Texts(), ElementsAre(HasSubstr(c.text)));
+    if (std::string_view(c.condition).starts_with("a text below")) {
+      EXPECT_THAT(Cause(), HasSubstr("no data column \"Delta OD\" in row 4, which counts as"));
+    }
     EXPECT_FALSE(campaign.HasOutput());
     engine.reset();
     EXPECT_EQ(campaign.spreadsheet.running, 0);
@@ -339,6 +350,52 @@ TEST_F(Engine, StopsBeforeTheNextFileIsReadOnceThatIsConfirmed) {
   EXPECT_EQ(events.processed, 2);
   EXPECT_FALSE(engine->Stopped());
   EXPECT_THAT(Texts(), ElementsAre("Stop Process?"));
+}
+
+TEST_F(Engine, KeepsAFileThatAppearsDuringTheRunAndItsOwnOutput) {
+  campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
+  campaign.platform.files.AddFile("/out/all (2).xls", "older");
+  campaign.platform.message_loop.on_yield = [&] {
+    campaign.platform.files.AddFile("/out/all.xls", "precious");
+    engine->KeepExistingOutput();
+  };
+  EXPECT_EQ(Run(), 17);
+  EXPECT_THAT(Cause(), HasSubstr("/out/all.xls appeared during the run and was not replaced"));
+  EXPECT_THAT(Cause(), HasSubstr("The output of the run is in /out/all (3).xls."));
+  EXPECT_EQ(campaign.platform.files.Content("/out/all.xls"), "precious");
+  EXPECT_GT(campaign.platform.files.Content("/out/all (3).xls").size(), 1000u);
+}
+
+// Before anything is read, and never an output that lacks what could not be listed.
+TEST_F(Engine, FailsWhenItsFoldersCannotBeListed) {
+  const auto put = [&] {
+    for (const char* name : {"a/P-1-1.xls", "b/P-1-2.xls"}) campaign.Put(name, {});
+  };
+  put();
+  campaign.platform.files.Fail(FileOperation::kList, campaign.Path("b"), error_number::kDeviceIo);
+  EXPECT_EQ(Run(), 17);
+  EXPECT_THAT(Cause(), HasSubstr(campaign.Path("b")));
+  EXPECT_EQ(events.processed, 0);
+  // As a share that goes away leaves its folder: there, and empty.
+  engine.reset();
+  campaign.spreadsheet.on_quit = [&] {
+    for (const char* name : {"a", "b"}) campaign.platform.files.Remove(campaign.Path(name));
+  };
+  put();
+  EXPECT_EQ(Run(), 17);
+  EXPECT_THAT(Cause(), HasSubstr("sub-folders of /data/screen/ have gone"));
+  EXPECT_FALSE(campaign.HasOutput());
+}
+
+TEST_F(Engine, SaysHowManyFilesAreTooMany) {
+  for (int i = 0; i < 32'768; ++i) {
+    campaign.platform.files.AddFile(campaign.Path("b/" + std::to_string(i)));
+  }
+  campaign.Put("a/P-1-1.xls", {});
+  EXPECT_EQ(Run(), 17);
+  EXPECT_EQ(Cause(),
+            "There are 32,768 files in /data/screen/b, and a run takes at most 32,767. Spread them "
+            "over several runs.");
 }
 
 TEST_F(Engine, ReportsAFailingSave) {

@@ -67,6 +67,20 @@ TEST_F(Structure, ReadsHeadersUpToTheEdgeOfTheSheet) {
   EXPECT_THAT(Messages(), IsEmpty());
 }
 
+TEST_F(Structure, NamesSettingAndColumnOfAListThatHasOneTwice) {
+  campaign.Put("a/P-1-1.xls", {});
+  const std::pair<const char*, const char*> lists[] = {
+      {"Keys Columns", "plate<-- -->PLATE"}, {"Output Columns", "#<-- -->Plate<-- -->PLATE"}};
+  for (const auto& [setting, list] : lists) {
+    campaign.Set("File Structure", setting, list);
+    Construct();
+    EXPECT_EQ(campaign.platform.dialogs.plain.back().cause,
+              std::string("The setting \"") + setting +
+                  "\" names the column \"PLATE\" twice. Choose its columns anew.");
+    campaign.Set("File Structure", setting, "");
+  }
+}
+
 TEST_F(Structure, NoticesEveryConfiguredColumnThatTheSampleLacks) {
   campaign.Put("a/P-1-1.xls", {});
   const struct {
