@@ -104,7 +104,7 @@ TEST(SheetReader, DecodesTextsOfOldWorkbooksByTheirCodePage) {
   const std::tuple<unsigned, const char*, std::string> cases[] = {
       {0, "\xB5M \x80", "µM €"},  // none is told
       {32769, "\x80", "€"},
-      {32768, "\xB5M", "µM"},
+      {32768, "\xB5M \xC6OD", "µM ∆OD"},
       {1250, "\x9C", "ś"},
       {1251, "\xE4", "д"},
       {1253, "\xE1", "α"},
