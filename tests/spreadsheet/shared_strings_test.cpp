@@ -4,10 +4,12 @@
 
 #include <tuple>
 
+#include "spreadsheet/biff_globals.h"
 #include "spreadsheet/record_reader.h"
 #include "spreadsheet/shared_string_writer.h"
 #include "spreadsheet/utf16.h"
 #include "tests/spreadsheet/written_bytes.h"
+#include "tests/support/errors.h"
 #include "tests/support/workbook_bytes.h"
 
 namespace korvex::test {
@@ -15,16 +17,20 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// Decodes a table from the pieces of data in the SST record and in the CONTINUE records behind it.
-Texts Decode(const std::vector<Bytes>& pieces) {
+// Reads a table from the pieces of data in the SST record and in the CONTINUE records behind it,
+// with the data of an EXTSST record, if any.
+Texts Decode(const std::vector<Bytes>& pieces, const Bytes& index = {}) {
   Bytes stream;
   for (std::size_t i = 0; i < pieces.size(); ++i) {
     stream += Record(i == 0 ? 0x00FC : 0x003C, pieces[i]);
   }
   stream += Record(0x00FF, U16(8));
-  const auto* bytes = reinterpret_cast<const std::byte*>(stream.data());
+  BiffGlobals globals;
+  globals.strings = std::as_bytes(std::span(stream)).subspan(4);
+  globals.strings_length = pieces[0].size();
+  globals.string_index = std::as_bytes(std::span(index));
   SharedStrings strings;
-  strings.Decode(ContinuedData({bytes + 4, stream.size() - 4}, pieces[0].size()));
+  ReadSharedStrings(globals, strings);
   Texts texts;
   for (std::size_t i = 0; i < strings.Count(); ++i) {
     texts.emplace_back(strings.Arena().Text(strings.Range(i)));
@@ -73,11 +79,34 @@ TEST(SharedStrings, JoinsTextsThatAreCutByRecords) {
 
 TEST(SharedStrings, EndsWhereTheDataEnds) {
   EXPECT_EQ(Decode({Counts(4'000'000'000) + NarrowText("a")}), Texts{"a"});
-  EXPECT_EQ(Decode({Counts(1) + NarrowText("a") + NarrowText("b")}), (Texts{"a", "b"}));
-  EXPECT_EQ(Decode({Counts(2) + NarrowText("a") + U16(500) + U8(0) + "cut"}), Texts{"a"});
+  EXPECT_EQ(Decode({Counts(1) + NarrowText("a") + Bytes(4, '\0')}), (Texts{"a", ""}));
   EXPECT_EQ(Decode({U32(1)}), Texts{});
   const std::u16string lone_surrogates = {0xDDEA, 'a', 0xD83E, 'b', 0xD83E};
   EXPECT_EQ(Decode({Counts(1) + WideText(lone_surrogates)}), Texts{"\uFFFDa\uFFFDb\uFFFD"});
+}
+
+// A text more or less in the middle gives every well behind it the text of another.
+TEST(SharedStrings, RefusesNumbersOfTextsThatShowDamage) {
+  const Bytes index_of_four = U16(2) + U32(12) + U32(12) + U32(20) + U32(20);
+  const struct {
+    const char* condition;
+    Bytes data;
+    Bytes index;
+    const char* numbers;
+  } cases[] = {
+      {"more texts", Counts(1) + NarrowText("a") + NarrowText("b"), "", "1 texts, and holds 2"},
+      {"zeros in the place of texts", Counts(3) + NarrowText("a") + Bytes(9, '\0'), "",
+       "3 texts, and holds 4"},
+      {"end within a text", Counts(2) + NarrowText("a") + U16(500) + U8(0) + "cut", "",
+       "2 texts, and holds 1"},
+      {"fewer texts than the index is made for", Counts(4) + NarrowText("a") + NarrowText("b"),
+       index_of_four, "4 texts, and holds 2"},
+  };
+  for (const auto& test : cases) {
+    EXPECT_EQ(ErrorOf([&] { Decode({test.data}, test.index); }).Description(),
+              Bytes("is damaged: its table of shared texts should hold ") + test.numbers)
+        << test.condition;
+  }
 }
 
 std::string Repeat(std::string_view text, std::size_t count) {
