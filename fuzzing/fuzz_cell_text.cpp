@@ -6,8 +6,8 @@
 #include "fuzzing/fuzz_target.h"
 #include "fuzzing/memory_promise.h"
 #include "platform/error.h"
-#include "spreadsheet/number_format.h"
-#include "util/cell_text.h"
+#include "spreadsheet/cells/number_format.h"
+#include "workbook/cell_text.h"
 
 using namespace korvex;
 

@@ -4,7 +4,7 @@
 
 #include "fuzzing/fuzz_target.h"
 #include "fuzzing/memory_promise.h"
-#include "util/ini_document.h"
+#include "settings/ini_document.h"
 
 using namespace korvex;
 

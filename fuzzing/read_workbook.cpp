@@ -7,9 +7,9 @@
 #include "fuzzing/memory_promise.h"
 #include "platform/error.h"
 #include "spreadsheet/file_kind.h"
-#include "spreadsheet/workbook_reader.h"
-#include "util/cell_text.h"
-#include "util/utf8.h"
+#include "spreadsheet/open_workbook.h"
+#include "text/utf8.h"
+#include "workbook/cell_text.h"
 
 namespace korvex::fuzz {
 namespace {

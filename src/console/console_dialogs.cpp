@@ -5,8 +5,8 @@
 
 #include "platform/message_sound.h"
 #include "platform/services.h"
-#include "util/text.h"
-#include "util/utf8.h"
+#include "text/text.h"
+#include "text/utf8.h"
 
 namespace korvex {
 namespace {

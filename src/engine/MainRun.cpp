@@ -3,16 +3,16 @@
 #include <chrono>
 
 #include "errors/trap.h"
+#include "files/basFuncs_paths.h"
+#include "files/basGeneral.h"
+#include "files/folder_listing.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/message_loop.h"
 #include "platform/services.h"
-#include "platform/spreadsheet.h"
 #include "settings/basSettings.h"
-#include "util/basFuncs.h"
-#include "util/basGeneral.h"
-#include "util/folder_listing.h"
+#include "workbook/spreadsheet.h"
 
 namespace korvex {
 namespace {

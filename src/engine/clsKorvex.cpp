@@ -7,18 +7,19 @@
 #include <iterator>
 #include <limits>
 
-#include "engine/sheet_name.h"
 #include "errors/trap.h"
+#include "files/basFuncs_paths.h"
+#include "files/basGeneral.h"
+#include "files/folder_listing.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/message_loop.h"
 #include "platform/services.h"
 #include "platform/shown_text.h"
 #include "settings/basSettings.h"
-#include "util/basFuncs.h"
-#include "util/basGeneral.h"
-#include "util/folder_listing.h"
-#include "util/text.h"
+#include "structure/basFuncs_workbooks.h"
+#include "text/text.h"
+#include "workbook/sheet_name.h"
 
 namespace korvex {
 namespace {

@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "platform/spreadsheet.h"
 #include "structure/clsArray.h"
 #include "structure/clsStructure.h"
 #include "structure/keyed_collection.h"
+#include "workbook/spreadsheet.h"
 
 namespace korvex {
 

@@ -8,9 +8,9 @@
 #include "platform/error.h"
 #include "platform/shown_text.h"
 #include "structure/keyed_collection.h"
-#include "util/cell_text.h"
-#include "util/code_page.h"
-#include "util/text.h"
+#include "text/code_page.h"
+#include "text/text.h"
+#include "workbook/cell_text.h"
 
 namespace korvex {
 namespace {

@@ -4,14 +4,15 @@
 #include <utility>
 
 #include "engine/clsKorvex.h"
+#include "files/basFuncs_paths.h"
+#include "files/basGeneral.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
 #include "platform/shown_text.h"
-#include "util/basFuncs.h"
-#include "util/basGeneral.h"
-#include "util/cell_text.h"
-#include "util/text.h"
+#include "structure/basFuncs_workbooks.h"
+#include "text/text.h"
+#include "workbook/cell_text.h"
 
 namespace korvex {
 namespace {

@@ -1,13 +1,13 @@
 #include "errors/basFuncs.h"
 
 #include "errors/clsAppLog.h"
+#include "platform/attempt.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/mail.h"
 #include "platform/services.h"
 #include "settings/basSettings.h"
-#include "util/attempt.h"
 
 namespace korvex {
 

@@ -2,12 +2,12 @@
 
 #include <ctime>
 
+#include "platform/attempt.h"
 #include "platform/clock.h"
 #include "platform/error.h"
 #include "platform/services.h"
 #include "platform/shell.h"
-#include "util/attempt.h"
-#include "util/code_page.h"
+#include "text/code_page.h"
 
 namespace korvex {
 namespace {

@@ -4,11 +4,11 @@
 
 #include "errors/basFuncs.h"
 #include "errors/clsAppLog.h"
+#include "files/basGeneral.h"
+#include "files/folder_listing.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
-#include "util/basGeneral.h"
-#include "util/folder_listing.h"
 
 namespace korvex {
 namespace {

@@ -20,8 +20,8 @@ class NativePlatform {
   NativePlatform(const NativePlatform&) = delete;
   NativePlatform& operator=(const NativePlatform&) = delete;
 
-  // Without dialogs, message loop and main window, which are the program's own. `spreadsheet` is
-  // the installed application; null when there is none.
+  // Without spreadsheet application, dialogs, message loop and main window, which the program
+  // chooses.
   Services Provided() const;
 
  private:

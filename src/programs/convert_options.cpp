@@ -1,4 +1,5 @@
 #include "programs/convert_options.h"
+#include "programs/spreadsheet_choice.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -6,7 +7,7 @@
 
 #include "platform/services.h"
 #include "settings/basSettings.h"
-#include "util/text.h"
+#include "text/text.h"
 
 namespace korvex {
 namespace {

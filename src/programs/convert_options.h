@@ -25,10 +25,6 @@ struct ConvertOptions {
 
 inline constexpr int kBadArguments = 2;
 
-// The spreadsheet applications that --spreadsheet chooses from.
-inline constexpr char kEmbedded[] = "embedded";
-inline constexpr char kInstalled[] = "installed";
-
 // Reads the arguments, the program's name not among them, into `options`. Returns the exit status
 // when the program is to end at once: 0 after --help or --version, kBadArguments after a complaint
 // on standard error.

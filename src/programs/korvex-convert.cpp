@@ -10,23 +10,23 @@
 #include "console/console_message_loop.h"
 #include "console/console_progress.h"
 #include "console/console_run_view.h"
-#include "console/overlay_settings_store.h"
 #include "engine/MainRun.h"
 #include "errors/clsAppLog.h"
 #include "errors/open_app_log.h"
+#include "files/basGeneral.h"
 #include "platform/error.h"
 #include "platform/main_window.h"
 #include "platform/native_platform.h"
 #include "platform/services.h"
 #include "platform/shown_text.h"
-#include "platform/spreadsheet.h"
 #include "platform/standard_streams.h"
 #include "programs/convert_options.h"
+#include "programs/spreadsheet_choice.h"
 #include "settings/basSettings.h"
-#include "spreadsheet/embedded_application.h"
+#include "settings/overlay_settings_store.h"
 #include "structure/clsStructure.h"
-#include "util/basGeneral.h"
-#include "util/text.h"
+#include "text/text.h"
+#include "workbook/spreadsheet.h"
 
 namespace korvex {
 namespace {
@@ -99,17 +99,6 @@ void OpenOnlyWhenChosen() {
   if (!basSettings::LaunchOutputFileIsStored()) basSettings::SetLaunchOutputFile(false);
 }
 
-// The application that the call names; else the installed one, where there is one.
-SpreadsheetProgram* ChooseSpreadsheet(const ConvertOptions& options, SpreadsheetProgram* installed,
-                                      SpreadsheetProgram& embedded) {
-  if (options.spreadsheet == kEmbedded) return &embedded;
-  if (options.spreadsheet == kInstalled && !installed) {
-    throw Error(error_number::kNoSuchApplication,
-                "There is no installed spreadsheet application that KORVEX could drive.");
-  }
-  return installed ? installed : &embedded;
-}
-
 // What would otherwise fail when the work is done.
 void CheckAhead() {
   Platform().spreadsheet->CheckOutputName(basSettings::OutputFullName());
@@ -159,11 +148,11 @@ int Main(const ConvertOptions& options) {
   Services services = native.Provided();
   const FileSystem& files = *services.files;
   OverlaySettingsStore settings(*services.settings);
-  EmbeddedSpreadsheet embedded(*services.files);
+  SpreadsheetChoice spreadsheets(*services.files);
   ConsoleDialogs dialogs(*terminal, line);
   ConsoleMessageLoop message_loop(*terminal, [&] { run.Stop(); });
   CommandLine command_line;
-  services.spreadsheet = ChooseSpreadsheet(options, services.spreadsheet, embedded);
+  services.spreadsheet = &spreadsheets.Choose(options.spreadsheet);
   services.settings = &settings;
   services.dialogs = &dialogs;
   services.message_loop = &message_loop;

@@ -11,16 +11,16 @@
 #include <vector>
 
 #include "errors/basFuncs.h"
+#include "platform/attempt.h"
 #include "platform/error.h"
 #include "platform/native_platform.h"
 #include "platform/services.h"
 #include "platform/standard_streams.h"
-#include "spreadsheet/embedded_application.h"
+#include "programs/spreadsheet_choice.h"
 #include "ui/open_main_window.h"
 #include "ui/window_dialogs.h"
 #include "ui/window_message_loop.h"
 #include "ui/wx_text.h"
-#include "util/attempt.h"
 
 namespace korvex {
 namespace {
@@ -33,7 +33,7 @@ class Desktop {
  private:
   Services AllServices() {
     Services services = native_.Provided();
-    if (!services.spreadsheet) services.spreadsheet = &embedded_;
+    services.spreadsheet = &spreadsheets_.Choose();
     services.dialogs = &dialogs_;
     services.message_loop = &message_loop_;
     services.main_window = &main_window;
@@ -41,7 +41,7 @@ class Desktop {
   }
 
   NativePlatform native_;
-  EmbeddedSpreadsheet embedded_{*native_.Provided().files};
+  SpreadsheetChoice spreadsheets_{*native_.Provided().files};
   WindowDialogs dialogs_;
   WindowMessageLoop message_loop_;
   InstalledServices installed_{AllServices()};

@@ -14,9 +14,9 @@
 #include "platform/file_system.h"
 #include "platform/native_platform.h"
 #include "platform/standard_streams.h"
-#include "spreadsheet/refusal.h"
-#include "spreadsheet/workbook_reader.h"
-#include "util/cell_text.h"
+#include "spreadsheet/bytes/refusal.h"
+#include "spreadsheet/open_workbook.h"
+#include "workbook/cell_text.h"
 
 namespace korvex {
 namespace {

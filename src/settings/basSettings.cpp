@@ -4,17 +4,17 @@
 #include <optional>
 #include <string_view>
 
+#include "files/basGeneral.h"
+#include "files/folder_listing.h"
+#include "platform/attempt.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/main_window.h"
 #include "platform/services.h"
 #include "platform/settings_store.h"
-#include "util/attempt.h"
-#include "util/basGeneral.h"
-#include "util/cell_text.h"
-#include "util/folder_listing.h"
-#include "util/text.h"
+#include "text/text.h"
+#include "workbook/cell_text.h"
 
 namespace korvex::basSettings {
 namespace {

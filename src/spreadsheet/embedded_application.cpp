@@ -5,10 +5,10 @@
 
 #include "platform/error.h"
 #include "platform/file_system.h"
+#include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/output_workbook.h"
-#include "spreadsheet/refusal.h"
-#include "spreadsheet/xlsx_writer.h"
-#include "util/output_rules.h"
+#include "spreadsheet/xlsx/xlsx_writer.h"
+#include "workbook/output_rules.h"
 
 namespace korvex {
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/spreadsheet.h"
 #include "spreadsheet/input_workbook.h"
+#include "workbook/spreadsheet.h"
 
 namespace korvex {
 

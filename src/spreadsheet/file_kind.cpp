@@ -5,9 +5,11 @@
 #include <cstring>
 #include <string>
 
-#include "spreadsheet/biff_records.h"
-#include "spreadsheet/compound_file.h"
-#include "spreadsheet/little_endian.h"
+#include "spreadsheet/bytes/little_endian.h"
+#include "spreadsheet/xls/biff_globals.h"
+#include "spreadsheet/xls/biff_records.h"
+#include "spreadsheet/xls/compound_file.h"
+#include "spreadsheet/xls/compound_file_reader.h"
 
 namespace korvex {
 namespace {
@@ -224,11 +226,6 @@ FileKind TextKind(std::span<const std::byte> bytes) {
 
 }  // namespace
 
-bool IsCompoundFile(std::span<const std::byte> bytes) {
-  return bytes.size() >= sizeof compound::kSignature &&
-         std::memcmp(bytes.data(), compound::kSignature, sizeof compound::kSignature) == 0;
-}
-
 FileKind RecognizeFile(std::span<const std::byte> bytes) {
   if (bytes.empty()) return FileKind::kEmpty;
   if (IsCompoundFile(bytes)) return FileKind::kCompoundFile;
@@ -283,7 +280,7 @@ std::string_view FileKindText(FileKind kind) {
     case FileKind::kBareBiff:
       return "an .xls workbook";
     case FileKind::kOldBiff:
-      return "a spreadsheet in a format older than that of Excel 5";
+      return kOldFormat;
     case FileKind::kSpreadsheetMl:
       return "an XML spreadsheet (SpreadsheetML)";
     case FileKind::kFlatOpenDocument:

@@ -39,7 +39,6 @@ enum class FileKind {
 // As many bytes from the beginning of a file tell what it is as all of it do.
 inline constexpr std::size_t kTellingStart = (1u << 18) + 1;
 
-bool IsCompoundFile(std::span<const std::byte> bytes);
 // Takes a file, or its first kTellingStart bytes.
 FileKind RecognizeFile(std::span<const std::byte> bytes);
 // Whether a file of that kind may hold a workbook that can be read.

@@ -1,12 +1,13 @@
 #include "spreadsheet/input_workbook.h"
+#include "spreadsheet/open_workbook.h"
 
 #include <algorithm>
 #include <utility>
 
 #include "platform/file_system.h"
-#include "spreadsheet/cell_place.h"
-#include "spreadsheet/refusal.h"
-#include "util/text.h"
+#include "spreadsheet/bytes/refusal.h"
+#include "spreadsheet/cells/cell_place.h"
+#include "text/text.h"
 
 namespace korvex {
 namespace {
@@ -22,9 +23,10 @@ std::unique_ptr<ReadBuffers> ReadBufferPool::Take() {
 }
 
 void ReadBufferPool::GiveBack(std::unique_ptr<ReadBuffers> buffers) {
-  const std::size_t memory = buffers->file.capacity() + buffers->stream.capacity() +
-                             buffers->strings.MemorySize() + buffers->cells.MemorySize();
-  if (memory <= kMostKeptMemory) spare_ = std::move(buffers);
+  const std::size_t memory =
+      buffers->file.capacity() + buffers->strings.MemorySize() + buffers->cells.MemorySize();
+  const std::size_t of_format = buffers->format ? buffers->format->MemorySize() : 0;
+  if (memory + of_format <= kMostKeptMemory) spare_ = std::move(buffers);
 }
 
 class InputWorkbook::Sheet : public Worksheet {

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/spreadsheet.h"
+#include "spreadsheet/cells/workbook_reader.h"
 #include "spreadsheet/close_handler.h"
-#include "spreadsheet/workbook_reader.h"
+#include "workbook/spreadsheet.h"
 
 namespace korvex {
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "spreadsheet/output_workbook.h"
-#include "util/output_rules.h"
+#include "workbook/output_rules.h"
 
 namespace korvex {
 

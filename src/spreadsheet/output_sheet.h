@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "platform/spreadsheet.h"
-#include "spreadsheet/cell_store.h"
+#include "spreadsheet/cells/cell_store.h"
+#include "workbook/spreadsheet.h"
 
 namespace korvex {
 

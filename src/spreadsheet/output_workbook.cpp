@@ -5,14 +5,14 @@
 
 #include "platform/error.h"
 #include "platform/file_system.h"
-#include "spreadsheet/biff8_writer.h"
-#include "spreadsheet/byte_writer.h"
-#include "spreadsheet/compound_file_writer.h"
-#include "spreadsheet/refusal.h"
-#include "spreadsheet/xlsx_writer.h"
-#include "util/csv_writer.h"
-#include "util/output_rules.h"
-#include "util/text.h"
+#include "spreadsheet/bytes/refusal.h"
+#include "spreadsheet/xls/biff8_writer.h"
+#include "spreadsheet/xls/byte_writer.h"
+#include "spreadsheet/xls/compound_file_writer.h"
+#include "spreadsheet/xlsx/xlsx_writer.h"
+#include "text/text.h"
+#include "workbook/csv_writer.h"
+#include "workbook/output_rules.h"
 
 namespace korvex {
 

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "platform/spreadsheet.h"
+#include "spreadsheet/cells/text_pool.h"
 #include "spreadsheet/close_handler.h"
 #include "spreadsheet/output_sheet.h"
-#include "spreadsheet/text_pool.h"
+#include "workbook/spreadsheet.h"
 
 namespace korvex {
 

@@ -3,9 +3,9 @@
 #include <string_view>
 #include <utility>
 
-#include "spreadsheet/ods_workbook.h"
-#include "spreadsheet/refusal.h"
-#include "spreadsheet/xlsx_workbook.h"
+#include "spreadsheet/bytes/refusal.h"
+#include "spreadsheet/ods/ods_workbook.h"
+#include "spreadsheet/xlsx/xlsx_workbook.h"
 
 namespace korvex {
 

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "spreadsheet/workbook_reader.h"
+#include "spreadsheet/cells/workbook_reader.h"
 
 namespace korvex {
 

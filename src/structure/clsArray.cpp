@@ -2,10 +2,10 @@
 
 #include <string_view>
 
-#include "platform/cell.h"
 #include "platform/error.h"
-#include "util/cell_text.h"
-#include "util/text.h"
+#include "text/text.h"
+#include "workbook/cell.h"
+#include "workbook/cell_text.h"
 
 namespace korvex {
 namespace {

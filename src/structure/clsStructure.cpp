@@ -3,14 +3,15 @@
 #include <memory>
 
 #include "errors/trap.h"
+#include "files/basFuncs_paths.h"
+#include "files/basGeneral.h"
+#include "files/folder_listing.h"
 #include "platform/error.h"
 #include "platform/services.h"
 #include "settings/basSettings.h"
-#include "util/basFuncs.h"
-#include "util/basGeneral.h"
-#include "util/cell_text.h"
-#include "util/folder_listing.h"
-#include "util/text.h"
+#include "structure/basFuncs_workbooks.h"
+#include "text/text.h"
+#include "workbook/cell_text.h"
 
 namespace korvex {
 namespace {

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/spreadsheet.h"
 #include "structure/clsArray.h"
 #include "structure/keyed_collection.h"
+#include "workbook/spreadsheet.h"
 
 namespace korvex {
 

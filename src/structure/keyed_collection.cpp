@@ -1,6 +1,6 @@
 #include "structure/keyed_collection.h"
 
-#include "util/text_hash.h"
+#include "text/text_hash.h"
 
 namespace korvex {
 namespace {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/error.h"
-#include "util/text.h"
+#include "text/text.h"
 
 namespace korvex {
 

@@ -14,18 +14,18 @@
 #include <set>
 
 #include "errors/trap.h"
+#include "files/folder_listing.h"
+#include "files/folder_paths.h"
+#include "platform/attempt.h"
 #include "platform/dialogs.h"
 #include "platform/services.h"
 #include "ui/EnableFrame.h"
 #include "ui/chooser_layout.h"
-#include "ui/folder_paths.h"
 #include "ui/folder_tree.h"
 #include "ui/frame_panel.h"
 #include "ui/twips.h"
 #include "ui/unmeant_input.h"
 #include "ui/wx_text.h"
-#include "util/attempt.h"
-#include "util/folder_listing.h"
 
 namespace korvex {
 namespace {

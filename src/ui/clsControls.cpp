@@ -1,9 +1,9 @@
 #include "ui/clsControls.h"
 
+#include "platform/attempt.h"
 #include "platform/error.h"
 #include "ui/late_bound.h"
-#include "util/attempt.h"
-#include "util/cell_text.h"
+#include "workbook/cell_text.h"
 
 namespace korvex {
 namespace {

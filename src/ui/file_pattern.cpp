@@ -1,8 +1,8 @@
 #include "ui/file_pattern.h"
 
 #include "platform/error.h"
-#include "util/text.h"
-#include "util/utf8.h"
+#include "text/text.h"
+#include "text/utf8.h"
 
 namespace korvex {
 namespace {

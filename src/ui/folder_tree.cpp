@@ -7,11 +7,11 @@
 #include <set>
 #include <utility>
 
-#include "ui/folder_paths.h"
-#include "ui/raised_flag.h"
+#include "files/folder_listing.h"
+#include "files/folder_paths.h"
+#include "platform/attempt.h"
+#include "platform/raised_flag.h"
 #include "ui/wx_text.h"
-#include "util/attempt.h"
-#include "util/folder_listing.h"
 
 namespace korvex {
 namespace {

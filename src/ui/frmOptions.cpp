@@ -3,19 +3,19 @@
 #include <wx/filedlg.h>
 
 #include "errors/trap.h"
+#include "files/basGeneral.h"
 #include "platform/dialogs.h"
 #include "platform/file_system.h"
 #include "platform/main_window.h"
 #include "platform/services.h"
 #include "settings/basSettings.h"
 #include "structure/clsArray.h"
+#include "text/text.h"
 #include "ui/EnableFrame.h"
 #include "ui/clsControls.h"
 #include "ui/column_list.h"
 #include "ui/output_filters.h"
 #include "ui/wx_text.h"
-#include "util/basGeneral.h"
-#include "util/text.h"
 
 namespace korvex {
 namespace {

@@ -4,9 +4,9 @@
 #include <iterator>
 #include <string_view>
 
-#include "util/basGeneral.h"
-#include "util/output_rules.h"
-#include "util/text.h"
+#include "files/basGeneral.h"
+#include "text/text.h"
+#include "workbook/output_rules.h"
 
 namespace korvex {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <wx/app.h>
 
-#include "ui/raised_flag.h"
+#include "platform/raised_flag.h"
 
 namespace korvex {
 

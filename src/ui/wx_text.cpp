@@ -1,6 +1,6 @@
 #include "ui/wx_text.h"
 
-#include "util/utf8.h"
+#include "text/utf8.h"
 
 namespace korvex {
 

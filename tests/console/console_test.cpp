@@ -7,8 +7,8 @@
 #include "console/console_dialogs.h"
 #include "console/console_message_loop.h"
 #include "console/console_progress.h"
-#include "console/overlay_settings_store.h"
 #include "platform/terminal.h"
+#include "settings/overlay_settings_store.h"
 #include "tests/support/errors.h"
 #include "tests/support/fakes.h"
 

@@ -4,9 +4,9 @@
 
 #include <optional>
 
-#include "engine/sheet_name.h"
 #include "tests/support/campaign.h"
 #include "tests/support/errors.h"
+#include "workbook/sheet_name.h"
 
 namespace korvex {
 namespace {

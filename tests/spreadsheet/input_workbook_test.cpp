@@ -1,4 +1,5 @@
 #include "spreadsheet/input_workbook.h"
+#include "spreadsheet/open_workbook.h"
 
 #include <gmock/gmock.h>
 
@@ -6,8 +7,8 @@
 #include <new>
 #include <stdexcept>
 
+#include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/embedded_application.h"
-#include "spreadsheet/refusal.h"
 #include "tests/support/errors.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/workbook_bytes.h"

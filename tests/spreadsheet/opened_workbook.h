@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
-#include "spreadsheet/workbook_reader.h"
+#include "spreadsheet/open_workbook.h"
 #include "tests/support/errors.h"
 #include "tests/support/workbook_bytes.h"
-#include "util/cell_text.h"
+#include "workbook/cell_text.h"
 
 namespace korvex::test {
 

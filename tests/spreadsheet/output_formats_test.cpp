@@ -8,7 +8,7 @@
 #include "spreadsheet/embedded_application.h"
 #include "tests/support/errors.h"
 #include "tests/support/memory_file_system.h"
-#include "util/output_rules.h"
+#include "workbook/output_rules.h"
 
 namespace korvex {
 namespace {

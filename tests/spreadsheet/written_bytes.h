@@ -3,7 +3,7 @@
 #include <string>
 
 #include "platform/file_system.h"
-#include "spreadsheet/byte_writer.h"
+#include "spreadsheet/xls/byte_writer.h"
 
 namespace korvex::test {
 

@@ -7,8 +7,8 @@
 
 #include "tests/support/fakes.h"
 #include "tests/support/watched_spreadsheet.h"
-#include "util/cell_text.h"
-#include "util/text.h"
+#include "text/text.h"
+#include "workbook/cell_text.h"
 
 namespace korvex {
 

@@ -23,7 +23,7 @@
 #include "platform/shell.h"
 #include "platform/sound.h"
 #include "tests/support/memory_file_system.h"
-#include "util/text.h"
+#include "text/text.h"
 
 namespace korvex {
 

@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "platform/error.h"
-#include "util/text.h"
+#include "text/text.h"
 
 namespace korvex {
 namespace {

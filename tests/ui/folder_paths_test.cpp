@@ -1,4 +1,4 @@
-#include "ui/folder_paths.h"
+#include "files/folder_paths.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,5 @@
-// Settings in a text file (util/ini_document.h) that the user may edit and several programs share.
+// Settings in a text file (settings/ini_document.h) that the user may edit and several programs
+// share.
 //
 // A missing file holds no settings; the first save creates it, private to the user, with its
 // folders. Every read sees what is in the file at that moment; the file is read again only when it
@@ -15,7 +16,7 @@
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/posix_io.h"
 #include "platform/settings_store.h"
-#include "util/ini_document.h"
+#include "settings/ini_document.h"
 
 namespace korvex {
 

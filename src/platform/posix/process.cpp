@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <thread>
 
-#include "util/text.h"
+#include "text/text.h"
 
 namespace korvex {
 namespace {

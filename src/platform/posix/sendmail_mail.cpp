@@ -9,7 +9,7 @@
 #include "platform/error.h"
 #include "platform/posix/posix_io.h"
 #include "platform/posix/process.h"
-#include "util/utf8.h"
+#include "text/utf8.h"
 
 namespace korvex {
 namespace {

@@ -1,4 +1,5 @@
-// Settings in a text file (util/ini_document.h) that the user may edit and several programs share.
+// Settings in a text file (settings/ini_document.h) that the user may edit and several programs
+// share.
 //
 // A missing file holds no settings; the first save creates it with its folders. Every call sees
 // what is in the file at that moment. Saving keeps other programs out by a file "NAME.lock" beside
@@ -10,7 +11,7 @@
 
 #include "platform/settings_store.h"
 #include "platform/windows/windows_file_system.h"
-#include "util/ini_document.h"
+#include "settings/ini_document.h"
 
 namespace korvex {
 

@@ -1,7 +1,6 @@
 #include "platform/native_platform.h"
 
 #include "platform/windows/ini_settings_store.h"
-#include "platform/windows/installed_spreadsheet.h"
 #include "platform/windows/mapi_mail.h"
 #include "platform/windows/program_folder.h"
 #include "platform/windows/registry_settings_store.h"
@@ -27,11 +26,9 @@ struct NativePlatform::Parts {
     } else {
       settings = std::make_unique<RegistrySettingsStore>();
     }
-    if (InstalledSpreadsheet::IsInstalled()) spreadsheet.emplace(files);
   }
 
   WindowsFileSystem files;
-  std::optional<InstalledSpreadsheet> spreadsheet;
   std::unique_ptr<SettingsStore> settings;
   MapiMail mail;
   WindowsShell shell;
@@ -46,8 +43,7 @@ NativePlatform::NativePlatform(const std::optional<std::string>& settings_file)
 NativePlatform::~NativePlatform() = default;
 
 Services NativePlatform::Provided() const {
-  return {.spreadsheet = parts_->spreadsheet ? &*parts_->spreadsheet : nullptr,
-          .settings = parts_->settings.get(),
+  return {.settings = parts_->settings.get(),
           .files = &parts_->files,
           .mail = &parts_->mail,
           .shell = &parts_->shell,

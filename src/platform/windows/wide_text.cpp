@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "util/utf8.h"
+#include "text/utf8.h"
 
 namespace korvex {
 namespace {

@@ -1,0 +1,131 @@
+#include "automation/cell_grid.h"
+
+#include <oleauto.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/error.h"
+#include "platform/windows/wide_text.h"
+
+namespace korvex {
+namespace {
+
+constexpr int kFirstCellError = 2000;
+constexpr int kLargestErrorCode = 255;
+constexpr int kValueError = 15;  // #VALUE!
+
+[[noreturn]] void RefuseType(VARTYPE type) {
+  throw Error(error_number::kTypeMismatch,
+              "Type mismatch: the spreadsheet application answered with a value of type " +
+                  std::to_string(type) + ", which is no value of cells.");
+}
+
+int ErrorCodeFrom(SCODE code) {
+  const int number = static_cast<int>(code & 0xFFFF) - kFirstCellError;
+  return number >= 0 && number <= kLargestErrorCode ? number : kValueError;
+}
+
+int Length(SAFEARRAY* array, UINT dimension) {
+  LONG first = 0;
+  LONG last = -1;
+  SafeArrayGetLBound(array, dimension, &first);
+  SafeArrayGetUBound(array, dimension, &last);
+  return std::max<int>(0, last - first + 1);
+}
+
+}  // namespace
+
+GridView::GridView(const ComValue& value) : cells_(&value.Raw()) {
+  if ((value.Type() & VT_ARRAY) == 0) return;
+  SAFEARRAY* const array = value.Raw().parray;
+  if (value.Type() != (VT_ARRAY | VT_VARIANT) || SafeArrayGetDim(array) != 2) {
+    RefuseType(value.Type());
+  }
+  void* data = nullptr;
+  if (FAILED(SafeArrayAccessData(array, &data))) throw Error(error_number::kOutOfMemory);
+  array_ = array;
+  cells_ = static_cast<const VARIANT*>(data);
+  rows_ = Length(array, 1);
+  columns_ = Length(array, 2);
+}
+
+GridView::~GridView() {
+  if (array_ != nullptr) SafeArrayUnaccessData(array_);
+}
+
+bool GridView::HoldsCurrency() const {
+  return std::any_of(cells_, cells_ + rows_ * columns_,
+                     [](const VARIANT& cell) { return cell.vt == VT_CY; });
+}
+
+GridBuilder::GridBuilder(int rows, int columns) : rows_(rows) {
+  SAFEARRAYBOUND bounds[] = {{static_cast<ULONG>(rows), 1}, {static_cast<ULONG>(columns), 1}};
+  array_ = SafeArrayCreate(VT_VARIANT, 2, bounds);
+  if (array_ == nullptr) throw Error(error_number::kOutOfMemory);
+  SafeArrayAccessData(array_, reinterpret_cast<void**>(&cells_));
+}
+
+GridBuilder::~GridBuilder() {
+  if (array_ == nullptr) return;
+  SafeArrayUnaccessData(array_);
+  SafeArrayDestroy(array_);
+}
+
+void GridBuilder::Set(int row, int column, ComValue value) {
+  cells_[column * rows_ + row] = value.Release();
+}
+
+ComValue GridBuilder::Take() {
+  SafeArrayUnaccessData(array_);
+  return ComValue::Array(std::exchange(array_, nullptr));
+}
+
+CellValue CellFrom(const VARIANT& value, std::string& text) {
+  switch (value.vt) {
+    case VT_EMPTY:
+    case VT_NULL:
+      return {};
+    case VT_R8:
+      return CellValue::Number(value.dblVal);
+    case VT_DATE:
+      return CellValue::Date(value.date);
+    case VT_BOOL:
+      return CellValue::Boolean(value.boolVal != VARIANT_FALSE);
+    case VT_ERROR:
+      return CellValue::ErrorCode(ErrorCodeFrom(value.scode));
+    case VT_BSTR:
+      text = FromWide({value.bstrVal, SysStringLen(value.bstrVal)});
+      return CellValue::Text(text);
+    default:
+      break;
+  }
+  // The other kinds of numbers, currency among them.
+  VARIANT source = value;
+  VARIANT number;
+  VariantInit(&number);
+  if (FAILED(VariantChangeTypeEx(&number, &source, kAutomationLocale, 0, VT_R8))) {
+    RefuseType(value.vt);
+  }
+  return CellValue::Number(number.dblVal);
+}
+
+ComValue ComValueOf(const CellValue& cell) {
+  switch (cell.kind) {
+    case CellKind::kEmpty:
+      break;
+    case CellKind::kNumber:
+      return ComValue(cell.number);
+    case CellKind::kDate:
+      return ComValue::Date(cell.number);
+    case CellKind::kBoolean:
+      return ComValue(cell.number != 0);
+    case CellKind::kError:
+      return ComValue::CellError(static_cast<int>(cell.number));
+    case CellKind::kText:
+      return ComValue(cell.text);
+  }
+  return {};
+}
+
+}  // namespace korvex

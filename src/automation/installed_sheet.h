@@ -1,0 +1,91 @@
+// A worksheet of the installed spreadsheet application.
+//
+// The program works cell by cell, and a call across the border of a process costs milliseconds.
+// So the cells are kept here: those of an input are fetched together when the first one is asked
+// for, those of an output are written together before it is saved.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "automation/cell_table.h"
+#include "automation/dispatch.h"
+#include "workbook/spreadsheet.h"
+
+namespace korvex {
+
+class InstalledWorkbook;
+
+class InstalledSheet : public Worksheet {
+ public:
+  // `workbook` owns the sheet; `name` is what the application calls it now.
+  InstalledSheet(InstalledWorkbook& workbook, Dispatch sheet, std::string name);
+
+  std::string Name() const override { return name_; }
+  void SetName(const std::string& name) override;
+  int Index() const override;
+  void Activate() override;
+  void Delete() override;
+
+  // Brings the application's cells up to date.
+  virtual void Upload() {}
+
+ protected:
+  const Dispatch& Object() const { return sheet_; }
+  const InstalledWorkbook& Owner() const { return workbook_; }
+
+ private:
+  InstalledWorkbook& workbook_;
+  Dispatch sheet_;
+  std::string name_;
+};
+
+// A sheet of a workbook that was opened. Its cells are the workbook's at the first look; to change
+// them is refused with error 1004. A cell outside of what is used is Empty.
+class InstalledInputSheet : public InstalledSheet {
+ public:
+  using InstalledSheet::InstalledSheet;
+
+  CellValue Value(int row, int column) const override;
+  void SetValue(int row, int column, const CellValue& value) override;
+  CellAddress LastCell() const override;
+  void CheckRoom(CellAddress place) const override;
+  int CountA(int row) const override;
+  void DeleteColumn(int column) override;
+
+ private:
+  const CellTable& Cells() const;
+  void Fetch(CellAddress first, CellAddress last, CellTable& cells) const;
+  CellAddress FindLastCell() const;
+  [[noreturn]] void RefuseChange() const;
+
+  mutable CellAddress last_cell_{0, 0};  // row 0 until it is known
+  mutable std::unique_ptr<CellTable> cells_;
+};
+
+// A sheet of a new workbook. Takes what the format of the workbook holds and refuses the rest at
+// once, with error 1004.
+class InstalledOutputSheet : public InstalledSheet {
+ public:
+  using InstalledSheet::InstalledSheet;
+
+  CellValue Value(int row, int column) const override;
+  void SetValue(int row, int column, const CellValue& value) override;
+  CellAddress LastCell() const override { return cells_.LastCell(); }
+  void CheckRoom(CellAddress place) const override;
+  int CountA(int row) const override;
+  void DeleteColumn(int column) override;
+
+  void Upload() override;
+
+ private:
+  void FormatTexts() const;
+  void WriteBlocks() const;
+  void WriteLongTexts() const;
+
+  CellTable cells_;
+  bool has_changed_ = false;
+  bool was_uploaded_ = false;
+};
+
+}  // namespace korvex

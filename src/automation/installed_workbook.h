@@ -1,0 +1,55 @@
+// A workbook that is open in the installed spreadsheet application.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "automation/dispatch.h"
+#include "automation/installed_sheet.h"
+#include "workbook/spreadsheet.h"
+
+namespace korvex {
+
+class InstalledApplication;
+struct OutputFormat;
+
+class InstalledWorkbook : public Workbook {
+ public:
+  // `full_name` is the file that was opened, or empty for a new workbook, which will be saved in
+  // the format. `application` owns the workbook.
+  InstalledWorkbook(InstalledApplication& application, Dispatch workbook, std::string full_name,
+                    const OutputFormat& format);
+
+  // Of a file, from the name by which it was opened or saved: the application may know the file by
+  // the address of the place where the folder is mirrored.
+  std::string Name() const override;
+  std::string Path() const override;
+  int WorksheetCount() const override;
+  Worksheet& Worksheets(int index) override;
+  Worksheet& Worksheets(std::string_view name) override;
+  // Saves in the format of the name, whatever the application's own is; .csv is written here, since
+  // the application would write its numbers as they are shown, rounded. Refuses to write over a
+  // file that the application has read in its life. Every failure is error 1004 with the cause.
+  void SaveAs(const std::string& full_name) override;
+  void SaveAsNew(const std::string& full_name) override;
+  void Close() override;
+
+  // For its sheets.
+  const OutputFormat& Format() const { return format_; }
+  void Drop(const InstalledSheet& deleted);
+
+ private:
+  void Save(const std::string& full_name, bool as_new);
+  // The one sheet that stands for the application's sheet from now on.
+  InstalledSheet& SheetOf(Dispatch sheet);
+
+  InstalledApplication& application_;
+  Dispatch workbook_;
+  const bool is_input_;
+  std::string full_name_;
+  const OutputFormat& format_;
+  std::vector<std::unique_ptr<InstalledSheet>> sheets_;  // those that were asked for
+};
+
+}  // namespace korvex

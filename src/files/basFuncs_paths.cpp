@@ -1,0 +1,77 @@
+#include <cstdint>
+#include <limits>
+
+#include "files/basFuncs_paths.h"
+#include "files/basGeneral.h"
+#include "files/folder_listing.h"
+#include "platform/error.h"
+#include "platform/file_system.h"
+#include "platform/services.h"
+#include "platform/shown_text.h"
+#include "text/text.h"
+
+namespace korvex {
+namespace {
+
+std::int64_t CountFilesBelow(const std::string& folder, const std::function<void()>& on_folder) {
+  if (on_folder) on_folder();
+  std::int64_t count = 0;
+  for (const FolderEntry& entry : Platform().files->List(folder)) {
+    if (!entry.is_folder) {
+      ++count;
+    } else if (!entry.is_link) {
+      count += CountFilesBelow(JoinPath(folder, entry.name), on_folder);
+    }
+  }
+  return count;
+}
+
+}  // namespace
+
+std::string ShortenPath(const std::string& path, bool with_slash) {
+  const FileSystem& files = *Platform().files;
+  if (!files.FolderExists(path)) {
+    throw Error(error_number::kPathNotFound,
+                StandardErrorText(error_number::kPathNotFound) + ": \"" + path + "\"");
+  }
+  const std::string absolute = files.AbsolutePath(path);
+  const std::string drive = files.DriveName(absolute);
+  const std::string separator(1, files.Separator());
+  std::vector<std::string> names = Split(absolute.substr(drive.size()), separator);
+  std::erase(names, "");
+
+  std::string shortened = path;
+  if (names.size() >= 2) {
+    shortened =
+        drive + separator + "..." + separator + names[names.size() - 2] + separator + names.back();
+  }
+  return Shown(with_slash ? WithSeparator(shortened) : shortened);
+}
+
+std::string GetDisplayPath(const std::string& full_name) {
+  return ShortenPath(SharedFileSys().GetFilePath(full_name, true), true) +
+         Shown(SharedFileSys().GetFileTitle(full_name, false));
+}
+
+int CountFiles(const std::string& folder, const std::function<void()>& on_folder) {
+  const std::int64_t count = CountFilesBelow(folder, on_folder);
+  if (count > std::numeric_limits<std::int32_t>::max()) throw Error(error_number::kOverflow);
+  return static_cast<int>(count);
+}
+
+bool FileIsWritable(const std::string& full_name, std::string* cause) {
+  FileSystem& files = *Platform().files;
+  try {
+    if (full_name.empty()) throw Error(error_number::kPathFileAccess, "There is no file name.");
+    if (files.FolderExists(full_name)) {
+      throw Error(error_number::kPathFileAccess, full_name + " is a folder.");
+    }
+    files.CheckWritable(full_name);
+    return true;
+  } catch (...) {
+    if (cause != nullptr) *cause = PendingError().Description();
+    return false;
+  }
+}
+
+}  // namespace korvex

@@ -1,0 +1,32 @@
+// The spreadsheet applications that a program can choose from: the embedded one, and on Windows the
+// installed one, where there is one.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace korvex {
+
+class FileSystem;
+class SpreadsheetProgram;
+
+inline constexpr char kEmbedded[] = "embedded";
+inline constexpr char kInstalled[] = "installed";
+
+// Owns the applications. `files` must outlive it.
+class SpreadsheetChoice {
+ public:
+  explicit SpreadsheetChoice(FileSystem& files);
+  ~SpreadsheetChoice();
+
+  // The one of that name; without a name the installed one, where there is one. Error 429 when the
+  // installed one is asked for and there is none.
+  SpreadsheetProgram& Choose(const std::optional<std::string>& name = std::nullopt);
+
+ private:
+  std::unique_ptr<SpreadsheetProgram> embedded_;
+  std::unique_ptr<SpreadsheetProgram> installed_;  // null where there is none
+};
+
+}  // namespace korvex

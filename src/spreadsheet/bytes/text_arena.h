@@ -1,0 +1,69 @@
+// A growing run of UTF-8 bytes that holds the texts of many cells, addressed by offset and length.
+// Its memory is kept from use to use.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <string_view>
+
+#include "spreadsheet/bytes/refusal.h"
+
+namespace korvex {
+
+// Where a text lies in its arena.
+struct TextRange {
+  std::uint32_t offset = 0;
+  std::uint32_t length = 0;
+};
+
+// Views into an arena live until it grows or is cleared.
+class TextArena {
+ public:
+  std::uint32_t Size() const { return static_cast<std::uint32_t>(size_); }
+  std::size_t Capacity() const { return capacity_; }
+  std::string_view Text(TextRange range) const {
+    return {bytes_.get() + range.offset, range.length};
+  }
+  void Clear() { size_ = 0; }
+
+  // Makes room for `count` more bytes. What is written there counts once it is committed.
+  char* Reserve(std::size_t count) {
+    if (capacity_ - size_ < count) Grow(count);
+    return bytes_.get() + size_;
+  }
+  void CommitUpTo(const char* end) { size_ = static_cast<std::size_t>(end - bytes_.get()); }
+
+  // Takes the end of the run away again, from an offset on.
+  void CutAt(std::uint32_t offset) { size_ = offset; }
+
+  TextRange RangeSince(std::uint32_t start) const { return {start, Size() - start}; }
+
+  TextRange Append(std::string_view text) {
+    const std::uint32_t start = Size();
+    char* out = Reserve(text.size());
+    if (!text.empty()) std::memcpy(out, text.data(), text.size());
+    CommitUpTo(out + text.size());
+    return RangeSince(start);
+  }
+
+ private:
+  void Grow(std::size_t count) {
+    const std::size_t needed = size_ + count;
+    if (needed > std::numeric_limits<std::uint32_t>::max()) Refuse("holds over 4 GB of text");
+    std::size_t capacity = capacity_ * 2;
+    if (capacity < needed) capacity = needed;
+    if (capacity < 4096) capacity = 4096;
+    std::unique_ptr<char[]> grown(new char[capacity]);
+    if (size_ > 0) std::memcpy(grown.get(), bytes_.get(), size_);
+    bytes_ = std::move(grown);
+    capacity_ = capacity;
+  }
+
+  std::unique_ptr<char[]> bytes_;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = 0;
+};
+
+}  // namespace korvex

@@ -1,0 +1,258 @@
+#include "spreadsheet/bytes/zip_archive.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <optional>
+
+#include "spreadsheet/bytes/little_endian.h"
+#include "spreadsheet/bytes/refusal.h"
+#include "text/text.h"
+
+namespace korvex {
+namespace {
+
+// End of the directory, behind everything but a comment:
+//   0 "PK\5\6", 10 uint16 parts, 12 uint32 size of the directory, 16 uint32 its offset,
+//   20 uint16 length of the comment
+// Zip64, where a value does not fit there, has a locator right before it:
+//   0 "PK\6\7", 8 uint64 offset of this record:
+//   0 "PK\6\6", 32 uint64 parts, 40 uint64 size of the directory, 48 uint64 its offset
+constexpr std::size_t kEndSize = 22;
+constexpr std::size_t kLongestComment = 65535;
+constexpr std::size_t kLocatorSize = 20;
+constexpr std::size_t kEnd64Size = 56;
+
+// Entry of the directory; a uint32 of all ones stands in the extra field of Zip64:
+//   0 "PK\1\2", 8 uint16 flags, 10 uint16 method, 16 uint32 check sum, 20 uint32 packed size,
+//   24 uint32 size, 28 uint16 length of the name, 30 of the extra fields, 32 of the comment,
+//   42 uint32 offset of the part's header, 46 name, extra fields {uint16 id, uint16 size, data} …
+constexpr std::size_t kEntrySize = 46;
+constexpr std::uint16_t kEncryptedFlag = 1;
+constexpr std::uint16_t kZip64Field = 1;
+constexpr std::uint32_t kInZip64Field = 0xFFFFFFFF;
+
+// Header of a part, whose data follow it:
+//   0 "PK\3\4", 26 uint16 length of the name, 28 uint16 length of the extra fields
+constexpr std::size_t kHeaderSize = 30;
+
+constexpr std::uint16_t kStored = 0;
+constexpr std::uint16_t kDeflated = 8;
+constexpr std::size_t kMostPlaces = 4;           // that a message names
+constexpr std::size_t kInflaterStep = 1u << 30;  // its counts have 32 bits
+
+struct Directory {
+  std::uint64_t offset = 0;
+  std::uint64_t size = 0;
+};
+
+std::string_view Text(std::span<const std::byte> bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+bool HasSignature(std::span<const std::byte> bytes, std::uint64_t at, std::string_view signature) {
+  return at <= bytes.size() && Text(bytes.subspan(at)).starts_with(signature);
+}
+
+Directory ReadEnd(std::span<const std::byte> bytes, std::size_t end) {
+  if (end >= kLocatorSize && HasSignature(bytes, end - kLocatorSize, "PK\x06\x07")) {
+    const std::uint64_t record = LoadU64(bytes.data() + end - kLocatorSize + 8);
+    if (HasSignature(bytes, record, "PK\x06\x06") && bytes.size() - record >= kEnd64Size) {
+      const std::byte* const data = bytes.data() + record;
+      return {LoadU64(data + 48), LoadU64(data + 40)};
+    }
+  }
+  const std::byte* const data = bytes.data() + end;
+  return {LoadU32(data + 16), LoadU32(data + 12)};
+}
+
+// The last place that looks like the end of a directory and has one. Damaged archives, and the
+// comments of ill-meant ones, can hold any number of false ends.
+std::optional<Directory> FindDirectory(std::span<const std::byte> bytes) {
+  const std::string_view text = Text(bytes);
+  const std::size_t searched = std::min(text.size(), kEndSize + kLongestComment);
+  std::string_view tail = text.substr(text.size() - searched);
+  std::size_t at = tail.rfind("PK\x05\x06");
+  while (at != std::string_view::npos) {
+    const std::size_t end = text.size() - searched + at;
+    if (text.size() - end >= kEndSize) {
+      const Directory found = ReadEnd(bytes, end);
+      if (found.offset <= end && found.size <= end - found.offset &&
+          (found.size == 0 || HasSignature(bytes, found.offset, "PK\x01\x02"))) {
+        return found;
+      }
+    }
+    tail = tail.substr(0, at);
+    at = tail.rfind("PK\x05\x06");
+  }
+  return {};
+}
+
+// The form in which names are compared. Some programs write "\\" between folders.
+std::string Lower(std::string_view name) {
+  std::string lower(name);
+  for (char& letter : lower) {
+    if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter + ('a' - 'A'));
+    if (letter == '\\') letter = '/';
+  }
+  return lower;
+}
+
+// The values of an entry that are in its extra field of Zip64, in this order.
+void ReadZip64Field(std::span<const std::byte> fields, ZipArchive::Part& part) {
+  while (fields.size() >= 4) {
+    const std::size_t size = std::min<std::size_t>(LoadU16(fields.data() + 2), fields.size() - 4);
+    std::span<const std::byte> data = fields.subspan(4, size);
+    if (LoadU16(fields.data()) == kZip64Field) {
+      for (std::uint64_t* value : {&part.size, &part.packed_size, &part.header_offset}) {
+        if (*value != kInZip64Field || data.size() < 8) continue;
+        *value = LoadU64(data.data());
+        data = data.subspan(8);
+      }
+    }
+    fields = fields.subspan(4 + size);
+  }
+}
+
+}  // namespace
+
+ZipArchive::ZipArchive(std::span<const std::byte> bytes) : bytes_(bytes) {
+  const std::optional<Directory> directory = FindDirectory(bytes);
+  if (!directory) {
+    Refuse("ends after " + GroupedDigits(bytes.size()) +
+           " bytes, before the end of its zip archive: the rest of the file is missing");
+  }
+  std::span<const std::byte> left = bytes.subspan(directory->offset, directory->size);
+  while (left.size() >= kEntrySize && HasSignature(left, 0, "PK\x01\x02")) {
+    const std::size_t name = LoadU16(left.data() + 28);
+    const std::size_t extra = LoadU16(left.data() + 30);
+    const std::size_t size = kEntrySize + name + extra + LoadU16(left.data() + 32);
+    if (size > left.size()) break;
+    ReadEntry(left.data(), name, extra);
+    left = left.subspan(size);
+  }
+  if (!left.empty()) {
+    Refuse("is damaged: the directory of its zip archive breaks off at byte " +
+           GroupedDigits(directory->offset + directory->size - left.size()));
+  }
+}
+
+void ZipArchive::ReadEntry(const std::byte* entry, std::size_t name_size, std::size_t extra_size) {
+  Part part;
+  part.name = Text({entry + kEntrySize, name_size});
+  part.header_offset = LoadU32(entry + 42);
+  part.packed_size = LoadU32(entry + 20);
+  part.size = LoadU32(entry + 24);
+  part.check_sum = LoadU32(entry + 16);
+  part.method = LoadU16(entry + 10);
+  part.is_encrypted = (LoadU16(entry + 8) & kEncryptedFlag) != 0;
+  ReadZip64Field({entry + kEntrySize + name_size, extra_size}, part);
+  parts_.push_back(part);
+}
+
+const ZipArchive::Part* ZipArchive::Find(std::string_view name) const {
+  for (const Part& part : parts_) {
+    if (part.name == name) return &part;
+  }
+  const std::string lower = Lower(name);
+  for (const Part& part : parts_) {
+    if (part.name.size() == lower.size() && Lower(part.name) == lower) return &part;
+  }
+  return nullptr;
+}
+
+const ZipArchive::Part& ZipArchive::FindOnly(std::string_view name) const {
+  const Part* const found = Find(name);
+  if (found == nullptr) Refuse("is damaged: its part " + std::string(name) + " is missing");
+  std::size_t count = 0;
+  std::string places;
+  for (const Part& part : parts_) {
+    if (part.name != found->name) continue;
+    if (++count <= kMostPlaces) {
+      places += (count > 1 ? ", " : "") + GroupedDigits(part.header_offset);
+    }
+  }
+  if (count == 1) return *found;
+  if (count > kMostPlaces) places += " …";
+  Refuse("is damaged: its zip archive has " + GroupedDigits(count) + " parts named " +
+         std::string(found->name) + ", at bytes " + places);
+}
+
+std::span<const std::byte> ZipArchive::Packed(const Part& part) const {
+  if (part.is_encrypted) Refuse("needs a password: the parts of its zip archive are encrypted");
+  const std::uint64_t header = part.header_offset;
+  if (HasSignature(bytes_, header, "PK\x03\x04") && bytes_.size() - header >= kHeaderSize) {
+    const std::byte* const at = bytes_.data() + header;
+    const std::uint64_t begin =
+        header + kHeaderSize + LoadU16(at + 26) + std::uint64_t{LoadU16(at + 28)};
+    if (begin <= bytes_.size() && part.packed_size <= bytes_.size() - begin) {
+      return bytes_.subspan(begin, part.packed_size);
+    }
+  }
+  Refuse("is damaged: its part " + std::string(part.name) +
+         " does not lie where the directory of " + "its zip archive says");
+}
+
+ZipPartReader::ZipPartReader(const ZipArchive& archive, std::string_view name, ReadBudget& budget)
+    : part_(&archive.FindOnly(name)), budget_(budget), left_(archive.Packed(*part_)) {
+  if (part_->method == kStored) return;
+  if (part_->method != kDeflated) {
+    RefusePart("is packed by method " + std::to_string(part_->method) +
+               ", which workbooks do not use");
+  }
+  inflater_ = std::make_unique<z_stream>();
+  if (inflateInit2(inflater_.get(), -MAX_WBITS) != Z_OK) throw std::bad_alloc();
+}
+
+ZipPartReader::~ZipPartReader() {
+  if (inflater_) inflateEnd(inflater_.get());
+}
+
+std::size_t ZipPartReader::Read(std::span<char> room) {
+  const std::size_t count = Unpack(room);
+  budget_.AddUnpacked(count);
+  size_ += count;
+  check_sum_ = static_cast<std::uint32_t>(
+      crc32_z(check_sum_, reinterpret_cast<const Bytef*>(room.data()), count));
+  if (count == 0 && (size_ != part_->size || check_sum_ != part_->check_sum)) {
+    RefusePart("does not have the check sum that it should have");
+  }
+  return count;
+}
+
+std::size_t ZipPartReader::Unpack(std::span<char> room) {
+  if (part_->method == kStored) {
+    const std::size_t count = std::min(room.size(), left_.size());
+    if (count > 0) std::memcpy(room.data(), left_.data(), count);
+    left_ = left_.subspan(count);
+    return count;
+  }
+  if (!inflater_) return 0;
+  z_stream& inflater = *inflater_;
+  inflater.next_out = reinterpret_cast<Bytef*>(room.data());
+  inflater.avail_out = static_cast<uInt>(std::min(room.size(), kInflaterStep));
+  int state = Z_OK;
+  while (state == Z_OK && inflater.avail_out > 0) {
+    const std::size_t step = std::min(left_.size(), kInflaterStep);
+    inflater.next_in = const_cast<Bytef*>(reinterpret_cast<const Bytef*>(left_.data()));
+    inflater.avail_in = static_cast<uInt>(step);
+    state = inflate(&inflater, Z_NO_FLUSH);
+    left_ = left_.subspan(step - inflater.avail_in);
+  }
+  const std::size_t count = room.size() - inflater.avail_out;
+  if (state == Z_STREAM_END) {
+    inflateEnd(&inflater);
+    inflater_.reset();
+  } else if (state != Z_OK) {
+    RefusePart("cannot be unpacked behind byte " + GroupedDigits(size_ + count));
+  }
+  return count;
+}
+
+void ZipPartReader::RefusePart(const std::string& cause) const {
+  Refuse("is damaged: its part " + std::string(part_->name) + " " + cause);
+}
+
+}  // namespace korvex

@@ -1,0 +1,79 @@
+// The parts of a zip archive, unpacked piece by piece.
+//
+// Refusals are Errors 1004 whose description is a predicate (refusal.h): an archive that breaks off
+// before its directory, a damaged one, an encrypted part, a packing method other than those of
+// workbooks (stored and deflated), and more unpacked bytes than the budget grants.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "spreadsheet/bytes/read_budget.h"
+
+struct z_stream_s;
+
+namespace korvex {
+
+class ZipArchive {
+ public:
+  struct Part {
+    std::string_view name;
+    std::uint64_t header_offset;
+    std::uint64_t packed_size;
+    std::uint64_t size;
+    std::uint32_t check_sum;
+    std::uint16_t method;
+    bool is_encrypted;
+  };
+
+  // Reads the directory; `bytes` must outlive the archive.
+  explicit ZipArchive(std::span<const std::byte> bytes);
+
+  std::size_t PartCount() const { return parts_.size(); }
+  // Null when there is none. Names have "/" between folders; letter case, and "\\" in its place,
+  // count only where there is a part of just that name.
+  const Part* Find(std::string_view name) const;
+  bool Has(std::string_view name) const { return Find(name) != nullptr; }
+
+  // The same for a part that is going to be read. Refuses when there is none, or more than one of
+  // the name: programs do not agree on which one counts.
+  const Part& FindOnly(std::string_view name) const;
+
+  // What is packed of a part. Refuses a part that is encrypted or does not lie in the file.
+  std::span<const std::byte> Packed(const Part& part) const;
+
+ private:
+  void ReadEntry(const std::byte* entry, std::size_t name_size, std::size_t extra_size);
+
+  std::span<const std::byte> bytes_;
+  std::vector<Part> parts_;
+};
+
+// A part while it is read. Archive and budget must outlive it.
+class ZipPartReader {
+ public:
+  // Refuses when there is not just one part of that name.
+  ZipPartReader(const ZipArchive& archive, std::string_view name, ReadBudget& budget);
+  ~ZipPartReader();
+
+  // Fills the front of `room`; 0 at the end, once size and check sum were right.
+  std::size_t Read(std::span<char> room);
+
+ private:
+  std::size_t Unpack(std::span<char> room);
+  [[noreturn]] void RefusePart(const std::string& cause) const;
+
+  const ZipArchive::Part* part_;
+  ReadBudget& budget_;
+  std::span<const std::byte> left_;
+  std::unique_ptr<z_stream_s> inflater_;  // of a deflated part, until its end
+  std::uint64_t size_ = 0;                // so far
+  std::uint32_t check_sum_ = 0;
+};
+
+}  // namespace korvex

@@ -1,0 +1,53 @@
+// The cells of a sheet being built: nine bytes each, by column.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "workbook/cell.h"
+
+namespace korvex {
+
+// `bits` are those of the number, or the id of the text.
+struct StoredCell {
+  CellKind kind = CellKind::kEmpty;
+  std::uint64_t bits = 0;
+};
+
+// Part of a column. Bits count only where the kind is not empty.
+struct CellBlock {
+  static constexpr int kRows = 512;
+
+  std::array<CellKind, kRows> kinds{};
+  std::array<std::uint64_t, kRows> bits;
+};
+
+// Rows and columns are zero-based and not negative; the caller knows the format's limits. Empty
+// parts of a column take no room.
+class CellStore {
+ public:
+  StoredCell At(int row, int column) const;
+  void Put(int row, int column, StoredCell cell);
+  // The columns right of it move left.
+  void DeleteColumn(int column);
+
+  // One past the last column that was ever filled.
+  int ColumnCount() const { return static_cast<int>(columns_.size()); }
+  // One past the last block of the longest column.
+  int BlockCount() const;
+  // The rows from `block` * kRows on; null when nothing was ever filled there.
+  const CellBlock* Block(int block, int column) const;
+  // One past the last row of a column that is not empty; 0 for an empty column.
+  int RowEnd(int column) const;
+  bool HasKind(int column, CellKind kind) const;
+  std::uint64_t Count(CellKind kind) const;
+
+ private:
+  using Column = std::vector<std::unique_ptr<CellBlock>>;
+
+  std::vector<Column> columns_;
+};
+
+}  // namespace korvex

@@ -1,0 +1,48 @@
+#include "spreadsheet/cells/number_format.h"
+
+#include <cstddef>
+
+namespace korvex {
+namespace {
+
+bool IsOneOf(char letter, std::string_view letters) {
+  return letters.find(letter) != std::string_view::npos;
+}
+
+// "[h]", "[mm]", "[s]": what stands between the brackets.
+bool IsElapsedTime(std::string_view inside) {
+  if (inside.empty() || !IsOneOf(inside[0], "hHmMsS")) return false;
+  for (const char letter : inside) {
+    if ((letter | 0x20) != (inside[0] | 0x20)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool IsBuiltInDateFormat(int id) {
+  return (id >= 14 && id <= 22) || (id >= 27 && id <= 36) || (id >= 45 && id <= 47) ||
+         (id >= 50 && id <= 58) || (id >= 71 && id <= 81);
+}
+
+bool IsDateFormat(std::string_view format) {
+  for (std::size_t i = 0; i < format.size(); ++i) {
+    const char letter = format[i];
+    if (letter == '"') {
+      i = format.find('"', i + 1);
+    } else if (letter == '[') {
+      const std::size_t close = format.find(']', i + 1);
+      if (close == std::string_view::npos) return false;
+      if (IsElapsedTime(format.substr(i + 1, close - i - 1))) return true;
+      i = close;
+    } else if (IsOneOf(letter, "\\_*")) {
+      ++i;
+    } else if (IsOneOf(letter, "dDmMyYhHsS")) {
+      return true;
+    }
+    if (i == std::string_view::npos) return false;
+  }
+  return false;
+}
+
+}  // namespace korvex

@@ -1,0 +1,213 @@
+// The cells of one sheet in memory, whatever format they were read from.
+//
+// Values lie in one flat run ordered by row and column; formatted blanks take part in the last cell
+// only. Reading uses one-based rows and columns, filling (`Add…`) the zero-based ones of the file
+// formats. Texts are views that live as long as the cells, and the shared arena, are kept.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "spreadsheet/bytes/read_budget.h"
+#include "spreadsheet/bytes/text_arena.h"
+#include "spreadsheet/cells/cell_place.h"
+#include "workbook/cell.h"
+
+namespace korvex {
+
+// Why a formula's result may be one that nobody calculated.
+enum class DoubtGround : std::uint8_t {
+  kAsksForCalculation,  // when the workbook is opened
+  kEmptyText,
+};
+
+class SheetCells {
+ public:
+  struct Entry {
+    int row;
+    int column;
+    CellValue value;
+    bool is_uncalculated;
+  };
+
+  CellValue Value(int row, int column) const { return Value(RowOf(row), column); }
+
+  // The same in two steps, for who reads many cells of a row.
+  struct Row {
+    std::uint32_t begin = 0;  // positions in the run of cells
+    std::uint32_t end = 0;
+  };
+  Row RowOf(int row) const;
+  CellValue Value(const Row& row, int column) const;
+  // Whether a cell is a formula's that was never calculated. Its value is #N/A, and not to be used.
+  bool IsUncalculated(int row, int column) const {
+    if (!has_uncalculated_) return false;
+    const Cell* const cell = Find(RowOf(row), column);
+    return cell != nullptr && cell->is_uncalculated;
+  }
+  CellAddress LastCell() const { return {static_cast<int>(last_row_) + 1, last_column_ + 1}; }
+  // Cells of a row that are not empty.
+  int CountA(int row) const;
+
+  // All cells that are not empty, in row order.
+  std::size_t Count() const { return cells_.size(); }
+  Entry At(std::size_t index) const;
+
+  // What a second cell at one place means. Programs write such .xls files, and read the later one.
+  enum class Repeats { kLaterCounts, kAreDamage };
+
+  // Starts anew and keeps the memory. Shared texts, if any, are ranges of `shared`, which must not
+  // change any more.
+  void Clear(const TextArena* shared = nullptr, Repeats repeats = Repeats::kLaterCounts);
+  // Cells may come in any order; of two at one place the later one counts, a blank too, or the
+  // sheet is refused (here or in Finish).
+  void AddBlanks(std::uint32_t row, std::uint16_t first_column, int count);
+  [[gnu::always_inline]] void AddNumber(std::uint32_t row, std::uint16_t column, CellKind kind,
+                                        double number) {
+    Add(row, column, kind, false, {.number = number});
+  }
+  void AddSharedText(std::uint32_t row, std::uint16_t column, TextRange text) {
+    shown_text_ += text.length;
+    Add(row, column, CellKind::kText, true, {.text = text});
+  }
+  void AddOwnText(std::uint32_t row, std::uint16_t column, TextRange text) {
+    shown_text_ += text.length;
+    Add(row, column, CellKind::kText, false, {.text = ShareText(column, text)});
+  }
+  // Gives the cell added last the text that its formula yields.
+  void ReplaceLastText(TextRange text) {
+    shown_text_ += text.length;
+    cells_.back().content.text = ShareText(cells_.back().column, text);
+  }
+  // The cell added last is a formula's, and its result may be one that nobody calculated. Those of
+  // one ground stand and fall together: where all of a sheet are zero or empty, ConfirmDoubts says
+  // that they were never calculated, once that is certain.
+  void DoubtLast(DoubtGround ground, bool is_zero) {
+    Doubts& doubts = doubts_[static_cast<std::size_t>(ground)];
+    doubts.has_zeros |= is_zero;
+    doubts.has_others |= !is_zero;
+    cells_.back().is_doubted_request = is_zero && ground == DoubtGround::kAsksForCalculation;
+    cells_.back().is_doubted_text = is_zero && ground == DoubtGround::kEmptyText;
+  }
+  bool HasOnlyDoubts(DoubtGround ground) const {
+    const Doubts& doubts = doubts_[static_cast<std::size_t>(ground)];
+    return doubts.has_zeros && !doubts.has_others;
+  }
+  void ConfirmDoubts(DoubtGround ground);
+  // The cell added last is a formula's that has no result at all.
+  void LoseLast() { MarkUncalculated(cells_.back()); }
+  // Whether no cell was added yet, and else the place of the last one (in the order of the sheet).
+  bool IsUnfilled() const { return next_place_ == 0; }
+  CellPlace LastAdded() const {
+    return {static_cast<std::uint32_t>((next_place_ - 1) >> 16),
+            static_cast<std::uint16_t>(next_place_ - 1)};
+  }
+  // Texts for AddOwnText.
+  TextArena& OwnTexts() { return own_texts_; }
+  // A text of OwnTexts that a cell in `column` is to show: the one that the column showed last when
+  // they are equal, so that a text repeated in every row is kept once. If `text` was appended last
+  // it is then taken out again.
+  TextRange ShareText(std::uint16_t column, TextRange text);
+  // To be called once all cells are added. Refuses a sheet that shows more text than `budget`
+  // allows.
+  void Finish(const ReadBudget& budget);
+  std::size_t MemorySize() const;
+  // What the cells themselves take of that.
+  std::size_t UsedMemory() const { return cells_.size() * sizeof(Cell) + own_texts_.Size(); }
+
+ private:
+  union Content {
+    double number;
+    TextRange text;
+  };
+  struct Cell {
+    std::uint32_t row;
+    std::uint16_t column;
+    CellKind kind;
+    bool is_shared_text : 1;
+    bool is_uncalculated : 1;
+    // By the ground of the doubt.
+    bool is_doubted_request : 1;
+    bool is_doubted_text : 1;
+    Content content;
+  };
+  static_assert(sizeof(Cell) == 16);
+
+  // Row and column as one number, in the order of the cells.
+  static std::uint64_t Place(std::uint32_t row, std::uint16_t column) {
+    return std::uint64_t{row} << 16 | column;
+  }
+  static std::uint64_t Place(const Cell& cell) { return Place(cell.row, cell.column); }
+  // Every cell of every workbook goes through here.
+  [[gnu::always_inline]] void Add(std::uint32_t row, std::uint16_t column, CellKind kind,
+                                  bool is_shared_text, Content content) {
+    const std::uint64_t place = Place(row, column);
+    if (place >= next_place_) {
+      next_place_ = place + 1;
+    } else {
+      GoBack();
+    }
+    cells_.push_back({row, column, kind, is_shared_text, false, false, false, content});
+    last_column_ = std::max(last_column_, column);
+  }
+  void GoBack();
+  void MarkUncalculated(Cell& cell);
+  const Cell* Find(const Row& row, int column) const;
+  Row FindRow(int row) const;
+  void Order();
+  CellValue View(const Cell& cell) const;
+
+  std::vector<Cell> cells_;
+  std::vector<std::uint32_t> row_starts_;  // by zero-based row, and one more; none of sparse cells
+  const TextArena* shared_texts_ = nullptr;
+  TextArena own_texts_;
+  std::vector<TextRange> texts_above_;  // by column, the own text that it showed last
+  std::uint64_t shown_text_ = 0;        // bytes of all texts, as often as they were added
+  std::uint64_t next_place_ = 0;        // behind the cells added so far
+  Repeats repeats_ = Repeats::kLaterCounts;
+  bool is_ordered_ = true;
+  struct Doubts {
+    bool has_zeros = false;
+    bool has_others = false;
+  };
+  std::array<Doubts, 2> doubts_;  // by ground
+  bool has_uncalculated_ = false;
+  std::size_t order_at_ = 0;    // cells at which a disorder is put right
+  std::uint32_t last_row_ = 0;  // of blanks until Finish, then of all cells
+  std::uint16_t last_column_ = 0;
+};
+
+inline SheetCells::Row SheetCells::RowOf(int row) const {
+  if (row_starts_.empty()) return FindRow(row);
+  if (row < 1 || static_cast<std::size_t>(row) >= row_starts_.size()) return {};
+  const std::size_t index = static_cast<std::size_t>(row) - 1;
+  return {row_starts_[index], row_starts_[index + 1]};
+}
+
+inline const SheetCells::Cell* SheetCells::Find(const Row& row, int column) const {
+  if (row.begin == row.end) return nullptr;
+  const Cell* const begin = cells_.data() + row.begin;
+  const Cell* const end = cells_.data() + row.end;
+  // In a row without gaps the cell stands where its column says.
+  const int skipped = column - 1 - begin->column;
+  if (skipped < 0) return nullptr;
+  if (skipped < end - begin && begin[skipped].column == column - 1) return &begin[skipped];
+  const Cell* found = std::lower_bound(
+      begin, end, column - 1, [](const Cell& cell, int wanted) { return cell.column < wanted; });
+  return found != end && found->column == column - 1 ? found : nullptr;
+}
+
+inline CellValue SheetCells::Value(const Row& row, int column) const {
+  const Cell* const cell = Find(row, column);
+  return cell != nullptr ? View(*cell) : CellValue();
+}
+
+inline CellValue SheetCells::View(const Cell& cell) const {
+  if (cell.kind != CellKind::kText) return {cell.kind, cell.content.number, {}};
+  const TextArena& arena = cell.is_shared_text ? *shared_texts_ : own_texts_;
+  return CellValue::Text(arena.Text(cell.content.text));
+}
+
+}  // namespace korvex

@@ -1,0 +1,35 @@
+// What a number in a cell counts as, in every format.
+#pragma once
+
+#include <cmath>
+
+#include "workbook/cell.h"
+
+namespace korvex {
+
+// Days that a serial number of the 1904 date system lies behind the same day's 1900 number.
+inline constexpr int kDaysTo1904 = 1462;
+
+// Error codes that stand in for values.
+inline constexpr int kNoValueError = 15;  // #VALUE!, for errors that nobody knows
+inline constexpr int kNumberError = 36;
+inline constexpr int kNotAvailableError = 42;
+
+struct TypedNumber {
+  CellKind kind;
+  double number;
+};
+
+// A number whose format shows a date becomes a Date, counted in the 1900 date system, as long as it
+// lies within the years 1900 to 9999; an infinite number becomes #NUM!.
+inline TypedNumber TypeNumber(double number, bool shows_date, bool uses_1904) {
+  constexpr double kDateLimit = 2958466;  // the day after 9999-12-31
+  if (!std::isfinite(number)) return {CellKind::kError, kNumberError};
+  if (shows_date) {
+    const double serial = uses_1904 ? number + kDaysTo1904 : number;
+    if (serial >= 0 && serial < kDateLimit) return {CellKind::kDate, serial};
+  }
+  return {CellKind::kNumber, number};
+}
+
+}  // namespace korvex

@@ -1,0 +1,170 @@
+#include "spreadsheet/cells/typed_text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <chrono>
+#include <limits>
+
+#include "text/text.h"
+
+namespace korvex {
+namespace {
+
+constexpr double kSecondsPerDay = 86400;
+
+struct ErrorName {
+  std::string_view name;
+  int code;
+};
+constexpr ErrorName kErrors[] = {{"#NULL!", 0},
+                                 {"#DIV/0!", 7},
+                                 {"#VALUE!", kNoValueError},
+                                 {"#REF!", 23},
+                                 {"#NAME?", 29},
+                                 {"#NUM!", kNumberError},
+                                 {"Err:503", kNumberError},
+                                 {"#N/A", kNotAvailableError}};
+
+const ErrorName* FindError(std::string_view name) {
+  for (const ErrorName& error : kErrors) {
+    if (error.name == name) return &error;
+  }
+  return nullptr;
+}
+
+// Takes a number of exactly `digits` digits off the front; -1 when it is not there.
+int TakeDigits(std::string_view& text, std::size_t digits) {
+  if (text.size() < digits) return -1;
+  int number = 0;
+  for (std::size_t i = 0; i < digits; ++i) {
+    if (text[i] < '0' || text[i] > '9') return -1;
+    number = 10 * number + (text[i] - '0');
+  }
+  text.remove_prefix(digits);
+  return number;
+}
+
+bool Take(std::string_view& text, char letter) {
+  if (text.empty() || text[0] != letter) return false;
+  text.remove_prefix(1);
+  return true;
+}
+
+// "10:15", "10:15:00", "10:15:00.5", as seconds; "30:15:00" for elapsed times, which some programs
+// count from a day on.
+std::optional<double> TakeTime(std::string_view& text) {
+  constexpr std::size_t kMostDigits = 8;
+  const int hours = TakeDigits(text, std::clamp<std::size_t>(text.find(':'), 2, kMostDigits));
+  if (hours < 0 || !Take(text, ':')) return {};
+  const int minutes = TakeDigits(text, 2);
+  if (minutes < 0 || minutes > 59) return {};
+  double seconds = 0;
+  if (Take(text, ':')) {
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, seconds, std::chars_format::fixed);
+    if (error != std::errc() || !(seconds >= 0 && seconds < 61)) return {};
+    text = {rest, end};
+  }
+  return hours * 3600.0 + minutes * 60 + seconds;
+}
+
+std::optional<int> TakeDay(std::string_view& text) {
+  using std::chrono::sys_days;
+  constexpr sys_days kFirst{std::chrono::year{1899} / 12 / 30};
+  // Years after 9999 have five digits.
+  const int year = TakeDigits(text, text.find('-') == 5 ? 5 : 4);
+  if (year < 0 || year > static_cast<int>(std::chrono::year::max()) || !Take(text, '-')) return {};
+  const int month = TakeDigits(text, 2);
+  if (month < 0 || !Take(text, '-')) return {};
+  const int day = TakeDigits(text, 2);
+  if (day < 0) return {};
+  const std::chrono::year_month_day date{std::chrono::year{year},
+                                         std::chrono::month{static_cast<unsigned>(month)},
+                                         std::chrono::day{static_cast<unsigned>(day)}};
+  if (!date.ok()) return {};
+  return static_cast<int>((sys_days{date} - kFirst).count());
+}
+
+bool IsZone(std::string_view text) {
+  return text.empty() || text == "Z" || text[0] == '+' || text[0] == '-';
+}
+
+}  // namespace
+
+std::optional<double> ReadNumber(std::string_view text) {
+  text = TrimBlanks(text, " \t\r\n");
+  if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
+  double number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  if (rest != end || error == std::errc::invalid_argument) return {};
+  if (error == std::errc::result_out_of_range) {
+    const bool is_small = text.find("e-") != text.npos || text.find("E-") != text.npos;
+    return is_small ? 0 : std::numeric_limits<double>::infinity();
+  }
+  return number;
+}
+
+bool IsErrorName(std::string_view text) {
+  return text.starts_with("Err:") || FindError(text) != nullptr;
+}
+
+int ErrorCode(std::string_view name) {
+  const ErrorName* const error = FindError(name);
+  return error != nullptr ? error->code : kNoValueError;
+}
+
+std::optional<DayAndTime> ReadIsoDate(std::string_view text) {
+  text = TrimBlanks(text, " \t\r\n");
+  DayAndTime date{0, 0};
+  if (text.size() < 3 || text[2] != ':') {
+    const std::optional<int> day = TakeDay(text);
+    if (!day) return {};
+    date.day = *day;
+    if (!Take(text, 'T') && !Take(text, ' '))
+      return IsZone(text) ? std::optional(date) : std::nullopt;
+  }
+  const std::optional<double> seconds = TakeTime(text);
+  if (!seconds || !IsZone(text)) return {};
+  date.time = *seconds / kSecondsPerDay;
+  return date;
+}
+
+TypedNumber TypeDate(DayAndTime date, bool uses_1904) {
+  constexpr int kFirstOfMarch1900 = 61;
+  if (!uses_1904 && date.day > 0 && date.day < kFirstOfMarch1900) --date.day;
+  return TypeNumber(date.Serial(), true, false);
+}
+
+std::optional<double> ReadIsoDuration(std::string_view text) {
+  text = TrimBlanks(text, " \t\r\n");
+  const bool is_negative = Take(text, '-');
+  if (!Take(text, 'P')) return {};
+  bool is_time = false;
+  double seconds = 0;
+  while (!text.empty()) {
+    if (Take(text, 'T')) {
+      is_time = true;
+      continue;
+    }
+    double number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, number, std::chars_format::fixed);
+    if (error != std::errc() || rest == end) return {};
+    text = {rest, end};
+    if (!is_time && Take(text, 'D')) {
+      seconds += number * kSecondsPerDay;
+    } else if (is_time && Take(text, 'H')) {
+      seconds += number * 3600;
+    } else if (is_time && Take(text, 'M')) {
+      seconds += number * 60;
+    } else if (is_time && Take(text, 'S')) {
+      seconds += number;
+    } else {
+      return {};
+    }
+  }
+  return (is_negative ? -seconds : seconds) / kSecondsPerDay;
+}
+
+}  // namespace korvex

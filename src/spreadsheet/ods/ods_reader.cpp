@@ -1,0 +1,322 @@
+#include "spreadsheet/ods/ods_reader.h"
+
+#include <algorithm>
+#include <charconv>
+#include <initializer_list>
+#include <iterator>
+#include <utility>
+
+#include "spreadsheet/cells/cell_place.h"
+#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/cells/typed_text.h"
+#include "spreadsheet/ods/ods_names.h"
+
+namespace korvex {
+namespace {
+
+constexpr std::size_t kStyleMemory = 128;   // of a name in a set, generously
+constexpr std::size_t kMostBlanks = 65536;  // more than a cell holds
+
+// How often something is repeated; once when it does not say.
+std::uint32_t ReadCount(const XmlElement& element, char space, std::string_view attribute) {
+  const char* const text = element.Attribute(space, attribute);
+  if (text == nullptr) return 1;
+  const std::string_view digits(text);
+  std::uint32_t count = 1;
+  const auto error = std::from_chars(digits.data(), digits.data() + digits.size(), count).ec;
+  if (error == std::errc::result_out_of_range) return kMostXmlRows;
+  return std::clamp(count, 1u, kMostXmlRows);
+}
+
+bool IsIn(std::string_view text, std::initializer_list<std::string_view> list) {
+  return std::find(list.begin(), list.end(), text) != list.end();
+}
+
+std::string_view Value(const XmlElement& element, char space, std::string_view attribute) {
+  const char* const value = element.Attribute(space, attribute);
+  return value != nullptr ? value : "";
+}
+
+// A sheet of another file, of which formulas need some cells: 'file:///a.ods'#$data
+bool IsCopyOfOtherFile(std::string_view name) {
+  return name.starts_with("'") && name.find("'#$") != std::string_view::npos;
+}
+
+// What a table has in it beside rows and cells, and their attributes.
+constexpr std::string_view kTableParts[] = {"table-row-group",
+                                            "table-rows",
+                                            "table-header-rows",
+                                            "table-column",
+                                            "table-columns",
+                                            "table-column-group",
+                                            "table-header-columns",
+                                            "title",
+                                            "desc",
+                                            "table-source",
+                                            "scenario",
+                                            "shapes",
+                                            "named-expressions",
+                                            "detective",
+                                            "cell-range-source",
+                                            "table"};
+constexpr XmlName kRowAttributes[] = {{ods::kTable, "style-name"},
+                                      {ods::kTable, "default-cell-style-name"},
+                                      {ods::kTable, "number-rows-repeated"},
+                                      {ods::kTable, "visibility"}};
+constexpr XmlName kCellAttributes[] = {{ods::kTable, "style-name"},
+                                       {ods::kTable, "content-validation-name"},
+                                       {ods::kTable, "formula"},
+                                       {ods::kTable, "number-columns-repeated"},
+                                       {ods::kTable, "number-columns-spanned"},
+                                       {ods::kTable, "number-rows-spanned"},
+                                       {ods::kTable, "number-matrix-columns-spanned"},
+                                       {ods::kTable, "number-matrix-rows-spanned"},
+                                       {ods::kTable, "protect"},
+                                       {ods::kTable, "protected"},
+                                       {ods::kOffice, "value-type"},
+                                       {ods::kOffice, "value"},
+                                       {ods::kOffice, "currency"},
+                                       {ods::kOffice, "date-value"},
+                                       {ods::kOffice, "time-value"},
+                                       {ods::kOffice, "boolean-value"},
+                                       {ods::kOffice, "string-value"},
+                                       {ods::kCalc, "value-type"}};
+
+bool IsTruth(std::string_view formula) {
+  return formula.ends_with(":=TRUE()") || formula.ends_with(":=FALSE()");
+}
+
+}  // namespace
+
+void OdsTextReader::Clear() {
+  text_.clear();
+  has_paragraph_ = false;
+  is_in_paragraph_ = false;
+}
+
+bool OdsTextReader::Start(const XmlElement& element) {
+  if (element.Name().space != ods::kText) return false;
+  const std::string_view name = element.Name().local;
+  if (!is_in_paragraph_) {
+    if (name != "p" && name != "h") return false;
+    if (has_paragraph_) text_ += '\n';
+    has_paragraph_ = true;
+    is_in_paragraph_ = true;
+    is_after_space_ = true;
+    return true;
+  }
+  if (name == "s") {
+    const std::size_t room = kMostBlanks - std::min(text_.size(), kMostBlanks);
+    text_.append(std::min<std::size_t>(ReadCount(element, ods::kText, "c"), room), ' ');
+  } else if (name == "tab") {
+    text_ += '\t';
+  } else if (name == "line-break") {
+    text_ += '\n';
+  } else {
+    return !IsIn(name, {"note", "ruby-text"});
+  }
+  is_after_space_ = false;
+  return false;
+}
+
+void OdsTextReader::Append(std::string_view text) {
+  if (!is_in_paragraph_) return;
+  for (const char letter : text) {
+    const bool is_space = letter == ' ' || letter == '\t' || letter == '\n' || letter == '\r';
+    if (!is_space || !is_after_space_) text_ += is_space ? ' ' : letter;
+    is_after_space_ = is_space;
+  }
+}
+
+void OdsTextReader::End(const XmlName& name) {
+  if (name.local == "p" || name.local == "h") is_in_paragraph_ = false;
+}
+
+std::uint32_t OdsReader::Repetitions(const XmlElement& element, std::string_view attribute) const {
+  const std::string_view digits = Value(element, ods::kTable, attribute);
+  const bool is_number = digits.find_first_not_of("0123456789") == std::string_view::npos;
+  if (!has_check_sum_ && !is_number) RefuseName(digits);
+  return ReadCount(element, ods::kTable, attribute);
+}
+
+// Of the table's namespace, in a table.
+void OdsReader::CheckElement(const XmlElement& element) const {
+  if (has_check_sum_) return;
+  const std::string_view name = element.Name().local;
+  if (name == "table-row") {
+    CheckAttributes(element, kRowAttributes);
+  } else if (name == "table-cell" || name == "covered-table-cell") {
+    CheckAttributes(element, kCellAttributes);
+  } else if (std::find(std::begin(kTableParts), std::end(kTableParts), name) ==
+             std::end(kTableParts)) {
+    RefuseName(name);
+  }
+}
+
+bool OdsReader::StartElement(const XmlElement& element) {
+  const XmlName& name = element.Name();
+  switch (name.space) {
+    case ods::kOffice:
+      has_spreadsheet_ |= name.local == "spreadsheet";
+      return IsIn(name.local,
+                  {"document", "document-content", "automatic-styles", "body", "spreadsheet"});
+    case ods::kStyle:
+      return StartStyle(element);
+    case ods::kTable:
+      break;
+    default:
+      return text_.Start(element);
+  }
+  if (is_in_table_) CheckElement(element);
+  if (name.local == "table") return StartTable(element);
+  if (!is_in_table_) return false;
+  if (name.local == "table-row") {
+    row_count_ = Repetitions(element, "number-rows-repeated");
+    return true;
+  }
+  if (name.local == "table-cell" || name.local == "covered-table-cell") {
+    StartCell(element);
+    return true;
+  }
+  return IsIn(name.local, {"table-row-group", "table-rows", "table-header-rows"});
+}
+
+bool OdsReader::StartStyle(const XmlElement& element) {
+  if (element.Name().local == "table-properties" &&
+      Value(element, ods::kTable, "display") == "false" && hiding_styles_.emplace(style_).second) {
+    sheets_.Hold(kStyleMemory + style_.size());
+  }
+  style_ = Value(element, ods::kStyle, "name");
+  return Value(element, ods::kStyle, "family") == "table";
+}
+
+bool OdsReader::StartTable(const XmlElement& element) {
+  SheetInfo sheet;
+  sheet.name = Value(element, ods::kTable, "name");
+  if (is_in_table_ || IsCopyOfOtherFile(sheet.name)) return false;
+  if (hiding_styles_.contains(std::string(Value(element, ods::kTable, "style-name")))) {
+    sheet.state = SheetState::kHidden;
+  }
+  sheets_.Begin(std::move(sheet));
+  row_ = 0;
+  return is_in_table_ = true;
+}
+
+void OdsReader::StartCell(const XmlElement& element) {
+  column_count_ = Repetitions(element, "number-columns-repeated");
+  has_formula_ = element.Attribute(ods::kTable, "formula") != nullptr;
+  const char* const mark = element.Attribute(ods::kCalc, "value-type");
+  mark_ = mark == nullptr                     ? Mark::kNone
+          : std::string_view(mark) == "error" ? Mark::kError
+                                              : Mark::kValue;
+  value_.reset();
+  string_value_.reset();
+  text_.Clear();
+  const char* const type = element.Attribute(ods::kOffice, "value-type");
+  lacks_value_ = has_formula_ && type == nullptr;
+  if (type != nullptr) ReadValue(element, type);
+}
+
+void OdsReader::ReadValue(const XmlElement& element, std::string_view type) {
+  const bool is_number = IsIn(type, {"float", "percentage", "currency"});
+  if (!has_check_sum_ && !is_number && !IsIn(type, {"string", "date", "time", "boolean", "void"})) {
+    RefuseName(type);
+  }
+  const char* const value =
+      element.Attribute(ods::kOffice, is_number ? "value" : std::string(type) + "-value");
+  lacks_value_ = is_number || IsIn(type, {"date", "time", "boolean"});
+  if (value == nullptr) return;
+  std::optional<double> number;
+  if (type == "string") {
+    string_value_ = value;
+  } else if (type == "boolean") {
+    value_ = {CellKind::kBoolean, std::string_view(value) == "true" ? 1.0 : 0.0};
+  } else if (type == "date") {
+    if (const std::optional<DayAndTime> date = ReadIsoDate(value)) number = date->Serial();
+  } else {
+    number = is_number ? ReadNumber(value) : ReadIsoDuration(value);
+  }
+  if (number) value_ = TypeNumber(*number, !is_number, false);
+  if (!has_check_sum_ && is_number && !number && *value != '\0') RefuseName(value);
+  // Booleans that came from other formats are written as formulas of type float.
+  if (number && is_number && IsTruth(Value(element, ods::kTable, "formula"))) {
+    value_ = {CellKind::kBoolean, *number != 0 ? 1.0 : 0.0};
+  }
+}
+
+void OdsReader::Text(std::string_view text) {
+  if (!is_in_table_) return;
+  if (!has_check_sum_ && !text_.IsInParagraph()) CheckBlank(text);
+  text_.Append(text);
+  sheets_.CheckMemory(text_.Text().size());
+}
+
+void OdsReader::EndElement(const XmlName& name, int) {
+  if (name.space == ods::kText) {
+    text_.End(name);
+  } else if (name.space == ods::kTable) {
+    if (name.local == "table-row") EndRow();
+    if (name.local == "table-cell" || name.local == "covered-table-cell") EndCell();
+    if (name.local == "table") is_in_table_ = false;
+  }
+}
+
+void OdsReader::EndCell() {
+  const std::string& shown = text_.Text();
+  const bool is_old_error = mark_ == Mark::kNone && has_formula_ && IsErrorName(shown);
+  if (mark_ == Mark::kError || is_old_error) {
+    Keep({CellKind::kError, static_cast<double>(ErrorCode(shown))});
+  } else if (value_) {
+    Keep(*value_);
+  } else if (string_value_) {
+    KeepText(*string_value_);
+  } else if (!shown.empty() || (has_formula_ && text_.HasParagraph())) {
+    KeepText(shown);
+  } else if (lacks_value_) {
+    Keep({CellKind::kError, kNotAvailableError});
+    row_cells_.back().is_uncalculated = has_formula_;
+  }
+  column_ = std::min(column_ + column_count_, kMostXmlColumns);
+}
+
+void OdsReader::Keep(TypedNumber value) {
+  const std::uint32_t end = column_ + column_count_;
+  if (row_ >= kMostXmlRows || end > kMostXmlColumns) RefuseOutside({row_, end - 1});
+  row_cells_.push_back({column_, end, value, {}, false});
+}
+
+void OdsReader::KeepText(std::string_view text) {
+  Keep({CellKind::kText, 0});
+  SheetCells& cells = sheets_.Cells();
+  row_cells_.back().text =
+      cells.ShareText(static_cast<std::uint16_t>(column_), cells.OwnTexts().Append(text));
+  sheets_.CheckMemory();
+}
+
+void OdsReader::EndRow() {
+  const std::uint32_t end = std::min(row_ + row_count_, kMostXmlRows);
+  if (!row_cells_.empty() && row_ + row_count_ > kMostXmlRows) {
+    RefuseOutside({row_ + row_count_ - 1, row_cells_.front().begin});
+  }
+  for (; row_ < end && !row_cells_.empty(); ++row_) {
+    sheets_.CheckMemory();
+    for (const RowCell& cell : row_cells_) AddCell(cell);
+  }
+  row_ = end;
+  column_ = 0;
+  row_cells_.clear();
+}
+
+void OdsReader::AddCell(const RowCell& cell) {
+  for (std::uint32_t i = cell.begin; i < cell.end; ++i) {
+    const auto column = static_cast<std::uint16_t>(i);
+    if (cell.value.kind == CellKind::kText) {
+      sheets_.Cells().AddOwnText(row_, column, cell.text);
+    } else {
+      sheets_.Cells().AddNumber(row_, column, cell.value.kind, cell.value.number);
+      if (cell.is_uncalculated) sheets_.Cells().LoseLast();
+    }
+  }
+}
+
+}  // namespace korvex

@@ -1,0 +1,108 @@
+// Reads the tables of an OpenDocument spreadsheet.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "spreadsheet/bytes/xml_parser.h"
+#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/ods/document_workbook.h"
+
+namespace korvex {
+
+// The text of a cell: paragraphs <text:p>, in which white space counts once and <text:s
+// text:c="3"/>, <text:tab/> and <text:line-break/> stand for blanks, tabs and new lines. Notes are
+// no part of it.
+class OdsTextReader {
+ public:
+  void Clear();
+  bool Start(const XmlElement& element);
+  void Append(std::string_view text);
+  void End(const XmlName& name);
+
+  bool IsInParagraph() const { return is_in_paragraph_; }
+  bool HasParagraph() const { return has_paragraph_; }
+  const std::string& Text() const { return text_; }
+
+ private:
+  std::string text_;
+  bool has_paragraph_ = false;
+  bool is_in_paragraph_ = false;
+  bool is_after_space_ = false;
+};
+
+// The document, fed to the handler element by element; styles that hide tables come before these:
+//   <style:style style:name="ta2" style:family="table"><style:table-properties
+//   table:display="false"/> <table:table table:name="data" table:style-name="ta2">
+//   {<table:table-row-group> …} <table:table-row table:number-rows-repeated="3">
+//   <table:table-cell table:number-columns-repeated="2" office:value-type="float"
+//   office:value="0.5">
+// Types and their attributes: float, percentage, currency (value), date (date-value), time
+// (time-value, a duration), boolean (boolean-value), string (string-value, or the text). Rows and
+// cells are repeated by number, empty ones up to the end of the sheet; only values are cells here.
+// Times lie on no day: unlike numbers of .xls, they are not counted from where 1904 documents
+// start. A formula whose result was never worked out counts as #N/A, as does a value that is left
+// out.
+class OdsReader : public XmlHandler {
+ public:
+  // `has_check_sum` when damage to the document would have been noticed.
+  OdsReader(SheetCollector& sheets, bool has_check_sum)
+      : sheets_(sheets), has_check_sum_(has_check_sum) {}
+
+  bool StartElement(const XmlElement& element) override;
+  void EndElement(const XmlName& name, int depth) override;
+  void Text(std::string_view text) override;
+
+  // Whether the document is a spreadsheet at all.
+  bool HasSpreadsheet() const { return has_spreadsheet_; }
+
+ private:
+  // What programs add to the type of a value: files of older ones tell an error by its text alone.
+  enum class Mark { kNone, kValue, kError };
+  struct RowCell {
+    std::uint32_t begin;  // first column
+    std::uint32_t end;    // behind the last
+    TypedNumber value;
+    TextRange text;
+    bool is_uncalculated;
+  };
+
+  std::uint32_t Repetitions(const XmlElement& element, std::string_view attribute) const;
+  void CheckElement(const XmlElement& element) const;
+  bool StartStyle(const XmlElement& element);
+  bool StartTable(const XmlElement& element);
+  void StartCell(const XmlElement& element);
+  void ReadValue(const XmlElement& element, std::string_view type);
+  void EndCell();
+  void Keep(TypedNumber value);
+  void KeepText(std::string_view text);
+  void EndRow();
+  void AddCell(const RowCell& cell);
+
+  SheetCollector& sheets_;
+  bool has_check_sum_;
+  bool has_spreadsheet_ = false;
+  std::string style_;
+  std::set<std::string> hiding_styles_;
+  bool is_in_table_ = false;
+  std::uint32_t row_ = 0;  // zero-based, as are columns
+  std::uint32_t row_count_ = 1;
+  std::uint32_t column_ = 0;
+  std::vector<RowCell> row_cells_;
+
+  // The cell at hand.
+  std::uint32_t column_count_ = 1;
+  bool has_formula_ = false;
+  bool lacks_value_ = false;
+  Mark mark_ = Mark::kNone;
+  std::optional<TypedNumber> value_;
+  std::optional<std::string> string_value_;
+  OdsTextReader text_;
+};
+
+}  // namespace korvex

@@ -1,0 +1,34 @@
+// Writes the stream of a whole workbook in BIFF8: the globals, then the sheets.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "spreadsheet/xls/shared_string_writer.h"
+#include "spreadsheet/xls/sheet_writer.h"
+
+namespace korvex {
+
+class Biff8Writer {
+ public:
+  // Measures the stream; the sheets' content and `texts` must outlive the writer and not change.
+  // One sheet at least.
+  Biff8Writer(const TextPool& texts, std::vector<SheetContent> sheets);
+
+  std::uint64_t StreamSize() const { return stream_size_; }
+  // Writes exactly StreamSize() bytes.
+  void Write(ByteWriter& out);
+
+ private:
+  void WriteGlobals(ByteWriter& out);
+  void WriteBoundSheets(ByteWriter& out) const;
+
+  SharedStringWriter strings_;
+  std::vector<SheetContent> sheets_;
+  std::vector<std::uint64_t> sheet_sizes_;
+  std::uint64_t text_cells_ = 0;
+  std::uint64_t globals_size_ = 0;
+  std::uint64_t stream_size_ = 0;
+};
+
+}  // namespace korvex

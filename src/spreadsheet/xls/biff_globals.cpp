@@ -1,0 +1,231 @@
+#include "spreadsheet/xls/biff_globals.h"
+
+#include <bit>
+#include <optional>
+#include <string>
+
+#include "spreadsheet/bytes/refusal.h"
+#include "spreadsheet/cells/number_format.h"
+#include "spreadsheet/xls/biff_records.h"
+#include "spreadsheet/xls/biff_text.h"
+#include "spreadsheet/xls/record_reader.h"
+#include "text/text.h"
+
+namespace korvex {
+namespace {
+
+constexpr std::size_t kMaxSheets = 65536;  // they are numbered by 16 bits
+constexpr int kMostNullRecords = 8;        // writers leave a few zeros between records
+
+class GlobalsReader {
+ public:
+  GlobalsReader(std::span<const std::byte> stream, bool is_book)
+      : records_(stream, 0), is_book_(is_book) {}
+
+  BiffGlobals Read();
+
+ private:
+  void CheckRecord(std::uint16_t number, std::size_t length);
+  void CheckNeighbours(std::uint16_t number, std::uint16_t before);
+  [[noreturn]] static void RefuseRecord(std::size_t offset, const std::string& what);
+  void ReadBof();
+  void ReadRecord();
+  void ReadFormat(std::span<const std::byte> data);
+  void ReadBoundSheet(std::span<const std::byte> data);
+  void ResolveFormats();
+  void DecodeNames();
+  std::string_view Text(std::span<const std::byte> data, std::size_t length_size);
+
+  RecordReader records_;
+  int null_records_ = 0;  // in a row
+  bool is_book_;
+  bool is_single_sheet_ = false;
+  BiffGlobals globals_;
+  std::vector<std::uint16_t> xf_formats_;
+  std::vector<std::int8_t> written_formats_;  // by id: -1 not written down, else whether a date
+  std::vector<std::span<const std::byte>> names_;
+  TextArena scratch_;
+};
+
+BiffGlobals GlobalsReader::Read() {
+  ReadBof();
+  std::uint16_t before = biff::kBof;
+  for (;;) {
+    if (!records_.Next()) {
+      if (records_.PeekHeader()) RefuseRecord(records_.NextOffset(), "reaches beyond its end");
+      break;
+    }
+    const std::uint16_t number = records_.Number();
+    CheckRecord(number, records_.Data().size());
+    CheckNeighbours(number, before);
+    before = number;
+    if (number == biff::kEof) {
+      globals_.has_end = true;
+      break;
+    }
+    // Without their EOF the globals end where the first sheet begins.
+    if (number == biff::kBof) break;
+    ReadRecord();
+  }
+  ResolveFormats();
+  DecodeNames();
+  if (globals_.sheets.empty() && is_single_sheet_) {
+    globals_.sheets.push_back({"Sheet1", SheetKind::kWorksheet, SheetState::kVisible});
+    globals_.sheet_offsets.push_back(0);
+  }
+  return std::move(globals_);
+}
+
+// Records are read over where they are of no use here; where the reader lost its way it reads over
+// formats and texts.
+void GlobalsReader::CheckRecord(std::uint16_t number, std::size_t length) {
+  null_records_ = number == 0 && length == 0 ? null_records_ + 1 : 0;
+  if (null_records_ > kMostNullRecords) {
+    RefuseRecord(records_.Offset(), "is one of many that are nothing but zeros");
+  }
+  if (length > biff::kMaxRecordData) {
+    RefuseRecord(records_.Offset(),
+                 "has " + GroupedDigits(length) + " bytes of data, more than a record can");
+  }
+}
+
+// Formats are counted: where the number of one record is damaged, all formats behind it shift, and
+// dates become numbers. They stand together, so that a record that differs from those on either
+// side by one bit of its number was one of them.
+void GlobalsReader::CheckNeighbours(std::uint16_t number, std::uint16_t before) {
+  if (before != biff::kXf && before != biff::kFormat && before != biff::kBoundSheet) return;
+  const std::optional<RecordReader::Header> next = records_.PeekHeader();
+  if (number != before && next && next->number == before &&
+      std::has_single_bit(static_cast<unsigned>(number ^ before))) {
+    RefuseRecord(records_.Offset(), "stands between others of a kind, and is of none");
+  }
+}
+
+void GlobalsReader::RefuseRecord(std::size_t offset, const std::string& what) {
+  Refuse("is damaged: the record at byte " + GroupedDigits(offset) + " of its workbook stream " +
+         what);
+}
+
+void GlobalsReader::ReadBof() {
+  if (!records_.Next()) Refuse("is damaged: its workbook stream is empty");
+  switch (records_.Number()) {
+    case biff::kBof:
+      break;
+    case biff::kBofBiff2:
+    case biff::kBofBiff3:
+    case biff::kBofBiff4:
+      RefuseAs(kOldFormat);
+    default:
+      Refuse("is damaged: its workbook stream does not begin with a BOF record");
+  }
+  const std::span<const std::byte> data = records_.Data();
+  const std::uint16_t version = data.size() >= 2 ? LoadU16(data.data()) : std::uint16_t{0};
+  const std::uint16_t kind = data.size() >= 4 ? LoadU16(data.data() + 2) : biff::kGlobalsSubstream;
+  globals_.is_biff8 =
+      version == biff::kVersionBiff8 || (version != biff::kVersionBiff5 && !is_book_);
+  is_single_sheet_ = kind == biff::kWorksheetSubstream;
+}
+
+void GlobalsReader::ReadRecord() {
+  const std::span<const std::byte> data = records_.Data();
+  switch (records_.Number()) {
+    case biff::kCodePage:
+      if (data.size() >= 2) globals_.code_page = CodePage(LoadU16(data.data()));
+      break;
+    case biff::kDateMode:
+      if (data.size() >= 2) globals_.uses_1904 = LoadU16(data.data()) == 1;
+      break;
+    case biff::kFormat:
+      ReadFormat(data);
+      break;
+    case biff::kXf:
+      xf_formats_.push_back(data.size() >= 4 ? LoadU16(data.data() + 2) : std::uint16_t{0});
+      break;
+    case biff::kBoundSheet:
+      ReadBoundSheet(data);
+      break;
+    case biff::kSst:
+      globals_.strings = records_.Rest();
+      globals_.strings_length = data.size();
+      break;
+    case biff::kExtSst:
+      globals_.string_index = data;
+      break;
+    default:
+      break;
+  }
+}
+
+void GlobalsReader::ReadFormat(std::span<const std::byte> data) {
+  if (data.size() < 3) return;
+  const std::size_t id = LoadU16(data.data());
+  if (id >= written_formats_.size()) written_formats_.resize(id + 1, -1);
+  written_formats_[id] = IsDateFormat(Text(data.subspan(2), globals_.is_biff8 ? 2 : 1));
+}
+
+void GlobalsReader::ReadBoundSheet(std::span<const std::byte> data) {
+  if (data.size() < 7 || globals_.sheets.size() == kMaxSheets) return;
+  SheetInfo sheet;
+  switch (LoadU8(data.data() + 4) & 3) {
+    case 1:
+      sheet.state = SheetState::kHidden;
+      break;
+    case 2:
+      sheet.state = SheetState::kVeryHidden;
+      break;
+    default:
+      break;
+  }
+  switch (LoadU8(data.data() + 5)) {
+    case 1:
+      sheet.kind = SheetKind::kMacro;
+      break;
+    case 2:
+      sheet.kind = SheetKind::kChart;
+      break;
+    case 6:
+      sheet.kind = SheetKind::kModule;
+      break;
+    default:
+      break;
+  }
+  globals_.sheet_offsets.push_back(LoadU32(data.data()));
+  globals_.sheets.push_back(std::move(sheet));
+  names_.push_back(data.subspan(6));
+}
+
+// A FORMAT record can come after the XF that uses it.
+void GlobalsReader::ResolveFormats() {
+  for (const std::uint16_t id : xf_formats_) {
+    const bool is_written = id < written_formats_.size() && written_formats_[id] >= 0;
+    globals_.shows_date.push_back(is_written ? written_formats_[id] != 0 : IsBuiltInDateFormat(id));
+  }
+}
+
+// Not before the end, since the code page may come after the names.
+void GlobalsReader::DecodeNames() {
+  for (std::size_t i = 0; i < names_.size(); ++i) globals_.sheets[i].name = Text(names_[i], 1);
+}
+
+// A text behind its length of one or two bytes; valid until the next call.
+std::string_view GlobalsReader::Text(std::span<const std::byte> data, std::size_t length_size) {
+  scratch_.Clear();
+  if (data.size() < length_size) return {};
+  const std::uint16_t length = length_size == 1 ? LoadU8(data.data()) : LoadU16(data.data());
+  const std::span<const std::byte> rest = data.subspan(length_size);
+  ContinuedData text(rest, rest.size());
+  if (globals_.is_biff8) {
+    AppendUnicodeText(text, length, scratch_);
+  } else {
+    AppendByteText(text, length, globals_.code_page, scratch_);
+  }
+  return scratch_.Text(scratch_.RangeSince(0));
+}
+
+}  // namespace
+
+BiffGlobals ReadBiffGlobals(std::span<const std::byte> stream, bool is_book) {
+  return GlobalsReader(stream, is_book).Read();
+}
+
+}  // namespace korvex

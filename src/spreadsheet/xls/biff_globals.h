@@ -1,0 +1,49 @@
+// What the globals of a workbook stream (BIFF5 to BIFF8) say about its sheets and cells.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "spreadsheet/bytes/code_page.h"
+#include "spreadsheet/cells/workbook_reader.h"
+
+namespace korvex {
+
+// What workbooks of BIFF2 to BIFF4 are refused as.
+inline constexpr char kOldFormat[] = "a spreadsheet in a format older than that of Excel 5";
+
+struct BiffGlobals {
+  bool is_biff8 = true;
+  bool uses_1904 = false;
+  CodePage code_page;  // of BIFF5 texts
+  std::vector<SheetInfo> sheets;
+  std::vector<std::uint32_t> sheet_offsets;  // of their BOF in the stream
+  std::vector<std::uint8_t> shows_date;      // by XF index, 0 or 1
+  // The SST record: its data and the rest of the stream. Empty when there is none.
+  std::span<const std::byte> strings;
+  std::size_t strings_length = 0;
+  // The data of the EXTSST record, which says where every so many of the shared texts begin.
+  std::span<const std::byte> string_index;
+  bool has_end = false;  // the closing EOF was there
+
+  bool ShowsDate(std::uint16_t xf) const { return xf < shows_date.size() && shows_date[xf] != 0; }
+};
+
+// Records used (lengths are minimums, surplus is ignored):
+//   BOF         uint16 version, uint16 kind
+//   CODEPAGE    uint16 number
+//   DATEMODE    uint16 1 for the 1904 date system
+//   FORMAT      uint16 id, text with 16-bit length (BIFF5: 8-bit)
+//   XF          uint16 font, uint16 format id
+//   EXTSST      uint16 texts in a group; for each group uint32 offset in the stream, uint16 offset
+//               in the record, uint16 of no meaning
+//   BOUNDSHEET  uint32 offset, uint8 state, uint8 kind, text with 8-bit length
+// `is_book` tells the version when BOF does not: the stream is called Book. A stream that begins
+// with a worksheet is a workbook of that one sheet. The stream must be clear (biff_decryption.h).
+// Throws Error 1004 (a predicate) for an older version, a stream without BOF, and for records that
+// show damage.
+BiffGlobals ReadBiffGlobals(std::span<const std::byte> stream, bool is_book);
+
+}  // namespace korvex

@@ -1,0 +1,71 @@
+#include "spreadsheet/xls/biff_text.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "spreadsheet/bytes/unicode.h"
+
+namespace korvex {
+namespace {
+
+constexpr std::uint8_t kWide = 0x01;
+constexpr std::uint8_t kPhonetic = 0x04;
+constexpr std::uint8_t kRich = 0x08;
+
+bool AppendCharacters(ContinuedData& data, std::size_t count, bool is_wide, TextArena& out) {
+  Utf16Decoder decoder;
+  for (;;) {
+    const std::size_t here = std::min(count, is_wide ? data.Left() / 2 : data.Left());
+    char* at = out.Reserve((here + 1) * kUtf8PerUnit);
+    if (is_wide) {
+      at = decoder.Append(data.At(), here, at);
+      data.Advance(2 * here);
+    } else {
+      at = Latin1ToUtf8(data.At(), here, decoder.Finish(at));
+      data.Advance(here);
+    }
+    count -= here;
+    const bool is_at_end = count == 0 || !data.NextPiece();
+    if (is_at_end) at = decoder.Finish(at);
+    out.CommitUpTo(at);
+    if (is_at_end) return count == 0;
+    is_wide = (LoadU8(data.At()) & kWide) != 0;
+    data.Advance(1);
+  }
+}
+
+}  // namespace
+
+bool AppendUnicodeText(ContinuedData& data, std::uint16_t count, TextArena& out) {
+  std::uint8_t flags = 0;
+  std::uint16_t runs = 0;
+  std::uint32_t phonetic_size = 0;
+  // Some writers leave the flag byte of an empty text out at the end of a record.
+  if (count == 0 && data.Left() == 0) return true;
+  if (!data.ReadU8(flags)) return false;
+  if ((flags & kRich) != 0 && !data.ReadU16(runs)) return false;
+  if ((flags & kPhonetic) != 0 && !data.ReadU32(phonetic_size)) return false;
+  if (!AppendCharacters(data, count, (flags & kWide) != 0, out)) return false;
+  if (runs != 0 || phonetic_size != 0) data.Skip(std::uint64_t{runs} * 4 + phonetic_size);
+  return true;
+}
+
+// Characters of two bytes may lie on both sides of a CONTINUE: the pieces are one text.
+bool AppendByteText(ContinuedData& data, std::size_t count, const CodePage& code_page,
+                    TextArena& out) {
+  if (data.Left() >= count) {
+    code_page.AppendText({data.At(), count}, out);
+    data.Advance(count);
+    return true;
+  }
+  std::vector<std::byte> bytes;
+  do {
+    const std::size_t here = std::min(count - bytes.size(), data.Left());
+    bytes.insert(bytes.end(), data.At(), data.At() + here);
+    data.Advance(here);
+  } while (bytes.size() < count && data.NextPiece());
+  code_page.AppendText(bytes, out);
+  return bytes.size() == count;
+}
+
+}  // namespace korvex

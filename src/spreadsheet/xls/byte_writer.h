@@ -1,0 +1,70 @@
+// Little-endian values on their way into a file, a block at a time.
+//
+// Without a file the writer only counts: a first pass learns the sizes that the headers of the
+// second one need, by the same code.
+#pragma once
+
+#include <bit>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <type_traits>
+#include <vector>
+
+#include "spreadsheet/xls/biff_records.h"
+
+namespace korvex {
+
+class ReplacementFile;
+
+// Values whose width in the file is their width in memory; a plain int has no place in a format.
+template <typename T>
+concept FixedWidth = std::unsigned_integral<T> || std::same_as<T, double> || std::is_enum_v<T>;
+
+class ByteWriter {
+ public:
+  // `file` may be null and must outlive the writer. What is buffered when the writer is destroyed
+  // is lost: call Flush.
+  explicit ByteWriter(ReplacementFile* file);
+  ByteWriter(const ByteWriter&) = delete;
+  ByteWriter& operator=(const ByteWriter&) = delete;
+
+  // Bytes taken so far.
+  std::uint64_t Position() const { return flushed_ + used_; }
+
+  template <FixedWidth... T>
+  void Put(T... values) {
+    static_assert(std::endian::native == std::endian::little);
+    std::byte* at = Reserve((sizeof(T) + ... + 0));
+    ((std::memcpy(at, &values, sizeof(T)), at += sizeof(T)), ...);
+  }
+
+  // A whole BIFF record; its length is the fields' own.
+  template <FixedWidth... T>
+  void PutRecord(biff::Record number, T... fields) {
+    Put(number, static_cast<std::uint16_t>((sizeof(T) + ... + 0)), fields...);
+  }
+
+  void PutBytes(std::span<const std::byte> bytes);
+  void PutRepeated(std::byte value, std::uint64_t count);
+  void Flush();
+
+ private:
+  static constexpr std::size_t kBufferSize = 64 * 1024;
+
+  std::byte* Reserve(std::size_t size) {
+    if (used_ + size > kBufferSize) Flush();
+    std::byte* at = buffer_.data() + used_;
+    used_ += size;
+    return at;
+  }
+
+  ReplacementFile* file_;
+  std::vector<std::byte> buffer_;
+  std::size_t used_ = 0;
+  std::uint64_t flushed_ = 0;
+};
+
+}  // namespace korvex

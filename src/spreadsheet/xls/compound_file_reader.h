@@ -1,0 +1,96 @@
+// Reads streams out of a compound file; compound_file.h has the layout.
+//
+// Damage is tolerated as long as the stream that is wanted can still be followed: wrong counts, ids
+// beyond the end, a short last sector, streams that share sectors. A chain that runs in a circle is
+// refused (Error 1004, a predicate as refusal.h explains). No allocation exceeds the file's size.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvex {
+
+// Whether the bytes begin as a compound file does.
+bool IsCompoundFile(std::span<const std::byte> bytes);
+
+// Memory that is reused from file to file.
+struct CompoundBuffers {
+  std::vector<std::uint32_t> fat;
+  std::vector<std::uint32_t> mini_fat;
+  std::vector<std::uint32_t> chain;
+  std::vector<std::byte> directory;
+  std::vector<std::byte> mini_stream;
+};
+
+struct CompoundStream {
+  std::span<const std::byte> bytes;
+  // Sectors of the stream lie beyond the end of the file.
+  bool is_cut = false;
+};
+
+class CompoundFileReader {
+ public:
+  // Pads `file` with zeros to whole sectors. File and buffers must outlive the reader.
+  CompoundFileReader(std::vector<std::byte>& file, CompoundBuffers& buffers);
+
+  // Number of the entry of a stream or storage, or -1: one of the root storage, or anywhere, also
+  // in embedded objects. Letter case is ignored; `name` is ASCII.
+  int FindInRoot(std::string_view name) const;
+  int FindAnywhere(std::string_view name) const;
+
+  // A part of the file itself where the sectors lie in sequence, else assembled in `storage`.
+  CompoundStream Read(int index, std::vector<std::byte>& storage);
+
+  // Whether entries can be missing because the file ends before the directory does.
+  bool IsDirectoryCut() const { return is_directory_cut_; }
+
+  // "ends after 12,288 of 40,960 bytes": the cause when a stream is cut. The size of the complete
+  // file is what the FAT tells; "of at least" when much of the FAT itself can be missing.
+  std::string CutCause() const;
+
+ private:
+  // Sector ids of the chain; `is_complete` when it ended as a chain should.
+  struct Chain {
+    std::span<const std::uint32_t> ids;
+    bool is_complete = false;
+  };
+
+  void LoadFat();
+  void LoadFatSector(std::uint32_t id);
+  std::size_t PresentSize(std::size_t id) const;
+  std::uint64_t CompleteSize() const;
+  void LoadDirectory();
+  void LoadMiniStream();
+  Chain Follow(std::uint32_t first, const std::vector<std::uint32_t>& table, std::size_t limit,
+               const char* what);
+  std::span<const std::byte> Join(std::span<const std::uint32_t> ids,
+                                  std::span<const std::byte> area, std::size_t unit,
+                                  std::vector<std::byte>& storage) const;
+  bool ReachesPadding(const Chain& chain, std::size_t size) const;
+  std::span<const std::byte> Entry(int index) const;
+  bool HasName(int index, std::string_view name) const;
+  int EntryCount() const;
+  std::vector<int> RootChildren() const;
+
+  std::span<const std::byte> header_;
+  std::span<const std::byte> sectors_;  // everything behind the header
+  std::size_t file_size_ = 0;
+  std::size_t sector_size_ = 0;
+  std::size_t sector_count_ = 0;
+  std::uint64_t fat_capacity_ = 0;     // sectors that the FAT is made for
+  std::uint32_t last_fat_sector_ = 0;  // highest id of a sector of the FAT
+  bool is_fat_cut_ = false;
+  bool is_directory_cut_ = false;
+  bool has_mini_stream_ = false;
+  bool is_mini_stream_cut_ = false;
+  std::vector<int> root_children_;
+  std::span<const std::byte> directory_;
+  std::span<const std::byte> mini_stream_;
+  CompoundBuffers& buffers_;
+};
+
+}  // namespace korvex

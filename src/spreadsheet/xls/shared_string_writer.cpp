@@ -1,0 +1,164 @@
+#include "spreadsheet/xls/shared_string_writer.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "spreadsheet/xls/byte_writer.h"
+#include "text/utf16.h"
+
+namespace korvex {
+
+namespace {
+
+using U8 = std::uint8_t;
+using U16 = std::uint16_t;
+using U32 = std::uint32_t;
+
+constexpr std::size_t kStringHeaderSize = 3;
+constexpr U8 kWideUnits = 1;
+// An EXTSST that fits into one record takes at most this many buckets.
+constexpr std::size_t kMaxBuckets = 1024;
+constexpr std::size_t kMinBucketStrings = 8;
+
+bool IsAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+bool IsHighSurrogate(char16_t unit) {
+  return (unit & 0xFC00) == 0xD800;
+}
+
+// Collects the data of one record at a time, as its length stands in front of it.
+class StringRecords {
+ public:
+  explicit StringRecords(ByteWriter& out) : out_(out) {}
+
+  // Offset of the next string from the start of its record.
+  std::size_t OffsetInRecord() const { return biff::kRecordHeaderSize + used_; }
+
+  template <typename T>
+  void Put(T value) {
+    std::memcpy(data_.data() + used_, &value, sizeof(T));
+    used_ += sizeof(T);
+  }
+
+  // Makes sure that the next `size` bytes lie in one record.
+  void KeepTogether(std::size_t size) {
+    if (used_ + size > data_.size()) EndRecord();
+  }
+
+  template <typename Unit>
+  void PutUnits(std::basic_string_view<Unit> units) {
+    for (;;) {
+      std::size_t part = std::min(units.size(), (data_.size() - used_) / sizeof(Unit));
+      if constexpr (sizeof(Unit) == 2) {
+        if (part > 0 && part < units.size() && IsHighSurrogate(units[part - 1])) --part;
+      }
+      std::memcpy(data_.data() + used_, units.data(), part * sizeof(Unit));
+      used_ += part * sizeof(Unit);
+      units.remove_prefix(part);
+      if (units.empty()) return;
+      EndRecord();
+      Put(sizeof(Unit) == 2 ? kWideUnits : U8{0});
+    }
+  }
+
+  void EndRecord() {
+    out_.Put(number_, static_cast<U16>(used_));
+    out_.PutBytes({data_.data(), used_});
+    number_ = biff::kContinue;
+    used_ = 0;
+  }
+
+ private:
+  ByteWriter& out_;
+  biff::Record number_ = biff::kSst;
+  std::array<std::byte, biff::kMaxRecordData> data_;
+  std::size_t used_ = 0;
+};
+
+// A text on its way into the table, in the narrowest form that holds it.
+class TableString {
+ public:
+  explicit TableString(std::string_view utf8) {
+    if (IsAscii(utf8)) {
+      narrow_view_ = utf8;
+      return;
+    }
+    ToUtf16(utf8, wide_);
+    is_wide_ = std::any_of(wide_.begin(), wide_.end(), [](char16_t unit) { return unit > 0xFF; });
+    if (is_wide_) return;
+    std::transform(wide_.begin(), wide_.end(), std::back_inserter(narrow_),
+                   [](char16_t unit) { return static_cast<char>(unit); });
+    narrow_view_ = narrow_;
+  }
+  TableString(const TableString&) = delete;
+  TableString& operator=(const TableString&) = delete;
+
+  // What has to lie in front of the first split.
+  std::size_t HeadSize() const {
+    constexpr std::size_t kSurrogatePair = 4;
+    return kStringHeaderSize + (is_wide_ ? std::min(wide_.size() * 2, kSurrogatePair)
+                                         : std::min<std::size_t>(narrow_view_.size(), 1));
+  }
+
+  void PutInto(StringRecords& records) const {
+    records.Put(static_cast<U16>(is_wide_ ? wide_.size() : narrow_view_.size()));
+    records.Put(is_wide_ ? kWideUnits : U8{0});
+    if (is_wide_) {
+      records.PutUnits(std::u16string_view(wide_));
+    } else {
+      records.PutUnits(narrow_view_);
+    }
+  }
+
+ private:
+  bool is_wide_ = false;
+  std::u16string wide_;
+  std::string narrow_;
+  std::string_view narrow_view_;
+};
+
+struct Bucket {
+  U32 stream_offset;
+  U16 record_offset;
+};
+
+void WriteBuckets(ByteWriter& out, std::size_t strings_a_bucket,
+                  const std::vector<Bucket>& buckets) {
+  out.Put(biff::kExtSst, static_cast<U16>(2 + buckets.size() * 8));
+  out.Put(static_cast<U16>(strings_a_bucket));
+  for (const Bucket& bucket : buckets) out.Put(bucket.stream_offset, bucket.record_offset, U16{0});
+}
+
+}  // namespace
+
+SharedStringWriter::SharedStringWriter(const TextPool& texts)
+    : texts_(texts), index_of_text_(texts.Count(), kUnused) {}
+
+void SharedStringWriter::Write(ByteWriter& out, std::uint64_t stream_start,
+                               std::uint64_t references) const {
+  const std::size_t count = text_of_index_.size();
+  const std::size_t strings_a_bucket =
+      std::max(kMinBucketStrings, (count + kMaxBuckets - 1) / kMaxBuckets);
+  std::vector<Bucket> buckets;
+  StringRecords records(out);
+  records.Put(static_cast<U32>(references));
+  records.Put(static_cast<U32>(count));
+  for (std::size_t i = 0; i < count; ++i) {
+    const TableString string(texts_.Text(text_of_index_[i]));
+    records.KeepTogether(string.HeadSize());
+    if (i % strings_a_bucket == 0) {
+      const std::size_t offset = records.OffsetInRecord();
+      buckets.push_back(
+          {static_cast<U32>(out.Position() - stream_start + offset), static_cast<U16>(offset)});
+    }
+    string.PutInto(records);
+  }
+  records.EndRecord();
+  WriteBuckets(out, strings_a_bucket, buckets);
+}
+
+}  // namespace korvex

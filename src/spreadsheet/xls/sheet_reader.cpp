@@ -1,0 +1,406 @@
+#include "spreadsheet/xls/sheet_reader.h"
+
+#include <algorithm>
+#include <bit>
+#include <string>
+
+#include "spreadsheet/bytes/refusal.h"
+#include "spreadsheet/cells/cell_place.h"
+#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/xls/biff_records.h"
+#include "spreadsheet/xls/biff_text.h"
+#include "spreadsheet/xls/formula_check.h"
+#include "spreadsheet/xls/record_forms.h"
+#include "text/text.h"
+
+namespace korvex {
+namespace {
+
+std::uint16_t Row(const std::byte* cell) {
+  return LoadU16(cell);
+}
+std::uint16_t Column(const std::byte* cell) {
+  return LoadU16(cell + 2);
+}
+std::uint16_t Xf(const std::byte* cell) {
+  return LoadU16(cell + 4);
+}
+
+// Bit 0: the number is divided by 100. Bit 1: the other 30 bits are an integer, else they are the
+// upper bits of a double.
+double RkNumber(std::uint32_t rk) {
+  const double number = (rk & 2) != 0 ? static_cast<std::int32_t>(rk) >> 2
+                                      : std::bit_cast<double>(std::uint64_t{rk & ~3u} << 32);
+  return (rk & 1) != 0 ? number / 100 : number;
+}
+
+constexpr int kMostNullRecords = 8;  // writers leave a few zeros between records
+constexpr int kMostGap = 32;         // columns between a cell and the next one of its row
+constexpr int kRecordsAhead = 4;
+constexpr std::size_t kMostInFront = 512;  // bytes of an unknown record in front of all cells
+constexpr std::size_t kFormulaHead = 22;   // in front of the formula itself
+constexpr std::uint16_t kCalculateOnLoad = 2;
+constexpr std::size_t kMostDoubted = 1000;
+
+}  // namespace
+
+void SheetReader::Read(std::span<const std::byte> stream, std::size_t offset) {
+  records_ = RecordReader(stream, offset);
+  ReadRecords();
+  bytes_read_ = records_.NextOffset() - offset;
+}
+
+void SheetReader::ReadRecords() {
+  depth_ = 0;
+  null_records_ = 0;
+  awaits_string_ = false;
+  maybe_lost_.reset();
+  has_rows_ = false;
+  while (records_.Next()) {
+    const std::uint16_t number = records_.Number();
+    // Some writers begin a sheet without its BOF.
+    if (depth_ == 0 && number != biff::kBof) depth_ = 1;
+    if (number == biff::kBof) {
+      ++depth_;
+    } else if (number == biff::kEof) {
+      if (!records_.Data().empty()) RefuseRecord("would end the sheet, but holds data");
+      if (--depth_ == 0) return EndFormula();
+    } else if (depth_ == 1) {
+      ReadRecord(number, records_.Data());
+    }
+  }
+  RefuseEnd();
+}
+
+// A record of a cell holds at least what its kind needs. A formula's text does not come behind the
+// next cell.
+[[gnu::always_inline]] inline void SheetReader::StartCell(std::span<const std::byte> data,
+                                                          std::size_t minimum) {
+  if (data.size() < minimum) RefuseRecord("is too short for its kind");
+  if (awaits_string_) EndFormula();
+  if (maybe_lost_) RefuseLostCell();
+  CheckColumn(Row(data.data()), Column(data.data()));
+}
+
+// The same where the kind has one size.
+[[gnu::always_inline]] inline void SheetReader::StartFixedCell(std::span<const std::byte> data,
+                                                               std::size_t size) {
+  StartCell(data, size);
+  if (data.size() != size) CheckOddLength();
+}
+
+[[gnu::always_inline]] inline void SheetReader::CheckColumn(std::uint16_t row,
+                                                            std::uint16_t column) {
+  if (column >= biff::kMaxColumns) RefuseOutside({row, column});
+}
+
+void SheetReader::ReadRecord(std::uint16_t number, std::span<const std::byte> data) {
+  switch (number) {
+    case biff::kNumber:
+      StartFixedCell(data, 14);
+      return ReadNumber(data.data());
+    case biff::kRk:
+      StartFixedCell(data, 10);
+      return ReadRk(data.data());
+    case biff::kLabelSst:
+      StartFixedCell(data, 10);
+      return ReadLabelSst(data.data());
+    case biff::kFormula:
+    case biff::kFormulaBiff3:
+    case biff::kFormulaBiff4:
+      StartCell(data, 16);
+      return ReadFormula(data);
+    case biff::kString:
+      return ReadString();
+    case biff::kMulRk:
+      StartCell(data, 12);
+      return ReadMulRk(data);
+    case biff::kLabel:
+    case biff::kRString:
+      StartCell(data, 8);
+      return ReadLabel(data.data());
+    case biff::kBoolErr:
+      StartFixedCell(data, 8);
+      return ReadBoolErr(data.data());
+    case biff::kBlank:
+      return ReadBlanks(data, 6);
+    case biff::kMulBlank:
+      return ReadBlanks(data, 8);
+    default:
+      return PassOver(number, data);
+  }
+}
+
+// Of records that are no cells only the form is looked at: where it cannot be, the reader has lost
+// its way, and cells with it.
+void SheetReader::PassOver(std::uint16_t number, std::span<const std::byte> data) {
+  const bool is_null = number == 0 && data.empty();
+  null_records_ = is_null ? null_records_ + 1 : 0;
+  if (null_records_ > kMostNullRecords) RefuseRecord("is one of many that are nothing but zeros");
+  if (IsTooLong(number, data.size())) RefuseTooLong();
+  if (number == biff::kRow) {
+    has_rows_ = true;
+    if (data.size() != 16) CheckOddLength();
+  }
+  if (maybe_lost_ && (number == biff::kRow || number == biff::kDbCell)) RefuseLostCell();
+  if (!BelongsBetweenCells(number)) CheckIsNoCell(number, data);
+}
+
+// A cell whose record number was damaged is of an unknown kind, or of one that does not stand
+// between cells, and begins with a place that is free and due: the next in its row, or at the
+// beginning of the next row. It is told when more cells follow; what stands behind the cells may be
+// of any kind.
+void SheetReader::CheckIsNoCell(std::uint16_t number, std::span<const std::byte> data) {
+  if (maybe_lost_) return;
+  const bool is_unknown = !IsKnown(number) && (number != 0 || !data.empty());
+  if (cells_.IsUnfilled()) {
+    if (is_unknown && data.size() >= kMostInFront) RefuseRecord("is of no kind that sheets hold");
+    if (is_unknown && has_rows_) maybe_lost_ = records_.Offset();
+    return;
+  }
+  if (is_unknown || HoldsNextPlace(data)) maybe_lost_ = records_.Offset();
+}
+
+bool SheetReader::HoldsNextPlace(std::span<const std::byte> data) const {
+  if (data.size() < 6) return false;
+  const CellPlace last = cells_.LastAdded();
+  const CellPlace place = {Row(data.data()), Column(data.data())};
+  const bool is_next = place.row == last.row
+                           ? place.column > last.column && place.column <= last.column + kMostGap
+                           : place.row == last.row + 1 && place.column <= last.column;
+  const std::size_t formats = globals_.shows_date.size();
+  return is_next && (formats == 0 || Xf(data.data()) < formats);
+}
+
+// A length that its kind does not have is sound where a writer's habit is behind it: then the
+// records that follow are ones of a sheet.
+void SheetReader::CheckOddLength() {
+  if (IsTooLong(records_.Number(), records_.Data().size())) RefuseTooLong();
+  RecordReader ahead = records_;
+  for (int i = 0; i < kRecordsAhead && ahead.Next() && ahead.Number() != biff::kEof; ++i) {
+    const bool is_null = ahead.Number() == 0 && ahead.Data().empty();
+    if (!is_null && !IsSheetRecord(ahead.Number(), ahead.Data().size())) {
+      RefuseRecord("has " + GroupedDigits(records_.Data().size()) +
+                   " bytes of data, and no record of a worksheet stands behind them");
+    }
+  }
+}
+
+void SheetReader::RefuseRecord(const std::string& what) const {
+  Refuse("is damaged: in sheet \"" + std::string(sheet_) + "\" the record at byte " +
+         GroupedDigits(records_.Offset()) + " of the workbook stream " + what);
+}
+
+void SheetReader::RefuseTooLong() const {
+  RefuseRecord("has " + GroupedDigits(records_.Data().size()) +
+               " bytes of data, more than its kind can");
+}
+
+void SheetReader::RefuseLostCell() const {
+  Refuse("is damaged: in sheet \"" + std::string(sheet_) + "\" the record at byte " +
+         GroupedDigits(*maybe_lost_) +
+         " of the workbook stream stands between cells, where none of its kind does");
+}
+
+void SheetReader::RefuseEnd() const {
+  const std::optional<RecordReader::Header> header = records_.PeekHeader();
+  const std::string where = "is damaged: in sheet \"" + std::string(sheet_) + "\" the ";
+  if (!header) {
+    Refuse(where + "records end at byte " + GroupedDigits(records_.NextOffset()) +
+           " of the workbook stream without the one that closes the sheet (EOF)");
+  }
+  Refuse(where + "record at byte " + GroupedDigits(records_.NextOffset()) +
+         " of the workbook stream reaches beyond the end of the stream");
+}
+
+void SheetReader::ReadNumber(const std::byte* data) {
+  AddNumber(Row(data), Column(data), Xf(data), LoadF64(data + 6));
+}
+
+void SheetReader::ReadRk(const std::byte* data) {
+  AddNumber(Row(data), Column(data), Xf(data), RkNumber(LoadU32(data + 6)));
+}
+
+// The last column stands at the end: it has to agree with the number of cells.
+void SheetReader::ReadMulRk(std::span<const std::byte> data) {
+  const std::uint16_t row = Row(data.data());
+  const std::uint16_t first = Column(data.data());
+  const std::size_t end = data.size() - 2 - (data.size() - 6) % 6;
+  const std::uint16_t last = LoadU16(data.data() + end);
+  if (last != first + (end - 4) / 6 - 1) {
+    RefuseRecord("holds the cells of other columns than it says");
+  }
+  if (end + 2 != data.size()) CheckOddLength();
+  CheckColumn(row, last);
+  std::uint16_t column = first;
+  for (std::size_t at = 4; at < end; at += 6) {
+    AddNumber(row, column++, LoadU16(data.data() + at), RkNumber(LoadU32(data.data() + at + 2)));
+  }
+}
+
+void SheetReader::ReadBlanks(std::span<const std::byte> data, std::size_t minimum) {
+  if (data.size() < minimum) RefuseRecord("is too short for its kind");
+  if (awaits_string_) EndFormula();
+  const std::uint16_t first = Column(data.data());
+  int count = 1;
+  if (records_.Number() == biff::kMulBlank) {
+    count = static_cast<int>(data.size() - 6) / 2;
+  } else if (data.size() >= 14) {
+    // A number that lost one bit of its record's number.
+    RefuseTooLong();
+  }
+  count = std::min(count, biff::kMaxColumns - first);
+  if (count > 0) cells_.AddBlanks(Row(data.data()), first, count);
+}
+
+void SheetReader::ReadLabelSst(const std::byte* data) {
+  const std::uint32_t index = LoadU32(data + 6);
+  if (index >= strings_.Count()) {
+    Refuse("is damaged: cell " + CellName({Row(data), Column(data)}) + " shows text number " +
+           GroupedDigits(std::uint64_t{index} + 1) + " of the workbook's texts, of which " +
+           GroupedDigits(strings_.Count()) + " can be read");
+  }
+  cells_.AddSharedText(Row(data), Column(data), strings_.Range(index));
+}
+
+void SheetReader::ReadLabel(const std::byte* data) {
+  cells_.AddOwnText(Row(data), Column(data), ReadText(6));
+}
+
+void SheetReader::ReadBoolErr(const std::byte* data) {
+  const std::uint8_t value = LoadU8(data + 6);
+  if (LoadU8(data + 7) != 0) {
+    AddError(data, value);
+  } else {
+    AddBoolean(data, value);
+  }
+}
+
+void SheetReader::ReadFormula(std::span<const std::byte> record) {
+  const std::byte* const data = record.data();
+  const std::byte* const result = data + 6;
+  asks_for_calculation_ = (LoadU16(data + 14) & kCalculateOnLoad) != 0;
+  formula_ = {};
+  if (record.size() >= kFormulaHead) {
+    const std::size_t size = LoadU16(data + kFormulaHead - 2);
+    if (record.size() < kFormulaHead + size) RefuseRecord("is too short for its formula");
+    // The constants of a formula may stand behind it.
+    if (record.size() != kFormulaHead + size) CheckOddLength();
+    formula_ = record.subspan(kFormulaHead, size);
+  }
+  if (LoadU16(result + 6) != 0xFFFF) {
+    const double number = LoadF64(result);
+    AddNumber(Row(data), Column(data), Xf(data), number);
+    return DoubtFormula(number == 0, false);
+  }
+  switch (LoadU8(result)) {
+    case 0:
+      awaits_string_ = true;
+      return cells_.AddOwnText(Row(data), Column(data), {});
+    case 3:
+      cells_.AddOwnText(Row(data), Column(data), {});
+      return DoubtFormula(true, true);
+    case 1:
+      AddBoolean(data, LoadU8(result + 2));
+      break;
+    case 2:
+      AddError(data, LoadU8(result + 2));
+      break;
+    default:
+      AddError(data, kNoValueError);
+  }
+  DoubtFormula(false, false);
+}
+
+// Some writers store zeros or empty texts and ask for calculation, others store empty texts and ask
+// for nothing.
+void SheetReader::DoubtFormula(bool is_zero, bool is_text) {
+  const DoubtGround ground =
+      asks_for_calculation_ ? DoubtGround::kAsksForCalculation : DoubtGround::kEmptyText;
+  const bool is_doubted = is_zero && (asks_for_calculation_ || is_text);
+  cells_.DoubtLast(ground, is_doubted);
+  if (is_doubted && doubted_.size() < kMostDoubted) {
+    doubted_.push_back({formula_, ground, is_text});
+  }
+}
+
+// A formula that gives something else shows that nobody calculated any. Where calculation is asked
+// for, so do those that cannot be worked out and look at cells with something in them, if no other
+// turns out true.
+bool SheetReader::IsFalse(DoubtGround ground) const {
+  bool is_true = false;
+  bool is_doubted = false;
+  for (const DoubtedFormula& formula : doubted_) {
+    if (formula.ground != ground) continue;
+    switch (CheckEmptyResult(formula.tokens, formula.is_text, globals_.is_biff8, cells_)) {
+      case ResultCheck::kFalse:
+        return true;
+      case ResultCheck::kTrue:
+        is_true = true;
+        break;
+      case ResultCheck::kDoubted:
+        is_doubted = true;
+        break;
+      case ResultCheck::kUnknown:
+        break;
+    }
+  }
+  return ground == DoubtGround::kAsksForCalculation && is_doubted && !is_true;
+}
+
+// The result of the formula that came last; a shared formula or an array can stand between.
+void SheetReader::ReadString() {
+  if (!awaits_string_) return CheckIsNoCell(biff::kString, records_.Data());
+  if (records_.Data().size() < 2) RefuseRecord("is too short for its kind");
+  const TextRange text = ReadText(0);
+  cells_.ReplaceLastText(text);
+  DoubtFormula(text.length == 0, true);
+  awaits_string_ = false;
+}
+
+// A formula whose text never came has no result.
+void SheetReader::EndFormula() {
+  if (awaits_string_) cells_.LoseLast();
+  awaits_string_ = false;
+}
+
+// The text of the present record whose length stands at an offset.
+TextRange SheetReader::ReadText(std::size_t length_offset) {
+  const std::uint16_t length = LoadU16(records_.Data().data() + length_offset);
+  ContinuedData data(records_.Rest(), records_.Data().size());
+  data.Advance(length_offset + 2);
+  TextArena& arena = cells_.OwnTexts();
+  const std::uint32_t start = arena.Size();
+  const bool is_whole = globals_.is_biff8 ? AppendUnicodeText(data, length, arena)
+                                          : AppendByteText(data, length, globals_.code_page, arena);
+  if (!is_whole) RefuseRecord("ends before its text does");
+  return arena.RangeSince(start);
+}
+
+void SheetReader::AddNumber(std::uint16_t row, std::uint16_t column, std::uint16_t xf,
+                            double number) {
+  const TypedNumber typed = TypeNumber(number, globals_.ShowsDate(xf), globals_.uses_1904);
+  cells_.AddNumber(row, column, typed.kind, typed.number);
+}
+
+void SheetReader::AddBoolean(const std::byte* cell, std::uint8_t value) {
+  cells_.AddNumber(Row(cell), Column(cell), CellKind::kBoolean, value != 0 ? 1 : 0);
+}
+
+void SheetReader::AddError(const std::byte* cell, std::uint8_t code) {
+  switch (code) {
+    case 0:
+    case 7:
+    case 15:
+    case 23:
+    case 29:
+    case 36:
+    case 42:
+      break;
+    default:
+      code = kNoValueError;
+  }
+  cells_.AddNumber(Row(cell), Column(cell), CellKind::kError, code);
+}
+
+}  // namespace korvex

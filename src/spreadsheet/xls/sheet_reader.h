@@ -1,0 +1,101 @@
+// Reads the cells of one sheet out of a workbook stream (BIFF5 to BIFF8).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "spreadsheet/xls/biff_globals.h"
+#include "spreadsheet/xls/record_reader.h"
+
+namespace korvex {
+
+// The records of a sheet are taken as they come; row blocks and indices are not used. Embedded
+// charts, which are sub-streams of their own with cells in them, are passed over. A number whose
+// format shows a date becomes a Date, counted in the 1900 date system, as long as it lies within
+// the years 1900 to 9999; an infinite number becomes #NUM!.
+//
+// Cells begin with uint16 row, uint16 column, uint16 XF (offset 6 behind that):
+//   NUMBER double · RK uint32 · LABELSST uint32 index · LABEL, RSTRING uint16 length, text
+//   BOOLERR uint8 value, uint8 1 for an error · BLANK nothing
+//   FORMULA 8 bytes of result: a double, or type in byte 0 and 0xFFFF in the last two bytes
+//   (0 text, in the STRING record that follows; 1 Boolean and 2 error, in byte 2; 3 ""); uint16
+//   flags (bit 1: calculate on load), uint32 of no meaning, uint16 length of the formula, formula
+// and several in one:
+//   MULRK uint16 row, uint16 first column, {uint16 XF, uint32 RK} …, uint16 last column
+//   MULBLANK uint16 row, uint16 first column, uint16 XF …, uint16 last column
+class SheetReader {
+ public:
+  // `sheet` is the name that refusals call the sheet by.
+  SheetReader(const BiffGlobals& globals, const SharedStrings& strings, std::string_view sheet,
+              SheetCells& cells)
+      : globals_(globals), strings_(strings), sheet_(sheet), cells_(cells) {}
+
+  // Reads from the sheet's BOF at `offset` to its EOF. Error 1004 (a predicate) with the byte's
+  // number for a sheet without EOF and for records that show damage; for a text that is not in the
+  // shared strings, and for a value outside of the sheet.
+  void Read(std::span<const std::byte> stream, std::size_t offset);
+  // Whether the zeros and empty texts that are doubted on a ground cannot be true. To be called
+  // when the cells are finished, and there are no others on that ground.
+  bool IsFalse(DoubtGround ground) const;
+  // Bytes of the stream that have been read.
+  std::size_t BytesRead() const { return bytes_read_; }
+
+ private:
+  void ReadRecords();
+  void ReadRecord(std::uint16_t number, std::span<const std::byte> data);
+  void StartCell(std::span<const std::byte> data, std::size_t minimum);
+  void StartFixedCell(std::span<const std::byte> data, std::size_t size);
+  static void CheckColumn(std::uint16_t row, std::uint16_t column);
+  void PassOver(std::uint16_t number, std::span<const std::byte> data);
+  void CheckIsNoCell(std::uint16_t number, std::span<const std::byte> data);
+  bool HoldsNextPlace(std::span<const std::byte> data) const;
+  void CheckOddLength();
+  [[noreturn]] void RefuseRecord(const std::string& what) const;
+  [[noreturn]] void RefuseTooLong() const;
+  [[noreturn]] void RefuseLostCell() const;
+  [[noreturn]] void RefuseEnd() const;
+  void ReadNumber(const std::byte* data);
+  void ReadRk(const std::byte* data);
+  void ReadMulRk(std::span<const std::byte> data);
+  void ReadBlanks(std::span<const std::byte> data, std::size_t minimum);
+  void ReadLabel(const std::byte* data);
+  void ReadLabelSst(const std::byte* data);
+  void ReadBoolErr(const std::byte* data);
+  void ReadFormula(std::span<const std::byte> record);
+  void DoubtFormula(bool is_zero, bool is_text);
+  void ReadString();
+  void EndFormula();
+  TextRange ReadText(std::size_t length_offset);
+  void AddNumber(std::uint16_t row, std::uint16_t column, std::uint16_t xf, double number);
+  void AddBoolean(const std::byte* cell, std::uint8_t value);
+  void AddError(const std::byte* cell, std::uint8_t code);
+
+  struct DoubtedFormula {
+    std::span<const std::byte> tokens;
+    DoubtGround ground;
+    bool is_text;
+  };
+
+  const BiffGlobals& globals_;
+  const SharedStrings& strings_;
+  std::string_view sheet_;
+  SheetCells& cells_;
+  RecordReader records_{{}, 0};
+  std::size_t bytes_read_ = 0;
+  int depth_ = 0;          // of sub-streams
+  int null_records_ = 0;   // in a row
+  bool has_rows_ = false;  // ROW records so far
+  bool awaits_string_ = false;
+  // The last formula.
+  bool asks_for_calculation_ = false;
+  std::span<const std::byte> formula_;
+  std::vector<DoubtedFormula> doubted_;    // the first ones of the sheet
+  std::optional<std::size_t> maybe_lost_;  // offset of a record that may be a cell's
+};
+
+}  // namespace korvex

@@ -1,0 +1,246 @@
+#include "spreadsheet/xlsx/xlsx_globals.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <map>
+
+#include "spreadsheet/bytes/refusal.h"
+#include "spreadsheet/cells/number_format.h"
+#include "spreadsheet/xlsx/xlsx_names.h"
+
+namespace korvex {
+namespace {
+
+using xlsx::kMain;
+
+// A part's folder becomes part of every name that its relationships give.
+constexpr std::size_t kLongestPartName = 1024;
+
+struct Relationship {
+  std::string id;
+  std::string kind;  // "worksheet"
+  std::string part;
+};
+
+void ParsePart(const ZipArchive& archive, const std::string& part, ReadBudget& budget,
+               XmlHandler& handler) {
+  ZipPartReader reader(archive, part, budget);
+  ParseXml([&](std::span<char> room) { return reader.Read(room); }, part, xlsx::kNamespaces,
+           handler);
+}
+
+std::string FolderOf(std::string_view part) {
+  return std::string(part.substr(0, part.rfind('/') + 1));
+}
+
+// "../media/x" as seen from "xl/worksheets/" is "xl/media/x".
+std::string ResolveTarget(std::string folder, std::string_view target) {
+  if (target.starts_with('/') || target.starts_with('\\')) folder.clear();
+  while (!target.empty()) {
+    const std::size_t end = target.find_first_of("/\\");
+    const std::string_view step = target.substr(0, end);
+    const bool is_last = end == std::string_view::npos;
+    target.remove_prefix(is_last ? target.size() : end + 1);
+    if (step == "..") {
+      if (!folder.empty()) folder.pop_back();
+      folder.resize(folder.rfind('/') + 1);
+    } else if (!step.empty() && step != ".") {
+      folder += step;
+      if (!is_last) folder += '/';
+    }
+  }
+  return folder;
+}
+
+class RelationshipsHandler : public XmlHandler {
+ public:
+  RelationshipsHandler(std::string folder, std::size_t most)
+      : folder_(std::move(folder)), most_(most) {}
+
+  bool StartElement(const XmlElement& element) override {
+    if (element.Depth() == 1) return element.Is(xlsx::kPackage, "Relationships");
+    const char* const id = element.Attribute("Id");
+    const char* const type = element.Attribute("Type");
+    const char* const target = element.Attribute("Target");
+    const char* const mode = element.Attribute("TargetMode");
+    const bool is_external = mode != nullptr && std::string_view(mode) == "External";
+    if (element.Is(xlsx::kPackage, "Relationship") && id != nullptr && type != nullptr &&
+        target != nullptr && !is_external && found.size() < most_) {
+      const std::string_view kind(type);
+      std::string part = ResolveTarget(folder_, target);
+      if (std::max({part.size(), kind.size(), std::strlen(id)}) > kLongestPartName) return false;
+      found.push_back({id, std::string(kind.substr(kind.rfind('/') + 1)), std::move(part)});
+    }
+    return false;
+  }
+
+  std::vector<Relationship> found;
+
+ private:
+  std::string folder_;
+  std::size_t most_;
+};
+
+// What a part refers to; at most one relationship for each part of the archive.
+std::vector<Relationship> ReadRelationships(const ZipArchive& archive, const std::string& part,
+                                            ReadBudget& budget) {
+  const std::string folder = FolderOf(part);
+  const std::string list = folder + "_rels/" + part.substr(folder.size()) + ".rels";
+  RelationshipsHandler handler(folder, archive.PartCount());
+  if (archive.Has(list)) ParsePart(archive, list, budget, handler);
+  return std::move(handler.found);
+}
+
+SheetKind KindOf(const Relationship& relationship) {
+  if (relationship.kind == "chartsheet") return SheetKind::kChart;
+  if (relationship.kind == "dialogsheet") return SheetKind::kDialog;
+  if (relationship.kind.ends_with("acrosheet")) return SheetKind::kMacro;  // xlMacrosheet
+  return SheetKind::kWorksheet;
+}
+
+class WorkbookHandler : public XmlHandler {
+ public:
+  WorkbookHandler(const std::vector<Relationship>& relationships, std::size_t most_sheets,
+                  const ReadBudget& budget, XlsxGlobals& globals)
+      : most_sheets_(most_sheets), budget_(budget), globals_(globals) {
+    for (const Relationship& relationship : relationships) {
+      relationships_.try_emplace(relationship.id, relationship);
+    }
+  }
+
+  bool StartElement(const XmlElement& element) override {
+    if (element.Depth() == 1) return is_workbook_ = element.Is(kMain, "workbook");
+    if (element.Depth() == 2) {
+      if (element.Is(kMain, "workbookPr")) globals_.uses_1904 = element.IsOn("date1904");
+      if (element.Is(kMain, "calcPr")) {
+        globals_.calculates_on_load = element.IsOn("fullCalcOnLoad");
+      }
+      return element.Is(kMain, "sheets");
+    }
+    if (element.Is(kMain, "sheet")) AddSheet(element);
+    return false;
+  }
+
+  bool IsWorkbook() const { return is_workbook_; }
+
+ private:
+  void AddSheet(const XmlElement& element) {
+    if (globals_.sheets.size() == most_sheets_) {
+      Refuse("is damaged: it lists more sheets than its zip archive has parts");
+    }
+    SheetInfo sheet;
+    if (const char* const name = element.Attribute("name")) sheet.name = name;
+    if (const char* const state = element.Attribute("state")) {
+      if (std::string_view(state) == "hidden") sheet.state = SheetState::kHidden;
+      if (std::string_view(state) == "veryHidden") sheet.state = SheetState::kVeryHidden;
+    }
+    budget_.CheckMemory(names_size_ += sheet.name.size());
+    std::string part;
+    if (const char* const id = element.Attribute(xlsx::kRelations, "id")) {
+      const auto found = relationships_.find(id);
+      if (found != relationships_.end()) {
+        sheet.kind = KindOf(found->second);
+        part = found->second.part;
+      }
+    }
+    globals_.sheets.push_back(std::move(sheet));
+    globals_.sheet_parts.push_back(std::move(part));
+  }
+
+  std::map<std::string_view, const Relationship&> relationships_;  // by id, the first of each
+  std::size_t most_sheets_;
+  const ReadBudget& budget_;
+  std::size_t names_size_ = 0;  // of sheets
+  XlsxGlobals& globals_;
+  bool is_workbook_ = false;
+};
+
+class StylesHandler : public XmlHandler {
+ public:
+  explicit StylesHandler(const ReadBudget& budget) : budget_(budget) {}
+
+  bool StartElement(const XmlElement& element) override {
+    switch (element.Depth()) {
+      case 1:
+        return has_styles_ = element.Is(kMain, "styleSheet");
+      case 2:
+        return element.Is(kMain, "numFmts") || element.Is(kMain, "cellXfs");
+      default:
+        break;
+    }
+    const char* const id_text = element.Attribute("numFmtId");
+    const std::string_view digits(id_text != nullptr ? id_text : "0");
+    int id = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), id);
+    if (element.Is(kMain, "numFmt")) {
+      const char* const code = element.Attribute("formatCode");
+      if (code != nullptr) written_[id] = IsDateFormat(code);
+    } else if (element.Is(kMain, "xf")) {
+      formats_.push_back(id);
+    }
+    budget_.CheckMemory(formats_.size() * sizeof(int) + written_.size() * kFormatMemory);
+    return false;
+  }
+
+  bool HasStyles() const { return has_styles_; }
+  std::vector<std::uint8_t> ShowsDate() const {
+    std::vector<std::uint8_t> shows_date;
+    for (const int id : formats_) {
+      const auto written = written_.find(id);
+      shows_date.push_back(written != written_.end() ? written->second : IsBuiltInDateFormat(id));
+    }
+    return shows_date;
+  }
+
+ private:
+  // What an entry of the map takes up, generously.
+  static constexpr std::size_t kFormatMemory = 64;
+
+  const ReadBudget& budget_;
+  bool has_styles_ = false;
+  std::map<int, bool> written_;  // by id of the number format
+  std::vector<int> formats_;
+};
+
+// Where the main part of the package is.
+std::string FindWorkbookPart(const ZipArchive& archive, ReadBudget& budget) {
+  for (const Relationship& relationship : ReadRelationships(archive, "", budget)) {
+    if (relationship.kind == "officeDocument") return relationship.part;
+  }
+  static constexpr const char* kUsual = "xl/workbook.xml";
+  if (!archive.Has(kUsual)) RefuseAs("a zip archive");
+  return kUsual;
+}
+
+}  // namespace
+
+XlsxGlobals ReadXlsxGlobals(const ZipArchive& archive, ReadBudget& budget) {
+  const std::string part = FindWorkbookPart(archive, budget);
+  if (part.ends_with(".bin")) {
+    Refuse("is an .xlsb workbook, which cannot be read: save it as .xlsx");
+  }
+  if (part.starts_with("word/")) RefuseAs("a Word document");
+  if (part.starts_with("ppt/")) RefuseAs("a PowerPoint presentation");
+  const std::vector<Relationship> relationships = ReadRelationships(archive, part, budget);
+  XlsxGlobals globals;
+  for (const Relationship& relationship : relationships) {
+    if (relationship.kind == "sharedStrings") globals.strings_part = relationship.part;
+    if (relationship.kind == "styles") globals.styles_part = relationship.part;
+  }
+  WorkbookHandler handler(relationships, archive.PartCount(), budget, globals);
+  ParsePart(archive, part, budget, handler);
+  if (!handler.IsWorkbook()) Refuse("is damaged: its part " + part + " does not hold a workbook");
+  return globals;
+}
+
+std::vector<std::uint8_t> ReadXlsxDateFormats(const ZipArchive& archive, const std::string& part,
+                                              ReadBudget& budget) {
+  if (part.empty()) return {};
+  StylesHandler handler(budget);
+  ParsePart(archive, part, budget, handler);
+  if (!handler.HasStyles()) Refuse("is damaged: its part " + part + " does not hold styles");
+  return handler.ShowsDate();
+}
+
+}  // namespace korvex

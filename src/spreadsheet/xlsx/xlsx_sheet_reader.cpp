@@ -1,0 +1,185 @@
+#include "spreadsheet/xlsx/xlsx_sheet_reader.h"
+
+#include <charconv>
+
+#include "spreadsheet/bytes/refusal.h"
+#include "spreadsheet/cells/cell_place.h"
+#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/cells/typed_text.h"
+#include "spreadsheet/xlsx/xlsx_names.h"
+#include "text/text.h"
+
+namespace korvex {
+namespace {
+
+constexpr int kCellDepth = 4;
+constexpr const char* kXmlBlanks = " \t\r\n";
+
+template <typename Number>
+std::optional<Number> ReadWhole(std::string_view text) {
+  text = TrimBlanks(text, kXmlBlanks);
+  Number number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || rest != end) return {};
+  return number;
+}
+
+}  // namespace
+
+XlsxSheetReader::Type XlsxSheetReader::TypeOf(std::string_view name) {
+  if (name == "s") return Type::kShared;
+  if (name == "str") return Type::kText;
+  if (name == "b") return Type::kBoolean;
+  if (name == "e") return Type::kError;
+  return name == "d" ? Type::kDate : Type::kNumber;
+}
+
+bool XlsxSheetReader::StartElement(const XmlElement& element) {
+  switch (element.Depth()) {
+    case 1:
+      return is_worksheet_ = element.Is(xlsx::kMain, "worksheet");
+    case 2:
+      return element.Is(xlsx::kMain, "sheetData");
+    case 3:
+      if (!element.Is(xlsx::kMain, "row")) return false;
+      StartRow(element);
+      return true;
+    case kCellDepth:
+      if (!element.Is(xlsx::kMain, "c")) return false;
+      StartCell(element);
+      return true;
+    case kCellDepth + 1:
+      return StartContent(element);
+    default:
+      return !is_in_value_ && inline_text_.Start(element);
+  }
+}
+
+void XlsxSheetReader::StartRow(const XmlElement& element) {
+  row_ = next_row_;
+  if (const char* const number = element.Attribute("r")) {
+    if (const auto row = ReadWhole<std::uint32_t>(number); row && *row > 0) row_ = *row - 1;
+  }
+  next_row_ = row_ + 1;
+  column_ = 0;
+}
+
+void XlsxSheetReader::StartCell(const XmlElement& element) {
+  if (const char* const name = element.Attribute("r")) {
+    if (const std::optional<CellPlace> place = ReadCellName(name)) {
+      row_ = place->row;
+      column_ = place->column;
+    }
+  }
+  const char* const type = element.Attribute("t");
+  type_ = type != nullptr ? TypeOf(type) : Type::kNumber;
+  const char* const format = element.Attribute("s");
+  format_ = format != nullptr ? ReadWhole<std::size_t>(format).value_or(0) : 0;
+  has_value_ = false;
+  has_formula_ = false;
+  has_inline_text_ = false;
+  value_.clear();
+}
+
+bool XlsxSheetReader::StartContent(const XmlElement& element) {
+  if (element.Is(xlsx::kMain, "v")) return has_value_ = is_in_value_ = true;
+  if (element.Is(xlsx::kMain, "f")) has_formula_ = true;
+  if (!element.Is(xlsx::kMain, "is")) return false;
+  has_inline_text_ = true;
+  inline_start_ = cells_.OwnTexts().Size();
+  return true;
+}
+
+void XlsxSheetReader::Text(std::string_view text) {
+  if (is_in_value_) {
+    value_ += text;
+  } else {
+    inline_text_.Text(text);
+  }
+}
+
+void XlsxSheetReader::EndElement(const XmlName& name, int depth) {
+  if (depth == kCellDepth) {
+    EndCell();
+    ++column_;
+  } else if (depth == kCellDepth + 1) {
+    is_in_value_ = false;
+  } else if (depth > kCellDepth + 1) {
+    inline_text_.End(name, cells_.OwnTexts());
+  }
+}
+
+void XlsxSheetReader::EndCell() {
+  if (row_ < kMostXmlRows && column_ < kMostXmlColumns) return AddCell();
+  if (has_value_ || has_formula_ || has_inline_text_) RefuseOutside({row_, column_});
+}
+
+void XlsxSheetReader::AddCell() {
+  TextArena& texts = cells_.OwnTexts();
+  if (has_inline_text_) return AddText(texts.RangeSince(inline_start_));
+  if (type_ == Type::kText && has_value_) {
+    const std::uint32_t start = texts.Size();
+    AppendEscapedText(value_, texts);
+    const TextRange text = texts.RangeSince(start);
+    AddText(text);
+    return DoubtFormula(text.length == 0);
+  }
+  if (value_.find_first_not_of(kXmlBlanks) == std::string::npos) {
+    if (has_formula_) {
+      AddTyped({CellKind::kError, kNotAvailableError});
+      return cells_.LoseLast();
+    }
+    return cells_.AddBlanks(row_, static_cast<std::uint16_t>(column_), 1);
+  }
+  switch (type_) {
+    case Type::kShared:
+      return AddSharedText();
+    case Type::kError:
+      AddTyped({CellKind::kError, static_cast<double>(ErrorCode(value_))});
+      return DoubtFormula(false);
+    case Type::kBoolean:
+      AddTyped({CellKind::kBoolean, value_ == "1" || value_ == "true" ? 1.0 : 0.0});
+      return DoubtFormula(false);
+    case Type::kDate:
+      if (const std::optional<DayAndTime> date = ReadIsoDate(value_)) {
+        return AddTyped(TypeDate(*date, globals_.uses_1904));
+      }
+      break;
+    default:
+      break;
+  }
+  if (const std::optional<double> number = ReadNumber(value_)) {
+    const bool shows_date = format_ < shows_date_.size() && shows_date_[format_] != 0;
+    AddTyped(TypeNumber(*number, shows_date, globals_.uses_1904));
+    return DoubtFormula(*number == 0);
+  }
+  AddText(texts.Append(value_));
+}
+
+void XlsxSheetReader::AddSharedText() {
+  const std::optional<std::uint32_t> index = ReadWhole<std::uint32_t>(value_);
+  if (!index || *index >= strings_.Count()) {
+    const std::string number = index ? GroupedDigits(std::uint64_t{*index} + 1) : value_;
+    Refuse("is damaged: cell " + CellName({row_, column_}) + " shows text number " + number +
+           " of the workbook's texts, of which " + GroupedDigits(strings_.Count()) +
+           " can be read");
+  }
+  cells_.AddSharedText(row_, static_cast<std::uint16_t>(column_), strings_.Range(*index));
+}
+
+void XlsxSheetReader::DoubtFormula(bool is_zero) {
+  if (has_formula_ && globals_.calculates_on_load) {
+    cells_.DoubtLast(DoubtGround::kAsksForCalculation, is_zero);
+  }
+}
+
+void XlsxSheetReader::AddText(TextRange text) {
+  cells_.AddOwnText(row_, static_cast<std::uint16_t>(column_), text);
+}
+
+void XlsxSheetReader::AddTyped(const TypedNumber& typed) {
+  cells_.AddNumber(row_, static_cast<std::uint16_t>(column_), typed.kind, typed.number);
+}
+
+}  // namespace korvex

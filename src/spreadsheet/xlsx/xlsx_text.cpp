@@ -1,0 +1,75 @@
+#include "spreadsheet/xlsx/xlsx_text.h"
+
+#include <charconv>
+#include <cstdint>
+#include <optional>
+
+#include "spreadsheet/xlsx/xlsx_names.h"
+#include "text/utf8.h"
+
+namespace korvex {
+namespace {
+
+constexpr std::size_t kEscapeSize = 7;  // "_x000D_"
+
+std::optional<std::uint16_t> EscapedUnit(std::string_view text) {
+  if (text.size() < kEscapeSize || !text.starts_with("_x") || text[6] != '_') return {};
+  std::uint16_t unit = 0;
+  const char* const end = text.data() + 6;
+  if (std::from_chars(text.data() + 2, end, unit, 16).ptr != end) return {};
+  return unit;
+}
+
+bool IsHigh(std::uint32_t unit) {
+  return unit >= 0xD800 && unit < 0xDC00;
+}
+
+bool IsLow(std::uint32_t unit) {
+  return unit >= 0xDC00 && unit < 0xE000;
+}
+
+// The character of the escape at the front of `text`, or of two that are a surrogate pair.
+char32_t TakeEscaped(std::string_view& text, std::uint16_t unit) {
+  text.remove_prefix(kEscapeSize);
+  if (!IsHigh(unit)) return IsLow(unit) ? kReplacementCharacter : unit;
+  const std::optional<std::uint16_t> low = EscapedUnit(text);
+  if (!low || !IsLow(*low)) return kReplacementCharacter;
+  text.remove_prefix(kEscapeSize);
+  return 0x10000 + ((unit - 0xD800u) << 10) + (*low - 0xDC00u);
+}
+
+}  // namespace
+
+void AppendEscapedText(std::string_view text, TextArena& out) {
+  char character[kLongestUtf8];
+  while (!text.empty()) {
+    const std::size_t escape = text.find("_x");
+    out.Append(text.substr(0, escape));
+    if (escape == std::string_view::npos) return;
+    text.remove_prefix(escape);
+    if (const std::optional<std::uint16_t> unit = EscapedUnit(text)) {
+      const char* const end = EncodeUtf8(TakeEscaped(text, *unit), character);
+      out.Append({character, end});
+    } else {
+      out.Append(text.substr(0, 1));
+      text.remove_prefix(1);
+    }
+  }
+}
+
+bool XlsxTextReader::Start(const XmlElement& element) {
+  if (is_in_text_) return false;
+  if (element.Is(xlsx::kMain, "r")) return true;
+  if (!element.Is(xlsx::kMain, "t")) return false;
+  is_in_text_ = true;
+  text_.clear();
+  return true;
+}
+
+void XlsxTextReader::End(const XmlName& name, TextArena& out) {
+  if (name.local != "t") return;
+  is_in_text_ = false;
+  AppendEscapedText(text_, out);
+}
+
+}  // namespace korvex

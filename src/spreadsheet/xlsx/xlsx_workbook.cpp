@@ -1,0 +1,82 @@
+#include "spreadsheet/xlsx/xlsx_workbook.h"
+
+#include <utility>
+
+#include "spreadsheet/bytes/refusal.h"
+#include "spreadsheet/xlsx/xlsx_names.h"
+#include "spreadsheet/xlsx/xlsx_sheet_reader.h"
+#include "spreadsheet/xlsx/xlsx_text.h"
+
+namespace korvex {
+namespace {
+
+// <sst><si>…</si> …
+class StringsHandler : public XmlHandler {
+ public:
+  explicit StringsHandler(SharedStrings& strings) : strings_(strings) {}
+
+  bool StartElement(const XmlElement& element) override {
+    if (element.Depth() == 1) return element.Is(xlsx::kMain, "sst");
+    if (element.Depth() == 2) return element.Is(xlsx::kMain, "si");
+    return text_.Start(element);
+  }
+  void EndElement(const XmlName& name, int depth) override {
+    if (depth == 2) strings_.EndText();
+    if (depth > 2) text_.End(name, strings_.Texts());
+  }
+  void Text(std::string_view text) override { text_.Text(text); }
+
+ private:
+  SharedStrings& strings_;
+  XlsxTextReader text_;
+};
+
+}  // namespace
+
+XlsxWorkbook::XlsxWorkbook(ReadBuffers& buffers, ZipArchive archive)
+    : buffers_(buffers),
+      archive_(std::move(archive)),
+      budget_(buffers.file.size()),
+      globals_(ReadXlsxGlobals(archive_, budget_)) {}
+
+void XlsxWorkbook::ReadStrings() {
+  SharedStrings& strings = buffers_.strings;
+  strings.Clear();
+  if (globals_.strings_part.empty()) return;
+  ZipPartReader part(archive_, globals_.strings_part, budget_);
+  StringsHandler handler(strings);
+  const XmlSource source = [&](std::span<char> room) {
+    budget_.CheckMemory(strings.UsedMemory());
+    return part.Read(room);
+  };
+  ParseXml(source, globals_.strings_part, xlsx::kNamespaces, handler);
+}
+
+void XlsxWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
+  if (!has_formats_and_strings_) {
+    shows_date_ = ReadXlsxDateFormats(archive_, globals_.styles_part, budget_);
+    ReadStrings();
+    has_formats_and_strings_ = true;
+  }
+  cells.Clear(&buffers_.strings.Arena(), SheetCells::Repeats::kAreDamage);
+  const SheetInfo& sheet = globals_.sheets[index];
+  if (sheet.kind == SheetKind::kWorksheet) {
+    const std::string& name = globals_.sheet_parts[index];
+    if (name.empty()) Refuse("is damaged: its sheet \"" + sheet.name + "\" has no part");
+    ZipPartReader part(archive_, name, budget_);
+    XlsxSheetReader handler(buffers_.strings, shows_date_, globals_, cells);
+    const XmlSource source = [&](std::span<char> room) {
+      budget_.CheckMemory(buffers_.strings.UsedMemory() + cells.UsedMemory());
+      return part.Read(room);
+    };
+    ParseXml(source, name, xlsx::kNamespaces, handler);
+    if (!handler.IsWorksheet()) {
+      Refuse("is damaged: its part " + name + " does not hold a worksheet");
+    }
+  }
+  cells.Finish(budget_);
+  constexpr DoubtGround kGround = DoubtGround::kAsksForCalculation;
+  if (cells.HasOnlyDoubts(kGround)) cells.ConfirmDoubts(kGround);
+}
+
+}  // namespace korvex

@@ -1,0 +1,33 @@
+// An .xlsx or .xlsm workbook.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "spreadsheet/cells/cell_place.h"
+#include "spreadsheet/xlsx/xlsx_globals.h"
+
+namespace korvex {
+
+class XlsxWorkbook : public WorkbookReader {
+ public:
+  // Reads what the workbook says about its sheets; formats, texts and cells wait until they are
+  // asked for. `archive` is that of the buffers' file.
+  XlsxWorkbook(ReadBuffers& buffers, ZipArchive archive);
+
+  const std::vector<SheetInfo>& Sheets() const override { return globals_.sheets; }
+  CellAddress LastPlace() const override { return kLastXmlPlace; }
+  void ReadSheet(std::size_t index, SheetCells& cells) override;
+
+ private:
+  void ReadStrings();
+
+  ReadBuffers& buffers_;
+  ZipArchive archive_;
+  ReadBudget budget_;
+  XlsxGlobals globals_;
+  bool has_formats_and_strings_ = false;
+  std::vector<std::uint8_t> shows_date_;
+};
+
+}  // namespace korvex

@@ -1,0 +1,63 @@
+#include "structure/basFuncs_workbooks.h"
+#include "errors/trap.h"
+#include "files/basFuncs_paths.h"
+#include "files/basGeneral.h"
+#include "platform/attempt.h"
+#include "platform/error.h"
+#include "platform/services.h"
+#include "platform/shown_text.h"
+#include "workbook/cell_text.h"
+
+namespace korvex {
+namespace {
+constexpr char kDataSheetName[] = "data";
+}
+
+Worksheet& GetDataSheet(Workbook& workbook) {
+  return workbook.Worksheets(kDataSheetName);
+}
+
+void CheckSheetExists(Workbook& workbook) {
+  Trap(
+      "basFuncs.CheckSheetExists", [&] { GetDataSheet(workbook).Activate(); },
+      [&](const TrappedError& error) {
+        if (error.Number() != error_number::kSubscript) {
+          error.Report();
+          return;
+        }
+        ShowMessageBox(std::string("No \"") + kDataSheetName + "\" sheet found in file " +
+                           ShortenPath(workbook.Path(), true) + Shown(workbook.Name()),
+                       {"OK"}, kProgramTitle);
+        throw Error(error_number::kCannotPerform);
+      });
+}
+
+int GetLastRow(const Worksheet& sheet) {
+  int row = sheet.LastCell().row;
+  while (row > 1 && sheet.CountA(row) == 0) --row;
+  return row;
+}
+
+int GetHeaderRow(const Worksheet& sheet) {
+  int row = GetLastRow(sheet);
+  while (row >= 1 && IsNumeric(sheet.Value(row, 1))) --row;
+  return row;
+}
+
+int GetHeaderRow(Workbook& workbook) {
+  CheckSheetExists(workbook);
+  return GetHeaderRow(GetDataSheet(workbook));
+}
+
+void QuitExcel(std::unique_ptr<Application>& application) {
+  if (!application) return;
+  int count = 0;
+  Attempt([&] { count = application->WorkbookCount(); });
+  // From the last one, since the ones behind a closed workbook move up.
+  for (int index = count; index >= 1; --index)
+    Attempt([&] { application->Workbooks(index).Close(); });
+  Attempt([&] { application->Quit(); });
+  application.reset();
+}
+
+}  // namespace korvex

@@ -1,0 +1,137 @@
+#include "workbook/output_rules.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/error.h"
+#include "platform/file_system.h"
+#include "text/text.h"
+#include "text/utf8.h"
+
+namespace korvex {
+namespace {
+
+constexpr std::size_t kMaxSheetNameCharacters = 31;
+
+constexpr const char* kOtherFormats[] = {".xlsm", ".xlsb", ".xltx", ".ods", ".tsv",
+                                         ".txt",  ".htm",  ".html", ".xml", ".pdf"};
+
+[[noreturn]] void Refuse(const std::string& cause) {
+  throw Error(error_number::kAutomation, cause);
+}
+
+[[noreturn]] void RefusePlace(const OutputFormat& format, int limit, const std::string& what,
+                              int number) {
+  Refuse("The " + std::string(format.ending) + " format holds at most " +
+         GroupedDigits(static_cast<std::uint64_t>(limit)) + " " + what + "s a sheet; " + what +
+         " " + GroupedDigits(static_cast<std::uint64_t>(number)) +
+         " does not fit. Give the output a name that ends with " +
+         std::string(format.larger_ending) + ".");
+}
+
+bool IsControl(char c) {
+  return static_cast<unsigned char>(c) < 0x20;
+}
+
+}  // namespace
+
+const OutputFormat& OutputFormatOf(std::string_view file_name) {
+  const std::size_t dot = file_name.rfind('.');
+  if (dot == std::string_view::npos) return kXlsFormat;
+  const std::string ending(file_name.substr(dot));
+  for (const OutputFormat* format : {&kXlsxFormat, &kCsvFormat}) {
+    if (EqualText(ending, format->ending)) return *format;
+  }
+  for (const char* format : kOtherFormats) {
+    if (!EqualText(ending, format)) continue;
+    Refuse("Only .xls, .xlsx and .csv files can be written, but the output file " +
+           std::string(file_name) + " is named like " + format +
+           ". Choose a name that ends with .xls, .xlsx or .csv.");
+  }
+  return kXlsFormat;
+}
+
+void CheckOutputTarget(const FileSystem& files, const std::string& target,
+                       const std::vector<std::string>& inputs) {
+  OutputFormatOf(target);
+  if (!files.FileExists(target)) return;
+  for (const std::string& input : inputs) {
+    if (!files.IsSameFile(input, target)) continue;
+    Refuse("It was read as input, and would be lost. Choose another file.");
+  }
+}
+
+Error SaveFailure(const std::string& target, const Error& cause) {
+  const bool is_taken = cause.Number() == error_number::kFileExists;
+  return Error(is_taken ? error_number::kFileExists : error_number::kAutomation,
+               "The workbook cannot be saved as " + target + ": " + cause.Description());
+}
+
+std::string SheetNameRefusal(std::string_view name) {
+  return "A worksheet cannot be named \"" + std::string(name) + "\": ";
+}
+
+void CheckSheetName(std::string_view name) {
+  if (name.empty()) Refuse(SheetNameRefusal(name) + "the name must not be empty.");
+  const std::size_t length = Utf16Length(name);
+  if (length > kMaxSheetNameCharacters) {
+    Refuse(SheetNameRefusal(name) + "it has " + std::to_string(length) +
+           " characters, and the name of a sheet at most 31.");
+  }
+  if (name.find_first_of("\\/?*[]:") != std::string_view::npos) {
+    Refuse(SheetNameRefusal(name) + R"(the name of a sheet cannot hold any of \ / ? * [ ] :)");
+  }
+  if (std::any_of(name.begin(), name.end(), IsControl)) {
+    Refuse(SheetNameRefusal(name) + "the name of a sheet cannot hold control characters.");
+  }
+  if (name.front() == '\'' || name.back() == '\'') {
+    Refuse(SheetNameRefusal(name) + "the name of a sheet cannot begin or end with an apostrophe.");
+  }
+}
+
+void CheckCellPosition(int row, int column) {
+  if (row < 1 || column < 1) {
+    Refuse("There is no cell in row " + std::to_string(row) + ", column " + std::to_string(column) +
+           ": rows and columns count from 1.");
+  }
+}
+
+void CheckOutputPlace(const OutputFormat& format, CellAddress place) {
+  CheckCellPosition(place.row, place.column);
+  if (place.row > format.rows) RefusePlace(format, format.rows, "row", place.row);
+  if (place.column > format.columns) RefusePlace(format, format.columns, "column", place.column);
+}
+
+void CheckOutputCell(const OutputFormat& format, const std::string& sheet, CellAddress place,
+                     const CellValue& value) {
+  CheckOutputPlace(format, place);
+  const auto refuse = [&](const std::string& cause) {
+    Refuse("Cell " + ColumnLetters(place.column) + std::to_string(place.row) + " of sheet \"" +
+           sheet + "\" cannot hold " + cause);
+  };
+  if (value.kind == CellKind::kText) {
+    // No text has more UTF-16 units than bytes.
+    if (value.text.size() > format.characters && Utf16Length(value.text) > format.characters) {
+      refuse("its text of " + GroupedDigits(Utf16Length(value.text)) + " characters: the " +
+             std::string(format.ending) + " format holds at most " +
+             GroupedDigits(format.characters) +
+             " a cell. Shorten it in the input, or give the output a name that ends with .csv.");
+    }
+  } else if (!std::isfinite(value.number)) {
+    refuse("a number that is infinite or undefined.");
+  } else if (value.kind == CellKind::kError && (value.number < 0 || value.number > 255)) {
+    refuse("an error code outside 0 to 255.");
+  }
+}
+
+std::string ColumnLetters(int column) {
+  std::string letters;
+  for (int rest = column; rest > 0; rest = (rest - 1) / 26) {
+    letters.insert(letters.begin(), static_cast<char>('A' + (rest - 1) % 26));
+  }
+  return letters;
+}
+
+}  // namespace korvex

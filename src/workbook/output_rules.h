@@ -1,0 +1,64 @@
+// What an output workbook may be called and what it may hold: the limits of its format and a few
+// rules for the user's sake, whichever spreadsheet application writes it. A broken rule is error
+// 1004, which names the rule and what would help.
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/error.h"
+#include "workbook/cell.h"
+
+namespace korvex {
+
+class FileSystem;
+
+// What a sheet holds at most. A format is told by its address.
+struct OutputFormat {
+  std::string_view ending;
+  std::string_view larger_ending;  // of the format for what does not fit
+  int rows;
+  int columns;
+  std::size_t characters;  // of a text, in UTF-16 units
+};
+inline constexpr OutputFormat kXlsFormat = {".xls", ".xlsx", 65'536, 256, 32'767};
+inline constexpr OutputFormat kXlsxFormat = {".xlsx", ".csv", 1'048'576, 16'384, 32'767};
+inline constexpr OutputFormat kCsvFormat = {".csv", "", std::numeric_limits<int>::max(),
+                                            std::numeric_limits<int>::max(),
+                                            std::numeric_limits<std::size_t>::max()};
+
+// The format that a file of that name gets: .xlsx and .csv by the ending, .xls for any other and
+// for none. Refuses a name that ends like a format that is not written: a program that trusts the
+// ending could not open the file.
+const OutputFormat& OutputFormatOf(std::string_view file_name);
+
+// The ending, and that the file is none of `inputs`, which would be lost.
+void CheckOutputTarget(const FileSystem& files, const std::string& target,
+                       const std::vector<std::string>& inputs);
+
+// What becomes of an error that a workbook cannot be saved by: 1004 with the target and the cause;
+// 58 for a file that stands in its place stays that.
+Error SaveFailure(const std::string& target, const Error& cause);
+
+// 1 to 31 UTF-16 units without \ / ? * [ ] : and control characters, and without an apostrophe at
+// either end.
+void CheckSheetName(std::string_view name);
+// How a refusal of that name begins.
+std::string SheetNameRefusal(std::string_view name);
+
+// Rows and columns count from 1.
+void CheckCellPosition(int row, int column);
+// That a sheet of the format reaches that far.
+void CheckOutputPlace(const OutputFormat& format, CellAddress place);
+// The place, the length of a text, finite numbers, error codes of one byte. `sheet` is the sheet's
+// name.
+void CheckOutputCell(const OutputFormat& format, const std::string& sheet, CellAddress place,
+                     const CellValue& value);
+
+// "A" for 1, "AA" for 27.
+std::string ColumnLetters(int column);
+
+}  // namespace korvex

@@ -1,0 +1,96 @@
+// The spreadsheet application behind a conversion: the members of its object model that the
+// program uses. The embedded application and the one driven by automation implement it.
+//
+// Sheets, rows and columns are one-based. Texts are UTF-8. Whatever the application refuses is
+// error 1004 with the cause in its description; a look-up by a name that does not exist is error 9.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "workbook/cell.h"
+
+namespace korvex {
+
+class Worksheet {
+ public:
+  virtual ~Worksheet() = default;
+
+  virtual std::string Name() const = 0;
+  // 1 to 31 characters without \ / ? * [ ] : or the name is refused.
+  virtual void SetName(const std::string& name) = 0;
+  // Position among all sheets of the workbook, charts and macro sheets counted.
+  virtual int Index() const = 0;
+  virtual void Activate() = 0;
+  // Takes the sheet out of its workbook; this reference is dead afterwards.
+  virtual void Delete() = 0;
+
+  // A cell that was never filled is Empty, anywhere within the sheet. Row or column 0 is refused.
+  virtual CellValue Value(int row, int column) const = 0;
+  // Text is stored as that text, whatever it looks like.
+  virtual void SetValue(int row, int column, const CellValue& value) = 0;
+  // The bottom right corner of everything used, formatted blanks included (special cells type 11);
+  // row 1, column 1 for an empty sheet.
+  virtual CellAddress LastCell() const = 0;
+  // Refuses when no cell can be filled there, as the sheet does not reach that far.
+  virtual void CheckRoom(CellAddress place) const = 0;
+  // How many cells of a row are not empty (CountA of the entire row).
+  virtual int CountA(int row) const = 0;
+  // Deletes a whole column; the columns right of it move left (EntireColumn.Delete).
+  virtual void DeleteColumn(int column) = 0;
+};
+
+class Workbook {
+ public:
+  virtual ~Workbook() = default;
+
+  virtual std::string Name() const = 0;  // file name with extension
+  virtual std::string Path() const = 0;  // folder without trailing separator
+  virtual int WorksheetCount() const = 0;
+  virtual Worksheet& Worksheets(int index) = 0;              // among the worksheets only
+  virtual Worksheet& Worksheets(std::string_view name) = 0;  // letter case is ignored
+  // Replaces an existing file without asking; the former file stays as it is when saving fails.
+  // The ending of the name decides about the format.
+  virtual void SaveAs(const std::string& full_name) = 0;
+  // The same for a name that nothing has: error 58 when there is a file of that name.
+  virtual void SaveAsNew(const std::string& full_name) = 0;
+  // Closes without saving. The workbook and its worksheets are dead afterwards.
+  virtual void Close() = 0;
+};
+
+struct OpenOptions {
+  bool read_only = false;
+  bool ignore_read_only_recommended = false;
+  bool add_to_recent_files = true;
+};
+
+// Owns its workbooks.
+class Application {
+ public:
+  virtual ~Application() = default;
+
+  virtual void SetVisible(bool visible) = 0;
+  virtual void SetScreenUpdating(bool update) = 0;
+  virtual void SetDisplayAlerts(bool display) = 0;
+  // A new workbook that is to be saved under that name: its sheets refuse at once what the format
+  // of the name cannot hold. A name that no workbook can be saved under is refused.
+  virtual Workbook& AddWorkbook(const std::string& full_name) = 0;
+  virtual Workbook& OpenWorkbook(const std::string& full_name, const OpenOptions& options) = 0;
+  virtual int WorkbookCount() const = 0;
+  virtual Workbook& Workbooks(int index) = 0;
+  virtual void Quit() = 0;
+};
+
+// Where applications come from.
+class SpreadsheetProgram {
+ public:
+  virtual ~SpreadsheetProgram() = default;
+
+  // Error 429 when the application cannot be started.
+  virtual std::unique_ptr<Application> CreateApplication() = 0;
+  // Error 1004 when no workbook can be saved under that name, whatever is in it.
+  virtual void CheckOutputName(const std::string& full_name) const = 0;
+};
+
+}  // namespace korvex

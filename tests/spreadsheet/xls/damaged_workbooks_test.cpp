@@ -1,0 +1,159 @@
+// Damage as disks and copies make it, in one plate as four programs write it. Whatever happens to a
+// file, its wells are there or it is refused.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "spreadsheet/xls/compound_file_reader.h"
+#include "spreadsheet/xls/record_reader.h"
+#include "tests/spreadsheet/opened_workbook.h"
+
+namespace korvex::test {
+namespace {
+
+constexpr std::size_t kSector = 512;
+constexpr int kRounds = 100;  // of every kind of damage, in every file
+
+using Random = std::mt19937;
+
+std::size_t Below(Random& random, std::size_t limit) {
+  return random() % limit;
+}
+
+// Where the headers of the records of the workbook stream lie in the file.
+std::vector<std::size_t> RecordOffsets(const Bytes& file) {
+  std::vector<std::byte> bytes(reinterpret_cast<const std::byte*>(file.data()),
+                               reinterpret_cast<const std::byte*>(file.data() + file.size()));
+  CompoundBuffers buffers;
+  CompoundFileReader reader(bytes, buffers);
+  std::vector<std::byte> storage;
+  const CompoundStream stream = reader.Read(reader.FindInRoot("Workbook"), storage);
+  const auto begin = static_cast<std::size_t>(stream.bytes.data() - bytes.data());
+  std::vector<std::size_t> offsets;
+  RecordReader records(stream.bytes, 0);
+  while (records.Next()) offsets.push_back(begin + records.Offset());
+  return offsets;
+}
+
+std::size_t AnySector(const Bytes& file, Random& random) {
+  return kSector * Below(random, file.size() / kSector);
+}
+
+void FlipHeaderBit(Bytes& file, const std::vector<std::size_t>& records, Random& random) {
+  const std::size_t bit = Below(random, 32);
+  file[records[Below(random, records.size())] + bit / 8] ^= static_cast<char>(1 << bit % 8);
+}
+void ReplaceHeader(Bytes& file, const std::vector<std::size_t>& records, Random& random) {
+  const std::size_t at = records[Below(random, records.size())];
+  for (std::size_t i = 0; i < 4; ++i) file[at + i] = static_cast<char>(random());
+}
+void ZeroSector(Bytes& file, const std::vector<std::size_t>&, Random& random) {
+  file.replace(AnySector(file, random), kSector, kSector, '\0');
+}
+void FillSectorWithJunk(Bytes& file, const std::vector<std::size_t>&, Random& random) {
+  const std::size_t at = AnySector(file, random);
+  for (std::size_t i = 0; i < kSector; ++i) file[at + i] = static_cast<char>(random());
+}
+void SwapSectors(Bytes& file, const std::vector<std::size_t>&, Random& random) {
+  const std::size_t a = AnySector(file, random);
+  const std::size_t b = AnySector(file, random);
+  const Bytes first = file.substr(a, kSector);
+  file.replace(a, kSector, file.substr(b, kSector));
+  file.replace(b, kSector, first);
+}
+void CutTail(Bytes& file, const std::vector<std::size_t>&, Random& random) {
+  file.resize(Below(random, file.size()));
+}
+void ZeroTail(Bytes& file, const std::vector<std::size_t>&, Random& random) {
+  const std::size_t at = AnySector(file, random);
+  file.replace(at, file.size() - at, file.size() - at, '\0');
+}
+
+using Damage = void (*)(Bytes&, const std::vector<std::size_t>&, Random&);
+constexpr std::pair<const char*, Damage> kDamages[] = {{"bit of a record's header", FlipHeaderBit},
+                                                       {"a record's header", ReplaceHeader},
+                                                       {"sector of zeros", ZeroSector},
+                                                       {"sector of junk", FillSectorWithJunk},
+                                                       {"two sectors swapped", SwapSectors},
+                                                       {"tail cut", CutTail},
+                                                       {"tail of zeros", ZeroTail}};
+
+using Wells = std::map<std::pair<int, int>, std::string>;
+
+// The cells of the sheet "data", each with its kind; throws where the file is refused.
+Wells WellsOf(const Bytes& file) {
+  OpenedWorkbook workbook(file);
+  for (std::size_t i = 0; i < workbook.Sheets().size(); ++i) {
+    if (workbook.Sheets()[i].name != "data") continue;
+    const SheetCells& cells = workbook.Cells(i);
+    Wells wells;
+    for (std::size_t n = 0; n < cells.Count(); ++n) {
+      const SheetCells::Entry cell = cells.At(n);
+      wells[{cell.row, cell.column}] =
+          static_cast<char>('0' + static_cast<int>(cell.value.kind)) + CellText(cell.value);
+    }
+    return wells;
+  }
+  throw Error(error_number::kSubscript, "has no sheet \"data\"");
+}
+
+// What became of the wells: refused, whole, missing, or there with another value.
+std::string Outcome(const Bytes& file, const Wells& sound) {
+  Wells wells;
+  try {
+    wells = WellsOf(file);
+  } catch (const Error& error) {
+    EXPECT_FALSE(error.Description().empty());
+    return "refused";
+  }
+  bool is_changed = false;
+  for (const auto& [place, value] : sound) {
+    const auto found = wells.find(place);
+    if (found == wells.end()) return "missing";
+    is_changed |= found->second != value;
+  }
+  return is_changed ? "changed" : "whole";
+}
+
+// That a digit changed within a number cannot be seen. KORVEX_DAMAGE_ROUNDS=1000 looks longer,
+// and prints what became of each kind.
+TEST(DamagedWorkbooks, AreRefusedOrKeepTheirWells) {
+  const char* const more_rounds = std::getenv("KORVEX_DAMAGE_ROUNDS");
+  const int rounds = more_rounds != nullptr ? std::atoi(more_rounds) : kRounds;
+  std::map<std::string, int> all;
+  for (const char* name : {"xlwt-screen.xls", "writeexcel-screen.xls", "libreoffice-screen.xls",
+                           "gnumeric-screen.xls"}) {
+    const Bytes file = DataFile(name);
+    const std::vector<std::size_t> records = RecordOffsets(file);
+    const Wells sound = WellsOf(file);
+    ASSERT_EQ(sound.size(), 385u * 7 + 1) << name;
+    Random random(20021203);
+    for (const auto& [kind, damage] : kDamages) {
+      std::map<std::string, int> outcomes;
+      for (int round = 0; round < rounds; ++round) {
+        Bytes copy = file;
+        damage(copy, records, random);
+        ++outcomes[Outcome(copy, sound)];
+      }
+      for (const auto& [outcome, count] : outcomes) {
+        all[outcome] += count;
+        if (more_rounds != nullptr) {
+          std::printf("%s, %s: %s %d\n", name, kind, outcome.c_str(), count);
+        }
+      }
+    }
+  }
+  const int damaged = all["refused"] + all["whole"] + all["missing"] + all["changed"];
+  EXPECT_LE(100 * all["missing"], damaged) << all["missing"] << " of " << damaged;
+  EXPECT_LE(100 * all["changed"], damaged) << all["changed"] << " of " << damaged;
+  EXPECT_GT(all["whole"], 0);
+}
+
+}  // namespace
+}  // namespace korvex::test

@@ -1,0 +1,89 @@
+#include "text/text.h"
+
+#include <gmock/gmock.h>
+
+#include <tuple>
+#include <utility>
+
+#include "platform/error.h"
+#include "platform/shown_text.h"
+#include "text/clsStrings.h"
+#include "text/code_page.h"
+
+namespace korvex {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(Text, IgnoresLetterCaseOfLatinGreekAndCyrillic) {
+  const std::tuple<const char*, const char*, bool> cases[] = {
+      {"Compound ID", "COMPOUND id", true},
+      {"Größe", "GRÖßE", true},
+      {"ÿ", "Ÿ", true},
+      {"Łódź", "ŁÓDŹ", true},
+      {"ẽ", "Ẽ", true},
+      {"λόγος", "ΛΌΓΟΣ", true},
+      {"ᾳ", "ᾼ", true},
+      {"жизнь", "ЖИЗНЬ", true},
+      {"ђ", "Ђ", true},
+      {"µ÷×", "µ÷×", true},
+      {"÷", "×", false},
+      {"ß", "SS", false},
+      {"ı", "I", false},
+      {"a", "ab", false},
+      {"\xE4", "\xC4", false},
+      {"caf\xC3", "CAF\xC3", true},
+  };
+  for (const auto& [a, b, equal] : cases) {
+    EXPECT_EQ(EqualText(a, b), equal) << a << " " << b;
+    EXPECT_EQ(UpperCase(a) == UpperCase(b), equal) << a << " " << b;
+  }
+}
+
+TEST(Text, ComparesAsTheUpperCasedBytesDo) {
+  const char* const texts[] = {"", "a", "A_", "aB", "b", "_", "Zz", "ä", "Äa", "ж", "a\xFF", "ab"};
+  const auto sign = [](int value) { return (value > 0) - (value < 0); };
+  for (const char* a : texts)
+    for (const char* b : texts)
+      EXPECT_EQ(sign(CompareText(a, b)), sign(UpperCase(a).compare(UpperCase(b)))) << a << " " << b;
+}
+
+TEST(Text, SplitsAtEverySeparator) {
+  EXPECT_THAT(Split("", "-"), IsEmpty());
+  EXPECT_THAT(Split("P1", "-"), ElementsAre("P1"));
+  EXPECT_THAT(Split("-a--b-", "-"), ElementsAre("", "a", "", "b", ""));
+  EXPECT_THAT(Split("1 AND 2 and 3", " and "), ElementsAre("1", "2", "3"));
+  EXPECT_THAT(Split("a<-- -->b<-- ->c", "<-- -->"), ElementsAre("a", "b<-- ->c"));
+  EXPECT_EQ(Join(Split("a;;b", ";"), ";"), "a;;b");
+}
+
+TEST(Text, TrimsWhatItShouldAndNothingElse) {
+  EXPECT_EQ(TrimBlanks("  a b \t "), "a b \t");
+  EXPECT_EQ(TrimBlanks("   "), "");
+  EXPECT_EQ(clsStrings().TrimJunk("\té a é z€\r\n"), "a é z");
+  EXPECT_EQ(clsStrings().TrimJunk("\r\n é\t"), "");
+}
+
+TEST(Text, ShowsControlCharactersAsTheirEscapes) {
+  EXPECT_EQ(Shown("Größe µ \xFF 漢字 a\\b"), "Größe µ \xFF 漢字 a\\b");
+  EXPECT_EQ(Shown("a\r\n\tb\x1B[2J\x7F"), "a\\r\\n\\tb\\x1B[2J\\x7F");
+  EXPECT_EQ(Shown("\xC2\x9B|\xC2\xA0|\u2028|\u202E|\u2066|\u2030"),
+            "\\u009B|\xC2\xA0|\\u2028|\\u202E|\\u2066|\u2030");
+  EXPECT_EQ(Error(70, "Cannot read x\r\n<<<").Description(), "Cannot read x\\r\\n<<<");
+}
+
+TEST(CodePage, KeepsWhatItHoldsAndMarksTheRest) {
+  EXPECT_EQ(ToCodePage1252("Maß 5 µM €20 “x” Ÿ"),
+            "Ma\xDF 5 \xB5M \x80"
+            "20 \x93x\x94 \x9F");
+  EXPECT_EQ(ToCodePage1252("λ→\xFF\uFFFD|\xC2\x81"), "????|?");
+  EXPECT_EQ(ToCodePage1252("\xE0\x80\xAF \xED\xA0\x80"), "??? ???");  // overlong, surrogate
+  EXPECT_EQ(Utf8FromCodePage1252('A'), "A");
+  EXPECT_EQ(Utf8FromCodePage1252(0x80), "€");
+  EXPECT_EQ(Utf8FromCodePage1252(0x81), "\xC2\x81");  // stands for nothing
+  EXPECT_EQ(Utf8FromCodePage1252(0xE9), "é");
+}
+
+}  // namespace
+}  // namespace korvex
