@@ -26,7 +26,7 @@ class GlobalsReader {
 
  private:
   void CheckRecord(std::uint16_t number, std::size_t length);
-  void CheckNeighbours(std::uint16_t number, std::uint16_t before);
+  void CheckNeighbours(const RecordReader::Header& before) const;
   [[noreturn]] static void RefuseRecord(std::size_t offset, const std::string& what);
   void ReadBof();
   void ReadRecord();
@@ -39,7 +39,6 @@ class GlobalsReader {
   RecordReader records_;
   int null_records_ = 0;  // in a row
   bool is_book_;
-  bool is_single_sheet_ = false;
   BiffGlobals globals_;
   std::vector<std::uint16_t> xf_formats_;
   std::vector<std::int8_t> written_formats_;  // by id: -1 not written down, else whether a date
@@ -49,7 +48,7 @@ class GlobalsReader {
 
 BiffGlobals GlobalsReader::Read() {
   ReadBof();
-  std::uint16_t before = biff::kBof;
+  RecordReader::Header before = {biff::kBof, 0};
   for (;;) {
     if (!records_.Next()) {
       if (records_.PeekHeader()) RefuseRecord(records_.NextOffset(), "reaches beyond its end");
@@ -57,8 +56,8 @@ BiffGlobals GlobalsReader::Read() {
     }
     const std::uint16_t number = records_.Number();
     CheckRecord(number, records_.Data().size());
-    CheckNeighbours(number, before);
-    before = number;
+    CheckNeighbours(before);
+    before = {number, static_cast<std::uint16_t>(records_.Data().size())};
     if (number == biff::kEof) {
       globals_.has_end = true;
       break;
@@ -69,7 +68,7 @@ BiffGlobals GlobalsReader::Read() {
   }
   ResolveFormats();
   DecodeNames();
-  if (globals_.sheets.empty() && is_single_sheet_) {
+  if (globals_.sheets.empty() && globals_.is_single_sheet) {
     globals_.sheets.push_back({"Sheet1", SheetKind::kWorksheet, SheetState::kVisible});
     globals_.sheet_offsets.push_back(0);
   }
@@ -89,14 +88,20 @@ void GlobalsReader::CheckRecord(std::uint16_t number, std::size_t length) {
   }
 }
 
-// Formats are counted: where the number of one record is damaged, all formats behind it shift, and
-// dates become numbers. They stand together, so that a record that differs from those on either
-// side by one bit of its number was one of them.
-void GlobalsReader::CheckNeighbours(std::uint16_t number, std::uint16_t before) {
-  if (before != biff::kXf && before != biff::kFormat && before != biff::kBoundSheet) return;
+// Formats and sheets are counted: where the number of one record is damaged, all those behind it
+// shift, and dates become numbers. They stand together: a record between two of a kind was one of
+// them when it has their length, or is one bit off.
+void GlobalsReader::CheckNeighbours(const RecordReader::Header& before) const {
+  if (before.number != biff::kXf && before.number != biff::kFormat &&
+      before.number != biff::kBoundSheet) {
+    return;
+  }
   const std::optional<RecordReader::Header> next = records_.PeekHeader();
-  if (number != before && next && next->number == before &&
-      std::has_single_bit(static_cast<unsigned>(number ^ before))) {
+  const std::uint16_t number = records_.Number();
+  if (!next || number == before.number || next->number != before.number) return;
+  const std::size_t length = records_.Data().size();
+  if ((length == before.length && length == next->length) ||
+      std::has_single_bit(static_cast<unsigned>(number ^ before.number))) {
     RefuseRecord(records_.Offset(), "stands between others of a kind, and is of none");
   }
 }
@@ -123,7 +128,7 @@ void GlobalsReader::ReadBof() {
   const std::uint16_t kind = data.size() >= 4 ? LoadU16(data.data() + 2) : biff::kGlobalsSubstream;
   globals_.is_biff8 =
       version == biff::kVersionBiff8 || (version != biff::kVersionBiff5 && !is_book_);
-  is_single_sheet_ = kind == biff::kWorksheetSubstream;
+  globals_.is_single_sheet = kind == biff::kWorksheetSubstream;
 }
 
 void GlobalsReader::ReadRecord() {

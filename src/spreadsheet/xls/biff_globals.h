@@ -26,7 +26,8 @@ struct BiffGlobals {
   std::size_t strings_length = 0;
   // The data of the EXTSST record, which says where every so many of the shared texts begin.
   std::span<const std::byte> string_index;
-  bool has_end = false;  // the closing EOF was there
+  bool has_end = false;          // the closing EOF was there
+  bool is_single_sheet = false;  // there are no globals: a worksheet begins the stream
 
   bool ShowsDate(std::uint16_t xf) const { return xf < shows_date.size() && shows_date[xf] != 0; }
 };
@@ -40,7 +41,8 @@ struct BiffGlobals {
 //   EXTSST      uint16 texts in a group; for each group uint32 offset in the stream, uint16 offset
 //               in the record, uint16 of no meaning
 //   BOUNDSHEET  uint32 offset, uint8 state, uint8 kind, text with 8-bit length
-// `is_book` tells the version when BOF does not: the stream is called Book. A stream that begins
+// `is_book` tells the version when BOF does not: the stream is called Book, or no compound file is
+// around it. A stream that begins
 // with a worksheet is a workbook of that one sheet. The stream must be clear (biff_decryption.h).
 // Throws Error 1004 (a predicate) for an older version, a stream without BOF, and for records that
 // show damage.

@@ -7,6 +7,7 @@
 #include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/xls/biff_decryption.h"
 #include "spreadsheet/xls/compound_file_reader.h"
+#include "spreadsheet/xls/record_reader.h"
 #include "spreadsheet/xls/shared_string_table.h"
 #include "spreadsheet/xls/sheet_reader.h"
 #include "text/text.h"
@@ -82,7 +83,7 @@ BiffWorkbook::BiffWorkbook(ReadBuffers& buffers) : buffers_(buffers), own_(Buffe
 bool BiffWorkbook::LoadStream() {
   if (!IsCompoundFile(buffers_.file)) {
     stream_ = buffers_.file;
-    return false;
+    return true;
   }
   CompoundFileReader file(buffers_.file, own_.compound);
   const auto [entry, is_book] = FindWorkbook(file);
@@ -93,6 +94,19 @@ bool BiffWorkbook::LoadStream() {
     if (stream_.empty()) Refuse(cut_);
   }
   return is_book;
+}
+
+// Some writers leave the BOF of a sheet out; the sheet then follows the end of another one.
+// Elsewhere the reader would begin in the middle of a sheet.
+void BiffWorkbook::CheckBegin(const std::string& sheet, std::size_t offset) const {
+  RecordReader first(stream_, offset);
+  if (first.Next() && first.Number() == biff::kBof) return;
+  if (offset >= biff::kRecordHeaderSize) {
+    RecordReader before(stream_, offset - biff::kRecordHeaderSize);
+    if (before.Next() && before.Number() == biff::kEof && before.Data().empty()) return;
+  }
+  Refuse("is damaged: sheet \"" + sheet + "\" should begin at byte " + GroupedDigits(offset) +
+         " of the workbook stream, where no sheet does");
 }
 
 void BiffWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
@@ -111,6 +125,7 @@ void BiffWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
              GroupedDigits(offset) + " of a workbook stream of " + GroupedDigits(stream_.size()) +
              " bytes");
     }
+    NamingCut([&] { CheckBegin(sheet.name, offset); });
     SheetReader reader(globals_, strings, sheet.name, cells);
     NamingCut([&] { reader.Read(stream_, offset); });
     bytes_read_ += reader.BytesRead();

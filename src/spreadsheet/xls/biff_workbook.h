@@ -20,6 +20,7 @@ class BiffWorkbook : public WorkbookReader {
  private:
   // Finds the workbook stream, as it is; true when its name is that of Excel 5.
   bool LoadStream();
+  void CheckBegin(const std::string& sheet, std::size_t offset) const;
   template <typename Step>
   void NamingCut(Step&& step) const;
 

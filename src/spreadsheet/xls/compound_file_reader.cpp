@@ -248,11 +248,27 @@ CompoundStream CompoundFileReader::Read(int index, std::vector<std::byte>& stora
   const std::size_t unit = is_mini ? kMiniSectorSize : sector_size_;
   const Chain chain =
       Follow(first, is_mini ? buffers_.mini_fat : buffers_.fat, area.size() / unit, "workbook");
+  if (!is_mini) RefuseIfEntered(chain);
   CompoundStream stream = {Join(chain.ids, area, unit, storage), false};
   if (stream.bytes.size() > size) stream.bytes = stream.bytes.first(static_cast<std::size_t>(size));
   stream.is_cut = (!chain.is_complete && stream.bytes.size() < size) ||
                   (is_mini ? is_mini_stream_cut_ : ReachesPadding(chain, stream.bytes.size()));
   return stream;
+}
+
+// Two entries of the FAT that lead to one sector of the workbook: one of them was changed, and the
+// chain leaves the workbook for another stream, or leaves some of it out.
+void CompoundFileReader::RefuseIfEntered(const Chain& chain) const {
+  std::vector<std::uint8_t> entries(sector_count_);
+  for (const std::uint32_t next : buffers_.fat) {
+    if (next < entries.size() && entries[next] < 2) ++entries[next];
+  }
+  for (const std::uint32_t id : chain.ids) {
+    if (entries[id] > 1) {
+      Refuse("is damaged: two entries of its sector table lead to sector " + GroupedDigits(id) +
+             " of the workbook");
+    }
+  }
 }
 
 // Whether the first `size` bytes of a chain reach into the zeros that fill up the last sector.

@@ -70,6 +70,7 @@ class CompoundFileReader {
   std::span<const std::byte> Join(std::span<const std::uint32_t> ids,
                                   std::span<const std::byte> area, std::size_t unit,
                                   std::vector<std::byte>& storage) const;
+  void RefuseIfEntered(const Chain& chain) const;
   bool ReachesPadding(const Chain& chain, std::size_t size) const;
   std::span<const std::byte> Entry(int index) const;
   bool HasName(int index, std::string_view name) const;

@@ -56,10 +56,10 @@ enum Function : std::uint16_t {
   kInt = 25,
   kRound = 27,
 };
+// Spreadsheet applications ask for calculation on load of such a formula, and have calculated it.
+constexpr std::uint8_t kVolatileAttribute = 0x01;
 constexpr std::uint8_t kChooseAttribute = 0x04;
 constexpr std::uint8_t kSumAttribute = 0x10;
-
-constexpr int kMostRowsLookedAt = 4096;
 
 // A number, a text, or the numbers of many cells.
 struct Operand {
@@ -68,17 +68,25 @@ struct Operand {
   double greatest = 0;
   int count = 0;  // of numbers
   bool is_one = true;
+  bool is_boolean = false;
   std::optional<std::string> text;
 };
 
+// Applications take numbers for equal that differ in the last digits; how far, differs.
+bool AreNearlyEqual(double a, double b) {
+  return a != b && std::fabs(a - b) <= 1e-12 * std::max(std::fabs(a), std::fabs(b));
+}
+
 class Evaluation {
  public:
-  Evaluation(std::span<const std::byte> tokens, bool is_biff8, const SheetCells& cells)
-      : rest_(tokens), is_biff8_(is_biff8), cells_(cells) {}
+  Evaluation(std::span<const std::byte> tokens, bool is_biff8, const SheetCells& cells,
+             std::size_t& cells_left)
+      : rest_(tokens), is_biff8_(is_biff8), cells_(cells), cells_left_(cells_left) {}
 
   ResultCheck Check(bool is_text) {
     bool is_known = !rest_.empty();
     while (is_known && !rest_.empty()) is_known = Step();
+    if (is_volatile_ || is_ambiguous_) return ResultCheck::kUnknown;
     if (!is_known || stack_.size() != 1 || !stack_[0].is_one) {
       return looks_at_something_ || !looks_at_cells_ ? ResultCheck::kDoubted
                                                      : ResultCheck::kUnknown;
@@ -102,7 +110,16 @@ class Evaluation {
   bool Choose(std::size_t arguments);
 
   bool Push(double number) {
-    stack_.push_back({number, number, number, 1, true, {}});
+    stack_.push_back({number, number, number, 1, true, false, {}});
+    return true;
+  }
+  bool IsClear(bool is_clear) {
+    is_ambiguous_ |= !is_clear;
+    return is_clear;
+  }
+  bool PushBoolean(bool value) {
+    Push(value ? 1 : 0);
+    stack_.back().is_boolean = true;
     return true;
   }
   std::optional<double> PopNumber() {
@@ -123,7 +140,10 @@ class Evaluation {
   std::span<const std::byte> rest_;
   bool is_biff8_;
   const SheetCells& cells_;
+  std::size_t& cells_left_;
   std::vector<Operand> stack_;
+  bool is_volatile_ = false;
+  bool is_ambiguous_ = false;  // applications differ about it
   bool looks_at_cells_ = false;
   bool looks_at_something_ = false;
 };
@@ -139,7 +159,8 @@ bool Evaluation::Step() {
     case kNumber:
       return (data = Take(8)) != nullptr && Push(LoadF64(data));
     case kBoolean:
-      return (data = Take(1)) != nullptr && Push(LoadU8(data));
+      if ((data = Take(1)) == nullptr) return false;
+      return PushBoolean(LoadU8(data) != 0);
     case kText:
       return PushText();
     case kReference:
@@ -153,6 +174,7 @@ bool Evaluation::Step() {
     case kAttribute:
       data = Take(3);
       if (data == nullptr || (LoadU8(data) & kChooseAttribute) != 0) return false;
+      is_volatile_ |= (LoadU8(data) & kVolatileAttribute) != 0;
       return (LoadU8(data) & kSumAttribute) == 0 || Call(1, kSum);
     case kFixedFunction:
       return (data = Take(2)) != nullptr && CallOnNumber(LoadU16(data));
@@ -187,8 +209,11 @@ bool Evaluation::PushArea(int first_row, int last_row, int first_column, int las
   looks_at_cells_ = true;
   Operand area;
   area.is_one = first_row == last_row && first_column == last_column;
-  bool is_known = last_row - first_row < kMostRowsLookedAt;
-  last_row = std::min(last_row, first_row + kMostRowsLookedAt);
+  const auto size = static_cast<std::size_t>(std::max(last_row - first_row + 1, 0)) *
+                    static_cast<std::size_t>(std::max(last_column - first_column + 1, 0));
+  if (size > cells_left_) return false;
+  cells_left_ -= size;
+  bool is_known = true;
   for (int row = first_row; row <= last_row; ++row) {
     const SheetCells::Row cells = cells_.RowOf(row + 1);
     for (int column = first_column; column <= last_column; ++column) {
@@ -201,6 +226,9 @@ bool Evaluation::PushArea(int first_row, int last_row, int first_column, int las
         if (area.is_one) area.text = std::string(value.text);
         continue;
       }
+      // Functions pass over the Booleans of an area.
+      if (value.kind == CellKind::kBoolean && !area.is_one) continue;
+      area.is_boolean |= value.kind == CellKind::kBoolean;
       area.least = area.count == 0 ? value.number : std::min(area.least, value.number);
       area.greatest = area.count == 0 ? value.number : std::max(area.greatest, value.number);
       area.sum += value.number;
@@ -228,9 +256,9 @@ bool Evaluation::Calculate(std::uint8_t token) {
   if (!left) return false;
   switch (token) {
     case kAdd:
-      return Push(*left + *right);
+      return IsClear(!AreNearlyEqual(*left, -*right)) && Push(*left + *right);
     case kSubtract:
-      return Push(*left - *right);
+      return IsClear(!AreNearlyEqual(*left, *right)) && Push(*left - *right);
     case kMultiply:
       return Push(*left * *right);
     case kDivide:
@@ -256,21 +284,24 @@ bool Evaluation::Compare(std::uint8_t token) {
     };
     if (token != kEqual && token != kNotEqual) return false;
     const bool is_equal = text(left) && text(right) && EqualText(*text(left), *text(right));
-    return Push(is_equal == (token == kEqual));
+    return PushBoolean(is_equal == (token == kEqual));
+  }
+  if (!IsClear(left.is_boolean == right.is_boolean && !AreNearlyEqual(left.sum, right.sum))) {
+    return false;
   }
   switch (token) {
     case kLess:
-      return Push(left.sum < right.sum);
+      return PushBoolean(left.sum < right.sum);
     case kLessOrEqual:
-      return Push(left.sum <= right.sum);
+      return PushBoolean(left.sum <= right.sum);
     case kEqual:
-      return Push(left.sum == right.sum);
+      return PushBoolean(left.sum == right.sum);
     case kGreaterOrEqual:
-      return Push(left.sum >= right.sum);
+      return PushBoolean(left.sum >= right.sum);
     case kGreater:
-      return Push(left.sum > right.sum);
+      return PushBoolean(left.sum > right.sum);
     default:
-      return Push(left.sum != right.sum);
+      return PushBoolean(left.sum != right.sum);
   }
 }
 
@@ -286,7 +317,15 @@ bool Evaluation::Call(std::size_t arguments, std::uint16_t function) {
     all.greatest = all.count == 0 ? one.greatest : std::max(all.greatest, one.greatest);
     all.sum += one.sum;
     all.count += one.count;
+    all.is_boolean |= one.is_boolean;
   }
+  // A Boolean counts as an argument, not as a cell.
+  if (!IsClear(!all.is_boolean)) return false;
+  // What is left of numbers that cancel out depends on the order of adding.
+  const bool cancels =
+      std::fabs(all.sum) <= 1e-12 * std::max(std::fabs(all.least), std::fabs(all.greatest));
+  if (!IsClear(!cancels || all.sum == 0 || (function != kSum && function != kAverage)))
+    return false;
   switch (function) {
     case kCount:
       return Push(all.count);
@@ -346,8 +385,8 @@ bool Evaluation::Choose(std::size_t arguments) {
 }  // namespace
 
 ResultCheck CheckEmptyResult(std::span<const std::byte> tokens, bool is_text, bool is_biff8,
-                             const SheetCells& cells) {
-  return Evaluation(tokens, is_biff8, cells).Check(is_text);
+                             const SheetCells& cells, std::size_t& cells_left) {
+  return Evaluation(tokens, is_biff8, cells, cells_left).Check(is_text);
 }
 
 }  // namespace korvex

@@ -21,8 +21,9 @@ enum class ResultCheck {
 
 // `tokens` is the formula of a FORMULA record of BIFF5 to BIFF8, and the result that stands there
 // is the empty text or zero; `cells` are the finished ones of its sheet. References to other sheets
-// and shared formulas are not followed.
+// and shared formulas are not followed. The cells that it looks at are taken from `cells_left`: a
+// formula that needs more is not worked out.
 ResultCheck CheckEmptyResult(std::span<const std::byte> tokens, bool is_text, bool is_biff8,
-                             const SheetCells& cells);
+                             const SheetCells& cells, std::size_t& cells_left);
 
 }  // namespace korvex

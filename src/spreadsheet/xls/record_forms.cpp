@@ -30,6 +30,7 @@ constexpr Form kForms[] = {
     {0x0017, 0x0018, 2, kAny},   // EXTERNSHEET, NAME
     {0x0019, 0x0019, 2, 2},      // WINDOWPROTECT
     {0x001A, 0x001D, 2, kAny},   // page breaks, NOTE, SELECTION
+    {0x0022, 0x0023, 0, kAny},   // DATEMODE, EXTERNNAME
     {0x0026, 0x0029, 8, 8},      // margins
     {0x002A, 0x002B, 2, 2},      // PRINTHEADERS, PRINTGRIDLINES
     {0x003C, 0x003C, 0, kAny},   // CONTINUE
@@ -37,6 +38,7 @@ constexpr Form kForms[] = {
     {0x0041, 0x0041, 9, 10},     // PANE
     {0x004D, 0x0052, 0, kAny},   // PLS, data consolidation
     {0x0055, 0x0055, 2, 2},      // DEFCOLWIDTH
+    {0x0059, 0x005A, 0, kAny},   // XCT, CRN
     {0x005D, 0x005D, 0, kAny},   // OBJ
     {0x005F, 0x005F, 2, 2},      // SAVERECALC
     {0x0060, 0x0060, 0, kAny},   // TEMPLATE
@@ -78,6 +80,7 @@ constexpr Form kForms[] = {
     {0x0208, 0x0208, 16, 16},    // ROW
     {0x020B, 0x020B, 12, kAny},  // INDEX
     {0x0221, 0x0221, 8, kAny},   // ARRAY
+    {0x0223, 0x0223, 0, kAny},   // EXTERNNAME
     {0x0225, 0x0225, 4, 4},      // DEFAULTROWHEIGHT
     {0x0236, 0x0236, 16, 16},    // TABLE
     {0x023E, 0x023E, 10, 18},    // WINDOW2

@@ -41,6 +41,7 @@ constexpr std::size_t kMostInFront = 512;  // bytes of an unknown record in fron
 constexpr std::size_t kFormulaHead = 22;   // in front of the formula itself
 constexpr std::uint16_t kCalculateOnLoad = 2;
 constexpr std::size_t kMostDoubted = 1000;
+constexpr std::size_t kMostCellsLookedAt = 2'000'000;  // by the formulas of a sheet
 
 }  // namespace
 
@@ -63,7 +64,7 @@ void SheetReader::ReadRecords() {
     if (number == biff::kBof) {
       ++depth_;
     } else if (number == biff::kEof) {
-      if (!records_.Data().empty()) RefuseRecord("would end the sheet, but holds data");
+      if (!records_.Data().empty()) CheckEnd();
       if (--depth_ == 0) return EndFormula();
     } else if (depth_ == 1) {
       ReadRecord(number, records_.Data());
@@ -146,19 +147,49 @@ void SheetReader::PassOver(std::uint16_t number, std::span<const std::byte> data
   if (!BelongsBetweenCells(number)) CheckIsNoCell(number, data);
 }
 
-// A cell whose record number was damaged is of an unknown kind, or of one that does not stand
-// between cells, and begins with a place that is free and due: the next in its row, or at the
-// beginning of the next row. It is told when more cells follow; what stands behind the cells may be
-// of any kind.
+// A cell whose record number was damaged is of an unknown kind, or it has a kind that is one bit
+// off a cell's with the length of that cell, and holds the place that is due. It is told when more
+// cells follow; what stands behind the cells may be of any kind. Some writers put links and notes
+// between cells, whose records begin with a place, too.
 void SheetReader::CheckIsNoCell(std::uint16_t number, std::span<const std::byte> data) {
   if (maybe_lost_) return;
   const bool is_unknown = !IsKnown(number) && (number != 0 || !data.empty());
   if (cells_.IsUnfilled()) {
+    // Where there are no globals in front, their records may stand here.
+    if (globals_.is_single_sheet) return;
     if (is_unknown && data.size() >= kMostInFront) RefuseRecord("is of no kind that sheets hold");
     if (is_unknown && has_rows_) maybe_lost_ = records_.Offset();
     return;
   }
-  if (is_unknown || HoldsNextPlace(data)) maybe_lost_ = records_.Offset();
+  if (is_unknown || (IsNearCell(number, data) && HoldsNextPlace(data))) {
+    maybe_lost_ = records_.Offset();
+  }
+}
+
+// Whether one bit of the number makes a cell of it, whose length it has already.
+bool SheetReader::IsNearCell(std::uint16_t number, std::span<const std::byte> data) {
+  const auto is_near = [number](std::uint16_t cell) {
+    return std::has_single_bit(static_cast<unsigned>(number ^ cell));
+  };
+  switch (data.size()) {
+    case 8:
+      if (is_near(biff::kBoolErr)) return true;
+      break;
+    case 10:
+      if (is_near(biff::kRk) || is_near(biff::kLabelSst)) return true;
+      break;
+    case 14:
+      if (is_near(biff::kNumber)) return true;
+      break;
+    default:
+      break;
+  }
+  if (is_near(biff::kMulRk)) return data.size() >= 12 && data.size() % 6 == 0;
+  if (is_near(biff::kFormula) || is_near(biff::kFormulaBiff4)) {
+    return data.size() >= kFormulaHead &&
+           data.size() == kFormulaHead + LoadU16(data.data() + kFormulaHead - 2);
+  }
+  return is_near(biff::kLabel) && data.size() > 8 && data.size() > LoadU16(data.data() + 6) + 6u;
 }
 
 bool SheetReader::HoldsNextPlace(std::span<const std::byte> data) const {
@@ -196,10 +227,21 @@ void SheetReader::RefuseTooLong() const {
                " bytes of data, more than its kind can");
 }
 
+void SheetReader::RefuseFormat(std::uint16_t xf) const {
+  RefuseRecord("has the format number " + GroupedDigits(xf) + ", and there are " +
+               GroupedDigits(globals_.shows_date.size()) + " formats from 0 on");
+}
+
 void SheetReader::RefuseLostCell() const {
   Refuse("is damaged: in sheet \"" + std::string(sheet_) + "\" the record at byte " +
          GroupedDigits(*maybe_lost_) +
          " of the workbook stream stands between cells, where none of its kind does");
+}
+
+// An end with data in it is one where nothing or another sheet follows.
+void SheetReader::CheckEnd() const {
+  const std::optional<RecordReader::Header> next = records_.PeekHeader();
+  if (next && next->number != biff::kBof) RefuseRecord("would end the sheet, but holds data");
 }
 
 void SheetReader::RefuseEnd() const {
@@ -330,16 +372,18 @@ void SheetReader::DoubtFormula(bool is_zero, bool is_text) {
 bool SheetReader::IsFalse(DoubtGround ground) const {
   bool is_true = false;
   bool is_doubted = false;
+  std::size_t cells_left = kMostCellsLookedAt;
   for (const DoubtedFormula& formula : doubted_) {
     if (formula.ground != ground) continue;
-    switch (CheckEmptyResult(formula.tokens, formula.is_text, globals_.is_biff8, cells_)) {
+    switch (
+        CheckEmptyResult(formula.tokens, formula.is_text, globals_.is_biff8, cells_, cells_left)) {
       case ResultCheck::kFalse:
         return true;
       case ResultCheck::kTrue:
         is_true = true;
         break;
       case ResultCheck::kDoubted:
-        is_doubted = true;
+        is_doubted |= !formula.is_text;
         break;
       case ResultCheck::kUnknown:
         break;
@@ -379,6 +423,8 @@ TextRange SheetReader::ReadText(std::size_t length_offset) {
 
 void SheetReader::AddNumber(std::uint16_t row, std::uint16_t column, std::uint16_t xf,
                             double number) {
+  // A format that is lost shifts all those behind it, and dates become numbers.
+  if (xf >= globals_.shows_date.size() && !globals_.shows_date.empty()) RefuseFormat(xf);
   const TypedNumber typed = TypeNumber(number, globals_.ShowsDate(xf), globals_.uses_1904);
   cells_.AddNumber(row, column, typed.kind, typed.number);
 }

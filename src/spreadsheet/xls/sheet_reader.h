@@ -53,11 +53,14 @@ class SheetReader {
   static void CheckColumn(std::uint16_t row, std::uint16_t column);
   void PassOver(std::uint16_t number, std::span<const std::byte> data);
   void CheckIsNoCell(std::uint16_t number, std::span<const std::byte> data);
+  static bool IsNearCell(std::uint16_t number, std::span<const std::byte> data);
   bool HoldsNextPlace(std::span<const std::byte> data) const;
   void CheckOddLength();
   [[noreturn]] void RefuseRecord(const std::string& what) const;
   [[noreturn]] void RefuseTooLong() const;
+  [[noreturn]] void RefuseFormat(std::uint16_t xf) const;
   [[noreturn]] void RefuseLostCell() const;
+  void CheckEnd() const;
   [[noreturn]] void RefuseEnd() const;
   void ReadNumber(const std::byte* data);
   void ReadRk(const std::byte* data);

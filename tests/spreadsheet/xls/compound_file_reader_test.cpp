@@ -77,6 +77,8 @@ TEST(CompoundFileReader, RefusesDamageThatHidesTheWorkbook) {
       {"is damaged: its header gives a sector size of 2^20 bytes, where 2^9 and 2^12 are possible",
        {{30, 0x00060014}}},
       {"is damaged: the sector chain of its workbook runs in a circle", {{kFat + 4 * 5, 3}}},
+      {"is damaged: two entries of its sector table lead to sector 7 of the workbook",
+       {{kFat + 4 * 4, 7}}},
       {"is damaged: the sector chain of its directory runs in a circle", {{kFat + 4, 1}}},
       {"is damaged: its directory cannot be found", {{48, 0xFFFFFFFE}}},
       {"is not a workbook: it is a compound file without a workbook in it", {{kEntry, 'X'}}},

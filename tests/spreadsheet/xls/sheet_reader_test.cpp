@@ -223,6 +223,28 @@ TEST(SheetReader, RefusesRecordsAmongWhichCellsAreLost) {
   }
 }
 
+// Links, notes and the like begin with a place as cells do.
+TEST(SheetReader, ReadsCellsWithOtherRecordsBetweenThem) {
+  const Bytes link = Record(0x01B8, U16(1) + U16(1) + U16(1) + U16(1) + Bytes(40, 'l'));
+  const Bytes note = Record(0x001C, U16(1) + U16(1) + U16(0) + U16(1) + Bytes(4, '\0'));
+  const Bytes columns = Record(0x007D, U16(1) + U16(1) + Bytes(8, '\0'));
+  EXPECT_EQ(ListingOfRecords(NumberCell(1, 0, 1) + link + note + columns + NumberCell(1, 1, 2)),
+            "2,1 number 1 | 2,2 number 2");
+}
+
+TEST(SheetReader, RefusesFormatsAndPlacesThatThereAreNot) {
+  const Bytes formats = Record(0x00E0, Bytes(20, '\0')) + Record(0x00E0, Bytes(20, '\0'));
+  EXPECT_EQ(ListingOfRecords(NumberCell(0, 0, 7, 1), formats), "1,1 number 7");
+  EXPECT_NE(RefusalOf(CompoundBytes{.stream = OneSheet(NumberCell(0, 0, 7, 2), formats)}.Build())
+                .find("has the format number 2, and there are 2 formats from 0 on"),
+            Bytes::npos);
+  Bytes stream = OneSheet(NumberCell(0, 0, 7));
+  const std::size_t offset = stream.find(Record(0x0085).substr(0, 2)) + 4;
+  stream[offset] = static_cast<char>(stream[offset] + 20);
+  EXPECT_NE(RefusalOf(CompoundBytes{.stream = stream}.Build()).find("where no sheet does"),
+            Bytes::npos);
+}
+
 // A writer that does not calculate leaves zeros or empty texts; so do templates that nobody has
 // filled in yet. A1 is the zero-based reference (0, 0).
 TEST(SheetReader, TellsFormulasThatNobodyCalculated) {
@@ -249,6 +271,10 @@ TEST(SheetReader, TellsFormulasThatNobodyCalculated) {
       {"product", zero, kOnLoad, a1_doubled, true, false},
       {"sum", zero, kOnLoad, sum_of_a, true, false},
       {"formula that is not worked out", zero, kOnLoad, unknown, true, false},
+      {"difference of nearly equal numbers", zero, kOnLoad,
+       a1 + U8(0x1F) + F64(3.0000000000000004) + U8(0x04), false, true},
+      {"formula that changes by itself", zero, kOnLoad, U8(0x19) + U8(1) + U16(0) + a1_doubled,
+       false, false},
       {"constant", zero, kOnLoad, U8(0x1E) + U16(7), true, true},
       {"empty text of a product", empty, kOnLoad, a1_doubled, true, true},
       {"zero that nobody asks to calculate", zero, 0, a1_doubled, false, false},
