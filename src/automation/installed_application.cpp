@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/attempt.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "workbook/output_rules.h"

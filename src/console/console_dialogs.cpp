@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "platform/message_sound.h"
+#include "platform/desktop.h"
 #include "platform/services.h"
 #include "text/text.h"
 #include "text/utf8.h"

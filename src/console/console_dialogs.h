@@ -8,8 +8,10 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "console/console_line.h"
@@ -36,6 +38,22 @@ class ConsoleDialogs : public Dialogs {
 
   Terminal& terminal_;
   ConsoleLine& line_;
+};
+
+// Where a running conversion notices Ctrl-C.
+class ConsoleMessageLoop : public MessageLoop {
+ public:
+  // `on_interrupt` is called from Yield. `terminal` must outlive the loop.
+  ConsoleMessageLoop(Terminal& terminal, std::function<void()> on_interrupt)
+      : terminal_(terminal), on_interrupt_(std::move(on_interrupt)) {}
+
+  void Yield() override {
+    if (terminal_.TakeInterrupt()) on_interrupt_();
+  }
+
+ private:
+  Terminal& terminal_;
+  std::function<void()> on_interrupt_;
 };
 
 }  // namespace korvex

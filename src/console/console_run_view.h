@@ -1,38 +1,42 @@
-// A run as the terminal shows it.
+// A run as the terminal shows it, on standard error: one line that is drawn over on a terminal,
+// else each message on a line of its own.
 #pragma once
 
-#include "console/console_progress.h"
+#include <cstdint>
+#include <string>
+
+#include "console/console_line.h"
 #include "engine/MainRun.h"
 
 namespace korvex {
 
+// Shows nothing between runs: a terminal has no idle state.
 class ConsoleRunView : public RunView {
  public:
-  // `progress` must outlive the view.
-  explicit ConsoleRunView(ConsoleProgress& progress) : progress_(progress) {}
+  // Shows nothing at all when `quiet`. Both must outlive the view.
+  ConsoleRunView(Terminal& terminal, ConsoleLine& line, bool quiet)
+      : terminal_(terminal), line_(line), quiet_(quiet) {}
 
   void EnterRunning() override { running_ = true; }
-  void LeaveRunning() override {
-    running_ = false;
-    progress_.Finish();
-  }
+  // Takes the bar off the terminal.
+  void LeaveRunning() override;
   void ErrorMessage(const std::string& text) override { SetMessage(text); }
   void Message(const std::string& text) override { SetMessage(text); }
-  void ProcessedFile() override { progress_.SetValue(++value_); }
-  // A terminal has no idle state to show.
-  void SetMessage(const std::string& text) override {
-    if (running_) progress_.SetMessage(text);
-  }
-  void SetProgress(std::int32_t value, std::int32_t maximum) override {
-    if (!running_) return;
-    progress_.SetMaximum(maximum);
-    progress_.SetValue(value_ = value);
-  }
+  void ProcessedFile() override;
+  void SetMessage(const std::string& text) override;
+  void SetProgress(std::int32_t value, std::int32_t maximum) override;
 
  private:
-  ConsoleProgress& progress_;
-  std::int32_t value_ = 0;
+  void Redraw();
+  std::string Bar() const;
+
+  Terminal& terminal_;
+  ConsoleLine& line_;
+  const bool quiet_;
   bool running_ = false;
+  std::int32_t value_ = 0;
+  std::int32_t maximum_ = 0;
+  std::string message_;
 };
 
 }  // namespace korvex

@@ -9,7 +9,6 @@
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
-#include "platform/message_loop.h"
 #include "platform/services.h"
 #include "settings/basSettings.h"
 #include "workbook/spreadsheet.h"

@@ -1,11 +1,10 @@
 #include "errors/basFuncs.h"
 
 #include "errors/clsAppLog.h"
-#include "platform/attempt.h"
+#include "platform/desktop.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
-#include "platform/mail.h"
 #include "platform/services.h"
 #include "settings/basSettings.h"
 

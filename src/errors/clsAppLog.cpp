@@ -2,11 +2,12 @@
 
 #include <ctime>
 
-#include "platform/attempt.h"
-#include "platform/clock.h"
+#include "errors/basFuncs.h"
+#include "files/folder_listing.h"
+#include "platform/desktop.h"
 #include "platform/error.h"
+#include "platform/file_system.h"
 #include "platform/services.h"
-#include "platform/shell.h"
 #include "text/code_page.h"
 
 namespace korvex {
@@ -15,6 +16,8 @@ namespace {
 constexpr char kLineEnd[] = "\r\n";
 constexpr std::string_view kBanner =
     "<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<ERROR>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>";
+
+constexpr char kLogName[] = "KORVEX.LOG";
 
 }  // namespace
 
@@ -95,6 +98,18 @@ void clsAppLog::Write(std::string_view text) {
 clsAppLog& AppLog() {
   static clsAppLog log;
   return log;
+}
+
+void OpenAppLog() {
+  try {
+    AppLog().Filename(AppErrFolder() + kLogName);
+    return;
+  } catch (const Error&) {
+    if (Platform().user_folder.empty()) throw;
+  }
+  const std::string folder = JoinPath(Platform().user_folder, "AppErr");
+  CreateFolders(*Platform().files, folder, FolderUse::kShared);
+  AppLog().Filename(JoinPath(folder, kLogName));
 }
 
 }  // namespace korvex

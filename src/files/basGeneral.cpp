@@ -1,9 +1,9 @@
 #include "files/basGeneral.h"
 
+#include "platform/desktop.h"
 #include "platform/dialogs.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
-#include "platform/shell.h"
 #include "text/text.h"
 
 namespace korvex {

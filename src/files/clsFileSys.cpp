@@ -7,9 +7,9 @@
 #include "files/basAPI.h"
 #include "files/basGeneral.h"
 #include "files/folder_listing.h"
-#include "platform/attempt.h"
+#include "platform/dialogs.h"
+#include "platform/error.h"
 #include "platform/file_system.h"
-#include "platform/message_loop.h"
 #include "platform/services.h"
 #include "text/text.h"
 

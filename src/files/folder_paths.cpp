@@ -15,16 +15,6 @@ bool IsWithin(const std::string& inner, const std::string& folder) {
   return IsSameName(WithSeparator(inner).substr(0, prefix.size()), prefix);
 }
 
-// Empty above a root.
-std::string ParentFolder(const std::string& folder) {
-  const FileSystem& files = *Platform().files;
-  const std::string root = files.DriveName(folder) + files.Separator();
-  if (folder.size() <= root.size()) return "";
-  const std::size_t last = folder.rfind(files.Separator());
-  if (last == std::string::npos) return "";
-  return last < root.size() ? root : folder.substr(0, last);
-}
-
 }  // namespace
 
 // Where drives have letters, names are the same in any letter case.
@@ -53,7 +43,7 @@ std::vector<std::string> NamesBelow(const std::string& folder, const std::string
 
 std::string NearestExistingFolder(std::string folder) {
   const FileSystem& files = *Platform().files;
-  while (!folder.empty() && !files.FolderExists(folder)) folder = ParentFolder(folder);
+  while (!folder.empty() && !files.FolderExists(folder)) folder = ParentFolder(files, folder);
   return folder.empty() ? files.DefaultFolder() : folder;
 }
 

@@ -1,4 +1,6 @@
-// Modal questions and messages. Texts are UTF-8 with CR LF line ends, as the program composes them.
+// What the core asks of the program around it, with windows or on a terminal: questions and
+// messages, the message loop, and the folder that the user has chosen. Texts are UTF-8 with CR LF
+// line ends.
 #pragma once
 
 #include <string>
@@ -30,6 +32,7 @@ struct ButtonMessage {
   int sound = 1;           // 1 beep, 2 to 9 system sounds, 0 silent
 };
 
+// All of them modal.
 class Dialogs {
  public:
   virtual ~Dialogs() = default;
@@ -42,6 +45,24 @@ class Dialogs {
   // A share of the network, or what stands for one here; empty when the user cancels or stops at a
   // computer.
   virtual std::string BrowseNetwork(void* owner, const std::string& title) = 0;
+};
+
+// The message loop of the one thread: where a running conversion lets the user in.
+class MessageLoop {
+ public:
+  virtual ~MessageLoop() = default;
+
+  // Handles what is waiting (a Stop click, timers, repainting) and returns.
+  virtual void Yield() = 0;
+};
+
+// Where a run is started from: the main window, or the command line.
+class MainWindow {
+ public:
+  virtual ~MainWindow() = default;
+
+  // The folder that the user has chosen at this moment, without a trailing separator.
+  virtual std::string ProcessingFolder() const = 0;
 };
 
 }  // namespace korvex

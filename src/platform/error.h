@@ -61,4 +61,16 @@ class Error : public std::exception {
 // memory, 51 with its own text for any other foreign exception.
 Error PendingError();
 
+// Runs a step whose failure must not keep the caller from going on. Swallows every exception and
+// returns false then.
+template <class Step>
+bool Attempt(Step&& step) {
+  try {
+    step();
+    return true;
+  } catch (...) {
+    return false;
+  }
+}
+
 }  // namespace korvex

@@ -2,8 +2,11 @@
 // drives) is asked here, so that the path rules hold in both styles on every machine.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -41,6 +44,25 @@ class ReplacementFile {
   virtual void CommitAsNew() = 0;
 };
 
+// Keeps other programs that ask for a lock on the same file out for its own lifetime. The system
+// releases it when the program ends, however that comes.
+class FileLock {
+ public:
+  virtual ~FileLock() = default;
+};
+
+// Tells one content of a file from another without reading it: which file it is, its size, and when
+// it was changed, in nanoseconds since 1970.
+struct FileVersion {
+  std::uint64_t volume = 0;
+  std::uint64_t file = 0;
+  std::int64_t size = 0;
+  std::int64_t content_changed = 0;
+  std::int64_t status_changed = 0;  // name, rights or content
+
+  friend bool operator==(const FileVersion&, const FileVersion&) = default;
+};
+
 // A folder of its own for files of the moment, deleted with all that is in it when this is.
 class ScratchFolder {
  public:
@@ -73,6 +95,9 @@ class FileSystem {
   virtual bool FolderExists(const std::string& path) const = 0;
   // Whether both paths lead to one file that exists, by links or in another spelling.
   virtual bool IsSameFile(const std::string& a, const std::string& b) const = 0;
+  // None for a file that does not exist. Two contents can have one version within the step in which
+  // the file system counts time (up to two seconds).
+  virtual std::optional<FileVersion> VersionOf(const std::string& path) const = 0;
   // Files and sub-folders in no order; "." and ".." left out. Links count as what they lead to;
   // what is neither file nor folder (sockets, dead links) counts as a file.
   virtual std::vector<FolderEntry> List(const std::string& folder) const = 0;
@@ -90,11 +115,31 @@ class FileSystem {
   // Refuses what could not be replaced in the end. A link is followed; one that leads nowhere is
   // refused (76).
   virtual std::unique_ptr<ReplacementFile> Replace(const std::string& path) = 0;
+  // The same, but a file that is new is for this user alone where the system tells users apart.
+  virtual std::unique_ptr<ReplacementFile> ReplacePrivately(const std::string& path) = 0;
+  // Error 70 when another program keeps the lock for five seconds. May create the file, which its
+  // folder must exist for.
+  virtual std::unique_ptr<FileLock> Lock(const std::string& path) = 0;
   // In the folder for temporary files. The path that an error names is that folder's.
   virtual std::unique_ptr<ScratchFolder> MakeScratchFolder() = 0;
   // Creates one level. No error when the folder exists already.
   virtual void CreateFolder(const std::string& path) = 0;
+  virtual void CreatePrivateFolder(const std::string& path) = 0;
   virtual void DeleteFile(const std::string& path) = 0;
 };
+
+// How long `FileSystem::Lock` waits for another program.
+inline constexpr std::chrono::seconds kLockPatience{5};
+inline constexpr std::chrono::milliseconds kLockInterval{5};
+// What its error says then.
+std::string LockedText(const std::string& path);
+
+// The folder that an absolute path lies in, without a separator at its end unless it is a root;
+// empty above a root.
+std::string ParentFolder(const FileSystem& files, const std::string& path);
+
+// Creates the folder with all that are missing above it.
+enum class FolderUse { kShared, kPrivate };
+void CreateFolders(FileSystem& files, const std::string& folder, FolderUse use);
 
 }  // namespace korvex

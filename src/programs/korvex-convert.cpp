@@ -7,15 +7,12 @@
 
 #include "console/console_dialogs.h"
 #include "console/console_line.h"
-#include "console/console_message_loop.h"
-#include "console/console_progress.h"
 #include "console/console_run_view.h"
 #include "engine/MainRun.h"
 #include "errors/clsAppLog.h"
-#include "errors/open_app_log.h"
 #include "files/basGeneral.h"
+#include "platform/dialogs.h"
 #include "platform/error.h"
-#include "platform/main_window.h"
 #include "platform/native_platform.h"
 #include "platform/services.h"
 #include "platform/shown_text.h"
@@ -140,8 +137,7 @@ int ExitStatus(RunOutcome outcome) {
 int Main(const ConvertOptions& options) {
   const std::unique_ptr<Terminal> terminal = OpenTerminal();
   ConsoleLine line(*terminal);
-  ConsoleProgress progress(*terminal, line, options.quiet);
-  ConsoleRunView view(progress);
+  ConsoleRunView view(*terminal, line, options.quiet);
   MainRun run(view);
 
   const NativePlatform native(options.settings_file);

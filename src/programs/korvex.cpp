@@ -11,15 +11,12 @@
 #include <vector>
 
 #include "errors/basFuncs.h"
-#include "platform/attempt.h"
 #include "platform/error.h"
 #include "platform/native_platform.h"
 #include "platform/services.h"
 #include "platform/standard_streams.h"
 #include "programs/spreadsheet_choice.h"
-#include "ui/open_main_window.h"
-#include "ui/window_dialogs.h"
-#include "ui/window_message_loop.h"
+#include "ui/window_services.h"
 #include "ui/wx_text.h"
 
 namespace korvex {

@@ -6,11 +6,9 @@
 
 #include "files/basGeneral.h"
 #include "files/folder_listing.h"
-#include "platform/attempt.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
-#include "platform/main_window.h"
 #include "platform/services.h"
 #include "platform/settings_store.h"
 #include "text/text.h"

@@ -2,7 +2,6 @@
 #include "errors/trap.h"
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
-#include "platform/attempt.h"
 #include "platform/error.h"
 #include "platform/services.h"
 #include "platform/shown_text.h"

@@ -16,15 +16,12 @@
 #include "errors/trap.h"
 #include "files/folder_listing.h"
 #include "files/folder_paths.h"
-#include "platform/attempt.h"
 #include "platform/dialogs.h"
+#include "platform/error.h"
 #include "platform/services.h"
-#include "ui/EnableFrame.h"
-#include "ui/chooser_layout.h"
 #include "ui/folder_tree.h"
+#include "ui/form_helpers.h"
 #include "ui/frame_panel.h"
-#include "ui/twips.h"
-#include "ui/unmeant_input.h"
 #include "ui/wx_text.h"
 
 namespace korvex {
@@ -34,6 +31,16 @@ constexpr int kDesignedSplitterLeft = 4200;  // twips
 constexpr int kSplitterWidth = 6;
 constexpr int kGap = 6;
 const wxSize kLeastSize(420, 240);
+constexpr int kLeastLeft = 1320;  // of the splitter, in twips
+constexpr int kLeastFileList = 800;
+constexpr int kSplitterAllowance = 30;
+
+// Where the splitter may stand, in twips from the left edge: the drive box and the folder list on
+// its left keep a usable width, and so does the file list on its right, up to its own right edge.
+int ClampSplitter(int left, int file_list_right) {
+  return std::min(std::max(left, kLeastLeft),
+                  file_list_right - kLeastFileList - kSplitterAllowance);
+}
 
 wxArrayString Shown(const std::vector<std::string>& names) {
   wxArrayString shown;

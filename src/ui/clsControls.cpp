@@ -1,6 +1,5 @@
 #include "ui/clsControls.h"
 
-#include "platform/attempt.h"
 #include "platform/error.h"
 #include "ui/late_bound.h"
 #include "workbook/cell_text.h"

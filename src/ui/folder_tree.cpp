@@ -9,8 +9,8 @@
 
 #include "files/folder_listing.h"
 #include "files/folder_paths.h"
-#include "platform/attempt.h"
-#include "platform/raised_flag.h"
+#include "platform/error.h"
+#include "ui/form_helpers.h"
 #include "ui/wx_text.h"
 
 namespace korvex {

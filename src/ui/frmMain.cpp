@@ -6,21 +6,18 @@
 #include <utility>
 
 #include "errors/clsAppLog.h"
-#include "errors/open_app_log.h"
 #include "errors/trap.h"
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
 #include "files/folder_listing.h"
-#include "platform/attempt.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
-#include "platform/raised_flag.h"
 #include "platform/services.h"
 #include "platform/shown_text.h"
 #include "settings/basSettings.h"
-#include "ui/EnableFrame.h"
 #include "ui/clsControls.h"
+#include "ui/form_helpers.h"
 #include "ui/frmOptions.h"
 #include "ui/wx_text.h"
 

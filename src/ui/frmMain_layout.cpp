@@ -5,12 +5,8 @@
 #include <wx/sizer.h>
 
 #include "settings/basSettings.h"
-#include "ui/app_icon.h"
-#include "ui/centre.h"
+#include "ui/form_helpers.h"
 #include "ui/frmMain.h"
-#include "ui/text_box.h"
-#include "ui/twips.h"
-#include "ui/unmeant_input.h"
 #include "ui/wx_text.h"
 
 namespace korvex {

@@ -7,12 +7,10 @@
 
 #include <algorithm>
 
+#include "platform/desktop.h"
 #include "platform/error.h"
-#include "platform/message_sound.h"
 #include "platform/services.h"
-#include "platform/window_system.h"
-#include "ui/app_icon.h"
-#include "ui/centre.h"
+#include "ui/form_helpers.h"
 #include "ui/wx_text.h"
 
 namespace korvex {

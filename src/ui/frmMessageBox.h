@@ -12,9 +12,9 @@
 #include <vector>
 
 #include "platform/dialogs.h"
+#include "ui/form_helpers.h"
 #include "ui/message_box_layout.h"
 #include "ui/message_icons.h"
-#include "ui/twips.h"
 
 namespace korvex {
 

@@ -6,15 +6,13 @@
 #include "files/basGeneral.h"
 #include "platform/dialogs.h"
 #include "platform/file_system.h"
-#include "platform/main_window.h"
 #include "platform/services.h"
 #include "settings/basSettings.h"
 #include "structure/clsArray.h"
 #include "text/text.h"
-#include "ui/EnableFrame.h"
 #include "ui/clsControls.h"
-#include "ui/column_list.h"
-#include "ui/output_filters.h"
+#include "ui/form_helpers.h"
+#include "ui/option_choices.h"
 #include "ui/wx_text.h"
 
 namespace korvex {

@@ -10,11 +10,8 @@
 #include <algorithm>
 
 #include "files/basGeneral.h"
-#include "ui/app_icon.h"
-#include "ui/centre.h"
+#include "ui/form_helpers.h"
 #include "ui/frmOptions.h"
-#include "ui/text_box.h"
-#include "ui/unmeant_input.h"
 #include "ui/wx_text.h"
 
 namespace korvex {

@@ -5,11 +5,8 @@
 #include <deque>
 
 #include "console/console_dialogs.h"
-#include "console/console_message_loop.h"
-#include "console/console_progress.h"
+#include "console/console_run_view.h"
 #include "platform/terminal.h"
-#include "settings/overlay_settings_store.h"
-#include "tests/support/errors.h"
 #include "tests/support/fakes.h"
 
 namespace korvex {
@@ -131,52 +128,58 @@ TEST_F(ConsoleDialogsTest, PlaysAMessagesSoundToWhoCanAnswer) {
 }
 
 TEST_F(ConsoleDialogsTest, FreesTheLineThatProgressOccupies) {
-  ConsoleProgress progress(terminal_, line_, false);
-  progress.SetMaximum(4);
-  progress.SetMessage("Processing x.xls");
+  ConsoleRunView view(terminal_, line_, false);
+  view.EnterRunning();
+  view.SetProgress(0, 4);
+  view.SetMessage("Processing x.xls");
   const std::string bar = terminal_.LastLine();
   terminal_.typed = {"c"};
   AskToStop();
   EXPECT_THAT(terminal_.written, HasSubstr(std::string(20, ' ') + "\rStop Process?\n"));
-  progress.SetMessage("Processing x.xls");
+  view.SetMessage("Processing x.xls");
   EXPECT_EQ(terminal_.LastLine(), bar) << "drawn again below the question";
 }
 
-class ConsoleProgressTest : public testing::Test {
+class ConsoleRunViewTest : public testing::Test {
  protected:
   FakeTerminal terminal_;
   ConsoleLine line_{terminal_};
-  ConsoleProgress progress_{terminal_, line_, false};
+  ConsoleRunView view_{terminal_, line_, false};
 };
 
-TEST_F(ConsoleProgressTest, DrawsOneLineOnATerminal) {
-  progress_.SetMessage("Initializing...");
+TEST_F(ConsoleRunViewTest, DrawsOneLineOnATerminalWhileRunning) {
+  view_.SetMessage("idle");
+  EXPECT_EQ(terminal_.written, "");
+  view_.EnterRunning();
+  view_.SetMessage("Initializing...");
   EXPECT_EQ(terminal_.LastLine(), "Initializing...");
-  progress_.SetMaximum(12);
-  progress_.SetValue(3);
+  view_.SetProgress(2, 12);
+  view_.ProcessedFile();
   EXPECT_EQ(terminal_.LastLine(), "[#####---------------]  25%   3 of 12  Initializing...");
-  progress_.SetMessage("two\nlines");
-  progress_.SetValue(99);
+  view_.Message("two\nlines");
+  view_.SetProgress(99, 12);
   EXPECT_EQ(terminal_.LastLine(), "[####################] 100%  12 of 12  two lines");
   const std::string written = terminal_.written;
-  progress_.SetMessage("two\nlines");
+  view_.SetMessage("two\nlines");
   EXPECT_EQ(terminal_.written, written) << "nothing has changed";
-  progress_.Finish();
+  view_.LeaveRunning();
   EXPECT_EQ(terminal_.LastLine(), "");
   terminal_.columns = 6;
-  progress_.SetMessage("µµµµµµµµ");
+  view_.EnterRunning();
+  view_.ErrorMessage("µµµµµµµµ");
   EXPECT_EQ(terminal_.LastLine(), "µµµµµ") << "cut by characters";
   EXPECT_EQ(terminal_.written.find('\n'), std::string::npos);
 }
 
-TEST_F(ConsoleProgressTest, WritesPlainLinesWithoutATerminalAndNothingWhenQuiet) {
+TEST_F(ConsoleRunViewTest, WritesPlainLinesWithoutATerminalAndNothingWhenQuiet) {
   terminal_.can_redraw = false;
-  ConsoleProgress quiet(terminal_, line_, true);
-  for (ConsoleProgress* progress : {&progress_, &quiet}) {
-    progress->SetMaximum(2);
-    for (const char* message : {"a", "a", "", "b"}) progress->SetMessage(message);
-    progress->SetValue(1);
-    progress->Finish();
+  ConsoleRunView quiet(terminal_, line_, true);
+  for (ConsoleRunView* view : {&view_, &quiet}) {
+    view->EnterRunning();
+    view->SetProgress(0, 2);
+    for (const char* message : {"a", "a", "", "b"}) view->SetMessage(message);
+    view->ProcessedFile();
+    view->LeaveRunning();
   }
   EXPECT_EQ(terminal_.written, "a\nb\n");
 }
@@ -190,35 +193,6 @@ TEST(ConsoleMessageLoop, PassesOnEachCtrlCOnce) {
   loop.Yield();
   loop.Yield();
   EXPECT_EQ(stops, 1);
-}
-
-TEST(OverlaySettingsStore, ChangesHoldForThisCallAloneUnlessKept) {
-  FakeSettingsStore below;
-  OverlaySettingsStore store(below);
-  below.Save("S", "old", "1");
-  below.Save("S", "given", "2");
-  store.Save("s", "GIVEN", "3");
-  store.Save("S", "new", "4");
-  store.Save("S", "brief", "6");
-  store.Delete("S", "brief");
-  store.Delete("S", "Old");
-  below.Save("S", "other", "5");
-  EXPECT_EQ(store.Get("S", "given"), "3");
-  EXPECT_EQ(store.Get("S", "NEW"), "4");
-  EXPECT_EQ(store.Get("S", "old"), std::nullopt);
-  EXPECT_EQ(store.Get("S", "other"), "5") << "the store below shines through";
-  EXPECT_EQ(below.Get("S", "given"), "2");
-  EXPECT_EQ(below.Get("S", "new"), std::nullopt);
-  for (const char* key : {"old", "brief", "missing"}) {
-    EXPECT_EQ(ErrorOf([&] { store.Delete("S", key); }).Number(), 5) << key;
-  }
-
-  store.Keep();
-  EXPECT_EQ(below.Get("S", "given"), "3");
-  EXPECT_EQ(below.Get("S", "new"), "4");
-  EXPECT_EQ(below.Get("S", "old"), std::nullopt);
-  below.Save("S", "given", "7");
-  EXPECT_EQ(store.Get("S", "given"), "3") << "another call's choice is none of this one";
 }
 
 }  // namespace

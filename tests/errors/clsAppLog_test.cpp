@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include "errors/basFuncs.h"
-#include "errors/open_app_log.h"
 #include "tests/support/errors.h"
 #include "tests/support/fakes.h"
 

@@ -4,9 +4,8 @@
 
 #include <cstdlib>
 
-#include "platform/clock.h"
+#include "platform/desktop.h"
 #include "platform/file_system.h"
-#include "platform/shell.h"
 
 namespace korvex {
 namespace {

@@ -12,16 +12,11 @@
 #include <vector>
 
 #include "errors/clsAppLog.h"
-#include "platform/clock.h"
+#include "platform/desktop.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
-#include "platform/mail.h"
-#include "platform/main_window.h"
-#include "platform/message_loop.h"
 #include "platform/services.h"
 #include "platform/settings_store.h"
-#include "platform/shell.h"
-#include "platform/sound.h"
 #include "tests/support/memory_file_system.h"
 #include "text/text.h"
 

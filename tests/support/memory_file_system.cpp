@@ -165,6 +165,13 @@ bool MemoryFileSystem::IsSameFile(const std::string& a, const std::string& b) co
   return FileExists(a) && Find(a) == Find(b);
 }
 
+std::optional<FileVersion> MemoryFileSystem::VersionOf(const std::string& path) const {
+  if (!FileExists(path)) return std::nullopt;
+  const Node& node = *Find(path);
+  return FileVersion{.size = static_cast<std::int64_t>(node.content.size()),
+                     .content_changed = node.version};
+}
+
 std::vector<FolderEntry> MemoryFileSystem::List(const std::string& folder) const {
   if (!FolderExists(folder)) Raise(error_number::kPathNotFound, folder);
   Check(FileOperation::kList, folder);
@@ -187,6 +194,7 @@ void MemoryFileSystem::ReadStart(const std::string& path, std::size_t most,
                                  std::vector<std::byte>& content) const {
   const std::string_view text = std::string_view(Content(path)).substr(0, most);
   Check(FileOperation::kRead, path);
+  ++reads_[Key(path)];
   const auto* bytes = reinterpret_cast<const std::byte*>(text.data());
   content.assign(bytes, bytes + text.size());
 }
@@ -257,6 +265,7 @@ void MemoryFileSystem::Put(const std::string& path, std::string content) {
   Node& node = nodes_[Key(path)];
   if (node.path.empty()) node.path = AbsolutePath(path);
   node.content = std::move(content);
+  node.version = ++last_version_;
 }
 
 void MemoryFileSystem::Append(std::string_view bytes, std::string& content,

@@ -30,6 +30,7 @@ class MemoryFileSystem : public FileSystem {
   bool FileExists(const std::string& path) const override;
   bool FolderExists(const std::string& path) const override;
   bool IsSameFile(const std::string& a, const std::string& b) const override;
+  std::optional<FileVersion> VersionOf(const std::string& path) const override;
   std::vector<FolderEntry> List(const std::string& folder) const override;
   void ReadFile(const std::string& path, std::vector<std::byte>& content) const override;
   void ReadStart(const std::string& path, std::size_t most,
@@ -39,9 +40,17 @@ class MemoryFileSystem : public FileSystem {
     CheckWritable(FileOperation::kAppend, path);
   }
   std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;
+  std::unique_ptr<ReplacementFile> ReplacePrivately(const std::string& path) override {
+    return Replace(path);
+  }
+  // There is no other program.
+  std::unique_ptr<FileLock> Lock(const std::string&) override {
+    return std::make_unique<FileLock>();
+  }
   // On the disk, as the C library knows no other.
   std::unique_ptr<ScratchFolder> MakeScratchFolder() override;
   void CreateFolder(const std::string& path) override;
+  void CreatePrivateFolder(const std::string& path) override { CreateFolder(path); }
   void DeleteFile(const std::string& path) override;
 
   // Both make the folders above, a new drive or share included.
@@ -51,6 +60,9 @@ class MemoryFileSystem : public FileSystem {
   void Remove(const std::string& path);
   // Error 53 when there is no such file.
   const std::string& Content(const std::string& path) const;
+
+  // How often the file has been read so far.
+  int Reads(const std::string& path) const { return reads_[Key(path)]; }
 
   // From now on the operation on this one path raises the error.
   void Fail(FileOperation operation, const std::string& path, int error_number);
@@ -67,6 +79,7 @@ class MemoryFileSystem : public FileSystem {
     std::string path;  // absolute, as spelled by whoever made it
     bool is_folder = false;
     std::string content = {};
+    std::int64_t version = 0;  // another one whenever the content is replaced
   };
 
   std::string Key(std::string_view path) const;
@@ -81,6 +94,8 @@ class MemoryFileSystem : public FileSystem {
   PathStyle style_;
   std::map<std::string, Node> nodes_;
   std::map<std::pair<FileOperation, std::string>, int> failures_;
+  std::int64_t last_version_ = 0;
+  mutable std::map<std::string, int> reads_;
   std::size_t space_ = std::numeric_limits<std::size_t>::max();
 };
 

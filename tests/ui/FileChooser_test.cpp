@@ -10,7 +10,7 @@
 #include "tests/support/fakes.h"
 #include "tests/ui/ui_support.h"
 #include "ui/folder_tree.h"
-#include "ui/twips.h"
+#include "ui/form_helpers.h"
 #include "ui/wx_text.h"
 
 namespace korvex {

@@ -18,9 +18,7 @@
 #include "spreadsheet/embedded_application.h"
 #include "tests/support/fakes.h"
 #include "tests/ui/ui_support.h"
-#include "ui/open_main_window.h"
-#include "ui/window_dialogs.h"
-#include "ui/window_message_loop.h"
+#include "ui/window_services.h"
 #include "ui/wx_text.h"
 
 namespace korvex {

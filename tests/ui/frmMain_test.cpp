@@ -9,7 +9,7 @@
 #include "platform/services.h"
 #include "tests/support/campaign.h"
 #include "tests/ui/ui_support.h"
-#include "ui/open_main_window.h"
+#include "ui/window_services.h"
 
 namespace korvex {
 namespace {

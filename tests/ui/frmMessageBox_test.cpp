@@ -2,15 +2,18 @@
 
 #include <gmock/gmock.h>
 #include <wx/display.h>
+#include <wx/imagbmp.h>
 #include <wx/image.h>
 #include <wx/uiaction.h>
 
+#include <cstdlib>
 #include <memory>
 #include <set>
 
 #include "tests/support/errors.h"
 #include "tests/support/fakes.h"
 #include "tests/ui/ui_support.h"
+#include "ui/form_helpers.h"
 
 namespace korvex {
 namespace {
@@ -127,6 +130,27 @@ TEST_F(MessageBoxTest, RefusesWhatItCannotShow) {
     EXPECT_EQ(ErrorOf([&] { frmMessageBox(nullptr).ShowMsgBox(message); }).Number(), error);
   }
   EXPECT_THAT(platform_.sound.played, IsEmpty());
+}
+
+// The icon of the program's file is made by hand from the picture that the windows draw.
+TEST(AppIcons, LookLikeTheIconOfTheProgramsFile) {
+  constexpr int kSide = 32;
+  if (!wxImage::FindHandler(wxBITMAP_TYPE_ICO)) wxImage::AddHandler(new wxICOHandler);
+  wxImage expected;
+  const wxString file = SAMPLES "/../icons/korvex.ico";
+  for (int i = 0; i < 8 && (!expected.IsOk() || expected.GetWidth() != kSide); ++i) {
+    expected.LoadFile(file, wxBITMAP_TYPE_ICO, i);
+  }
+  wxBitmap drawn;
+  drawn.CopyFromIcon(AppIcons().GetIcon(wxSize(kSide, kSide), wxIconBundle::FALLBACK_NONE));
+  const wxImage image = drawn.ConvertToImage();
+  ASSERT_TRUE(image.IsOk() && expected.IsOk());
+  ASSERT_EQ(image.GetSize(), expected.GetSize());
+  int difference = 0;
+  for (int i = 0; i < 3 * kSide * kSide; ++i) {
+    difference += std::abs(image.GetData()[i] - expected.GetData()[i]);
+  }
+  EXPECT_LT(difference / (3 * kSide * kSide), 8) << "run tools/make-icon";
 }
 
 TEST(MessageIcons, DiffersFromNumberToNumber) {

@@ -7,6 +7,8 @@
 // every disk tells one machine about the locks of another.
 #pragma once
 
+#include <signal.h>
+
 #include <string>
 #include <string_view>
 
@@ -23,5 +25,23 @@ bool HoldTemporary(int fd, const std::string& path);
 // Removes what this user's programs have left in the folder under names of that prefix. Never
 // fails: what cannot be removed stays.
 void RemoveLeftovers(const std::string& folder, std::string_view prefix);
+
+// Keeps the signals that end a program waiting, so that it does not leave a half-done step behind.
+class HeldSignals {
+ public:
+  HeldSignals() {
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) sigaddset(&ending, number);
+    pthread_sigmask(SIG_BLOCK, &ending, &former_);
+  }
+  // What came meanwhile arrives now.
+  ~HeldSignals() { pthread_sigmask(SIG_SETMASK, &former_, nullptr); }
+  HeldSignals(const HeldSignals&) = delete;
+  HeldSignals& operator=(const HeldSignals&) = delete;
+
+ private:
+  sigset_t former_;
+};
 
 }  // namespace korvex

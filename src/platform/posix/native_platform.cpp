@@ -1,21 +1,65 @@
 #include "platform/native_platform.h"
 
-#include "platform/posix/desktop_shell.h"
-#include "platform/posix/desktop_sound.h"
-#include "platform/posix/ini_settings_store.h"
+#include <limits.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <ctime>
+
+#include "platform/posix/posix_desktop.h"
 #include "platform/posix/posix_file_system.h"
+#include "platform/posix/posix_io.h"
 #include "platform/posix/posix_terminal.h"
-#include "platform/posix/program_folder.h"
 #include "platform/posix/sendmail_mail.h"
-#include "platform/posix/system_clock.h"
-#include "platform/posix/user_folder.h"
+#include "settings/ini_settings_store.h"
 
 namespace korvex {
+namespace {
+
+class SystemClock : public Clock {
+ public:
+  std::tm Now() const override {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    return local;
+  }
+};
+
+// The folder of the running executable, links followed.
+std::string ProgramFolder() {
+  const std::string link = "/proc/self/exe";
+  std::array<char, PATH_MAX> path;
+  const ssize_t length = readlink(link.c_str(), path.data(), path.size());
+  if (length < 0) throw SystemError(errno, "read", link);
+  return FolderOf(std::string(path.data(), static_cast<std::size_t>(length)));
+}
+
+// "korvex/NAME" in the user's own folder that a variable of the environment names, or else in the
+// usual place below the home folder.
+std::string OwnFile(const PosixFileSystem& files, const char* variable, const char* usual_place,
+                    const char* name) {
+  const char* chosen = std::getenv(variable);
+  const std::string folder =
+      chosen && *chosen == '/' ? std::string(chosen) : files.DefaultFolder() + usual_place;
+  return files.AbsolutePath(folder + "/korvex/" + name);
+}
+
+std::string SettingsFile(const PosixFileSystem& files) {
+  return OwnFile(files, "XDG_CONFIG_HOME", "/.config", "korvex.ini");
+}
+
+std::string UserFolder(const PosixFileSystem& files) {
+  return OwnFile(files, "XDG_STATE_HOME", "/.local/state", "");
+}
+
+}  // namespace
 
 struct NativePlatform::Parts {
   explicit Parts(const std::optional<std::string>& settings_file)
-      : settings(files, settings_file ? files.AbsolutePath(*settings_file)
-                                      : IniSettingsStore::PerUserPath(files)) {}
+      : settings(files, settings_file ? *settings_file : SettingsFile(files)) {}
 
   PosixFileSystem files;
   IniSettingsStore settings;

@@ -12,9 +12,11 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+#include <thread>
 #include <utility>
 
 #include "platform/posix/posix_io.h"
@@ -25,8 +27,11 @@ namespace korvex {
 namespace {
 
 constexpr int kLinkLevels = 40;  // as the kernel itself follows at most
-constexpr int kLockAttempts = 20;
-constexpr useconds_t kLockInterval = 5000;  // microseconds
+constexpr mode_t kForAll = 0666;
+constexpr mode_t kForUser = 0600;
+
+// How long another run may hold a file that is about to be appended to.
+constexpr int kMomentAttempts = 20;
 
 class PosixAppendFile : public AppendFile {
  public:
@@ -40,6 +45,14 @@ class PosixAppendFile : public AppendFile {
  private:
   Descriptor file_;
   std::string path_;
+};
+
+class PosixFileLock : public FileLock {
+ public:
+  explicit PosixFileLock(Descriptor file) : file_(std::move(file)) {}
+
+ private:
+  Descriptor file_;
 };
 
 Error InUse(const std::string& path, const std::string& witness) {
@@ -82,8 +95,8 @@ void RefuseIfInUse(int fd, const std::string& path) {
   // Another run that asks the same holds the lock for a moment.
   for (int attempt = 0; flock(fd, LOCK_EX | LOCK_NB) != 0; ++attempt) {
     if (errno != EWOULDBLOCK) return;
-    if (attempt == kLockAttempts) throw InUse(path, ".");
-    usleep(kLockInterval);
+    if (attempt == kMomentAttempts) throw InUse(path, ".");
+    std::this_thread::sleep_for(kLockInterval);
   }
   flock(fd, LOCK_UN);
 }
@@ -120,7 +133,7 @@ std::string TargetOf(const std::string& path) {
 Descriptor OpenOrCreate(const std::string& path) {
   Descriptor file = OpenFile(path, O_WRONLY | O_APPEND);
   if (file.IsOpen() || errno != ENOENT) return file;
-  file = OpenFile(path, O_WRONLY | O_APPEND | O_CREAT | O_EXCL, 0666);
+  file = OpenFile(path, O_WRONLY | O_APPEND | O_CREAT | O_EXCL, kForAll);
   if (file.IsOpen() || errno != EEXIST) return file;
   return OpenFile(path, O_WRONLY | O_APPEND);
 }
@@ -152,6 +165,19 @@ bool HoldsUserFiles(const mntent& mount) {
   if (kind == "squashfs" || kind == "fuse.snapfuse" || kind == "autofs") return false;
   return device.starts_with('/') || device.find(":/") != std::string_view::npos ||
          kind == "fuse.sshfs" || kind == "9p" || kind == "virtiofs" || kind == "vboxsf";
+}
+
+std::int64_t Nanoseconds(const timespec& time) {
+  return std::int64_t{time.tv_sec} * 1000000000 + time.tv_nsec;
+}
+
+// With the permissions less the umask.
+void MakeFolder(const std::string& path, mode_t permissions) {
+  if (mkdir(path.c_str(), permissions) == 0) return;
+  const int error = errno;
+  struct stat status {};
+  const bool exists = error == EEXIST && stat(path.c_str(), &status) == 0;
+  if (!exists || !S_ISDIR(status.st_mode)) throw SystemError(error, "create", path);
 }
 
 std::string CurrentFolder() {
@@ -203,6 +229,16 @@ bool PosixFileSystem::IsSameFile(const std::string& a, const std::string& b) con
   struct stat second {};
   return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+std::optional<FileVersion> PosixFileSystem::VersionOf(const std::string& path) const {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) {
+    if (errno == ENOENT || errno == ENOTDIR) return std::nullopt;
+    throw SystemError(errno, "read", path);
+  }
+  return FileVersion{status.st_dev, status.st_ino, status.st_size, Nanoseconds(status.st_mtim),
+                     Nanoseconds(status.st_ctim)};
 }
 
 std::vector<std::string> PosixFileSystem::Drives() const {
@@ -278,16 +314,40 @@ void PosixFileSystem::CheckWritable(const std::string& path) {
   if (file.IsOpen() || errno != ENOENT) {
     CheckForAppending(file, errno, path);
   } else {
-    PosixReplacementFile(TargetOf(path), 0600);
+    PosixReplacementFile(TargetOf(path), kForUser);
   }
 }
 
 std::unique_ptr<ReplacementFile> PosixFileSystem::Replace(const std::string& path) {
-  return Replace(path, 0666);
+  return std::make_unique<PosixReplacementFile>(TargetOf(path), kForAll);
 }
 
-std::unique_ptr<ReplacementFile> PosixFileSystem::Replace(const std::string& path, mode_t mode) {
-  return std::make_unique<PosixReplacementFile>(TargetOf(path), mode);
+std::unique_ptr<ReplacementFile> PosixFileSystem::ReplacePrivately(const std::string& path) {
+  return std::make_unique<PosixReplacementFile>(TargetOf(path), kForUser);
+}
+
+// Whoever replaces the file under its lock leaves waiting programs with the lock of a file that is
+// gone. These begin anew with the one that has its name.
+std::unique_ptr<FileLock> PosixFileSystem::Lock(const std::string& path) {
+  const auto deadline = std::chrono::steady_clock::now() + kLockPatience;
+  for (;;) {
+    Descriptor file = OpenFile(path, O_RDWR | O_CREAT, kForUser);
+    struct stat locked {};
+    struct stat named {};
+    if (!file.IsOpen() || fstat(file.Get(), &locked) != 0) {
+      throw SystemError(errno, "write to", path);
+    }
+    RequireOrdinaryFile(locked.st_mode, "write to", path);
+    if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+      if (std::chrono::steady_clock::now() > deadline) {
+        throw Error(error_number::kPermissionDenied, LockedText(path));
+      };
+      std::this_thread::sleep_for(kLockInterval);
+    } else if (stat(path.c_str(), &named) == 0 && named.st_ino == locked.st_ino &&
+               named.st_dev == locked.st_dev) {
+      return std::make_unique<PosixFileLock>(std::move(file));
+    }
+  }
 }
 
 std::unique_ptr<ScratchFolder> PosixFileSystem::MakeScratchFolder() {
@@ -295,9 +355,11 @@ std::unique_ptr<ScratchFolder> PosixFileSystem::MakeScratchFolder() {
 }
 
 void PosixFileSystem::CreateFolder(const std::string& path) {
-  if (mkdir(path.c_str(), 0777) == 0) return;
-  const int error = errno;
-  if (error != EEXIST || !FolderExists(path)) throw SystemError(error, "create", path);
+  MakeFolder(path, 0777);
+}
+
+void PosixFileSystem::CreatePrivateFolder(const std::string& path) {
+  MakeFolder(path, 0700);
 }
 
 void PosixFileSystem::DeleteFile(const std::string& path) {

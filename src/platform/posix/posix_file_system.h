@@ -5,8 +5,6 @@
 // or written: a named pipe or a device is refused with error 75, without waiting for it.
 #pragma once
 
-#include <sys/types.h>
-
 #include "platform/file_system.h"
 
 namespace korvex {
@@ -23,6 +21,7 @@ class PosixFileSystem : public FileSystem {
   bool FileExists(const std::string& path) const override;
   bool FolderExists(const std::string& path) const override;
   bool IsSameFile(const std::string& a, const std::string& b) const override;
+  std::optional<FileVersion> VersionOf(const std::string& path) const override;
   std::vector<FolderEntry> List(const std::string& folder) const override;
 
   void ReadFile(const std::string& path, std::vector<std::byte>& content) const override;
@@ -33,10 +32,12 @@ class PosixFileSystem : public FileSystem {
   // A link is followed: the file that it leads to is replaced. An existing file keeps its rights
   // and attributes (FileRights), a read-only one is refused.
   std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;
-  // The same, but a file that is new gets `mode` (less the umask) instead of 0666.
-  std::unique_ptr<ReplacementFile> Replace(const std::string& path, mode_t mode);
+  std::unique_ptr<ReplacementFile> ReplacePrivately(const std::string& path) override;
+  // Locks the file itself, which is created, private to the user, when it is missing.
+  std::unique_ptr<FileLock> Lock(const std::string& path) override;
   std::unique_ptr<ScratchFolder> MakeScratchFolder() override;
   void CreateFolder(const std::string& path) override;
+  void CreatePrivateFolder(const std::string& path) override;
   void DeleteFile(const std::string& path) override;
 };
 

@@ -17,7 +17,7 @@
 
 #include "platform/file_system.h"
 #include "platform/posix/file_rights.h"
-#include "platform/posix/held_signals.h"
+#include "platform/posix/leftovers.h"
 #include "platform/posix/posix_io.h"
 
 namespace korvex {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "platform/file_system.h"
-#include "platform/posix/held_signals.h"
+#include "platform/posix/leftovers.h"
 #include "platform/posix/posix_io.h"
 
 namespace korvex {

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/mail.h"
+#include "platform/desktop.h"
 
 namespace korvex {
 

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/mail.h"
+#include "platform/desktop.h"
 
 namespace korvex {
 

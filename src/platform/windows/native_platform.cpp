@@ -1,23 +1,87 @@
 #include "platform/native_platform.h"
 
-#include "platform/windows/ini_settings_store.h"
 #include "platform/windows/mapi_mail.h"
-#include "platform/windows/program_folder.h"
 #include "platform/windows/registry_settings_store.h"
-#include "platform/windows/system_clock.h"
-#include "platform/windows/user_folder.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_api.h"
+#include "platform/windows/windows_desktop.h"
+#include "platform/windows/windows_error.h"
 #include "platform/windows/windows_file_system.h"
-#include "platform/windows/windows_shell.h"
-#include "platform/windows/windows_sound.h"
+#include "platform/windows/windows_path.h"
 #include "platform/windows/windows_terminal.h"
-#include "platform/windows/windows_window_system.h"
+#include "settings/ini_settings_store.h"
 
-// After the header of the system, which it needs.
+// After the header of the system, which they need.
+#include <knownfolders.h>
 #include <shellapi.h>
+#include <shlobj.h>
 
 namespace korvex {
+namespace {
+
+class SystemClock : public Clock {
+ public:
+  std::tm Now() const override;
+};
+
+// Asked of the system: the C library takes the time zone from an environment variable that tools of
+// other systems set in another form.
+std::tm SystemClock::Now() const {
+  SYSTEMTIME now{};
+  GetLocalTime(&now);
+  std::tm local{};
+  local.tm_year = now.wYear - 1900;
+  local.tm_mon = now.wMonth - 1;
+  local.tm_mday = now.wDay;
+  local.tm_wday = now.wDayOfWeek;
+  local.tm_hour = now.wHour;
+  local.tm_min = now.wMinute;
+  local.tm_sec = now.wSecond;
+  local.tm_isdst = -1;
+  return local;
+}
+
+// The folder of the running executable.
+std::string ProgramFolder() {
+  std::wstring path(MAX_PATH, L'\0');
+  for (;;) {
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    if (length == 0) throw SystemError(GetLastError(), "find", "the program's own folder");
+    if (length < path.size()) {
+      path.resize(length);
+      break;
+    }
+    path.resize(2 * path.size());
+  }
+  std::wstring folder = FolderOf(AbsoluteWide(FromWide(path)));
+  if (folder.ends_with(L'\\')) folder.pop_back();
+  return FromWide(folder);
+}
+
+// Of the environment first: who starts the program may have chosen another one.
+std::string LocalData() {
+  std::wstring value(32768, L'\0');  // as long as any variable
+  const DWORD length =
+      GetEnvironmentVariableW(L"LOCALAPPDATA", value.data(), static_cast<DWORD>(value.size()));
+  if (length > 0 && length < value.size()) return FromWide(value.substr(0, length));
+  PWSTR folder = nullptr;
+  std::string found;
+  if (SUCCEEDED(
+          SHGetKnownFolderPath(FOLDERID_LocalAppData, KF_FLAG_DONT_VERIFY, nullptr, &folder))) {
+    found = FromWide(folder);
+  }
+  CoTaskMemFree(folder);
+  return found;
+}
+
+// What the program keeps for the user besides settings: "%LOCALAPPDATA%\KORVEX". Empty when the
+// user has no such folder.
+std::string UserFolder() {
+  const std::string data = LocalData();
+  return data.empty() ? "" : data + "\\KORVEX";
+}
+
+}  // namespace
 
 struct NativePlatform::Parts {
   explicit Parts(const std::optional<std::string>& settings_file) {

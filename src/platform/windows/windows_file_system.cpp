@@ -1,7 +1,9 @@
 #include "platform/windows/windows_file_system.h"
 
 #include <algorithm>
+#include <chrono>
 #include <limits>
+#include <thread>
 #include <utility>
 
 #include "platform/windows/replacement_file.h"
@@ -28,6 +30,27 @@ class WindowsAppendFile : public AppendFile {
   Handle file_;
   std::string path_;
 };
+
+class WindowsFileLock : public FileLock {
+ public:
+  explicit WindowsFileLock(Handle file) : file_(std::move(file)) {}
+
+ private:
+  Handle file_;
+};
+
+// A lock file that is just being deleted refuses access for this long.
+constexpr std::chrono::milliseconds kVanishing{200};
+
+// From the steps of 100 ns since 1601 in which the system counts.
+std::int64_t Nanoseconds(const LARGE_INTEGER& time) {
+  constexpr std::int64_t kStepsUntil1970 = 116444736000000000;
+  return (time.QuadPart - kStepsUntil1970) * 100;
+}
+
+std::uint64_t Joined(DWORD high, DWORD low) {
+  return std::uint64_t{high} << 32 | low;
+}
 
 void RefuseIfOwned(const std::string& path) {
   const std::size_t name = path.find_last_of("\\/:") + 1;  // 0 when there is no folder in the path
@@ -87,9 +110,13 @@ class Search {
   HANDLE handle_;
 };
 
+Handle OpenToAsk(const std::string& path) {
+  return Handle(CreateFileW(SystemPath(path).c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
+                            FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+}
+
 bool Identify(const std::string& path, BY_HANDLE_FILE_INFORMATION& information) {
-  const Handle file(CreateFileW(SystemPath(path).c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
-                                FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  const Handle file = OpenToAsk(path);
   return file.IsOpen() && GetFileInformationByHandle(file.Get(), &information);
 }
 
@@ -143,6 +170,22 @@ bool WindowsFileSystem::IsSameFile(const std::string& a, const std::string& b) c
          first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
          first.nFileIndexHigh == second.nFileIndexHigh &&
          first.nFileIndexLow == second.nFileIndexLow;
+}
+
+std::optional<FileVersion> WindowsFileSystem::VersionOf(const std::string& path) const {
+  const Handle file = OpenToAsk(path);
+  BY_HANDLE_FILE_INFORMATION identity{};
+  FILE_BASIC_INFO times{};
+  if (!file.IsOpen() || !GetFileInformationByHandle(file.Get(), &identity) ||
+      !GetFileInformationByHandleEx(file.Get(), FileBasicInfo, &times, sizeof times)) {
+    const DWORD code = GetLastError();
+    if (code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND) return std::nullopt;
+    throw SystemError(code, "read", path);
+  }
+  return FileVersion{
+      identity.dwVolumeSerialNumber, Joined(identity.nFileIndexHigh, identity.nFileIndexLow),
+      static_cast<std::int64_t>(Joined(identity.nFileSizeHigh, identity.nFileSizeLow)),
+      Nanoseconds(times.LastWriteTime), Nanoseconds(times.ChangeTime)};
 }
 
 std::vector<FolderEntry> WindowsFileSystem::List(const std::string& folder) const {
@@ -205,6 +248,25 @@ void WindowsFileSystem::CheckWritable(const std::string& path) {
 
 std::unique_ptr<ReplacementFile> WindowsFileSystem::Replace(const std::string& path) {
   return std::make_unique<WindowsReplacementFile>(path);
+}
+
+std::unique_ptr<FileLock> WindowsFileSystem::Lock(const std::string& path) {
+  const std::wstring name = SystemPath(path + ".lock");
+  const auto start = std::chrono::steady_clock::now();
+  for (;;) {
+    Handle file(CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, OPEN_ALWAYS,
+                            FILE_ATTRIBUTE_HIDDEN | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    if (file.IsOpen()) return std::make_unique<WindowsFileLock>(std::move(file));
+    const DWORD code = GetLastError();
+    const auto waited = std::chrono::steady_clock::now() - start;
+    if (code == ERROR_SHARING_VIOLATION && waited > kLockPatience) {
+      throw Error(error_number::kPermissionDenied, LockedText(path));
+    }
+    const bool may_pass =
+        code == ERROR_SHARING_VIOLATION || (code == ERROR_ACCESS_DENIED && waited < kVanishing);
+    if (!may_pass) throw SystemError(code, "write to", path);
+    std::this_thread::sleep_for(kLockInterval);
+  }
 }
 
 std::unique_ptr<ScratchFolder> WindowsFileSystem::MakeScratchFolder() {

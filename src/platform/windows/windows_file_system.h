@@ -25,6 +25,7 @@ class WindowsFileSystem : public FileSystem {
   bool FileExists(const std::string& path) const override;
   bool FolderExists(const std::string& path) const override;
   bool IsSameFile(const std::string& a, const std::string& b) const override;
+  std::optional<FileVersion> VersionOf(const std::string& path) const override;
   std::vector<FolderEntry> List(const std::string& folder) const override;
 
   void ReadFile(const std::string& path, std::vector<std::byte>& content) const override;
@@ -35,8 +36,16 @@ class WindowsFileSystem : public FileSystem {
   // A link is followed: the file that it leads to is replaced. An existing file keeps its
   // permissions, a read-only one is refused.
   std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;
+  // The folder of a user's own files says who may read them.
+  std::unique_ptr<ReplacementFile> ReplacePrivately(const std::string& path) override {
+    return Replace(path);
+  }
+  // By a hidden file "NAME.lock" beside it, which the system deletes with the program that made it:
+  // a lock on the file itself would be in the way of replacing it.
+  std::unique_ptr<FileLock> Lock(const std::string& path) override;
   std::unique_ptr<ScratchFolder> MakeScratchFolder() override;
   void CreateFolder(const std::string& path) override;
+  void CreatePrivateFolder(const std::string& path) override { CreateFolder(path); }
   void DeleteFile(const std::string& path) override;
 };
 

@@ -12,7 +12,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/posix/desktop_sound.h"
+#include "platform/posix/posix_desktop.h"
 #include "platform/standard_streams.h"
 
 namespace korvex {

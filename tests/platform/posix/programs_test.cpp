@@ -6,7 +6,7 @@
 #include <chrono>
 #include <thread>
 
-#include "platform/posix/desktop_shell.h"
+#include "platform/posix/posix_desktop.h"
 #include "platform/posix/process.h"
 #include "platform/posix/sendmail_mail.h"
 #include "tests/platform/temp_folder.h"

@@ -1,4 +1,4 @@
-#include "platform/windows/windows_window_system.h"
+#include "platform/windows/windows_desktop.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,116 @@
+#include "ui/form_helpers.h"
+
+#include <wx/bmpbndl.h>
+#include <wx/button.h>
+#include <wx/choice.h>
+#include <wx/listbox.h>
+#include <wx/platinfo.h>
+#include <wx/settings.h>
+#include <wx/utils.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <utility>
+
+#include "ui/late_bound.h"
+
+namespace korvex {
+
+extern const char kAppIconSvg[];  // icons/korvex.svg, by src/CMakeLists.txt
+
+namespace {
+
+constexpr double kTwipsPerInch = 1440;
+// Of an ordinary desktop font: the height of a line at 96 pixels to the inch.
+constexpr double kUsualLineInches = 17.0 / 96.0;
+
+// Under GTK the text colour of an inactive caption is nearly black in many themes: nothing to put
+// behind a text.
+wxSystemColour DisabledShade() {
+  return wxPlatformInfo::Get().GetPortId() == wxPORT_GTK ? wxSYS_COLOUR_BTNFACE
+                                                         : wxSYS_COLOUR_INACTIVECAPTIONTEXT;
+}
+
+constexpr int kAroundText = 8;  // device independent pixels, above and below together
+
+}  // namespace
+
+Twips::Twips(const wxWindow& window) {
+  const double pixels_per_inch = window.GetDPI().GetHeight() / window.GetContentScaleFactor();
+  const double letters = window.GetCharHeight() / (kUsualLineInches * pixels_per_inch);
+  per_pixel_ = kTwipsPerInch / (pixels_per_inch * std::max(1.0, letters));
+}
+
+int Twips::ToPixels(int twips) const {
+  return static_cast<int>(std::lround(twips / per_pixel_));
+}
+
+int Twips::FromPixels(int pixels) const {
+  return static_cast<int>(std::lround(pixels * per_pixel_));
+}
+
+wxIconBundle AppIcons() {
+  constexpr int kSide = 64;  // of the picture as designed
+  const auto picture = wxBitmapBundle::FromSVG(kAppIconSvg, wxSize(kSide, kSide));
+  wxIconBundle icons;
+  for (const int size : {16, 24, 32, 48, 64, 128}) {
+    icons.AddIcon(picture.GetIcon(wxSize(size, size)));
+  }
+  return icons;
+}
+
+void CentreWhenShown(wxTopLevelWindow& window) {
+  window.Bind(wxEVT_SHOW, [&window, size = window.GetSize()](wxShowEvent& event) {
+    event.Skip();
+    if (!event.IsShown()) return;
+    window.SetSize(size);
+    window.CentreOnParent();
+  });
+}
+
+void EnableFrame(wxWindow& control, bool enable) {
+  control.SetBackgroundColour(
+      wxSystemSettings::GetColour(enable ? wxSYS_COLOUR_WINDOW : DisabledShade()));
+  late_bound::SetEnabled(control, enable);
+  control.Refresh();
+}
+
+wxTextCtrl* NewTextBox(wxWindow& parent, const char* name, int characters) {
+  auto* box = new wxTextCtrl(&parent, wxID_ANY);
+  box->SetName(name);
+  const int height = box->GetCharHeight() + box->FromDIP(kAroundText);
+  box->SetMinSize(
+      wxSize(characters * box->GetCharWidth(), std::max(height, box->GetBestSize().GetHeight())));
+  return box;
+}
+
+void IgnoreWheel(wxChoice& box) {
+  // Elsewhere the open list of the box gets its wheel events here, too.
+  if (wxPlatformInfo::Get().GetPortId() != wxPORT_GTK) return;
+  box.Bind(wxEVT_MOUSEWHEEL, [](wxMouseEvent&) {});
+}
+
+void IgnoreSecondClick(wxButton& button) {
+  const auto is_second = std::make_shared<bool>(false);
+  const auto press = [is_second](wxMouseEvent& event) {
+    *is_second = event.LeftDClick();
+    event.Skip();
+  };
+  button.Bind(wxEVT_LEFT_DOWN, press);
+  button.Bind(wxEVT_LEFT_DCLICK, press);
+  button.Bind(wxEVT_BUTTON, [is_second](wxCommandEvent& event) {
+    if (!std::exchange(*is_second, false)) event.Skip();
+  });
+}
+
+void SelectOnlyWhenAsked(wxListBox& list) {
+  list.Bind(wxEVT_SET_FOCUS, [&list](wxFocusEvent& event) {
+    event.Skip();
+    const bool is_clicked = wxGetMouseState().LeftIsDown();
+    if (is_clicked || list.GetSelection() != wxNOT_FOUND) return;
+    list.CallAfter([&list] { list.SetSelection(wxNOT_FOUND); });
+  });
+}
+
+}  // namespace korvex

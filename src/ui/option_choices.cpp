@@ -1,0 +1,62 @@
+#include "ui/option_choices.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "files/basGeneral.h"
+#include "text/text.h"
+#include "workbook/output_rules.h"
+
+namespace korvex {
+namespace {
+
+auto At(std::vector<std::string>& names, std::size_t position) {
+  return names.begin() + static_cast<std::ptrdiff_t>(position);
+}
+
+constexpr std::string_view kEndings[] = {kXlsFormat.ending, kXlsxFormat.ending, kCsvFormat.ending};
+
+// With its dot; empty when there is none.
+std::string EndingOf(const std::string& file) {
+  const std::string title = SharedFileSys().GetFileTitle(file, false);
+  const std::size_t dot = title.rfind('.');
+  return dot == std::string::npos ? "" : title.substr(dot);
+}
+
+}  // namespace
+
+std::optional<std::size_t> AddToList(const ColumnList& source, ColumnList& destination) {
+  if (!source.selected) return std::nullopt;
+  const std::string& name = source.names[*source.selected];
+  std::vector<std::string>& names = destination.names;
+  if (std::find(names.begin(), names.end(), name) != names.end()) return std::nullopt;
+  const std::size_t position = destination.selected.value_or(names.size());
+  names.insert(At(names, position), name);
+  if (destination.selected) ++*destination.selected;
+  return position;
+}
+
+std::optional<std::size_t> RemoveFromList(ColumnList& list) {
+  if (!list.selected) return std::nullopt;
+  const std::size_t position = *list.selected;
+  list.names.erase(At(list.names, position));
+  list.selected.reset();
+  if (!list.names.empty()) list.selected = std::min(position, list.names.size() - 1);
+  return position;
+}
+
+int OutputFilterOf(const std::string& file) {
+  const auto found =
+      std::find_if(std::begin(kEndings), std::end(kEndings),
+                   [&](std::string_view known) { return EqualText(known, EndingOf(file)); });
+  return found == std::end(kEndings) ? 0 : static_cast<int>(found - std::begin(kEndings));
+}
+
+std::string OutputFileChosen(const std::string& name, int offered, int chosen) {
+  const std::string ending = EndingOf(name);
+  if (!ending.empty() && (chosen == offered || !EqualText(ending, kEndings[offered]))) return name;
+  return name.substr(0, name.size() - ending.size()).append(kEndings[chosen]);
+}
+
+}  // namespace korvex

@@ -1,0 +1,98 @@
+#include "ui/window_services.h"
+
+#include <wx/app.h>
+#include <wx/dirdlg.h>
+#include <wx/msgdlg.h>
+#include <wx/textbuf.h>
+
+#include "platform/desktop.h"
+#include "platform/file_system.h"
+#include "platform/services.h"
+#include "ui/form_helpers.h"
+#include "ui/frmMessageBox.h"
+#include "ui/wx_text.h"
+
+namespace korvex {
+namespace {
+
+// The window that has the focus, or the newest one that shows: another program may have the focus,
+// or a dialog that is still being filled.
+wxWindow* ActiveWindow() {
+  wxWindow* active = wxGetTopLevelParent(wxWindow::FindFocus());
+  if (active && active->IsShown()) return active;
+  active = nullptr;
+  for (wxWindow* window : wxTopLevelWindows) {
+    if (window->IsShown()) active = window;
+  }
+  return active;
+}
+
+wxString Lines(const std::string& text) {
+  return wxTextBuffer::Translate(ToWx(text), wxTextFileType_Unix);
+}
+
+long StyleOf(const PlainMessage& message) {
+  long style = message.buttons == BoxButtons::kOk ? wxOK : wxOK | wxCANCEL;
+  if (message.icon == BoxIcon::kCritical) style |= wxICON_ERROR;
+  if (message.icon == BoxIcon::kExclamation) style |= wxICON_WARNING;
+  if (message.icon == BoxIcon::kNone) style |= wxICON_NONE;
+  // A question with an icon warns of a loss.
+  if (message.buttons == BoxButtons::kOkCancel && message.icon != BoxIcon::kNone) {
+    style |= wxCANCEL_DEFAULT;
+  }
+  return style;
+}
+
+std::string Browse(const std::string& title, const std::string& start) {
+  wxDirDialog dialog(ActiveWindow(), ToWx(title), ToWx(start),
+                     wxDD_DEFAULT_STYLE | wxDD_DIR_MUST_EXIST);
+  return dialog.ShowModal() == wxID_OK ? FromWx(dialog.GetPath()) : "";
+}
+
+// Where the desktop shows the shares of the network, as far as it does.
+std::string NetworkFolder() {
+  const std::string session = Platform().shell->EnvironmentVariable("XDG_RUNTIME_DIR");
+  for (const std::string& folder :
+       {session + "/gvfs", std::string("/media"), std::string("/mnt")}) {
+    if (Platform().files->FolderExists(folder)) return folder;
+  }
+  return "";
+}
+
+}  // namespace
+
+BoxAnswer WindowDialogs::ShowPlain(const PlainMessage& message) {
+  const std::string title = message.title.empty() ? kProgramTitle : message.title;
+  wxMessageDialog dialog(ActiveWindow(), Lines(message.text), ToWx(title), StyleOf(message));
+  if (!message.cause.empty()) dialog.SetExtendedMessage(Lines(message.cause));
+  if (message.buttons == BoxButtons::kRetryCancel) {
+    dialog.SetOKCancelLabels("&Retry", "&Cancel");
+  }
+  const bool agreed = dialog.ShowModal() == wxID_OK;
+  if (message.buttons == BoxButtons::kOk) return BoxAnswer::kOk;
+  if (!agreed) return BoxAnswer::kCancel;
+  return message.buttons == BoxButtons::kRetryCancel ? BoxAnswer::kRetry : BoxAnswer::kOk;
+}
+
+std::string WindowDialogs::ShowButtons(const ButtonMessage& message) {
+  return frmMessageBox(ActiveWindow()).ShowMsgBox(message);
+}
+
+std::string WindowDialogs::BrowseForFolder(void* owner, const std::string& prompt) {
+  if (WindowSystem* system = Platform().window_system)
+    return system->BrowseForFolder(owner, prompt);
+  return Browse(prompt, "");
+}
+
+std::string WindowDialogs::BrowseNetwork(void* owner, const std::string& title) {
+  if (WindowSystem* system = Platform().window_system) return system->BrowseNetwork(owner, title);
+  return Browse(title, NetworkFolder());
+}
+
+void WindowMessageLoop::Yield() {
+  if (serving_) return;
+  const RaisedFlag serving(serving_);
+  wxTheApp->Yield(true);
+}
+
+}  // namespace korvex
