@@ -29,8 +29,8 @@ class CryptoHandle {
   ~CryptoHandle() {
     if (handle_ != 0) close(handle_);
   }
-  Handle* operator&() { return &handle_; }
-  operator Handle() const { return handle_; }
+  Handle Get() const { return handle_; }
+  Handle* Out() { return &handle_; }
 
  private:
   Handle handle_ = 0;
@@ -48,12 +48,12 @@ using Key = CryptoHandle<HCRYPTKEY, CryptDestroyKey>;
 HCRYPTPROV SharedProvider() {
   static const struct Opened {
     Opened() {
-      Check(CryptAcquireContextW(&provider, nullptr, MS_ENHANCED_PROV_W, PROV_RSA_FULL,
+      Check(CryptAcquireContextW(provider.Out(), nullptr, MS_ENHANCED_PROV_W, PROV_RSA_FULL,
                                  CRYPT_VERIFYCONTEXT | CRYPT_SILENT));
     }
     Provider provider;
   } opened;
-  return opened.provider;
+  return opened.provider.Get();
 }
 
 }  // namespace
@@ -61,12 +61,13 @@ HCRYPTPROV SharedProvider() {
 std::vector<std::byte> Digest(DigestKind kind, std::span<const std::byte> bytes) {
   Hash hash;
   Check(CryptCreateHash(SharedProvider(), kind == DigestKind::kMd5 ? CALG_MD5 : CALG_SHA1, 0, 0,
-                        &hash));
-  Check(CryptHashData(hash, reinterpret_cast<const BYTE*>(bytes.data()),
+                        hash.Out()));
+  Check(CryptHashData(hash.Get(), reinterpret_cast<const BYTE*>(bytes.data()),
                       static_cast<DWORD>(bytes.size()), 0));
   std::vector<std::byte> digest(kind == DigestKind::kMd5 ? 16 : 20);
   auto size = static_cast<DWORD>(digest.size());
-  Check(CryptGetHashParam(hash, HP_HASHVAL, reinterpret_cast<BYTE*>(digest.data()), &size, 0));
+  Check(
+      CryptGetHashParam(hash.Get(), HP_HASHVAL, reinterpret_cast<BYTE*>(digest.data()), &size, 0));
   return digest;
 }
 
@@ -83,12 +84,13 @@ void ApplyRc4(std::span<const std::byte> key, std::initializer_list<std::span<st
   Key cipher;
   Check(CryptImportKey(SharedProvider(), reinterpret_cast<const BYTE*>(&plain),
                        static_cast<DWORD>(offsetof(PlainKey, bytes)) + plain.size, 0, CRYPT_NO_SALT,
-                       &cipher));
+                       cipher.Out()));
   for (const std::span<std::byte> piece : pieces) {
     auto size = static_cast<DWORD>(piece.size());
     if (size == 0) continue;
     // Not "final": that would start the key stream anew for the next piece.
-    Check(CryptEncrypt(cipher, 0, FALSE, 0, reinterpret_cast<BYTE*>(piece.data()), &size, size));
+    Check(CryptEncrypt(cipher.Get(), 0, FALSE, 0, reinterpret_cast<BYTE*>(piece.data()), &size,
+                       size));
   }
 }
 
