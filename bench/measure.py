@@ -83,7 +83,7 @@ def main():
     with open(settings, "w") as file:
         file.write("[Main Section]\nLaunch Output File=0\nSend Email on Error=0\n")
     korvex = [choices.bin_dir + "/korvex-convert", "--settings", settings]
-    script = [os.path.join(HERE, "xlrd_convert.py")]
+    script = [os.path.join(HERE, "../tests/campaign/xlrd_convert.py")]
     small, large = folder + "/small/campaign", folder + "/large/campaign"
     files = sorted(glob.glob(small + "/*/*.xls"))
 

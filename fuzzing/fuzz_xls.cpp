@@ -5,8 +5,7 @@
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto file = std::as_bytes(std::span(data, size));
-  const korvex::FileKind kind = korvex::RecognizeFile(file);
-  if (kind == korvex::FileKind::kCompoundFile || kind == korvex::FileKind::kBareBiff) {
+  if (korvex::RecognizeFile(file).form == korvex::WorkbookForm::kXls) {
     korvex::fuzz::ReadWorkbook(file);
   }
   return 0;

@@ -5,6 +5,8 @@
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto file = std::as_bytes(std::span(data, size));
-  if (korvex::RecognizeFile(file) == korvex::FileKind::kZip) korvex::fuzz::ReadWorkbook(file);
+  if (korvex::RecognizeFile(file).form == korvex::WorkbookForm::kZip) {
+    korvex::fuzz::ReadWorkbook(file);
+  }
   return 0;
 }

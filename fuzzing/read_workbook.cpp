@@ -63,8 +63,8 @@ void CheckCells(const SheetCells& cells) {
 }  // namespace
 
 void ReadWorkbook(std::span<const std::byte> file) {
-  const FileKind kind = RecognizeFile(file);
-  const bool is_packed = kind == FileKind::kZip || kind == FileKind::kFlatOpenDocument;
+  const WorkbookForm form = RecognizeFile(file).form;
+  const bool is_packed = form == WorkbookForm::kZip || form == WorkbookForm::kFlatOpenDocument;
   const MemoryPromise promise(
       file.size(), is_packed ? MemoryPromise::Input::kPacked : MemoryPromise::Input::kPlain);
   ReadBuffers buffers;

@@ -5,7 +5,6 @@
 
 #include "platform/error.h"
 #include "platform/file_system.h"
-#include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/output_workbook.h"
 #include "spreadsheet/xlsx/xlsx_writer.h"
 #include "workbook/output_rules.h"
@@ -61,7 +60,8 @@ void EmbeddedApplication::Quit() {
 }
 
 void EmbeddedApplication::CheckRunning() const {
-  if (has_quit_) Refuse("The spreadsheet application has quit already.");
+  if (!has_quit_) return;
+  throw Error(error_number::kAutomation, "The spreadsheet application has quit already.");
 }
 
 void EmbeddedApplication::Drop(const Workbook& closing) {

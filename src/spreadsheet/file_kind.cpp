@@ -2,21 +2,26 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
+#include <iterator>
+#include <optional>
 #include <string>
 
 #include "spreadsheet/bytes/little_endian.h"
+#include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/xls/biff_globals.h"
 #include "spreadsheet/xls/biff_records.h"
 #include "spreadsheet/xls/compound_file.h"
-#include "spreadsheet/xls/compound_file_reader.h"
+#include "text/text.h"
 
 namespace korvex {
 namespace {
 
+// How much of a text is looked at. Of markup more: comments and the namespaces of other programs
+// can stand in front of the root's own.
 constexpr std::size_t kTextHead = 8192;
-// Comments and the namespaces of other programs can stand before what tells markup apart.
 constexpr std::size_t kMarkupHead = kTellingStart - 1;
+
+constexpr std::string_view kZipSignature = "PK\x03\x04";
 
 std::string_view Characters(std::span<const std::byte> bytes, std::size_t limit) {
   return {reinterpret_cast<const char*>(bytes.data()), std::min(bytes.size(), limit)};
@@ -28,50 +33,6 @@ std::string_view SkipBlanks(std::string_view text) {
 
 bool Contains(std::string_view text, std::string_view part) {
   return text.find(part) != std::string_view::npos;
-}
-
-// Whether there is a BOF record of this number, with a length of 4 to 16 bytes.
-bool StartsWithBof(std::span<const std::byte> bytes, std::uint16_t number) {
-  if (bytes.size() < 8 || LoadU16(bytes.data()) != number) return false;
-  const std::uint16_t length = LoadU16(bytes.data() + 2);
-  return length >= 4 && length <= 16;
-}
-
-bool IsOldBiff(std::span<const std::byte> bytes) {
-  return StartsWithBof(bytes, biff::kBofBiff2) || StartsWithBof(bytes, biff::kBofBiff3) ||
-         StartsWithBof(bytes, biff::kBofBiff4);
-}
-
-// What spreadsheet and text programs leave beside an open document: the length of the user's name,
-// then the name in a field of at least 52 bytes, then once more in UTF-16.
-bool IsOwnerFile(std::span<const std::byte> bytes) {
-  constexpr std::size_t kField = 52;
-  if (bytes.size() != 165 && bytes.size() != 162) return false;
-  const std::size_t length = LoadU8(bytes.data());
-  if (length > kField) return false;
-  const std::span<const std::byte> filler = bytes.subspan(1 + length, kField - length);
-  return std::all_of(filler.begin(), filler.end(),
-                     [](std::byte b) { return b == std::byte{' '} || b == std::byte{0}; });
-}
-
-// The same of other office programs: ",user,machine,date and time,file:///…;"
-bool IsLockLine(std::string_view head) {
-  const std::size_t end = head.find(';');
-  return head.starts_with(',') && Contains(head, ",file:///") && end != std::string_view::npos &&
-         SkipBlanks(head.substr(end + 1)).empty();
-}
-
-// What is left of a file whose copy broke off at once.
-bool IsBeginningOfSignature(std::span<const std::byte> bytes) {
-  const auto* const signature = reinterpret_cast<const char*>(compound::kSignature);
-  for (const std::string_view whole : {std::string_view(signature, sizeof compound::kSignature),
-                                       std::string_view("PK\x03\x04"), std::string_view("<?xml")}) {
-    if (bytes.size() >= 2 && bytes.size() < whole.size() &&
-        whole.starts_with(Characters(bytes, whole.size()))) {
-      return true;
-    }
-  }
-  return false;
 }
 
 enum class TextForm { kBytes, kUtf16, kUtf16Swapped };
@@ -119,13 +80,6 @@ std::string TextHead(std::span<const std::byte> bytes, std::size_t limit) {
   return head;
 }
 
-bool IsPlainText(std::string_view head) {
-  constexpr std::string_view kControls = "\t\r\n\v\f\x1A";  // the last one ends a text under DOS
-  return std::none_of(head.begin(), head.end(), [=](char letter) {
-    return static_cast<unsigned char>(letter) < 0x20 && !Contains(kControls, {&letter, 1});
-  });
-}
-
 // The tag of the first element, as far as it is there; empty when there is none.
 std::string_view RootTag(std::string_view head) {
   std::size_t at = 0;
@@ -147,183 +101,273 @@ std::string_view NameIn(std::string_view tag) {
   return name.substr(name.find(':') + 1);
 }
 
-// kText when `head` is no markup after all. `is_whole` when nothing comes after it.
-FileKind MarkupKind(std::string_view head, bool is_whole) {
-  const std::string_view tag = RootTag(head);
-  const std::string_view root = NameIn(tag);
-  if (root == "workbook" && Contains(tag, "urn:schemas-microsoft-com:office:spreadsheet")) {
-    return FileKind::kSpreadsheetMl;
+// The beginning of a file, in the forms that the tests below look at. Texts are decoded when the
+// first test asks for them: most files are told by their signature.
+class FileStart {
+ public:
+  explicit FileStart(std::span<const std::byte> bytes) : bytes_(bytes) {}
+
+  std::span<const std::byte> Bytes() const { return bytes_; }
+  bool StartsWith(std::string_view signature) const {
+    return Characters(bytes_, signature.size()) == signature;
   }
-  if (root == "document" && Contains(tag, "application/vnd.oasis.opendocument.spreadsheet")) {
-    return FileKind::kFlatOpenDocument;
+  bool AreZeros() const {
+    const auto start = bytes_.first(std::min(bytes_.size(), kTellingStart));
+    return std::all_of(start.begin(), start.end(), [](std::byte b) { return b == std::byte{0}; });
   }
-  for (const char* name : {"html",  "head", "title", "body", "meta", "link", "style",  "script",
-                           "table", "tr",   "td",    "div",  "span", "p",    "center", "form",
-                           "font",  "b",    "br",    "h1",   "h2",   "h3",   "pre"}) {
-    if (root == name) return FileKind::kHtml;
+
+  // In lower case, without byte order mark and leading blanks.
+  std::string_view Text() const {
+    if (!text_) text_ = TextHead(bytes_, kTextHead);
+    return *text_;
   }
-  if (head.starts_with("<?xml")) {
-    return is_whole && !tag.ends_with('>') ? FileKind::kCutXml : FileKind::kXml;
+  // The same, longer, when it begins with a tag; else empty.
+  std::string_view Markup() const {
+    if (!SkipBlanks(Text()).starts_with('<')) return {};
+    if (!markup_) markup_ = TextHead(bytes_, kMarkupHead);
+    return SkipBlanks(*markup_);
   }
-  return !root.empty() && root[0] >= 'a' && root[0] <= 'z' && tag.ends_with('>') ? FileKind::kXml
-                                                                                 : FileKind::kText;
+  // The tag of the root element, and its name.
+  std::string_view Tag() const {
+    if (!tag_) tag_ = RootTag(Markup());
+    return *tag_;
+  }
+  std::string_view Root() const { return NameIn(Tag()); }
+  // Whether the markup that was looked at is all of the file.
+  bool IsWholeMarkup() const { return bytes_.size() <= kMarkupHead; }
+
+ private:
+  std::span<const std::byte> bytes_;
+  mutable std::optional<std::string> text_;
+  mutable std::optional<std::string> markup_;
+  mutable std::optional<std::string_view> tag_;  // in markup_
+};
+
+bool IsEmpty(const FileStart& file) {
+  return file.Bytes().empty();
+}
+
+// Whether there is a BOF record of this number, with a length of 4 to 16 bytes.
+bool StartsWithBof(const FileStart& file, std::uint16_t number) {
+  const std::span<const std::byte> bytes = file.Bytes();
+  if (bytes.size() < 8 || LoadU16(bytes.data()) != number) return false;
+  const std::uint16_t length = LoadU16(bytes.data() + 2);
+  return length >= 4 && length <= 16;
+}
+
+bool IsBareBiff(const FileStart& file) {
+  return StartsWithBof(file, biff::kBof);
+}
+
+bool IsOldBiff(const FileStart& file) {
+  return StartsWithBof(file, biff::kBofBiff2) || StartsWithBof(file, biff::kBofBiff3) ||
+         StartsWithBof(file, biff::kBofBiff4);
+}
+
+bool IsZeros(const FileStart& file) {
+  return file.Bytes().size() < kTellingStart && file.AreZeros();
+}
+
+bool StartsWithZeros(const FileStart& file) {
+  return file.AreZeros();
+}
+
+// What spreadsheet and text programs leave beside an open document ("~$plate.xls"):
+//   0  uint8 length of the user's name
+//   1  52 bytes: the name, filled up with blanks or zeros
+//   53 the name once more in UTF-16
+bool IsOwnerFile(const FileStart& file) {
+  constexpr std::size_t kField = 52;
+  const std::span<const std::byte> bytes = file.Bytes();
+  if (bytes.size() != 165 && bytes.size() != 162) return false;
+  const std::size_t length = LoadU8(bytes.data());
+  if (length > kField) return false;
+  const std::span<const std::byte> filler = bytes.subspan(1 + length, kField - length);
+  return std::all_of(filler.begin(), filler.end(),
+                     [](std::byte b) { return b == std::byte{' '} || b == std::byte{0}; });
+}
+
+// The same of other office programs (".~lock.plate.ods#"): ",user,machine,date and time,file:///…;"
+bool IsLockLine(const FileStart& file) {
+  const std::string_view text = file.Text();
+  const std::size_t end = text.find(';');
+  return text.starts_with(',') && Contains(text, ",file:///") && end != std::string_view::npos &&
+         SkipBlanks(text.substr(end + 1)).empty();
+}
+
+// What is left of a file whose copy broke off at once.
+bool IsBeginningOfSignature(const FileStart& file) {
+  const std::size_t size = file.Bytes().size();
+  for (const std::string_view whole :
+       {compound::kSignature, kZipSignature, std::string_view("<?xml")}) {
+    if (size >= 2 && size < whole.size() && file.StartsWith(whole.substr(0, size))) return true;
+  }
+  return false;
+}
+
+bool IsNoText(const FileStart& file) {
+  constexpr std::string_view kControls = "\t\r\n\v\f\x1A";  // the last one ends a text under DOS
+  const std::string_view text = file.Text();
+  return std::any_of(text.begin(), text.end(), [=](char letter) {
+    return static_cast<unsigned char>(letter) < 0x20 && !Contains(kControls, {&letter, 1});
+  });
+}
+
+bool IsSpreadsheetMl(const FileStart& file) {
+  return file.Root() == "workbook" &&
+         Contains(file.Tag(), "urn:schemas-microsoft-com:office:spreadsheet");
+}
+
+bool IsFlatOpenDocument(const FileStart& file) {
+  return file.Root() == "document" &&
+         Contains(file.Tag(), "application/vnd.oasis.opendocument.spreadsheet");
+}
+
+// Pages that programs save as .xls may be pieces of a page, or have a text in front.
+bool IsWebPage(const FileStart& file) {
+  static constexpr std::string_view kElements[] = {
+      "html",  "head", "title", "body", "meta", "link", "style",  "script",
+      "table", "tr",   "td",    "div",  "span", "p",    "center", "form",
+      "font",  "b",    "br",    "h1",   "h2",   "h3",   "pre"};
+  return std::find(std::begin(kElements), std::end(kElements), file.Root()) != std::end(kElements);
+}
+
+bool HoldsWebPage(const FileStart& file) {
+  return Contains(file.Text(), "<html") || Contains(file.Text(), "<table");
+}
+
+bool IsCutXml(const FileStart& file) {
+  return file.Markup().starts_with("<?xml") && file.IsWholeMarkup() && !file.Tag().ends_with('>');
+}
+
+bool IsXml(const FileStart& file) {
+  if (file.Markup().starts_with("<?xml")) return true;
+  const std::string_view root = file.Root();
+  return !root.empty() && root[0] >= 'a' && root[0] <= 'z' && file.Tag().ends_with('>');
 }
 
 // A program's name behind "ID;P", and then a record; else a table whose first column is called ID.
-bool IsSylk(std::string_view head) {
-  if (!head.starts_with("id;p")) return false;
+bool IsSylk(const FileStart& file) {
+  const std::string_view text = file.Text();
+  if (!text.starts_with("id;p")) return false;
   const std::string_view next =
-      SkipBlanks(head.substr(std::min(head.find_first_of("\r\n"), head.size())));
+      SkipBlanks(text.substr(std::min(text.find_first_of("\r\n"), text.size())));
   for (const char* record : {"b;", "c;", "e", "f;", "nn;", "o;", "p;", "w;"}) {
     if (next.starts_with(record)) return true;
   }
   return next.empty();
 }
 
-bool IsJson(std::string_view head) {
-  if (!head.starts_with('{') && !head.starts_with('[')) return false;
-  const std::string_view next = SkipBlanks(head.substr(1)).substr(0, 1);
-  return !next.empty() && Contains(head[0] == '{' ? "\"}" : "\"{[", next);
+bool IsWebArchive(const FileStart& file) {
+  return file.Text().starts_with("mime-version:") || Contains(file.Text(), "\nmime-version:");
 }
 
-// Semicolons delimit fields that hold a decimal comma each. A preamble can have either; most of the
-// lines decide.
-FileKind DelimitedKind(std::string_view head) {
-  if (Contains(head, "\t")) return FileKind::kTabText;
-  if (!Contains(head, ",") && !Contains(head, ";")) return FileKind::kText;
+bool IsRichText(const FileStart& file) {
+  return file.Text().starts_with("{\\rtf");
+}
+
+bool IsJson(const FileStart& file) {
+  const std::string_view text = file.Text();
+  if (!text.starts_with('{') && !text.starts_with('[')) return false;
+  const std::string_view next = SkipBlanks(text.substr(1)).substr(0, 1);
+  return !next.empty() && Contains(text[0] == '{' ? "\"}" : "\"{[", next);
+}
+
+bool IsTabText(const FileStart& file) {
+  return Contains(file.Text(), "\t");
+}
+
+// Where semicolons delimit fields, each field can hold one decimal comma. A preamble can have
+// either; most of the lines decide.
+bool IsSemicolonText(const FileStart& file) {
+  std::string_view text = file.Text();
   int semicolon_lines = 0;
   int comma_lines = 0;
-  while (!head.empty()) {
-    const std::string_view line = head.substr(0, head.find_first_of("\r\n"));
-    head.remove_prefix(std::min(line.size() + 1, head.size()));
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find_first_of("\r\n"));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
     const auto commas = std::count(line.begin(), line.end(), ',');
     const auto semicolons = std::count(line.begin(), line.end(), ';');
     const bool is_semicolon_line = semicolons > 0 && commas <= semicolons + 1;
     semicolon_lines += is_semicolon_line;
     comma_lines += commas > 0 && !is_semicolon_line;
   }
-  return semicolon_lines > comma_lines ? FileKind::kSemicolonText : FileKind::kCommaText;
+  return semicolon_lines > comma_lines;
 }
 
-FileKind TextKind(std::span<const std::byte> bytes) {
-  const std::string head = TextHead(bytes, kTextHead);
-  if (!IsPlainText(head)) return FileKind::kUnknown;
-  if (SkipBlanks(head).starts_with('<')) {
-    const std::string markup = TextHead(bytes, kMarkupHead);
-    const FileKind kind = MarkupKind(SkipBlanks(markup), bytes.size() <= kMarkupHead);
-    if (kind != FileKind::kText) return kind;
-  }
-  if (Contains(head, "<html") || Contains(head, "<table")) return FileKind::kHtml;
-  if (IsSylk(head)) return FileKind::kSylk;
-  if (head.starts_with("mime-version:") || Contains(head, "\nmime-version:")) {
-    return FileKind::kWebArchive;
-  }
-  if (head.starts_with("{\\rtf")) return FileKind::kRichText;
-  if (IsJson(head)) return FileKind::kJson;
-  if (IsLockLine(head)) return FileKind::kOwnerFile;
-  return DelimitedKind(head);
+bool IsCommaText(const FileStart& file) {
+  return Contains(file.Text(), ",") || Contains(file.Text(), ";");
 }
+
+bool IsAnything(const FileStart&) {
+  return true;
+}
+
+// The first row that fits a file says what it is: it has the row's signature, or passes its test.
+// Tests of texts come behind the one that finds what is no text, of markup behind exact ones.
+struct Row {
+  std::string_view signature;
+  bool (*test)(const FileStart&);
+  FileKind kind;
+};
+using enum WorkbookForm;
+constexpr std::string_view kOwnerMark = "the mark of a workbook that somebody has open";
+constexpr std::string_view kPicture = "a picture";
+constexpr std::string_view kPacked = "a packed file (gzip, 7z or RAR)";
+constexpr std::string_view kHtml = "a web page (HTML)";
+constexpr Row kRows[] = {
+    {"", IsEmpty, {kNone, "", "is empty (0 bytes)"}},
+    {compound::kSignature, nullptr, {kXls, "", ""}},
+    {kZipSignature, nullptr, {kZip, "", ""}},
+    {"PK\x05\x06", nullptr, {kZip, "", ""}},  // without parts
+    {"", IsBareBiff, {kXls, "", ""}},
+    {"", IsOldBiff, {kNone, kOldFormat, ""}},
+    {"", IsZeros, {kNone, "nothing but zero bytes", ""}},
+    {"", StartsWithZeros, {kNone, "a file that begins with nothing but zero bytes", ""}},
+    {"", IsOwnerFile, {kNone, kOwnerMark, ""}},
+    {"", IsBeginningOfSignature, {kNone, "", "ends after # bytes, within its header"}},
+    {"%PDF", nullptr, {kNone, "a PDF file", ""}},
+    {"\x89PNG", nullptr, {kNone, kPicture, ""}},
+    {"\xFF\xD8\xFF", nullptr, {kNone, kPicture, ""}},
+    {"GIF8", nullptr, {kNone, kPicture, ""}},
+    {"\x1F\x8B", nullptr, {kNone, kPacked, ""}},
+    {"7z\xBC\xAF", nullptr, {kNone, kPacked, ""}},
+    {"Rar!", nullptr, {kNone, kPacked, ""}},
+    {"", IsNoText, {kNone, "a file of an unknown kind", ""}},
+    {"", IsSpreadsheetMl, {kSpreadsheetMl, "", ""}},
+    {"", IsFlatOpenDocument, {kFlatOpenDocument, "", ""}},
+    {"", IsWebPage, {kNone, kHtml, ""}},
+    {"", IsCutXml, {kNone, "", "ends after # bytes, in the middle of its XML"}},
+    {"", IsXml, {kNone, "an XML file", ""}},
+    {"", HoldsWebPage, {kNone, kHtml, ""}},
+    {"", IsSylk, {kNone, "a SYLK file", ""}},
+    {"", IsWebArchive, {kNone, "a web archive (MHTML)", ""}},
+    {"", IsRichText, {kNone, "a rich text file (RTF)", ""}},
+    {"", IsJson, {kNone, "a JSON file", ""}},
+    {"", IsLockLine, {kNone, kOwnerMark, ""}},
+    {"", IsTabText, {kNone, "tab-delimited text", ""}},
+    {"", IsSemicolonText, {kNone, "semicolon-delimited text", ""}},
+    {"", IsCommaText, {kNone, "comma-delimited text", ""}},
+    {"", IsAnything, {kNone, "plain text", ""}},
+};
 
 }  // namespace
 
-FileKind RecognizeFile(std::span<const std::byte> bytes) {
-  if (bytes.empty()) return FileKind::kEmpty;
-  if (IsCompoundFile(bytes)) return FileKind::kCompoundFile;
-  if (Characters(bytes, 4) == "PK\x03\x04" || Characters(bytes, 4) == "PK\x05\x06") {
-    return FileKind::kZip;
+const FileKind& RecognizeFile(std::span<const std::byte> bytes) {
+  const FileStart file(bytes);
+  for (const Row& row : kRows) {
+    if (row.test != nullptr ? row.test(file) : file.StartsWith(row.signature)) return row.kind;
   }
-  if (StartsWithBof(bytes, biff::kBof)) return FileKind::kBareBiff;
-  if (IsOldBiff(bytes)) return FileKind::kOldBiff;
-  if (std::all_of(bytes.begin(), bytes.begin() + std::min(bytes.size(), kTellingStart),
-                  [](std::byte b) { return b == std::byte{0}; })) {
-    return bytes.size() < kTellingStart ? FileKind::kZeros : FileKind::kZeroStart;
-  }
-  if (IsOwnerFile(bytes)) return FileKind::kOwnerFile;
-  if (IsBeginningOfSignature(bytes)) return FileKind::kCutHeader;
-  static constexpr struct {
-    std::string_view signature;
-    FileKind kind;
-  } kOthers[] = {{"%PDF", FileKind::kPdf},
-                 {"\x89PNG", FileKind::kPicture},
-                 {"\xFF\xD8\xFF", FileKind::kPicture},
-                 {"GIF8", FileKind::kPicture},
-                 {"\x1F\x8B", FileKind::kArchive},
-                 {"7z\xBC\xAF", FileKind::kArchive},
-                 {"Rar!", FileKind::kArchive}};
-  for (const auto& other : kOthers) {
-    if (Characters(bytes, other.signature.size()) == other.signature) return other.kind;
-  }
-  return TextKind(bytes);
+  return std::rbegin(kRows)->kind;
 }
 
-bool MayBeWorkbook(FileKind kind) {
-  switch (kind) {
-    case FileKind::kCompoundFile:
-    case FileKind::kBareBiff:
-    case FileKind::kZip:
-    case FileKind::kFlatOpenDocument:
-    case FileKind::kSpreadsheetMl:
-      return true;
-    default:
-      return false;
+void RefuseFile(const FileKind& kind, std::size_t size) {
+  if (!kind.name.empty()) RefuseAs(kind.name);
+  std::string refusal(kind.refusal);
+  if (const std::size_t at = refusal.find('#'); at != std::string::npos) {
+    refusal.replace(at, 1, GroupedDigits(size));
   }
-}
-
-std::string_view FileKindText(FileKind kind) {
-  switch (kind) {
-    case FileKind::kEmpty:
-      return "empty";
-    case FileKind::kCompoundFile:
-      return "a compound file";
-    case FileKind::kZip:
-      return "a zip archive";
-    case FileKind::kBareBiff:
-      return "an .xls workbook";
-    case FileKind::kOldBiff:
-      return kOldFormat;
-    case FileKind::kSpreadsheetMl:
-      return "an XML spreadsheet (SpreadsheetML)";
-    case FileKind::kFlatOpenDocument:
-      return "an OpenDocument spreadsheet";
-    case FileKind::kXml:
-      return "an XML file";
-    case FileKind::kHtml:
-      return "a web page (HTML)";
-    case FileKind::kWebArchive:
-      return "a web archive (MHTML)";
-    case FileKind::kSylk:
-      return "a SYLK file";
-    case FileKind::kRichText:
-      return "a rich text file (RTF)";
-    case FileKind::kJson:
-      return "a JSON file";
-    case FileKind::kPicture:
-      return "a picture";
-    case FileKind::kArchive:
-      return "a packed file (gzip, 7z or RAR)";
-    case FileKind::kPdf:
-      return "a PDF file";
-    case FileKind::kTabText:
-      return "tab-delimited text";
-    case FileKind::kCommaText:
-      return "comma-delimited text";
-    case FileKind::kSemicolonText:
-      return "semicolon-delimited text";
-    case FileKind::kText:
-      return "plain text";
-    case FileKind::kOwnerFile:
-      return "the mark of a workbook that somebody has open";
-    case FileKind::kZeros:
-      return "nothing but zero bytes";
-    case FileKind::kZeroStart:
-      return "a file that begins with nothing but zero bytes";
-    case FileKind::kCutHeader:
-    case FileKind::kCutXml:
-      return "the beginning of a file";
-    case FileKind::kUnknown:
-      break;
-  }
-  return "a file of an unknown kind";
+  Refuse(refusal);
 }
 
 }  // namespace korvex

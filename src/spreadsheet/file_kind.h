@@ -1,4 +1,4 @@
-// What a file is, by its content: many a file is called .xls and is something else.
+// What a file is, by its content: files called .xls are often something else.
 #pragma once
 
 #include <cstddef>
@@ -7,44 +7,29 @@
 
 namespace korvex {
 
-enum class FileKind {
-  kEmpty,
-  kCompoundFile,  // .xls workbooks among them
-  kZip,           // .xlsx and .ods workbooks among them
-  kBareBiff,      // an .xls workbook without a compound file around it
-  kOldBiff,       // BIFF2 to BIFF4
-  kSpreadsheetMl,
+// The forms of file that a workbook can be in.
+enum class WorkbookForm {
+  kNone,              // no workbook
+  kXls,               // a compound file, or BIFF5 to BIFF8 records without one
+  kZip,               // .xlsx and .ods among others
   kFlatOpenDocument,  // .fods
-  kXml,
-  kHtml,
-  kWebArchive,
-  kSylk,
-  kRichText,
-  kJson,
-  kPicture,
-  kArchive,  // of another kind than zip
-  kPdf,
-  kTabText,
-  kCommaText,
-  kSemicolonText,
-  kText,
-  kOwnerFile,  // "~$…" or ".~lock.…#", which mark a document as open
-  kZeros,
-  kZeroStart,  // of a longer file
-  kCutHeader,  // less of the file than tells a format apart
-  kCutXml,     // the same of an XML document
-  kUnknown,
+  kSpreadsheetMl,
 };
 
-// As many bytes from the beginning of a file tell what it is as all of it do.
+// One row of the table of kinds. Of a file that is no workbook it has one of the two texts.
+struct FileKind {
+  WorkbookForm form = WorkbookForm::kNone;
+  std::string_view name;     // "tab-delimited text": stands behind "is not a workbook: it is"
+  std::string_view refusal;  // a predicate of its own (refusal.h); "#" is the size of the file
+};
+
+// This many bytes from the beginning of a file are enough to recognise it.
 inline constexpr std::size_t kTellingStart = (1u << 18) + 1;
 
-// Takes a file, or its first kTellingStart bytes.
-FileKind RecognizeFile(std::span<const std::byte> bytes);
-// Whether a file of that kind may hold a workbook that can be read.
-bool MayBeWorkbook(FileKind kind);
+// Takes a file, or its first kTellingStart bytes. The result is static.
+const FileKind& RecognizeFile(std::span<const std::byte> bytes);
 
-// "tab-delimited text": what can stand behind "it is".
-std::string_view FileKindText(FileKind kind);
+// Refuses a file that is no workbook by what it is instead. `size` counts its bytes.
+[[noreturn]] void RefuseFile(const FileKind& kind, std::size_t size);
 
 }  // namespace korvex

@@ -82,10 +82,11 @@ CellValue InputWorkbook::Sheet::Value(int row, int column) const {
 void InputWorkbook::Sheet::RefuseUncalculated(int row, int column) const {
   const CellPlace place = {static_cast<std::uint32_t>(row) - 1,
                            static_cast<std::uint32_t>(column) - 1};
-  Refuse(workbook_.full_name_ +
-         " cannot be used: its formulas were never calculated: open and save it in a spreadsheet "
-         "application (the first one asked for is in cell " +
-         CellName(place) + " of sheet \"" + Name() + "\")");
+  throw Error(error_number::kAutomation,
+              workbook_.full_name_ +
+                  " cannot be used: its formulas were never calculated: open and save it in a "
+                  "spreadsheet application (the first one asked for is in cell " +
+                  CellName(place) + " of sheet \"" + Name() + "\")");
 }
 
 int InputWorkbook::Sheet::CountA(int row) const {
@@ -94,12 +95,13 @@ int InputWorkbook::Sheet::CountA(int row) const {
 }
 
 void InputWorkbook::Sheet::RefusePlace(int row, int column) const {
-  Refuse("There is no cell in row " + std::to_string(row) + ", column " + std::to_string(column) +
-         " of sheet \"" + Name() + "\" of " + workbook_.full_name_);
+  throw Error(error_number::kAutomation, "There is no cell in row " + std::to_string(row) +
+                                             ", column " + std::to_string(column) + " of sheet \"" +
+                                             Name() + "\" of " + workbook_.full_name_);
 }
 
 InputWorkbook::InputWorkbook(const FileSystem& files, const std::string& full_name,
-                             ReadBufferPool& pool, CloseHandler on_close)
+                             ReadBufferPool& pool, std::function<void(const Workbook&)> on_close)
     : full_name_(full_name),
       name_start_(full_name.rfind(files.Separator()) + 1),
       pool_(pool),
@@ -152,11 +154,11 @@ void InputWorkbook::SaveAs(const std::string&) {
 }
 
 void InputWorkbook::RefuseChange() const {
-  Refuse(full_name_ + " is opened for reading only");
+  throw Error(error_number::kAutomation, full_name_ + " is opened for reading only");
 }
 
 void InputWorkbook::Close() {
-  const CloseHandler on_close = std::move(on_close_);
+  const std::function<void(const Workbook&)> on_close = std::move(on_close_);
   if (on_close) on_close(*this);
 }
 

@@ -1,12 +1,12 @@
 // A workbook that is open for reading only.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "spreadsheet/cells/workbook_reader.h"
-#include "spreadsheet/close_handler.h"
 #include "workbook/spreadsheet.h"
 
 namespace korvex {
@@ -34,7 +34,7 @@ class InputWorkbook : public Workbook {
   // no workbook, damaged or protected; 7 for
   // one that needs more memory than there is.
   InputWorkbook(const FileSystem& files, const std::string& full_name, ReadBufferPool& pool,
-                CloseHandler on_close);
+                std::function<void(const Workbook&)> on_close);
   ~InputWorkbook() override;
 
   std::string Name() const override;
@@ -55,7 +55,7 @@ class InputWorkbook : public Workbook {
   std::string full_name_;
   std::size_t name_start_;
   ReadBufferPool& pool_;
-  CloseHandler on_close_;
+  std::function<void(const Workbook&)> on_close_;
   std::unique_ptr<ReadBuffers> buffers_;
   std::unique_ptr<WorkbookReader> reader_;
   bool are_buffer_cells_used_ = false;

@@ -5,7 +5,6 @@
 
 #include "platform/error.h"
 #include "platform/file_system.h"
-#include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/xls/biff8_writer.h"
 #include "spreadsheet/xls/byte_writer.h"
 #include "spreadsheet/xls/compound_file_writer.h"
@@ -31,7 +30,8 @@ void WriteXls(const TextPool& texts, std::vector<SheetContent> sheets, Replaceme
 }  // namespace
 
 OutputWorkbook::OutputWorkbook(FileSystem& files, std::string name, const OutputFormat& format,
-                               const std::vector<std::string>& inputs, CloseHandler close)
+                               const std::vector<std::string>& inputs,
+                               std::function<void(const Workbook&)> close)
     : files_(files),
       inputs_(inputs),
       name_(std::move(name)),
@@ -68,8 +68,9 @@ int OutputWorkbook::IndexOf(const OutputSheet& sheet) const {
 
 void OutputWorkbook::Delete(const OutputSheet& sheet) {
   if (sheets_.size() == 1) {
-    Refuse("The worksheet \"" + sheet.Name() +
-           "\" cannot be deleted: a workbook holds one sheet at least.");
+    throw Error(error_number::kAutomation,
+                "The worksheet \"" + sheet.Name() +
+                    "\" cannot be deleted: a workbook holds one sheet at least.");
   }
   const auto at = sheets_.erase(sheets_.begin() + (IndexOf(sheet) - 1));
   if (active_ == &sheet) active_ = (at == sheets_.end() ? sheets_.back() : *at).get();
@@ -79,7 +80,8 @@ void OutputWorkbook::CheckSheetName(std::string_view name, const OutputSheet& sh
   korvex::CheckSheetName(name);
   for (const auto& other : sheets_) {
     if (other.get() == &sheet || !EqualText(other->Name(), name)) continue;
-    Refuse(SheetNameRefusal(name) + "another sheet of the workbook has this name.");
+    throw Error(error_number::kAutomation,
+                SheetNameRefusal(name) + "another sheet of the workbook has this name.");
   }
 }
 
@@ -120,7 +122,7 @@ std::vector<SheetContent> OutputWorkbook::Contents() const {
 }
 
 void OutputWorkbook::Close() {
-  const CloseHandler close = std::move(close_);
+  const std::function<void(const Workbook&)> close = std::move(close_);
   close(*this);
 }
 

@@ -1,12 +1,12 @@
 // A new workbook that is being built in memory, with three worksheets to begin with.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "spreadsheet/cells/text_pool.h"
-#include "spreadsheet/close_handler.h"
 #include "spreadsheet/output_sheet.h"
 #include "workbook/spreadsheet.h"
 
@@ -21,7 +21,8 @@ class OutputWorkbook : public Workbook {
   // `name` is what the workbook is called until it is saved, `format` what it will be saved in
   // then; `inputs` are the files that must not be saved over. All but the name must outlive it.
   OutputWorkbook(FileSystem& files, std::string name, const OutputFormat& format,
-                 const std::vector<std::string>& inputs, CloseHandler close);
+                 const std::vector<std::string>& inputs,
+                 std::function<void(const Workbook&)> close);
 
   std::string Name() const override { return name_; }
   std::string Path() const override { return path_; }  // empty until saved
@@ -55,7 +56,7 @@ class OutputWorkbook : public Workbook {
   std::string name_;
   const OutputFormat& format_;
   std::string path_;
-  CloseHandler close_;
+  std::function<void(const Workbook&)> close_;
   TextPool texts_;
   std::vector<std::unique_ptr<OutputSheet>> sheets_;
   const OutputSheet* active_;

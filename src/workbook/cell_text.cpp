@@ -9,6 +9,7 @@
 
 #include "platform/error.h"
 #include "text/text.h"
+#include "workbook/cell_error.h"
 
 namespace korvex {
 namespace {
@@ -321,25 +322,6 @@ void AppendDataText(const CellValue& value, std::string& out) {
     case CellKind::kText:
       out.append(value.text);
       break;
-  }
-}
-
-std::string_view ErrorName(int code) {
-  switch (code) {
-    case 0:
-      return "#NULL!";
-    case 7:
-      return "#DIV/0!";
-    case 23:
-      return "#REF!";
-    case 29:
-      return "#NAME?";
-    case 36:
-      return "#NUM!";
-    case 42:
-      return "#N/A";
-    default:
-      return "#VALUE!";
   }
 }
 

@@ -21,9 +21,6 @@ void AppendCellText(const CellValue& value, std::string& out);
 // 10:15:00", "10:15:00.250"), "TRUE" and "FALSE", errors by their name ("#N/A").
 void AppendDataText(const CellValue& value, std::string& out);
 
-// "#N/A" for 42; "#VALUE!" for a code that nobody knows.
-std::string_view ErrorName(int code);
-
 // Whether a value counts as a number: Number, Boolean and Empty do, a text when it reads as one;
 // dates and errors do not.
 bool IsNumeric(const CellValue& value);

@@ -4,7 +4,7 @@
     tests/campaign/check_campaigns.py BIN_DIR [--campaigns N] [--seed S] [--keep]
 
 Random campaigns, written by up to four programs, are converted by korvex-convert
-and by bench/xlrd_convert.py. Where the model finishes, the cells of the output
+and by xlrd_convert.py. Where the model finishes, the cells of the output
 are read back by up to four programs and compared one by one; where it refuses,
 texts, exit status, error log and the absence of an output are. A second part
 does so for every refusal there is.
@@ -27,7 +27,7 @@ import tempfile
 import traceback
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-sys.path[:0] = [HERE] + [os.path.join(HERE, "../..", folder) for folder in ("tests/peers", "bench", "samples/make")]
+sys.path[:0] = [HERE] + [os.path.join(HERE, "../..", folder) for folder in ("tests/peers", "samples/make")]
 
 import readers  # noqa: E402
 import refusals  # noqa: E402

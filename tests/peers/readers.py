@@ -2,7 +2,7 @@
 
 `read(reader, paths)` gives for each path its sheets as (name, {(row, column): cell}),
 or an Unread that says why there are none. Rows and columns count from 1; cells are
-(kind, value) like those of bench/xlrd_convert.py, dates days since 1899-12-30.
+(kind, value) like those of tests/campaign/xlrd_convert.py, dates days since 1899-12-30.
 Empty cells and empty texts are left out; numbers that no date of the years 1900 to
 9999 has are numbers, whatever their format.
 """

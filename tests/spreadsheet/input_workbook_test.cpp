@@ -33,7 +33,7 @@ class InputWorkbookTest : public ::testing::Test {
   }
 
   std::unique_ptr<InputWorkbook> Open(const std::string& file = kFile) {
-    return std::make_unique<InputWorkbook>(files_, file, pool_, CloseHandler());
+    return std::make_unique<InputWorkbook>(files_, file, pool_, nullptr);
   }
 
   MemoryFileSystem files_{PathStyle::kLinux};

@@ -1,7 +1,9 @@
-// How the readers refuse a file.
+// How a reader refuses a file: Error 1004, whose description is a predicate.
 //
-// Readers work on bytes and do not know whose they are: their causes are predicates ("is empty (0
-// bytes)"), and the one place that knows the file puts its path in front.
+// Readers work on bytes and do not know the name of the file. They say what it is or does ("is
+// empty (0 bytes)"), and the one place that knows the file puts its path in front: NamingFile.
+// Wherever a header in spreadsheet/ says that something is refused, it is refused like this. An
+// exception from memory that runs out passes through the readers; NamingFile makes Error 7 of it.
 #pragma once
 
 #include <new>
@@ -13,12 +15,11 @@
 
 namespace korvex {
 
-// Throws Error 1004 with the predicate as its description.
 [[noreturn]] inline void Refuse(const std::string& predicate) {
   throw Error(error_number::kAutomation, predicate);
 }
 
-// The same for what is no workbook; `what` stands behind "it is".
+// For a file that is no workbook: `what` stands behind "it is".
 [[noreturn]] inline void RefuseAs(std::string_view what) {
   Refuse("is not a workbook: it is " + std::string(what));
 }
@@ -27,8 +28,7 @@ namespace korvex {
   throw Error(error_number::kOutOfMemory, file + " needs more memory than there is");
 }
 
-// Runs a step of reading `file` and puts its path in front of a refusal. Memory that runs out
-// becomes Error 7, which names the file, too.
+// Runs a step of reading the file of that path. Other errors than the two above pass through.
 template <typename Step>
 decltype(auto) NamingFile(const std::string& file, Step&& step) {
   try {
@@ -38,7 +38,7 @@ decltype(auto) NamingFile(const std::string& file, Step&& step) {
     throw Error(error.Number(), file + " " + error.Description(), error.Source());
   } catch (const std::bad_alloc&) {
     RefuseForMemory(file);
-  } catch (const std::length_error&) {  // of a container that cannot grow so far
+  } catch (const std::length_error&) {  // a container cannot grow so far
     RefuseForMemory(file);
   }
 }

@@ -27,20 +27,19 @@ char* Utf16Decoder::Append(const std::byte* in, std::size_t count, char* out) {
     if (high_ != 0) {
       const char16_t high = high_;
       high_ = 0;
-      if (unit >= 0xDC00 && unit < 0xE000) {
-        out = EncodeUtf8(0x10000 + ((high - 0xD800u) << 10) + (unit - 0xDC00u), out);
+      if (IsLowSurrogate(unit)) {
+        out = EncodeUtf8(JoinSurrogates(high, unit), out);
         continue;
       }
+      // The high surrogate was alone; this unit is a character of its own.
       out = EncodeUtf8(kReplacementCharacter, out);
     }
     if (unit < 0x80) {
       *out++ = static_cast<char>(unit);
-    } else if (unit >= 0xD800 && unit < 0xDC00) {
+    } else if (IsHighSurrogate(unit)) {
       high_ = unit;
-    } else if (unit >= 0xDC00 && unit < 0xE000) {
-      out = EncodeUtf8(kReplacementCharacter, out);
     } else {
-      out = EncodeUtf8(unit, out);
+      out = EncodeUtf8(IsLowSurrogate(unit) ? kReplacementCharacter : char32_t{unit}, out);
     }
   }
   return out;
@@ -50,6 +49,22 @@ char* Utf16Decoder::Finish(char* out) {
   if (high_ == 0) return out;
   high_ = 0;
   return EncodeUtf8(kReplacementCharacter, out);
+}
+
+void ToUtf16(std::string_view utf8, std::u16string& out) {
+  constexpr char32_t kFirstPair = 0x10000;
+  out.clear();
+  while (!utf8.empty()) {
+    const Utf8Character first = FirstUtf8(utf8);
+    utf8.remove_prefix(first.length);
+    const char32_t code = first.code == kInvalidByte ? kReplacementCharacter : first.code;
+    if (code < kFirstPair) {
+      out.push_back(static_cast<char16_t>(code));
+    } else {
+      out.push_back(static_cast<char16_t>(0xD800 + ((code - kFirstPair) >> 10)));
+      out.push_back(static_cast<char16_t>(0xDC00 + (code & 0x3FF)));
+    }
+  }
 }
 
 }  // namespace korvex

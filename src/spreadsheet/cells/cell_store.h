@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "workbook/cell.h"
@@ -48,6 +49,13 @@ class CellStore {
   using Column = std::vector<std::unique_ptr<CellBlock>>;
 
   std::vector<Column> columns_;
+};
+
+// A sheet as the writers of all formats get it. `name` is UTF-8, `cells` are not owned.
+struct SheetContent {
+  std::string name;
+  const CellStore* cells = nullptr;
+  bool selected = false;
 };
 
 }  // namespace korvex

@@ -2,18 +2,23 @@
 #pragma once
 
 #include <cmath>
+#include <string_view>
 
 #include "workbook/cell.h"
+#include "workbook/cell_error.h"
 
 namespace korvex {
 
 // Days that a serial number of the 1904 date system lies behind the same day's 1900 number.
 inline constexpr int kDaysTo1904 = 1462;
 
-// Error codes that stand in for values.
-inline constexpr int kNoValueError = 15;  // #VALUE!, for errors that nobody knows
-inline constexpr int kNumberError = 36;
-inline constexpr int kNotAvailableError = 42;
+// Formats that exist without being written down in the workbook.
+bool IsBuiltInDateFormat(int id);
+
+// Whether a format text has a d, m, y, h or s that stands for part of a date. Quoted texts, escaped
+// and filling characters and colours, conditions and locales in brackets do not count; elapsed
+// times ("[h]:mm") do.
+bool IsDateFormat(std::string_view format);
 
 struct TypedNumber {
   CellKind kind;

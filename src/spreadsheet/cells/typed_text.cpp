@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <iterator>
 #include <limits>
 
 #include "text/text.h"
@@ -12,25 +13,8 @@ namespace {
 
 constexpr double kSecondsPerDay = 86400;
 
-struct ErrorName {
-  std::string_view name;
-  int code;
-};
-constexpr ErrorName kErrors[] = {{"#NULL!", 0},
-                                 {"#DIV/0!", 7},
-                                 {"#VALUE!", kNoValueError},
-                                 {"#REF!", 23},
-                                 {"#NAME?", 29},
-                                 {"#NUM!", kNumberError},
-                                 {"Err:503", kNumberError},
-                                 {"#N/A", kNotAvailableError}};
-
-const ErrorName* FindError(std::string_view name) {
-  for (const ErrorName& error : kErrors) {
-    if (error.name == name) return &error;
-  }
-  return nullptr;
-}
+// Programs with more errors than there are codes number theirs; this one has a code.
+constexpr std::string_view kNumberErrorNumbered = "Err:503";
 
 // Takes a number of exactly `digits` digits off the front; -1 when it is not there.
 int TakeDigits(std::string_view& text, std::size_t digits) {
@@ -106,12 +90,17 @@ std::optional<double> ReadNumber(std::string_view text) {
 }
 
 bool IsErrorName(std::string_view text) {
-  return text.starts_with("Err:") || FindError(text) != nullptr;
+  return text.starts_with("Err:") ||
+         std::any_of(std::begin(kCellErrors), std::end(kCellErrors),
+                     [text](const CellError& error) { return error.name == text; });
 }
 
 int ErrorCode(std::string_view name) {
-  const ErrorName* const error = FindError(name);
-  return error != nullptr ? error->code : kNoValueError;
+  if (name == kNumberErrorNumbered) return kNumberError;
+  for (const CellError& error : kCellErrors) {
+    if (error.name == name) return error.code;
+  }
+  return kNoValueError;
 }
 
 std::optional<DayAndTime> ReadIsoDate(std::string_view text) {

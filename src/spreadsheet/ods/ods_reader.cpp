@@ -9,7 +9,6 @@
 #include "spreadsheet/cells/cell_place.h"
 #include "spreadsheet/cells/typed_number.h"
 #include "spreadsheet/cells/typed_text.h"
-#include "spreadsheet/ods/ods_names.h"
 
 namespace korvex {
 namespace {

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "spreadsheet/bytes/refusal.h"
-#include "spreadsheet/ods/ods_names.h"
 #include "spreadsheet/ods/ods_reader.h"
 
 namespace korvex {

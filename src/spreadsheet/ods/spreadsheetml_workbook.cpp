@@ -11,7 +11,6 @@
 #include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/bytes/xml_parser.h"
 #include "spreadsheet/cells/cell_place.h"
-#include "spreadsheet/cells/number_format.h"
 #include "spreadsheet/cells/typed_number.h"
 #include "spreadsheet/cells/typed_text.h"
 #include "text/text.h"

@@ -1,4 +1,5 @@
 #include "spreadsheet/xls/biff8_writer.h"
+#include "spreadsheet/bytes/unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -7,7 +8,6 @@
 
 #include "spreadsheet/cells/cell_store.h"
 #include "spreadsheet/xls/byte_writer.h"
-#include "text/utf16.h"
 
 namespace korvex {
 
@@ -30,7 +30,12 @@ void PutText(ByteWriter& out, std::string_view ascii) {
   out.PutBytes(std::as_bytes(std::span(ascii)));
 }
 
-// Some readers insist on who wrote a workbook: a text padded to its full length with blanks.
+// Who wrote the workbook; some readers refuse one that does not say.
+//   INTERFACEHDR  0 uint16 code page
+//   MMS           0 uint16 menus added and deleted
+//   INTERFACEEND  nothing
+//   WRITEACCESS   0 uint16 characters, 2 uint8 flags (0: 8-bit), 3 characters; padded with
+//                 blanks to 112 bytes
 void WriteProgram(ByteWriter& out) {
   constexpr std::string_view kWriter = "KORVEX";
   constexpr std::size_t kLength = 112;
@@ -43,7 +48,12 @@ void WriteProgram(ByteWriter& out) {
   out.PutRepeated(std::byte{' '}, kLength - 3 - kWriter.size());
 }
 
-// Four fonts at least, as an index of 4 stands for no font in the format.
+// At least four fonts, because an index of 4 stands for no font in the format.
+//   FONT  0  uint16  height in twips         10  uint8  underline
+//         2  uint16  bold, italic …          11  uint8  family
+//         4  uint16  colour                  12  uint8  character set
+//         6  uint16  weight                  13  uint8  0
+//         8  uint16  super- or subscript     14  name: uint8 characters, uint8 flags, characters
 void WriteFonts(ByteWriter& out) {
   constexpr std::string_view kName = "Arial";
   constexpr U16 kHeight = 200;  // twips
@@ -57,6 +67,8 @@ void WriteFonts(ByteWriter& out) {
   }
 }
 
+//   FORMAT  0 uint16 id, 2 text: uint16 characters, uint8 flags, characters
+// The built-in formats need no record; the first id of a format of one's own is 164.
 void WriteNumberFormats(ByteWriter& out) {
   constexpr std::string_view kCode = "General";
   out.Put(biff::kFormat, static_cast<U16>(5 + kCode.size()));
@@ -64,7 +76,11 @@ void WriteNumberFormats(ByteWriter& out) {
   PutText(out, kCode);
 }
 
-// `kind` is 0xFFF5 for a style, 1 for a cell; `used` tells which attributes differ from the parent.
+// XF, the format of cells or of a style:
+//   0  uint16  font                                 7  uint8   rotation
+//   2  uint16  number format                        8  uint8   indentation
+//   4  uint16  kind: 0xFFF5 a style, 1 a cell       9  uint8   `used`: what differs from the parent
+//   6  uint8   alignment                           10  10 bytes of borders, pattern and colours
 void WriteXf(ByteWriter& out, U16 number_format, U16 kind, U8 used) {
   constexpr U8 kBottomAligned = 0x20;
   constexpr U16 kAutomaticPattern = 0x20C0;
@@ -84,7 +100,8 @@ void WriteXfs(ByteWriter& out) {
   WriteXf(out, kDateTimeNumber, kCell, kNumberUsed);
   WriteXf(out, kDateNumber, kCell, kNumberUsed);
   WriteXf(out, kTimeNumber, kCell, kNumberUsed);
-  // XF 0 is the built-in style "Normal".
+  // STYLE 0 uint16 XF and bit 15 for a built-in style, 2 uint8 its number, 3 uint8 level: XF 0 is
+  // the built-in style "Normal".
   out.PutRecord(biff::kStyle, U16{0x8000}, U8{0}, U8{0xFF});
 }
 
@@ -92,8 +109,9 @@ void WriteWindow(const std::vector<SheetContent>& sheets, ByteWriter& out) {
   const auto active = std::find_if(sheets.begin(), sheets.end(),
                                    [](const SheetContent& sheet) { return sheet.selected; });
   const auto index = active == sheets.end() ? 0 : active - sheets.begin();
-  // Position and size in twips, options: scroll bars and tabs; active sheet, first tab shown,
-  // sheets selected, share of the tabs in 1/1000.
+  // WINDOW1  0 uint16 left, 2 top, 4 width, 6 height in twips, 8 options (scroll bars and tabs),
+  //          10 active sheet, 12 first tab shown, 14 sheets selected, 16 share of the tabs in
+  //          1/1000
   out.PutRecord(biff::kWindow1, U16{360}, U16{270}, U16{14940}, U16{9150}, U16{0x38},
                 static_cast<U16>(index), U16{0}, U16{1}, U16{600});
 }
@@ -110,7 +128,9 @@ void WriteSettings(ByteWriter& out) {
 
 Biff8Writer::Biff8Writer(const TextPool& texts, std::vector<SheetContent> sheets)
     : strings_(texts), sheets_(std::move(sheets)) {
-  // The sheets come first: they number the texts that the globals hold.
+  // Everything is written twice: this pass only counts bytes. The globals say where each sheet
+  // begins, and the container how long the stream is, before either is written. The sheets come
+  // first because they number the texts that the globals hold.
   for (const SheetContent& sheet : sheets_) {
     ByteWriter counter(nullptr);
     WriteSheet(sheet, strings_, counter);
@@ -131,6 +151,8 @@ void Biff8Writer::Write(ByteWriter& out) {
 
 void Biff8Writer::WriteGlobals(ByteWriter& out) {
   const std::uint64_t stream_start = out.Position();
+  // BOF  0 uint16 version, 2 uint16 kind of sub-stream, 4 uint16 build, 6 uint16 year,
+  //      8 uint32 history, 12 uint32 lowest version that can read it
   out.PutRecord(biff::kBof, biff::kVersionBiff8, biff::kGlobalsSubstream, U16{0x0DBB}, U16{0x07CC},
                 U32{0}, U32{6});
   WriteProgram(out);
@@ -150,6 +172,8 @@ void Biff8Writer::WriteGlobals(ByteWriter& out) {
   out.PutRecord(biff::kEof);
 }
 
+// BOUNDSHEET  0 uint32 offset of the sheet's BOF in the stream, 4 uint8 state, 5 uint8 kind,
+//             6 name: uint8 characters, uint8 flags (1: 16-bit), characters
 void Biff8Writer::WriteBoundSheets(ByteWriter& out) const {
   std::uint64_t offset = globals_size_;
   std::u16string name;

@@ -11,8 +11,8 @@ namespace korvex {
 
 class Biff8Writer {
  public:
-  // Measures the stream; the sheets' content and `texts` must outlive the writer and not change.
-  // One sheet at least.
+  // Measures the stream. The cells of the sheets and `texts` must outlive the writer and not
+  // change. There is at least one sheet.
   Biff8Writer(const TextPool& texts, std::vector<SheetContent> sheets);
 
   std::uint64_t StreamSize() const { return stream_size_; }

@@ -27,6 +27,7 @@ constexpr std::string_view kDefaultPassword = "VelvetSweatshop";
   Refuse("is encrypted in a way that is not known");
 }
 
+// Records that are never encrypted: a program needs them before it has a password.
 bool IsClearRecord(std::uint16_t number) {
   switch (number) {
     case biff::kBof:
@@ -42,7 +43,7 @@ bool IsClearRecord(std::uint16_t number) {
   }
 }
 
-// Encrypted bytes of a stream, all of one record.
+// The encrypted bytes of one record.
 struct Secret {
   std::span<std::byte> bytes;
   std::size_t offset;         // in the stream
@@ -55,6 +56,8 @@ constexpr std::uint16_t kXorVerifier = 0x9A0A;
 constexpr std::array<std::uint8_t, 16> kXorPad = {0x3C, 0x5B, 0xD4, 0x17, 0xF0, 0x1F, 0x28, 0x13,
                                                   0xF0, 0x4B, 0xB4, 0x03, 0xC4, 0x73, 0xA4, 0x20};
 
+// Each byte was combined with a byte of the pad and then rotated by 5 bits. Place in the stream and
+// length of the record choose the byte of the pad.
 void ClearByXor(const Secret& secret) {
   std::size_t at = secret.offset + secret.record_length;
   for (std::byte& byte : secret.bytes) {
@@ -75,7 +78,8 @@ Bytes PasswordInUtf16() {
   return password;
 }
 
-// Both RC4 methods make the key of a block from a seed and the number of the block.
+// RC4 in blocks of 1,024 bytes. The key of a block is the digest of a seed and the block's number;
+// both methods differ only in digest and seed.
 class Rc4Stream {
  public:
   Rc4Stream(DigestKind digest, Bytes seed, std::size_t key_size)
@@ -105,7 +109,7 @@ class Rc4Stream {
     for (int shift = 0; shift < 32; shift += 8) input.push_back(std::byte(block >> shift & 0xFF));
     Bytes key = Digest(digest_, input);
     key.resize(key_size_);
-    if (key_size_ == 5) key.resize(16);
+    if (key_size_ == 5) key.resize(16);  // 40 bits, filled up with zeros to 128
     return key;
   }
 
@@ -122,9 +126,11 @@ class Rc4Stream {
   std::array<std::byte, kBlockSize> key_stream_ = {};
 };
 
+// The first method: the seed is the MD5 of 16 times the first bytes of the password's MD5 and the
+// salt.
 Rc4Stream OpenRc4(std::span<const std::byte> data) {
   constexpr std::size_t kField = 16;
-  constexpr std::size_t kSecretSize = 5;  // 40 bits, once the law
+  constexpr std::size_t kSecretSize = 5;  // 40 bits, once the most that law allowed
   if (data.size() < 3 * kField) RefuseMethod();
   Bytes secret = Digest(DigestKind::kMd5, PasswordInUtf16());
   Bytes salted;
@@ -141,6 +147,7 @@ Rc4Stream OpenRc4(std::span<const std::byte> data) {
   return cipher;
 }
 
+// The second method: the seed is the SHA-1 of salt and password.
 Rc4Stream OpenCryptoApi(std::span<const std::byte> data) {
   constexpr std::uint32_t kRc4 = 0x6801;
   constexpr std::size_t kSaltSize = 16;
@@ -153,6 +160,7 @@ Rc4Stream OpenCryptoApi(std::span<const std::byte> data) {
     RefuseMethod();
   }
   const std::uint32_t stated_bits = LoadU32(data.data() + 16);
+  // A key of 0 bits stands for the 40 of the provider's default.
   const std::uint32_t key_bits = stated_bits == 0 ? 40 : stated_bits;
   if (LoadU32(data.data() + 8) != kRc4 || key_bits < 40 || key_bits > 128) RefuseMethod();
   const std::span<const std::byte> verifier = data.subspan(header_size, kVerifierSize);
@@ -166,7 +174,8 @@ Rc4Stream OpenCryptoApi(std::span<const std::byte> data) {
   return cipher;
 }
 
-// Calls `clear` with the encrypted bytes of every record from `offset` on.
+// Calls `clear` with the encrypted bytes of every record from `offset` on. Of BOUNDSHEET the first
+// four bytes, the sheet's offset, are not encrypted.
 template <typename Cipher>
 void ClearRecords(std::span<std::byte> stream, std::size_t offset, Cipher&& clear) {
   RecordReader records(stream, offset);
@@ -195,6 +204,7 @@ void ClearBehind(std::span<const std::byte> file_pass, std::span<std::byte> stre
   const std::size_t size = file_pass.size();
   if (size < 4) RefuseMethod();
   const auto word = [file_pass](std::size_t at) { return LoadU16(file_pass.data() + at); };
+  // XOR: two fields in BIFF5, and a zero in front of them in BIFF8.
   if (size < 6 || word(0) == 0) {
     const std::size_t key = size < 6 ? 0 : 2;
     if (word(key) != kXorKey || word(key + 2) != kXorVerifier) RefuseOtherPassword();
@@ -212,6 +222,7 @@ std::span<const std::byte> ClearStream(std::span<const std::byte> stream, Bytes&
   const std::span<const std::byte> file_pass = FindFilePass(stream);
   if (file_pass.data() == nullptr) return stream;
   const auto offset = static_cast<std::size_t>(file_pass.data() - stream.data());
+  // The stream may be a part of the file, which is not to be changed.
   if (stream.data() != storage.data()) storage.assign(stream.begin(), stream.end());
   const std::span<std::byte> copy(storage.data(), stream.size());
   ClearBehind(copy.subspan(offset, file_pass.size()), copy);

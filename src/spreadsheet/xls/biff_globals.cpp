@@ -5,7 +5,7 @@
 #include <string>
 
 #include "spreadsheet/bytes/refusal.h"
-#include "spreadsheet/cells/number_format.h"
+#include "spreadsheet/cells/typed_number.h"
 #include "spreadsheet/xls/biff_records.h"
 #include "spreadsheet/xls/biff_text.h"
 #include "spreadsheet/xls/record_reader.h"

@@ -32,20 +32,21 @@ struct BiffGlobals {
   bool ShowsDate(std::uint16_t xf) const { return xf < shows_date.size() && shows_date[xf] != 0; }
 };
 
-// Records used (lengths are minimums, surplus is ignored):
-//   BOF         uint16 version, uint16 kind
-//   CODEPAGE    uint16 number
-//   DATEMODE    uint16 1 for the 1904 date system
-//   FORMAT      uint16 id, text with 16-bit length (BIFF5: 8-bit)
-//   XF          uint16 font, uint16 format id
-//   EXTSST      uint16 texts in a group; for each group uint32 offset in the stream, uint16 offset
-//               in the record, uint16 of no meaning
-//   BOUNDSHEET  uint32 offset, uint8 state, uint8 kind, text with 8-bit length
-// `is_book` tells the version when BOF does not: the stream is called Book, or no compound file is
-// around it. A stream that begins
-// with a worksheet is a workbook of that one sheet. The stream must be clear (biff_decryption.h).
-// Throws Error 1004 (a predicate) for an older version, a stream without BOF, and for records that
-// show damage.
+// Reads these records; more bytes than listed are ignored:
+//   BOF         0 uint16 version, 2 uint16 kind of sub-stream
+//   CODEPAGE    0 uint16 number
+//   DATEMODE    0 uint16 1 for the 1904 date system
+//   FORMAT      0 uint16 id, 2 text with a 16-bit length (BIFF5: 8-bit)
+//   XF          0 uint16 font, 2 uint16 id of the number format
+//   SST         shared_string_table.h
+//   EXTSST      0 uint16 texts in a bucket, 2 for each bucket: uint32 offset in the stream, uint16
+//               offset in the record, uint16 of no meaning
+//   BOUNDSHEET  0 uint32 offset of the sheet's BOF, 4 uint8 state, 5 uint8 kind, 6 name with an
+//               8-bit length
+// `is_book` tells the version when BOF does not: whether the stream is called Book, or there is no
+// compound file around it. A stream that begins with a worksheet is a workbook of that one sheet.
+// The stream must be decrypted (biff_decryption.h). Refuses an older version, a stream without BOF,
+// and records that show damage.
 BiffGlobals ReadBiffGlobals(std::span<const std::byte> stream, bool is_book);
 
 }  // namespace korvex

@@ -12,6 +12,8 @@ constexpr std::uint8_t kWide = 0x01;
 constexpr std::uint8_t kPhonetic = 0x04;
 constexpr std::uint8_t kRich = 0x08;
 
+// Takes the characters piece by piece. The decoder goes with them, because a surrogate pair may be
+// cut by a record's end; 8-bit characters end a pair that waits.
 bool AppendCharacters(ContinuedData& data, std::size_t count, bool is_wide, TextArena& out) {
   Utf16Decoder decoder;
   for (;;) {
@@ -40,7 +42,7 @@ bool AppendUnicodeText(ContinuedData& data, std::uint16_t count, TextArena& out)
   std::uint8_t flags = 0;
   std::uint16_t runs = 0;
   std::uint32_t phonetic_size = 0;
-  // Some writers leave the flag byte of an empty text out at the end of a record.
+  // Some writers leave out the flags byte of an empty text at the end of a record.
   if (count == 0 && data.Left() == 0) return true;
   if (!data.ReadU8(flags)) return false;
   if ((flags & kRich) != 0 && !data.ReadU16(runs)) return false;

@@ -15,10 +15,12 @@
 namespace korvex {
 namespace {
 
-// Sheets share no bytes, but reading one of them again is no fault.
+// Damage, or ill will, can let many sheets begin at the same byte, so that a small file takes for
+// ever. Sound sheets share no bytes, but the same one may be read more than once.
 constexpr std::size_t kMostReadAtLeast = 32u << 20;
 constexpr std::size_t kMostReadings = 4;
 
+// Other programs keep their documents in compound files, too; the name of a stream tells whose.
 void RefuseOtherDocument(const CompoundFileReader& file) {
   if (file.FindInRoot("EncryptedPackage") >= 0) {
     Refuse("needs a password: it is an encrypted .xlsx workbook");
@@ -28,8 +30,10 @@ void RefuseOtherDocument(const CompoundFileReader& file) {
   if (file.FindInRoot("__properties_version1.0") >= 0) RefuseAs("an e-mail message (.msg)");
 }
 
-// The entry of the workbook stream, and whether its name is that of Excel 5. Other documents can
-// have workbooks embedded in them; of a workbook with a damaged directory no entry is in the root.
+// The entry of the workbook stream, and whether it has the name that Excel 5 gives. A file with
+// both streams is read as the newer one. A stream outside of the root storage counts last: other
+// documents can have workbooks embedded in them, but damage to the directory can also hide the
+// root's entries.
 std::pair<int, bool> FindWorkbook(const CompoundFileReader& file) {
   int entry = file.FindInRoot("Workbook");
   if (entry >= 0) return {entry, false};
@@ -46,7 +50,6 @@ std::pair<int, bool> FindWorkbook(const CompoundFileReader& file) {
 
 }  // namespace
 
-// That a file is cut says more than the damage that shows where it is.
 template <typename Step>
 void BiffWorkbook::NamingCut(Step&& step) const {
   try {
@@ -63,7 +66,7 @@ struct BiffWorkbook::Buffers : FormatBuffers {
   std::vector<std::byte> stream;  // the workbook stream, where that is in pieces
   CompoundBuffers compound;
 
-  // Those of the workbook before, if that was an .xls, too.
+  // Those of the workbook before, if that was also an .xls; else new ones.
   static Buffers& Of(ReadBuffers& all) {
     if (auto* const kept = dynamic_cast<Buffers*>(all.format.get())) return *kept;
     auto made = std::make_unique<Buffers>();
@@ -74,6 +77,8 @@ struct BiffWorkbook::Buffers : FormatBuffers {
 };
 
 BiffWorkbook::BiffWorkbook(ReadBuffers& buffers) : buffers_(buffers), own_(Buffers::Of(buffers)) {
+  // Decryption works in a copy of the stream, and where the stream was put together from scattered
+  // sectors, that copy is there already.
   const bool is_book = LoadStream();
   stream_ = ClearStream(stream_, own_.stream);
   NamingCut([&] { globals_ = ReadBiffGlobals(stream_, is_book); });
@@ -133,6 +138,7 @@ void BiffWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
       Refuse("is damaged: its sheets lie over each other");
     }
     cells.Finish(ReadBudget(buffers_.file.size()));
+    // What a formula gives depends on all other cells, so that it is checked at the end.
     for (const DoubtGround ground : {DoubtGround::kAsksForCalculation, DoubtGround::kEmptyText}) {
       if (cells.HasOnlyDoubts(ground) && reader.IsFalse(ground)) cells.ConfirmDoubts(ground);
     }

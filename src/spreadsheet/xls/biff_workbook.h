@@ -1,4 +1,4 @@
-// An .xls workbook: BIFF5 to BIFF8 in a compound file, or as it stands.
+// An .xls workbook: a stream of BIFF5 to BIFF8 records, in a compound file or without one.
 #pragma once
 
 #include <string>
@@ -10,7 +10,8 @@ namespace korvex {
 
 class BiffWorkbook : public WorkbookReader {
  public:
-  // Reads the globals; sheets and texts wait until they are asked for.
+  // Reads the globals. Texts and sheets are read when they are first asked for. Refuses files that
+  // are damaged, cut or protected by a password.
   explicit BiffWorkbook(ReadBuffers& buffers);
 
   const std::vector<SheetInfo>& Sheets() const override { return globals_.sheets; }
@@ -18,9 +19,13 @@ class BiffWorkbook : public WorkbookReader {
   void ReadSheet(std::size_t index, SheetCells& cells) override;
 
  private:
-  // Finds the workbook stream, as it is; true when its name is that of Excel 5.
+  // Finds the workbook stream, which may be encrypted; true when it has the name that Excel 5
+  // gives.
   bool LoadStream();
+  // Refuses a sheet at whose offset in the stream no sheet begins.
   void CheckBegin(const std::string& sheet, std::size_t offset) const;
+  // Runs a step of reading. A refusal becomes that of a cut file, if the file is one: this says
+  // more.
   template <typename Step>
   void NamingCut(Step&& step) const;
 
@@ -29,7 +34,7 @@ class BiffWorkbook : public WorkbookReader {
   ReadBuffers& buffers_;
   Buffers& own_;
   std::span<const std::byte> stream_;
-  std::string cut_;  // how much of the file is there, when sectors of the stream are not
+  std::string cut_;  // the refusal of a file that is cut, if sectors of the stream are missing
   BiffGlobals globals_;
   bool has_strings_ = false;
   std::size_t bytes_read_ = 0;  // of the stream, by all sheets

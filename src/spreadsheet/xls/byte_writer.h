@@ -1,7 +1,7 @@
-// Little-endian values on their way into a file, a block at a time.
+// Writes little-endian values into a file, buffered.
 //
-// Without a file the writer only counts: a first pass learns the sizes that the headers of the
-// second one need, by the same code.
+// Without a file the writer only counts. A first pass over the same code thereby learns the sizes
+// that headers need in the second.
 #pragma once
 
 #include <bit>
@@ -19,14 +19,15 @@ namespace korvex {
 
 class ReplacementFile;
 
-// Values whose width in the file is their width in memory; a plain int has no place in a format.
+// Values that are as wide in the file as in memory. A plain int is none: its width is not a
+// format's.
 template <typename T>
 concept FixedWidth = std::unsigned_integral<T> || std::same_as<T, double> || std::is_enum_v<T>;
 
 class ByteWriter {
  public:
-  // `file` may be null and must outlive the writer. What is buffered when the writer is destroyed
-  // is lost: call Flush.
+  // `file` may be null and must outlive the writer. Call Flush at the end: the destructor drops
+  // what is still buffered.
   explicit ByteWriter(ReplacementFile* file);
   ByteWriter(const ByteWriter&) = delete;
   ByteWriter& operator=(const ByteWriter&) = delete;

@@ -36,12 +36,13 @@ char LowerAscii(std::uint32_t unit) {
 }  // namespace
 
 bool IsCompoundFile(std::span<const std::byte> bytes) {
-  return bytes.size() >= sizeof compound::kSignature &&
-         std::memcmp(bytes.data(), compound::kSignature, sizeof compound::kSignature) == 0;
+  const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  return text.starts_with(kSignature);
 }
 
 CompoundFileReader::CompoundFileReader(std::vector<std::byte>& file, CompoundBuffers& buffers)
     : file_size_(file.size()), sector_size_(SectorSize(file)), buffers_(buffers) {
+  // Padded, every sector is whole and needs no check of its end; PresentSize knows what was there.
   file.resize((file.size() + sector_size_ - 1) / sector_size_ * sector_size_);
   const std::span<const std::byte> bytes(file);
   header_ = bytes.first(kHeaderSize);
@@ -51,6 +52,8 @@ CompoundFileReader::CompoundFileReader(std::vector<std::byte>& file, CompoundBuf
   LoadDirectory();
 }
 
+// The count of FAT sectors in the header may be wrong, so that all places of the DIFAT are looked
+// at.
 void CompoundFileReader::LoadFat() {
   buffers_.fat.clear();
   for (std::size_t i = 0; i < kHeaderDifatEntries; ++i) {
@@ -68,7 +71,7 @@ void CompoundFileReader::LoadFat() {
 }
 
 // Unused places of the DIFAT can stand between used ones. A FAT sector that the file does not hold
-// leaves a gap, so that those after it keep their place.
+// leaves a gap in the table, so that the sectors after it keep their place.
 void CompoundFileReader::LoadFatSector(std::uint32_t id) {
   std::vector<std::uint32_t>& fat = buffers_.fat;
   if (id >= kDifatSector) return;
@@ -90,6 +93,8 @@ std::size_t CompoundFileReader::PresentSize(std::size_t id) const {
   return std::min(file_size_ - std::min(begin, file_size_), sector_size_);
 }
 
+// The size of the file before it was cut: up to the last sector that the FAT calls used, or that
+// the header names.
 std::uint64_t CompoundFileReader::CompleteSize() const {
   const std::vector<std::uint32_t>& fat = buffers_.fat;
   std::uint64_t used = fat.size();
@@ -99,7 +104,8 @@ std::uint64_t CompoundFileReader::CompleteSize() const {
         LoadU32(header_.data() + header::kFirstMiniFatSector)}) {
     if (id < fat_capacity_) used = std::max(used, id + 1);
   }
-  // The FAT has as many sectors as it needs.
+  // What the missing end of the FAT said is lost, but writers make it no longer than it must be: at
+  // least one sector behind its last but one sector was used.
   if (is_fat_cut_) used = std::max(used, fat_capacity_ - sector_size_ / 4 + 1);
   return (used + 1) * sector_size_;
 }
@@ -119,7 +125,8 @@ void CompoundFileReader::LoadDirectory() {
   if (!directory_.empty()) {
     is_directory_cut_ = (!chain.is_complete && CompleteSize() > file_size_) ||
                         ReachesPadding(chain, directory_.size());
-    // Of a copy that broke off, the system may have reserved the room already.
+    // Where a copy broke off, the system may have reserved the space already: the file has its full
+    // size, and zeros behind the place.
     const bool has_entries = std::any_of(directory_.begin(), directory_.end(),
                                          [](std::byte b) { return b != std::byte{0}; });
     if (!has_entries && !is_directory_cut_) {
@@ -149,7 +156,7 @@ void CompoundFileReader::LoadMiniStream() {
   }
 }
 
-// A chain of `limit` possible members that has more of them passes one twice.
+// A chain with more members than there are sectors (`limit`) runs in a circle.
 CompoundFileReader::Chain CompoundFileReader::Follow(std::uint32_t first,
                                                      const std::vector<std::uint32_t>& table,
                                                      std::size_t limit, const char* what) {
@@ -166,6 +173,8 @@ CompoundFileReader::Chain CompoundFileReader::Follow(std::uint32_t first,
   return {ids, id == kEndOfChain};
 }
 
+// The bytes of a chain of sectors, or mini-sectors, of size `unit` in `area`. Most streams lie in
+// sequence and are not copied.
 std::span<const std::byte> CompoundFileReader::Join(std::span<const std::uint32_t> ids,
                                                     std::span<const std::byte> area,
                                                     std::size_t unit,
@@ -192,6 +201,7 @@ int CompoundFileReader::EntryCount() const {
   return static_cast<int>(directory_.size() / kDirectoryEntrySize);
 }
 
+// Names are compared up to their closing zero; their length field is not used.
 bool CompoundFileReader::HasName(int index, std::string_view name) const {
   const std::byte* data = Entry(index).data();
   const std::uint8_t type = LoadU8(data + entry::kType);
@@ -204,7 +214,8 @@ bool CompoundFileReader::HasName(int index, std::string_view name) const {
   return true;
 }
 
-// The root's children are a tree of left and right siblings.
+// The children of the root storage form a tree of left and right siblings. Damage can make a circle
+// of it, so that each entry is visited once.
 std::vector<int> CompoundFileReader::RootChildren() const {
   std::vector<int> children;
   std::vector<bool> seen(static_cast<std::size_t>(EntryCount()));
@@ -242,6 +253,8 @@ CompoundStream CompoundFileReader::Read(int index, std::vector<std::byte>& stora
   const std::uint64_t size =
       has_long_sizes ? LoadU64(data + entry::kSize) : LoadU32(data + entry::kSize);
 
+  // Writers of version 3 leave the upper half of the size as it happened to be. The cutoff in the
+  // header is always 4096.
   const bool is_mini = size < kMiniStreamCutoff;
   if (is_mini) LoadMiniStream();
   const std::span<const std::byte> area = is_mini ? mini_stream_ : sectors_;

@@ -1,8 +1,8 @@
 // Reads streams out of a compound file; compound_file.h has the layout.
 //
-// Damage is tolerated as long as the stream that is wanted can still be followed: wrong counts, ids
-// beyond the end, a short last sector, streams that share sectors. A chain that runs in a circle is
-// refused (Error 1004, a predicate as refusal.h explains). No allocation exceeds the file's size.
+// Damage does no harm as long as the wanted stream can still be followed: wrong counts, ids beyond
+// the end, a short last sector, streams that share sectors. A chain that runs in a circle is
+// refused (refusal.h). No allocation is larger than the file.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@ namespace korvex {
 // Whether the bytes begin as a compound file does.
 bool IsCompoundFile(std::span<const std::byte> bytes);
 
-// Memory that is reused from file to file.
+// Memory that one reader after the other uses.
 struct CompoundBuffers {
   std::vector<std::uint32_t> fat;
   std::vector<std::uint32_t> mini_fat;
@@ -37,23 +37,24 @@ class CompoundFileReader {
   // Pads `file` with zeros to whole sectors. File and buffers must outlive the reader.
   CompoundFileReader(std::vector<std::byte>& file, CompoundBuffers& buffers);
 
-  // Number of the entry of a stream or storage, or -1: one of the root storage, or anywhere, also
-  // in embedded objects. Letter case is ignored; `name` is ASCII.
+  // The number of a stream's or storage's entry in the directory, or -1: in the root storage, or
+  // anywhere, embedded objects included. Letter case is ignored; `name` is ASCII.
   int FindInRoot(std::string_view name) const;
   int FindAnywhere(std::string_view name) const;
 
-  // A part of the file itself where the sectors lie in sequence, else assembled in `storage`.
+  // The bytes are a part of the file itself where the sectors lie in sequence, else they are put
+  // together in `storage`.
   CompoundStream Read(int index, std::vector<std::byte>& storage);
 
-  // Whether entries can be missing because the file ends before the directory does.
+  // Whether entries may be missing because the file ends before its directory does.
   bool IsDirectoryCut() const { return is_directory_cut_; }
 
-  // "ends after 12,288 of 40,960 bytes": the cause when a stream is cut. The size of the complete
-  // file is what the FAT tells; "of at least" when much of the FAT itself can be missing.
+  // The refusal of a file that is cut: "ends after 12,288 of 40,960 bytes". The size of the whole
+  // file follows from the FAT; it is "of at least" when much of the FAT itself may be missing.
   std::string CutCause() const;
 
  private:
-  // Sector ids of the chain; `is_complete` when it ended as a chain should.
+  // The sector ids of a chain; `is_complete` when it ends with kEndOfChain.
   struct Chain {
     std::span<const std::uint32_t> ids;
     bool is_complete = false;

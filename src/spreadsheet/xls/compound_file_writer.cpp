@@ -19,11 +19,11 @@ using U64 = std::uint64_t;
 
 constexpr U32 kSectorSize = 512;
 constexpr U32 kFatEntriesPerSector = kSectorSize / 4;
-// The last entry of a DIFAT sector leads to the next one.
+// The last entry of a DIFAT sector is the id of the next one.
 constexpr U32 kFatSectorsPerDifatSector = kFatEntriesPerSector - 1;
 constexpr U64 kMaxStreamSize = 0x7FFFFFFF;
 
-// The class of a workbook of the .xls format, by which programs know the file without its name.
+// The class of .xls workbooks, by which programs recognise the file whatever its name.
 constexpr std::array<U8, 16> kWorkbookClassId = {0x20, 0x08, 0x02, 0x00, 0x00, 0x00, 0x00, 0x00,
                                                  0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46};
 constexpr std::array<U8, 16> kNoClassId = {};
@@ -41,6 +41,7 @@ struct DirectoryEntry {
   U64 size = 0;
 };
 
+// Writes 128 bytes of the directory; compound_file.h has the layout.
 void WriteEntry(ByteWriter& out, const DirectoryEntry& entry) {
   constexpr std::size_t kNameUnits = 32;
   constexpr U8 kBlack = 1;
@@ -56,11 +57,13 @@ void WriteEntry(ByteWriter& out, const DirectoryEntry& entry) {
   out.Put(entry.first_sector, entry.size);
 }
 
+// FAT entries of sectors that follow each other: each holds the id of the next one.
 void WriteChain(ByteWriter& out, U32 first, U32 count) {
   for (U32 i = 1; i < count; ++i) out.Put(first + i);
   out.Put(compound::kEndOfChain);
 }
 
+// Marks the rest of the last FAT sector as free.
 void FillSector(ByteWriter& out, U32 entries_written) {
   const U32 rest =
       (kFatEntriesPerSector - entries_written % kFatEntriesPerSector) % kFatEntriesPerSector;
@@ -78,7 +81,8 @@ CompoundFileWriter::CompoundFileWriter(ByteWriter& out, U64 stream_size)
   }
   const U64 padded = std::max<U64>(stream_size, compound::kMiniStreamCutoff);
   stream_sectors_ = static_cast<U32>(RoundUp(padded, kSectorSize));
-  // The FAT covers its own sectors and those of the DIFAT as well, so each may push up the other.
+  // The FAT has an entry for its own sectors and those of the DIFAT, too: a sector more of one can
+  // need a sector more of the other. The numbers only grow, so that the loop ends.
   for (;;) {
     const U32 sectors = stream_sectors_ + 1 + fat_sectors_ + difat_sectors_;
     const auto fat = static_cast<U32>(RoundUp(sectors, kFatEntriesPerSector));
@@ -90,6 +94,7 @@ CompoundFileWriter::CompoundFileWriter(ByteWriter& out, U64 stream_size)
   }
 }
 
+// In the order of the header's fields, whose offsets compound_file.h lists.
 void CompoundFileWriter::WriteHeader() {
   out_.PutBytes(std::as_bytes(std::span(compound::kSignature)));
   out_.PutBytes(std::as_bytes(std::span(kNoClassId)));
@@ -124,6 +129,7 @@ void CompoundFileWriter::WriteDirectory() {
                     .class_id = kWorkbookClassId,
                     .first_sector = compound::kEndOfChain});
   WriteEntry(out_, {.name = u"Workbook", .type = compound::kStreamEntry, .size = padded});
+  // A sector holds four entries.
   WriteEntry(out_, {});
   WriteEntry(out_, {});
 }

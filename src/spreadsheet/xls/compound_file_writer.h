@@ -3,9 +3,9 @@
 //   header | stream | directory (one sector) | FAT | DIFAT
 //
 // The size of the stream is known beforehand and fixes the whole layout, so that the file is
-// written front to back and nothing of it is held back. A stream below the cutoff of 4,096 bytes is
-// padded with zeros up to it, which keeps it out of the mini-stream. No time stamps: the same
-// stream gives the same file.
+// written from front to back and never held in memory. A stream below the cutoff of 4,096 bytes is
+// padded with zeros up to it and so needs no mini-stream. There are no time stamps: the same stream
+// gives the same file.
 #pragma once
 
 #include <cstdint>

@@ -1,8 +1,8 @@
 // Which records a worksheet of BIFF5 to BIFF8 holds, and how long they are.
 //
-// One wrong bit in a record's header lets a reader slip into the middle of other records, where it
+// One wrong bit in a record's header sends a reader into the middle of other records, where it
 // takes data for headers and passes over wells. These forms tell such a place from a sound one.
-// They are as wide as the files of all known writers need: what is unusual alone is read.
+// They are wide enough for the files of all known writers: what is only unusual is read.
 #pragma once
 
 #include <cstddef>
@@ -10,11 +10,11 @@
 
 namespace korvex {
 
-// Some writers leave a few bytes behind the data of a record.
+// Some writers leave a few spare bytes behind the data of a record.
 inline constexpr std::size_t kMostSurplus = 8;
 
-// Whether the data of a record are longer than its kind allows, surplus included. False for kinds
-// of any length, and for unknown ones up to the most that a record holds.
+// Whether the data of a record is longer than its kind allows, spare bytes included. False for
+// kinds of any length, and for unknown ones up to the most that a record can hold.
 bool IsTooLong(std::uint16_t number, std::size_t length);
 
 // Whether worksheets hold records of that number.
@@ -23,7 +23,7 @@ bool IsKnown(std::uint16_t number);
 // Whether a header can be one of a worksheet: a known number, with a length that its kind can have.
 bool IsSheetRecord(std::uint16_t number, std::size_t length);
 
-// Whether the record belongs between cells though it is none: ROW, DBCELL, and what comes with a
+// Whether a record that is no cell has its place between cells: ROW, DBCELL, and what comes with a
 // formula.
 bool BelongsBetweenCells(std::uint16_t number);
 

@@ -12,8 +12,8 @@
 
 namespace korvex {
 
-// Goes from record to record. Stops at the end of the stream, and before a record that the stream
-// does not hold whole.
+// Goes from record to record. Stops at the end of the stream, and in front of a record that reaches
+// beyond it.
 class RecordReader {
  public:
   RecordReader(std::span<const std::byte> stream, std::size_t offset)
@@ -34,16 +34,16 @@ class RecordReader {
 
   std::uint16_t Number() const { return number_; }
   std::span<const std::byte> Data() const { return {data_, next_}; }
-  // Stream from the data of the present record on, for texts that go on in CONTINUE records.
+  // The stream from the current record's data on, for texts that go on in CONTINUE records.
   std::span<const std::byte> Rest() const { return {data_, end_}; }
-  // Bytes behind the present record.
+  // Bytes behind the current record.
   std::size_t Left() const { return static_cast<std::size_t>(end_ - next_); }
-  // Where the present record begins in the stream, and where the next one does.
+  // Where the current record begins in the stream, and where the next one does.
   std::size_t Offset() const {
     return static_cast<std::size_t>(data_ - begin_) - biff::kRecordHeaderSize;
   }
   std::size_t NextOffset() const { return static_cast<std::size_t>(next_ - begin_); }
-  // The header of the record behind the present one, if the stream holds it.
+  // The header of the next record, if the stream holds it.
   struct Header {
     std::uint16_t number;
     std::uint16_t length;
@@ -61,19 +61,21 @@ class RecordReader {
   std::uint16_t number_ = 0;
 };
 
-// The data of one record and of the CONTINUE records behind it, as one sequence in pieces.
+// The data of one record and of the CONTINUE records behind it: one sequence of bytes in pieces,
+// one for each record.
 class ContinuedData {
  public:
   // `rest` is the stream from the record's data on, of which `length` bytes are the record's.
   ContinuedData(std::span<const std::byte> rest, std::size_t length)
       : at_(rest.data()), end_(at_ + length), stream_end_(at_ + rest.size()) {}
 
-  // What is left of the present piece.
+  // What is left of the current piece.
   const std::byte* At() const { return at_; }
   std::size_t Left() const { return static_cast<std::size_t>(end_ - at_); }
   void Advance(std::size_t count) { at_ += count; }
 
-  // Goes to the next piece that is not empty, whatever is left of the present one.
+  // Goes to the next piece that is not empty, and skips the rest of the current one. False when
+  // there is none.
   bool NextPiece() {
     while (stream_end_ - end_ >= static_cast<std::ptrdiff_t>(biff::kRecordHeaderSize) &&
            LoadU16(end_) == biff::kContinue) {

@@ -1,11 +1,11 @@
 #include "spreadsheet/xls/shared_string_writer.h"
+#include "spreadsheet/bytes/unicode.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 
 #include "spreadsheet/xls/byte_writer.h"
-#include "text/utf16.h"
 
 namespace korvex {
 
@@ -17,7 +17,7 @@ using U32 = std::uint32_t;
 
 constexpr std::size_t kStringHeaderSize = 3;
 constexpr U8 kWideUnits = 1;
-// An EXTSST that fits into one record takes at most this many buckets.
+// An EXTSST that fits into one record has at most this many buckets.
 constexpr std::size_t kMaxBuckets = 1024;
 constexpr std::size_t kMinBucketStrings = 8;
 
@@ -26,11 +26,8 @@ bool IsAscii(std::string_view text) {
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-bool IsHighSurrogate(char16_t unit) {
-  return (unit & 0xFC00) == 0xD800;
-}
-
-// Collects the data of one record at a time, as its length stands in front of it.
+// The data of SST and its CONTINUE records. They are collected record by record, because the length
+// stands in front of the data.
 class StringRecords {
  public:
   explicit StringRecords(ByteWriter& out) : out_(out) {}
@@ -49,6 +46,8 @@ class StringRecords {
     if (used_ + size > data_.size()) EndRecord();
   }
 
+  // Fills the record and goes on in the next one behind a flags byte of its own. A surrogate pair
+  // stays together, because some readers decode each record by itself.
   template <typename Unit>
   void PutUnits(std::basic_string_view<Unit> units) {
     for (;;) {
@@ -79,7 +78,7 @@ class StringRecords {
   std::size_t used_ = 0;
 };
 
-// A text on its way into the table, in the narrowest form that holds it.
+// A text in the narrowest form that holds it: 8-bit units up to U+00FF, else 16-bit ones.
 class TableString {
  public:
   explicit TableString(std::string_view utf8) {
@@ -97,7 +96,7 @@ class TableString {
   TableString(const TableString&) = delete;
   TableString& operator=(const TableString&) = delete;
 
-  // What has to lie in front of the first split.
+  // Bytes that must lie in one record: the header and the first character.
   std::size_t HeadSize() const {
     constexpr std::size_t kSurrogatePair = 4;
     return kStringHeaderSize + (is_wide_ ? std::min(wide_.size() * 2, kSurrogatePair)
@@ -121,6 +120,7 @@ class TableString {
   std::string_view narrow_view_;
 };
 
+// An entry of EXTSST, by which a reader finds a text without decoding those in front of it.
 struct Bucket {
   U32 stream_offset;
   U16 record_offset;

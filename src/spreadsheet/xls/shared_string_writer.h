@@ -1,12 +1,14 @@
-// The texts of a workbook stream: SST, its CONTINUE records and EXTSST.
+// Writes the shared texts of a workbook stream: SST, its CONTINUE records and EXTSST.
 //
-//   SST       uint32 references in cells, uint32 strings, then the strings:
-//             uint16 UTF-16 units, uint8 flags (bit 0: 16-bit units), the units, either 8 or 16 bit
-//   CONTINUE  where it begins inside a string's units, they follow a flags byte of their own
-//   EXTSST    uint16 strings a bucket, then for each bucket's first string
-//             uint32 stream offset, uint16 offset in its record (header included), uint16 0
+//   SST       0  uint32  cells that use a text
+//             4  uint32  texts
+//             8  the texts: 0 uint16 UTF-16 units, 2 uint8 flags (bit 0: 16-bit units), 3 the units
+//   CONTINUE  the data goes on; between the units of a text a flags byte comes first
+//   EXTSST    0  uint16  texts in a bucket
+//             2  for the first text of each bucket: uint32 offset in the stream, uint16 offset in
+//                its record (header included), uint16 0
 //
-// Readers agree only on splits inside units, so a string's header stays with its first units here,
+// Readers agree only on splits between units. So the header of a text stays with its first units,
 // and a surrogate pair stays whole.
 #pragma once
 
@@ -19,13 +21,14 @@ namespace korvex {
 
 class ByteWriter;
 
-// Numbers the texts in the order in which cells first use them: the table depends on what the cells
-// hold, not on how they came to hold it.
+// Numbers the texts in the order in which cells first use them, so that equal cells give an equal
+// table, in whatever order they were filled.
 class SharedStringWriter {
  public:
   // `texts` must outlive the table.
   explicit SharedStringWriter(const TextPool& texts);
 
+  // The number of a text of the pool in the table; the first call for a text gives it one.
   std::uint32_t IndexOf(std::uint32_t text_id) {
     std::uint32_t& index = index_of_text_[text_id];
     if (index == kUnused) {
@@ -35,7 +38,7 @@ class SharedStringWriter {
     return index;
   }
 
-  // The position of `out` is that of the workbook stream plus `stream_start`.
+  // `stream_start` is the position of `out` at which the workbook stream began.
   void Write(ByteWriter& out, std::uint64_t stream_start, std::uint64_t references) const;
 
  private:

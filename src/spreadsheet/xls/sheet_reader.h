@@ -14,33 +14,38 @@
 
 namespace korvex {
 
-// The records of a sheet are taken as they come; row blocks and indices are not used. Embedded
-// charts, which are sub-streams of their own with cells in them, are passed over. A number whose
-// format shows a date becomes a Date, counted in the 1900 date system, as long as it lies within
-// the years 1900 to 9999; an infinite number becomes #NUM!.
+// Reads records in their order in the stream; row blocks and indices are not used. Embedded charts,
+// which are sub-streams of their own with cells in them, are skipped.
 //
-// Cells begin with uint16 row, uint16 column, uint16 XF (offset 6 behind that):
-//   NUMBER double · RK uint32 · LABELSST uint32 index · LABEL, RSTRING uint16 length, text
-//   BOOLERR uint8 value, uint8 1 for an error · BLANK nothing
-//   FORMULA 8 bytes of result: a double, or type in byte 0 and 0xFFFF in the last two bytes
-//   (0 text, in the STRING record that follows; 1 Boolean and 2 error, in byte 2; 3 ""); uint16
-//   flags (bit 1: calculate on load), uint32 of no meaning, uint16 length of the formula, formula
-// and several in one:
-//   MULRK uint16 row, uint16 first column, {uint16 XF, uint32 RK} …, uint16 last column
-//   MULBLANK uint16 row, uint16 first column, uint16 XF …, uint16 last column
+// Cells begin with 0 uint16 row, 2 uint16 column, 4 uint16 XF; from offset 6 on:
+//   NUMBER          double
+//   RK              uint32 RK value
+//   LABELSST        uint32 index of a shared text
+//   LABEL, RSTRING  uint16 length, text
+//   BOOLERR         uint8 value or error code, uint8 1 for an error
+//   BLANK           nothing
+//   FORMULA         6 result (8 bytes), 14 uint16 flags (bit 1: calculate on load), 16 uint32 of no
+//                   meaning, 20 uint16 length of the formula, 22 formula
+// The result is a double; or, when its last two bytes are 0xFFFF, byte 0 is its type: 0 text, in
+// the STRING record that follows; 1 Boolean, in byte 2; 2 error code, in byte 2; 3 empty text.
+// Several cells in one record:
+//   MULRK     0 uint16 row, 2 uint16 first column, 4 {uint16 XF, uint32 RK value} …, uint16 last
+//             column
+//   MULBLANK  0 uint16 row, 2 uint16 first column, 4 uint16 XF …, uint16 last column
 class SheetReader {
  public:
-  // `sheet` is the name that refusals call the sheet by.
+  // All must outlive the reader. `sheet` is the sheet's name in refusals.
   SheetReader(const BiffGlobals& globals, const SharedStrings& strings, std::string_view sheet,
               SheetCells& cells)
       : globals_(globals), strings_(strings), sheet_(sheet), cells_(cells) {}
 
-  // Reads from the sheet's BOF at `offset` to its EOF. Error 1004 (a predicate) with the byte's
-  // number for a sheet without EOF and for records that show damage; for a text that is not in the
-  // shared strings, and for a value outside of the sheet.
+  // Reads from the sheet's BOF at `offset` to its EOF. Refuses, naming the byte, a sheet without
+  // EOF and records that show damage; also a text that is not in the shared strings and a value
+  // outside of the sheet.
   void Read(std::span<const std::byte> stream, std::size_t offset);
-  // Whether the zeros and empty texts that are doubted on a ground cannot be true. To be called
-  // when the cells are finished, and there are no others on that ground.
+  // Whether the zeros and empty texts that are doubted on this ground cannot be right. Call it when
+  // the cells are finished, and if all results on that ground are doubted
+  // (SheetCells::HasOnlyDoubts).
   bool IsFalse(DoubtGround ground) const;
   // Bytes of the stream that have been read.
   std::size_t BytesRead() const { return bytes_read_; }

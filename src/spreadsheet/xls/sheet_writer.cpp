@@ -20,12 +20,13 @@ using U16 = std::uint16_t;
 using U32 = std::uint32_t;
 using U64 = std::uint64_t;
 
-// ROW records stand in front of the cells of this many rows.
+// Cells are written in groups of rows, in each the ROW records first. Other programs group by 32.
 constexpr int kRowsTogether = 32;
 static_assert(CellBlock::kRows % kRowsTogether == 0);
 
 constexpr U16 kRowHeight = 255;  // twips, the height of 10 point Arial
 
+// Settings of the calculation and of the printed page, all at their defaults.
 void WritePageSetup(ByteWriter& out) {
   out.PutRecord(biff::kCalcMode, U16{1});
   out.PutRecord(biff::kCalcCount, U16{100});
@@ -41,13 +42,16 @@ void WritePageSetup(ByteWriter& out) {
   out.PutRecord(biff::kFooter);
   out.PutRecord(biff::kHCenter, U16{0});
   out.PutRecord(biff::kVCenter, U16{0});
-  // Paper 0 with bit 2 of the options: the printer's own settings hold.
+  // SETUP  0 uint16 paper, 2 scale in %, 4 first page, 6 pages across, 8 pages down, 10 options,
+  //        12 resolution, 14 vertical resolution, 16 double header margin, 24 footer margin,
+  //        32 uint16 copies. Paper 0 with bit 2 of the options: the printer's own settings hold.
   out.PutRecord(biff::kSetup, U16{0}, U16{100}, U16{1}, U16{1}, U16{1}, U16{4}, U16{300}, U16{300},
                 0.5, 0.5, U16{1});
   out.PutRecord(biff::kDefaultColumnWidth, U16{8});
 }
 
 // A date with its time does not fit into a column of the default width and would show as "####".
+//   COLINFO  0 uint16 first column, 2 last column, 4 width, 6 XF, 8 options, 10 of no meaning
 void WriteDateColumns(const CellStore& cells, ByteWriter& out) {
   constexpr U16 kWidth = 17 * 256;  // in 1/256 of a digit's width
   for (int column = 0; column < cells.ColumnCount(); ++column) {
@@ -57,8 +61,9 @@ void WriteDateColumns(const CellStore& cells, ByteWriter& out) {
   }
 }
 
-// An RK value: a double's upper 30 bits or a 30-bit integer (bit 1), the latter also divided by 100
-// (bit 0). None when the number is not exactly one of these.
+// An RK value holds a number in 32 bits. None when the number is not exactly one of these:
+//   bit 0      the number was multiplied by 100
+//   bit 1      the upper 30 bits are a signed integer, else those of a double whose rest is zero
 std::optional<U32> EncodeRk(double number) {
   constexpr U64 kBitsLost = 0x3'FFFF'FFFF;
   constexpr double kLimit = 536870912;  // 2^29
@@ -70,7 +75,8 @@ std::optional<U32> EncodeRk(double number) {
   if (std::abs(number) >= kLimit) return {};
   const auto integer = static_cast<std::int32_t>(number);
   if (integer == number) return encode(integer, 2);
-  // The product is rounded (0.29 gives 28.999…), the quotient is what readers compute.
+  // Readers divide by 100. The product is rounded (0.29 gives 28.999…), so that only the division
+  // tells whether the number comes back exactly.
   const double scaled = number * 100;
   if (std::abs(scaled) >= kLimit - 1) return {};
   const auto hundredths = static_cast<std::int32_t>(scaled + (scaled < 0 ? -0.5 : 0.5));
@@ -78,17 +84,29 @@ std::optional<U32> EncodeRk(double number) {
   return {};
 }
 
+// Dates are shown with what they have: serials below 1 are times of day, whole ones dates alone.
 CellFormat FormatOf(CellKind kind, double number) {
   if (kind != CellKind::kDate) return CellFormat::kGeneral;
   if (number >= 0 && number < 1) return CellFormat::kTime;
   return std::trunc(number) == number ? CellFormat::kDate : CellFormat::kDateTime;
 }
 
+// Writes the rows of a sheet from cells that are stored by column. All cells begin with uint16 row,
+// uint16 column, uint16 XF; from offset 6 on:
+//   NUMBER    double
+//   RK        uint32 RK value
+//   LABELSST  uint32 index of a shared text
+//   BOOLERR   uint8 value or error code, uint8 1 for an error
+// and several cells in one record:
+//   MULRK     0 uint16 row, 2 uint16 first column, 4 {uint16 XF, uint32 RK value} …, uint16 last
+//             column
 class CellsWriter {
  public:
   CellsWriter(const CellStore& cells, SharedStringWriter& strings, ByteWriter& out)
       : cells_(cells), strings_(strings), out_(out), blocks_(ColumnCount()) {}
 
+  // DIMENSIONS  0 uint32 first row, 4 uint32 behind the last row, 8 uint16 first column,
+  //             10 uint16 behind the last column, 12 uint16 0
   void WriteDimensions() {
     int first_column = cells_.ColumnCount();
     int column_end = 0;
@@ -130,6 +148,8 @@ class CellsWriter {
 
   std::size_t ColumnCount() const { return static_cast<std::size_t>(cells_.ColumnCount()); }
 
+  // ROW  0 uint16 row, 2 first column, 4 behind the last column, 6 height, 8 uint32 0,
+  //      12 uint16 options, 14 uint16 XF
   void WriteRowsTogether(int block_row, int first) {
     std::array<RowExtent, kRowsTogether> extents{};
     for (std::size_t column = 0; column < blocks_.size(); ++column) {
@@ -189,7 +209,8 @@ class CellsWriter {
     }
   }
 
-  // Writes the RK values of the cells in front of `column`, several of them as one record.
+  // RK values wait for their neighbours. Writes those of the cells in front of `column`, several of
+  // them as one record.
   void EndRun(std::size_t column) {
     if (run_size_ == 0) return;
     const auto first = static_cast<U16>(column - run_size_);
@@ -212,6 +233,9 @@ class CellsWriter {
   U16 row_ = 0;
 };
 
+// WINDOW2  0 uint16 options (bits 9 and 10: selected, active), 2 first row, 4 first column shown,
+//          6 uint32 colour of the grid, 10 zoom in the page preview, 12 zoom, 14 uint32
+//          of no meaning
 void WriteWindow(bool selected, ByteWriter& out) {
   const auto options = static_cast<U16>(selected ? 0x06B6 : 0x00B6);
   out.PutRecord(biff::kWindow2, options, U16{0}, U16{0}, U32{0x40}, U16{0}, U16{0}, U32{0});

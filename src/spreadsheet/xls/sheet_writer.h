@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "spreadsheet/cells/sheet_content.h"
+#include "spreadsheet/cells/cell_store.h"
 #include "workbook/cell.h"
 
 namespace korvex {
@@ -14,7 +14,7 @@ class SharedStringWriter;
 // Cell formats, as indices of the XF records of the globals.
 enum class CellFormat : std::uint16_t { kGeneral = 15, kDateTime = 16, kDate = 17, kTime = 18 };
 
-// The texts that cells use are numbered in `strings` as they come.
+// `strings` numbers the texts in the order of the cells.
 void WriteSheet(const SheetContent& sheet, SharedStringWriter& strings, ByteWriter& out);
 
 }  // namespace korvex

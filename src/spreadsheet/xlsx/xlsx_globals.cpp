@@ -6,8 +6,8 @@
 #include <map>
 
 #include "spreadsheet/bytes/refusal.h"
-#include "spreadsheet/cells/number_format.h"
-#include "spreadsheet/xlsx/xlsx_names.h"
+#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/xlsx/xlsx_text.h"
 
 namespace korvex {
 namespace {

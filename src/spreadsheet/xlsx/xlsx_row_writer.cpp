@@ -7,6 +7,7 @@
 
 #include "platform/error.h"
 #include "text/utf8.h"
+#include "workbook/cell_error.h"
 #include "workbook/cell_text.h"
 #include "workbook/output_rules.h"
 

@@ -6,7 +6,6 @@
 #include "spreadsheet/cells/cell_place.h"
 #include "spreadsheet/cells/typed_number.h"
 #include "spreadsheet/cells/typed_text.h"
-#include "spreadsheet/xlsx/xlsx_names.h"
 #include "text/text.h"
 
 namespace korvex {

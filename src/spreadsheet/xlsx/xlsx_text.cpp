@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "spreadsheet/xlsx/xlsx_names.h"
+#include "spreadsheet/bytes/unicode.h"
 #include "text/utf8.h"
 
 namespace korvex {
@@ -20,22 +20,14 @@ std::optional<std::uint16_t> EscapedUnit(std::string_view text) {
   return unit;
 }
 
-bool IsHigh(std::uint32_t unit) {
-  return unit >= 0xD800 && unit < 0xDC00;
-}
-
-bool IsLow(std::uint32_t unit) {
-  return unit >= 0xDC00 && unit < 0xE000;
-}
-
 // The character of the escape at the front of `text`, or of two that are a surrogate pair.
 char32_t TakeEscaped(std::string_view& text, std::uint16_t unit) {
   text.remove_prefix(kEscapeSize);
-  if (!IsHigh(unit)) return IsLow(unit) ? kReplacementCharacter : unit;
+  if (!IsHighSurrogate(unit)) return IsLowSurrogate(unit) ? kReplacementCharacter : unit;
   const std::optional<std::uint16_t> low = EscapedUnit(text);
-  if (!low || !IsLow(*low)) return kReplacementCharacter;
+  if (!low || !IsLowSurrogate(*low)) return kReplacementCharacter;
   text.remove_prefix(kEscapeSize);
-  return 0x10000 + ((unit - 0xD800u) << 10) + (*low - 0xDC00u);
+  return JoinSurrogates(unit, *low);
 }
 
 }  // namespace

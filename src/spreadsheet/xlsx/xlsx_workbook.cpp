@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "spreadsheet/bytes/refusal.h"
-#include "spreadsheet/xlsx/xlsx_names.h"
 #include "spreadsheet/xlsx/xlsx_sheet_reader.h"
 #include "spreadsheet/xlsx/xlsx_text.h"
 

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "spreadsheet/cells/sheet_content.h"
+#include "spreadsheet/cells/cell_store.h"
 
 namespace korvex {
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "spreadsheet/cells/number_format.h"
+#include "spreadsheet/cells/typed_number.h"
 
 #include "tests/spreadsheet/opened_workbook.h"
 

@@ -4,6 +4,7 @@
 
 #include <tuple>
 
+#include "spreadsheet/bytes/unicode.h"
 #include "spreadsheet/xls/biff_globals.h"
 #include "spreadsheet/xls/record_reader.h"
 #include "spreadsheet/xls/shared_string_table.h"
@@ -11,7 +12,6 @@
 #include "tests/spreadsheet/written_bytes.h"
 #include "tests/support/errors.h"
 #include "tests/support/workbook_bytes.h"
-#include "text/utf16.h"
 
 namespace korvex::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "spreadsheet/cells/number_format.h"
+#include "spreadsheet/cells/typed_number.h"
 
 #include <cstddef>
 
