@@ -13,7 +13,7 @@ using namespace korvex;
 
 namespace {
 
-// The text form of a number is a number, the same but for what 15 digits cannot say.
+// The text of a number reads as the same number, up to the 15 digits that a text has.
 void CheckNumber(double number) {
   const std::string text = CellText(CellValue::Number(number));
   const std::optional<double> again = ParseNumber(text);

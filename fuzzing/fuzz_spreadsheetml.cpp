@@ -1,4 +1,4 @@
-// Workbooks of one XML document, and all that is told apart from them and refused.
+// Workbooks of one XML document, and all files that are recognised as something else and refused.
 #include "fuzzing/fuzz_target.h"
 #include "fuzzing/read_workbook.h"
 #include "spreadsheet/file_kind.h"

@@ -1,9 +1,9 @@
-// What a fuzz target defines: libFuzzer calls it with input after input, or replay.cpp with the
-// saved ones.
+// The function that each fuzz target defines. libFuzzer calls it with one input after the other,
+// replay.cpp with the saved ones.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-// Returns 0; whatever is wrong aborts.
+// Returns 0, and aborts if anything is wrong.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);

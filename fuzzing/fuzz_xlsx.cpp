@@ -1,6 +1,6 @@
-// The documents of .xlsx workbooks. The input is, with form feeds between: a worksheet, the shared
-// strings, the styles, the workbook, its relationships and those of the package. What it leaves out
-// is empty, of the last three sound.
+// The documents of .xlsx workbooks. The input holds up to six of them with form feeds between: a
+// worksheet, the shared strings, the styles, the workbook, its relationships and those of the
+// package. Of those that are missing the first three are empty, and the others sound.
 #include <string>
 #include <vector>
 

@@ -12,6 +12,7 @@ namespace {
 std::size_t held = 0;
 std::size_t limit = std::numeric_limits<std::size_t>::max();
 
+// Counts what the allocator really hands out, not what was asked for.
 void* Take(std::size_t size) noexcept {
   void* const memory = std::malloc(size == 0 ? 1 : size);
   if (memory != nullptr) held += malloc_usable_size(memory);
@@ -70,6 +71,7 @@ MemoryPromise::~MemoryPromise() {
 
 void Require(bool holds, const char* what) {
   if (holds) return;
+  // Printing may allocate, and must not fail on the same promise.
   limit = std::numeric_limits<std::size_t>::max();
   std::fprintf(stderr, "Not kept: %s\n", what);
   std::abort();

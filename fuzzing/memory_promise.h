@@ -1,15 +1,15 @@
-// The promise on the memory that reading an input takes, checked.
+// Checks the promise on how much memory reading an input takes.
 #pragma once
 
 #include <cstddef>
 
 namespace korvex::fuzz {
 
-// Aborts when, within its lifetime, `operator new` hands out more than promised at a time.
+// While it lives, the program aborts when the memory held from `operator new` exceeds the promise.
 class MemoryPromise {
  public:
-  // 20 times the size and 64 MiB; of an input that may stand for far more than its size, three
-  // times what a reader's budget grants (read_budget.h), for growing by doubling, and 64 MiB.
+  // kPlain: 20 times the size of the input and 64 MiB. kPacked, for inputs that can expand: three
+  // times the budget of a reader (read_budget.h), because containers grow by doubling, and 64 MiB.
   enum class Input { kPlain, kPacked };
   explicit MemoryPromise(std::size_t input_size, Input input = Input::kPlain);
   ~MemoryPromise();
@@ -17,7 +17,7 @@ class MemoryPromise {
   MemoryPromise& operator=(const MemoryPromise&) = delete;
 };
 
-// Aborts, naming what does not hold.
+// Aborts with the text `what` unless it holds.
 void Require(bool holds, const char* what);
 
 }  // namespace korvex::fuzz

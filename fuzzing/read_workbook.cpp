@@ -15,8 +15,10 @@ namespace korvex::fuzz {
 namespace {
 
 constexpr std::size_t kMostSheets = 4;
-// Looking at a million cells that a few bytes repeat takes longer than reading them.
+// A few bytes can repeat a cell a million times: checking all would take longer than reading them.
 constexpr std::size_t kMostChecked = 100'000;
+// The largest sheet of any format, written out: a check must not take its limits from what it
+// checks.
 constexpr int kMaxRows = 1048576;
 constexpr int kMaxColumns = 16384;
 constexpr double kDateLimit = 2958466;

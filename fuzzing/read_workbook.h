@@ -1,4 +1,4 @@
-// Reads a workbook as the program does, and checks what every reader promises of its cells.
+// Reads a workbook as the program does, and checks what every reader promises about its cells.
 #pragma once
 
 #include <cstddef>
@@ -6,7 +6,7 @@
 
 namespace korvex::fuzz {
 
-// A refusal is as good as a workbook; anything else that goes wrong aborts.
+// The file may be read or refused; anything else aborts.
 void ReadWorkbook(std::span<const std::byte> file);
 
 }  // namespace korvex::fuzz

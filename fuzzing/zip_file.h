@@ -1,4 +1,4 @@
-// Makes zip archives of documents, so that a target need not find check sums.
+// Packs documents into zip archives: a fuzzer would hardly ever hit a right check sum.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace korvex::fuzz {
 
-// Parts by name, stored as they are.
+// `parts` are names and contents, which are stored unpacked.
 std::string ZipFile(const std::vector<std::pair<std::string, std::string>>& parts);
 
 }  // namespace korvex::fuzz

@@ -18,6 +18,7 @@ EmbeddedApplication::~EmbeddedApplication() = default;
 Workbook& EmbeddedApplication::AddWorkbook(const std::string& full_name) {
   CheckRunning();
   const OutputFormat& format = OutputFormatOf(full_name);
+  // A run should fail here, before it reads its first workbook, and not when it saves.
   if (&format == &kXlsxFormat) CheckXlsxFolder(files_);
   ++new_workbooks_;
   workbooks_.push_back(std::make_unique<OutputWorkbook>(

@@ -1,5 +1,5 @@
-// The spreadsheet application that runs inside this process: it reads and writes workbooks
-// itself and needs nothing installed.
+// The embedded spreadsheet application: reads and writes workbooks in this process, with nothing
+// installed.
 #pragma once
 
 #include <memory>
@@ -19,19 +19,19 @@ class EmbeddedApplication : public Application {
   explicit EmbeddedApplication(FileSystem& files);
   ~EmbeddedApplication() override;
 
-  // There is no window to show or to redraw, and nothing ever asks.
+  // There is no window to show or redraw, and nothing to confirm.
   void SetVisible(bool) override {}
   void SetScreenUpdating(bool) override {}
   void SetDisplayAlerts(bool) override {}
 
   Workbook& AddWorkbook(const std::string& full_name) override;
-  // The workbook is read-only whatever the options say; they have no further meaning here. Error
-  // 1004 names the cause when the file cannot be opened.
+  // The workbook is always read-only; the options are ignored. Error 1004 with the cause when the
+  // file cannot be opened.
   Workbook& OpenWorkbook(const std::string& full_name, const OpenOptions& options) override;
   int WorkbookCount() const override;
   Workbook& Workbooks(int index) override;
-  // Closes every workbook without saving. From then on the members above that deal with workbooks
-  // are refused with error 1004.
+  // Closes every workbook without saving. Afterwards all members that deal with workbooks throw
+  // error 1004.
   void Quit() override;
 
  private:
@@ -39,8 +39,9 @@ class EmbeddedApplication : public Application {
   void Drop(const Workbook& closing);
 
   FileSystem& files_;
-  ReadBufferPool buffers_;           // outlives the workbooks
-  std::vector<std::string> inputs_;  // full names of all files that were opened; outlives them too
+  // The workbooks use both, so that these outlive them.
+  ReadBufferPool buffers_;
+  std::vector<std::string> inputs_;  // full names of all files opened so far
   std::vector<std::unique_ptr<Workbook>> workbooks_;
   int new_workbooks_ = 0;
   bool has_quit_ = false;

@@ -157,13 +157,14 @@ void InputWorkbook::RefuseChange() const {
   throw Error(error_number::kAutomation, full_name_ + " is opened for reading only");
 }
 
+// The handler destroys this workbook: it is moved out first, and nothing is touched afterwards.
 void InputWorkbook::Close() {
   const std::function<void(const Workbook&)> on_close = std::move(on_close_);
   if (on_close) on_close(*this);
 }
 
-// The first sheet that is read uses the memory that goes from workbook to workbook; most workbooks
-// have one sheet that anybody asks for.
+// The first sheet that is read gets the cells of the buffers, whose memory goes from workbook to
+// workbook. Of most workbooks only one sheet is ever read; others get cells of their own.
 const SheetCells& InputWorkbook::Cells(std::size_t sheet, std::unique_ptr<SheetCells>& own) {
   SheetCells* cells = &buffers_->cells;
   if (are_buffer_cells_used_) {

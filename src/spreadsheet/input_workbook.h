@@ -13,8 +13,7 @@ namespace korvex {
 
 class FileSystem;
 
-// Lends its memory to one workbook after the other. Keeps what one workbook has grown, unless that
-// is unusually much.
+// Keeps the memory of a closed workbook for the next one, unless it is unusually much.
 class ReadBufferPool {
  public:
   std::unique_ptr<ReadBuffers> Take();
@@ -24,14 +23,14 @@ class ReadBufferPool {
   std::unique_ptr<ReadBuffers> spare_;
 };
 
-// A sheet's cells are read when they are first asked for. Changes, of any kind, and SaveAs are
-// refused with error 1004. A sheet has the rows and columns of its format: a cell outside is
-// refused, but for the columns up to 387, where the program looks for headers; those are Empty.
+// The cells of a sheet are read when they are first asked for. Every change and SaveAs is error
+// 1004, and so is a cell outside of the rows and columns of the format. Columns up to 387 are an
+// exception, because the program looks for headers there: they are Empty.
 class InputWorkbook : public Workbook {
  public:
-  // Opens `full_name`. The pool must outlive the workbook, the file system is not needed longer
-  // than this call. Errors: the file system's own, and 1004 with path and cause for a file that is
-  // no workbook, damaged or protected; 7 for
+  // Opens `full_name`. The pool must outlive the workbook; the file system is needed only during
+  // this call. Close() calls `on_close`, which may destroy the workbook. Errors: those of the file
+  // system; 1004 with path and cause for a file that is no workbook, damaged or protected; 7 for
   // one that needs more memory than there is.
   InputWorkbook(const FileSystem& files, const std::string& full_name, ReadBufferPool& pool,
                 std::function<void(const Workbook&)> on_close);

@@ -12,14 +12,14 @@ namespace korvex {
 
 class FileSystem;
 
-// Reads the whole of a file into `content`, once its beginning may be that of a workbook: what is
-// none takes no memory however large it is, and is refused by what it is instead. Else the file
-// system's errors.
+// Reads a file into `content`. A file that is no workbook is refused (refusal.h) after its
+// beginning, by what it is instead, and so takes little memory however large it is. Other errors
+// are the file system's.
 void ReadWorkbookFile(const FileSystem& files, const std::string& path,
                       std::vector<std::byte>& content);
 
-// Decides by the content of `buffers.file` what it is and opens it. The buffers must outlive the
-// reader. What is no workbook is refused by what it is instead.
+// Opens the workbook in `buffers.file`. The buffers must outlive the reader. Refuses a file that is
+// no workbook, by what it is instead.
 std::unique_ptr<WorkbookReader> OpenWorkbookReader(ReadBuffers& buffers);
 
 }  // namespace korvex

@@ -11,20 +11,20 @@ namespace korvex {
 class OutputWorkbook;
 struct OutputFormat;
 
-// Takes only what the format of the workbook holds; anything else is error 1004 at once. Reading
-// has no such limit: whatever lies outside is Empty.
+// A value that the format of the workbook cannot hold is error 1004 at once. Reading has no such
+// limit: cells outside of the format are Empty.
 class OutputSheet : public Worksheet {
  public:
   // `workbook` owns the sheet.
   OutputSheet(OutputWorkbook& workbook, std::string name);
 
   std::string Name() const override { return name_; }
-  // Refuses a name that another sheet of the workbook has, whatever its letter case.
+  // Error 1004 for a name that another sheet of the workbook has; letter case is ignored.
   void SetName(const std::string& name) override;
   int Index() const override;
   // The sheet that a saved file shows first.
   void Activate() override;
-  // Refused for the last sheet of a workbook.
+  // Error 1004 for the last sheet of a workbook.
   void Delete() override;
 
   CellValue Value(int row, int column) const override;
@@ -36,7 +36,7 @@ class OutputSheet : public Worksheet {
   void DeleteColumn(int column) override;
 
   const CellStore& Cells() const { return cells_; }
-  // Refuses cells that the format cannot hold.
+  // Error 1004 for the first cell that the format cannot hold.
   void CheckFits(const OutputFormat& format) const;
 
  private:

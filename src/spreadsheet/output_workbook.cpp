@@ -73,6 +73,7 @@ void OutputWorkbook::Delete(const OutputSheet& sheet) {
                     "\" cannot be deleted: a workbook holds one sheet at least.");
   }
   const auto at = sheets_.erase(sheets_.begin() + (IndexOf(sheet) - 1));
+  // As in any spreadsheet program the next sheet becomes the active one, or else the last.
   if (active_ == &sheet) active_ = (at == sheets_.end() ? sheets_.back() : *at).get();
 }
 
@@ -99,6 +100,7 @@ void OutputWorkbook::Save(const std::string& full_name, bool as_new) {
 }
 
 void OutputWorkbook::WriteFile(const OutputFormat& format, const std::string& target, bool as_new) {
+  // Cells were checked against format_ when they were set; the file's name may ask for another one.
   if (&format != &format_) {
     for (const auto& sheet : sheets_) sheet->CheckFits(format);
   }
@@ -121,6 +123,7 @@ std::vector<SheetContent> OutputWorkbook::Contents() const {
   return contents;
 }
 
+// The handler destroys this workbook: it is moved out first, and nothing is touched afterwards.
 void OutputWorkbook::Close() {
   const std::function<void(const Workbook&)> close = std::move(close_);
   close(*this);

@@ -18,8 +18,9 @@ struct SheetContent;
 
 class OutputWorkbook : public Workbook {
  public:
-  // `name` is what the workbook is called until it is saved, `format` what it will be saved in
-  // then; `inputs` are the files that must not be saved over. All but the name must outlive it.
+  // `name` is the workbook's name until it is saved, `format` the one it will be saved in; `inputs`
+  // are files that it must not replace. All but the name must outlive the workbook. Close() calls
+  // `close`, which may destroy the workbook.
   OutputWorkbook(FileSystem& files, std::string name, const OutputFormat& format,
                  const std::vector<std::string>& inputs,
                  std::function<void(const Workbook&)> close);
@@ -29,9 +30,9 @@ class OutputWorkbook : public Workbook {
   int WorksheetCount() const override { return static_cast<int>(sheets_.size()); }
   Worksheet& Worksheets(int index) override;
   Worksheet& Worksheets(std::string_view name) override;
-  // The workbook then goes by the name of the file. Equal content gives equal files, byte for byte.
-  // Error 1004 names the cause when that fails; what the format cannot hold is refused before
-  // anything is written.
+  // Gives the workbook the name of the file. Equal content gives equal files, byte for byte. Error
+  // 1004 with the cause when saving fails; cells that the format cannot hold fail before anything
+  // is written.
   void SaveAs(const std::string& full_name) override { Save(full_name, false); }
   void SaveAsNew(const std::string& full_name) override { Save(full_name, true); }
   void Close() override;
@@ -43,7 +44,7 @@ class OutputWorkbook : public Workbook {
   int IndexOf(const OutputSheet& sheet) const;
   void Activate(const OutputSheet& sheet) { active_ = &sheet; }
   void Delete(const OutputSheet& sheet);
-  // Error 1004 with the rule that the name breaks. `sheet` is the one to be called so.
+  // Error 1004 with the rule that the name breaks. `sheet` is the one that is to have the name.
   void CheckSheetName(std::string_view name, const OutputSheet& sheet) const;
 
  private:

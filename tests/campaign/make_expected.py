@@ -12,7 +12,6 @@ import sys
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 SAMPLES = os.path.join(HERE, "../../samples")
-sys.path.insert(0, HERE)
 
 import xlrd_convert as model  # noqa: E402
 

@@ -15,7 +15,7 @@ namespace {
 constexpr std::uint16_t kUtf16 = 1200;
 constexpr std::uint16_t kMacRoman = 10000;
 
-// The number that the system gives a page for which workbooks have another one, too.
+// The system's number of a page that has another one in workbooks.
 std::uint16_t UsualNumber(std::uint16_t number) {
   switch (number) {
     case 0:
@@ -49,8 +49,8 @@ bool CodePage::IsSingleByte() const {
   return Is1252() || (!IsDoubleBytePage(number_) && Converter() != nullptr);
 }
 
-// Writers that name UTF-16 as the code page use it for the texts that need it and leave ASCII as it
-// is.
+// Writers that name UTF-16 as the code page use it only for texts that need it; others are ASCII. A
+// zero byte, or one above ASCII, tells them apart.
 bool CodePage::IsUtf16(std::span<const std::byte> bytes) const {
   if (number_ != kUtf16 || bytes.size() % 2 != 0) return false;
   return std::any_of(bytes.begin(), bytes.end(),

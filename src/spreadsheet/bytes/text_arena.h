@@ -1,5 +1,4 @@
-// A growing run of UTF-8 bytes that holds the texts of many cells, addressed by offset and length.
-// Its memory is kept from use to use.
+// One growing block of UTF-8 that holds the texts of many cells, each found by offset and length.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +17,8 @@ struct TextRange {
   std::uint32_t length = 0;
 };
 
-// Views into an arena live until it grows or is cleared.
+// Clear keeps the memory for the next use. Views into an arena are valid until it grows or is
+// cleared.
 class TextArena {
  public:
   std::uint32_t Size() const { return static_cast<std::uint32_t>(size_); }
@@ -28,16 +28,18 @@ class TextArena {
   }
   void Clear() { size_ = 0; }
 
-  // Makes room for `count` more bytes. What is written there counts once it is committed.
+  // Memory for `count` more bytes at the end. CommitUpTo makes what was written there part of the
+  // text.
   char* Reserve(std::size_t count) {
     if (capacity_ - size_ < count) Grow(count);
     return bytes_.get() + size_;
   }
   void CommitUpTo(const char* end) { size_ = static_cast<std::size_t>(end - bytes_.get()); }
 
-  // Takes the end of the run away again, from an offset on.
+  // Removes everything from an offset on.
   void CutAt(std::uint32_t offset) { size_ = offset; }
 
+  // What was committed since Size() was `start`.
   TextRange RangeSince(std::uint32_t start) const { return {start, Size() - start}; }
 
   TextRange Append(std::string_view text) {

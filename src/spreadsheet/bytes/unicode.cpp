@@ -10,7 +10,7 @@ namespace korvex {
 char* Latin1ToUtf8(const std::byte* in, std::size_t count, char* out) {
   const std::byte* const end = in + count;
   while (in != end) {
-    // Nearly every text is ASCII: eight characters at a time.
+    // Nearly all texts are ASCII: eight characters at a time.
     while (end - in >= 8 && (LoadU64(in) & 0x8080808080808080) == 0) {
       std::memcpy(out, in, 8);
       in += 8;

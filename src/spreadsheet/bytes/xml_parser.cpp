@@ -23,15 +23,16 @@ namespace {
 constexpr char kSeparator = '\x1F';  // between namespace and name; no XML document can hold it
 constexpr int kDeepest = 256;
 constexpr std::size_t kLongestText = 4u << 20;  // no cell holds a hundredth of it
-// Every name is spelt out with that of its namespace, which takes time: documents of workbooks have
-// three times their size in names at most.
+// The library spells out every name with its namespace, so that a short prefix can stand for a long
+// text and cost time. In documents of workbooks the names are at most three times as long as the
+// document.
 constexpr std::size_t kLongestNamespace = 1024;
 constexpr std::uint64_t kMostNamesPerByte = 4;
 constexpr std::uint64_t kMostNamesAtLeast = 64u << 20;
 constexpr int kChunk = 64 * 1024;
 
-// The library keeps every name that it has met. What it may take for that is limited here, in front
-// of each block.
+// The library keeps every name that it has met, so that a document of ever new names would take all
+// memory. Its allocations are therefore counted; the size of each block stands in front of it.
 struct alignas(std::max_align_t) Block {
   std::size_t size;
 };
@@ -60,6 +61,7 @@ void Free(void* memory) {
   std::free(block);
 }
 
+// The library gives names as "uri SEPARATOR local", or "local" outside of all namespaces.
 XmlName SplitName(std::string_view name, std::span<const XmlNamespace> namespaces) {
   for (const XmlNamespace& known : namespaces) {
     const std::size_t size = known.uri.size();
@@ -72,7 +74,8 @@ XmlName SplitName(std::string_view name, std::span<const XmlNamespace> namespace
   return {kOtherNamespace, name.substr(separator + 1)};
 }
 
-// "windows-1252", "cp1252". A page that is not known is none: texts would lose what is not ASCII.
+// Makes the library's table of an encoding: "windows-1252", "cp1252". A document in an unknown code
+// page is refused, since its texts would lose what is not ASCII.
 int DescribeEncoding(void*, const char* name, XML_Encoding* encoding) {
   std::string_view page(name);
   for (const std::string_view prefix : {"windows-", "cp"}) {
@@ -110,7 +113,8 @@ class Parser {
   std::string What() const { return part_.empty() ? "its XML" : "its part " + part_; }
   [[noreturn]] void RefuseFailure();
   [[noreturn]] void RefuseLength();
-  // No exception may pass through the library: it waits until the library has returned.
+  // Runs a step inside a callback. The library is C code, through which no exception may pass: it
+  // is kept, the library is stopped, and Parse throws it again.
   template <typename Step>
   void Guard(Step&& step);
 
@@ -123,7 +127,7 @@ class Parser {
   bool is_end_ = false;
   int depth_ = 0;
   std::size_t text_size_ = 0;  // since an element that is wanted began
-  int unwanted_ = 0;           // depth of the element that is passed over, or 0
+  int unwanted_ = 0;           // depth of the element that is skipped, or 0
   std::exception_ptr error_;
 };
 
@@ -168,6 +172,7 @@ Parser::Parser(const std::string& part, std::span<const XmlNamespace> namespaces
 
 template <typename Step>
 void Parser::Guard(Step&& step) {
+  // The library may make a few more calls after it was stopped.
   if (error_ != nullptr) return;
   try {
     step();
@@ -226,6 +231,7 @@ void Parser::RefuseLength() {
 
 void Parser::RefuseFailure() {
   const XML_Error error = XML_GetErrorCode(parser_.get());
+  // The limit of Resize looks to the library like a machine without memory.
   if (error == XML_ERROR_NO_MEMORY) RefuseLength();
   if (is_end_) {
     Refuse((part_.empty() ? std::string() : "is damaged: " + What() + " ") + "ends after " +

@@ -1,7 +1,7 @@
-// Streaming XML: a document goes in piece by piece, its elements come out.
+// Reads XML as a stream: a document goes in piece by piece, its elements come out.
 //
-// Document type declarations, and with them entities, are refused; so are documents that nest too
-// deep or whose names take too much memory. Encodings: UTF-8, UTF-16, ISO-8859-1, US-ASCII and the
+// Refused are document type declarations, and with them entities, documents that nest too deep, and
+// names or texts that take too much memory. Encodings: UTF-8, UTF-16, ISO-8859-1, US-ASCII and the
 // single-byte code pages of Windows.
 #pragma once
 
@@ -13,7 +13,8 @@
 
 namespace korvex {
 
-// A namespace that a reader knows, by a letter of its own choice. Several may share one.
+// A namespace that a reader knows, and the letter that the reader gives it. Versions of a namespace
+// share a letter.
 struct XmlNamespace {
   std::string_view uri;
   char letter;
@@ -30,7 +31,7 @@ struct XmlName {
   }
 };
 
-// Views that live as long as the call that got them.
+// Views that are valid during the call that got them.
 class XmlElement {
  public:
   XmlElement(XmlName name, int depth, const char* const* attributes,
@@ -40,13 +41,13 @@ class XmlElement {
   const XmlName& Name() const { return name_; }
   bool Is(char space, std::string_view local) const { return name_.Is(space, local); }
   int Depth() const { return depth_; }  // 1 for the root
-  // Null when there is no such attribute. Attributes without a prefix have no namespace.
+  // UTF-8, or null when there is no such attribute. Attributes without a prefix have no namespace.
   const char* Attribute(std::string_view local) const;
   const char* Attribute(char space, std::string_view local) const;
-  // "1" or "true".
+  // Whether the attribute is "1" or "true".
   bool IsOn(std::string_view local) const;
-  // The first attribute of a namespace that the reader knows, or of none, that is not in `known`;
-  // empty when there is none.
+  // The first attribute that is not in `known`, of those in a namespace that the reader knows or in
+  // none; empty when all are in it.
   std::string_view AttributeBeside(std::span<const XmlName> known) const;
 
  private:
@@ -56,26 +57,27 @@ class XmlElement {
   std::span<const XmlNamespace> namespaces_;
 };
 
+// What a reader does with a document. Exceptions pass through the parser.
 class XmlHandler {
  public:
   virtual ~XmlHandler() = default;
 
-  // Whether the handler wants what is in the element; else nothing more is heard of it, its end
-  // included.
+  // Returns whether the handler wants what is in the element. If not, its content and its end are
+  // skipped.
   virtual bool StartElement(const XmlElement& element) = 0;
   virtual void EndElement(const XmlName&, int /*depth*/) {}
-  // The texts of elements that were wanted, in pieces.
+  // The texts of wanted elements; one text may come in several pieces.
   virtual void Text(std::string_view) {}
 };
 
-// Fills the front of the room with what comes next of a document; 0 at its end.
+// Fills the front of the buffer with the next bytes of a document and returns their number; 0 at
+// the end.
 using XmlSource = std::function<std::size_t(std::span<char>)>;
 // A document that is in memory.
 XmlSource SourceOf(std::span<const std::byte> bytes);
 
-// Reads a document to its end. `part` names the part of the file that it is, "" when it is all of
-// the file. Refusals are Errors 1004 and predicates (refusal.h); errors of source and handler pass
-// through.
+// Reads a document to its end. `part` is its name in the archive, "" when it is the whole file;
+// refusals name it.
 void ParseXml(const XmlSource& source, const std::string& part,
               std::span<const XmlNamespace> namespaces, XmlHandler& handler);
 

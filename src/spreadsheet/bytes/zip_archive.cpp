@@ -14,28 +14,36 @@
 namespace korvex {
 namespace {
 
-// End of the directory, behind everything but a comment:
-//   0 "PK\5\6", 10 uint16 parts, 12 uint32 size of the directory, 16 uint32 its offset,
-//   20 uint16 length of the comment
-// Zip64, where a value does not fit there, has a locator right before it:
-//   0 "PK\6\7", 8 uint64 offset of this record:
-//   0 "PK\6\6", 32 uint64 parts, 40 uint64 size of the directory, 48 uint64 its offset
+// An archive is read from its end. The end of the directory stands behind everything but a comment:
+//    0  "PK\5\6"                          12  uint32  size of the directory
+//    4  uint16  disk, 6 uint16 first disk  16  uint32  offset of the directory
+//    8  uint16  parts on this disk         20  uint16  length of the comment
+//   10  uint16  parts
+// Zip64, for values that do not fit there, has a locator right in front of it:
+//    0  "PK\6\7"                           8  uint64  offset of the Zip64 end of the directory:
+//    0  "PK\6\6"                          40  uint64  size of the directory
+//   32  uint64  parts                      48  uint64  offset of the directory
 constexpr std::size_t kEndSize = 22;
 constexpr std::size_t kLongestComment = 65535;
 constexpr std::size_t kLocatorSize = 20;
 constexpr std::size_t kEnd64Size = 56;
 
-// Entry of the directory; a uint32 of all ones stands in the extra field of Zip64:
-//   0 "PK\1\2", 8 uint16 flags, 10 uint16 method, 16 uint32 check sum, 20 uint32 packed size,
-//   24 uint32 size, 28 uint16 length of the name, 30 of the extra fields, 32 of the comment,
-//   42 uint32 offset of the part's header, 46 name, extra fields {uint16 id, uint16 size, data} …
+// Entry of the directory:
+//    0  "PK\1\2"                          28  uint16  length of the name
+//    8  uint16  flags, bit 0 encrypted     30  uint16  length of the extra fields
+//   10  uint16  method                     32  uint16  length of the comment
+//   16  uint32  check sum                  42  uint32  offset of the part's header
+//   20  uint32  packed size                46  name, extra fields, comment
+//   24  uint32  size
+// An extra field is uint16 id, uint16 size, data. Where a uint32 is all ones, its value stands as a
+// uint64 in the field of Zip64.
 constexpr std::size_t kEntrySize = 46;
 constexpr std::uint16_t kEncryptedFlag = 1;
 constexpr std::uint16_t kZip64Field = 1;
 constexpr std::uint32_t kInZip64Field = 0xFFFFFFFF;
 
-// Header of a part, whose data follow it:
-//   0 "PK\3\4", 26 uint16 length of the name, 28 uint16 length of the extra fields
+// Header of a part. It repeats the entry, except that extra fields may differ; the data follow it:
+//    0  "PK\3\4", 26 uint16 length of the name, 28 uint16 length of the extra fields, 30 both
 constexpr std::size_t kHeaderSize = 30;
 
 constexpr std::uint16_t kStored = 0;
@@ -68,8 +76,8 @@ Directory ReadEnd(std::span<const std::byte> bytes, std::size_t end) {
   return {LoadU32(data + 16), LoadU32(data + 12)};
 }
 
-// The last place that looks like the end of a directory and has one. Damaged archives, and the
-// comments of ill-meant ones, can hold any number of false ends.
+// Looks backwards for the end of the directory. A signature counts only if a directory lies where
+// it says: compressed data and comments can hold the same bytes.
 std::optional<Directory> FindDirectory(std::span<const std::byte> bytes) {
   const std::string_view text = Text(bytes);
   const std::size_t searched = std::min(text.size(), kEndSize + kLongestComment);
@@ -90,7 +98,7 @@ std::optional<Directory> FindDirectory(std::span<const std::byte> bytes) {
   return {};
 }
 
-// The form in which names are compared. Some programs write "\\" between folders.
+// The form in which names are compared: in lower case, and with "/" where some programs write "\\".
 std::string Lower(std::string_view name) {
   std::string lower(name);
   for (char& letter : lower) {
@@ -100,7 +108,8 @@ std::string Lower(std::string_view name) {
   return lower;
 }
 
-// The values of an entry that are in its extra field of Zip64, in this order.
+// Takes the values of an entry that are in its extra field of Zip64. The field holds only those
+// that did not fit into the entry, in this order.
 void ReadZip64Field(std::span<const std::byte> fields, ZipArchive::Part& part) {
   while (fields.size() >= 4) {
     const std::size_t size = std::min<std::size_t>(LoadU16(fields.data() + 2), fields.size() - 4);
@@ -210,6 +219,8 @@ ZipPartReader::~ZipPartReader() {
   if (inflater_) inflateEnd(inflater_.get());
 }
 
+// Size and check sum are known only at the end: until then a caller works with bytes that may turn
+// out damaged, and drops what it made of them when this throws.
 std::size_t ZipPartReader::Read(std::span<char> room) {
   const std::size_t count = Unpack(room);
   budget_.AddUnpacked(count);

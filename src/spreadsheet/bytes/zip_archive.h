@@ -1,8 +1,8 @@
-// The parts of a zip archive, unpacked piece by piece.
+// Reads zip archives; parts are unpacked piece by piece.
 //
-// Refusals are Errors 1004 whose description is a predicate (refusal.h): an archive that breaks off
-// before its directory, a damaged one, an encrypted part, a packing method other than those of
-// workbooks (stored and deflated), and more unpacked bytes than the budget grants.
+// Refused (refusal.h) are an archive that ends before its directory, a damaged one, an encrypted
+// part, a packing method that workbooks do not use (they are stored or deflated), and more unpacked
+// bytes than the budget allows.
 #pragma once
 
 #include <cstddef>
@@ -35,16 +35,16 @@ class ZipArchive {
   explicit ZipArchive(std::span<const std::byte> bytes);
 
   std::size_t PartCount() const { return parts_.size(); }
-  // Null when there is none. Names have "/" between folders; letter case, and "\\" in its place,
-  // count only where there is a part of just that name.
+  // Null when there is none. Folders are separated by "/". If there is no part of exactly this
+  // name, letter case is ignored and "\\" counts as "/".
   const Part* Find(std::string_view name) const;
   bool Has(std::string_view name) const { return Find(name) != nullptr; }
 
-  // The same for a part that is going to be read. Refuses when there is none, or more than one of
-  // the name: programs do not agree on which one counts.
+  // The same for a part that is going to be read. Refuses when there is none, and when there is
+  // more than one of the name: programs do not agree on which of them counts.
   const Part& FindOnly(std::string_view name) const;
 
-  // What is packed of a part. Refuses a part that is encrypted or does not lie in the file.
+  // The packed bytes of a part. Refuses a part that is encrypted or does not lie in the file.
   std::span<const std::byte> Packed(const Part& part) const;
 
  private:
@@ -54,14 +54,15 @@ class ZipArchive {
   std::vector<Part> parts_;
 };
 
-// A part while it is read. Archive and budget must outlive it.
+// Unpacks one part. Archive and budget must outlive it.
 class ZipPartReader {
  public:
-  // Refuses when there is not just one part of that name.
+  // Finds the part as FindOnly does.
   ZipPartReader(const ZipArchive& archive, std::string_view name, ReadBudget& budget);
   ~ZipPartReader();
 
-  // Fills the front of `room`; 0 at the end, once size and check sum were right.
+  // Fills the front of `room` and returns how many bytes; 0 at the end. Refuses a part whose size
+  // or check sum turns out wrong.
   std::size_t Read(std::span<char> room);
 
  private:

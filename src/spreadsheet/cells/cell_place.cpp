@@ -13,6 +13,7 @@ std::optional<CellPlace> ReadCellName(std::string_view name) {
   for (; letters < name.size(); ++letters) {
     const auto digit = static_cast<std::uint32_t>((name[letters] | 0x20) - 'a');
     if (digit >= 26) break;
+    // Any number of letters stays a column outside, without overflow.
     column = std::min(26 * column + digit + 1, kMostXmlColumns + 1);
   }
   std::uint32_t row = 0;

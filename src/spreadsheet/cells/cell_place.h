@@ -1,4 +1,4 @@
-// Places of cells as formats made of XML, and messages, write them.
+// Places of cells and their names ("B7"), as XML formats and messages write them.
 #pragma once
 
 #include <cstdint>
@@ -16,16 +16,16 @@ struct CellPlace {
   std::uint32_t column;
 };
 
-// What sheets of the formats made of XML hold.
+// What a sheet of an XML format holds.
 inline constexpr std::uint32_t kMostXmlRows = 1048576;
 inline constexpr std::uint32_t kMostXmlColumns = 16384;
 inline constexpr CellAddress kLastXmlPlace = {kMostXmlRows, kMostXmlColumns};
 
-// "B7" is row 6, column 1. Places too far out for any sheet may come out as others outside.
+// "B7" is row 6, column 1. Of a place outside of every sheet the result is only that it is outside.
 std::optional<CellPlace> ReadCellName(std::string_view name);
 std::string CellName(CellPlace place);
 
-// Of a value that lies where no sheet of its format reaches: left out, it would be lost in silence.
+// For a value at a place that no sheet of its format has: it must not be lost in silence.
 [[noreturn]] void RefuseOutside(CellPlace place);
 
 }  // namespace korvex

@@ -24,6 +24,7 @@ void CellStore::Put(int row, int column, StoredCell cell) {
   const auto at_block = static_cast<std::size_t>(row / CellBlock::kRows);
   const auto at = static_cast<std::size_t>(row % CellBlock::kRows);
   const bool exists = Block(row / CellBlock::kRows, column) != nullptr;
+  // A cell that was never filled needs no block to be empty.
   if (!exists && cell.kind == CellKind::kEmpty) return;
   if (at_column >= columns_.size()) columns_.resize(at_column + 1);
   Column& blocks = columns_[at_column];

@@ -1,4 +1,4 @@
-// The cells of a sheet being built: nine bytes each, by column.
+// The cells of a sheet that is being built. They are stored by column and take nine bytes each.
 #pragma once
 
 #include <array>
@@ -11,13 +11,13 @@
 
 namespace korvex {
 
-// `bits` are those of the number, or the id of the text.
+// `bits` are those of the double, or the id of the text (TextPool).
 struct StoredCell {
   CellKind kind = CellKind::kEmpty;
   std::uint64_t bits = 0;
 };
 
-// Part of a column. Bits count only where the kind is not empty.
+// 512 rows of a column. `bits` are meaningless where the kind is empty.
 struct CellBlock {
   static constexpr int kRows = 512;
 
@@ -25,13 +25,13 @@ struct CellBlock {
   std::array<std::uint64_t, kRows> bits;
 };
 
-// Rows and columns are zero-based and not negative; the caller knows the format's limits. Empty
-// parts of a column take no room.
+// Rows and columns are zero-based and not negative; the caller checks the format's limits. A block
+// of a column that was never filled takes no memory.
 class CellStore {
  public:
   StoredCell At(int row, int column) const;
   void Put(int row, int column, StoredCell cell);
-  // The columns right of it move left.
+  // The columns to its right move left.
   void DeleteColumn(int column);
 
   // One past the last column that was ever filled.

@@ -14,7 +14,7 @@ class SharedStrings {
     arena_.Clear();
     starts_.clear();
   }
-  // Texts are written into the arena one by one, and each is ended.
+  // To add a text, append it to Texts() and call EndText().
   TextArena& Texts() { return arena_; }
   void EndText() {
     if (starts_.empty()) starts_.push_back(0);

@@ -12,7 +12,8 @@ namespace {
 
 constexpr std::size_t kSmallDisorder = 65536;
 
-// Where rows are this many more than cells, a list of the rows costs more than it saves.
+// Rows are found through an index of their starts. In a sheet with many more rows than cells the
+// index would be larger than the cells; there they are found by binary search.
 constexpr std::size_t kSparseRows = 65536;
 constexpr std::size_t kSparseRowsPerCell = 16;
 
@@ -62,8 +63,9 @@ void SheetCells::MarkUncalculated(Cell& cell) {
   has_uncalculated_ = true;
 }
 
-// A cell is about to come before another one. Places that are filled over and over must not take up
-// memory every time.
+// Called when a cell is added in front of another one. It may be at a place that has a cell
+// already: a file that fills the same places again and again must not take memory each time, so
+// that now and then the cells are sorted, and doubles removed.
 void SheetCells::GoBack() {
   if (cells_.size() >= order_at_) {
     Order();
@@ -72,6 +74,8 @@ void SheetCells::GoBack() {
   is_ordered_ = false;
 }
 
+// Sorts the cells and removes blanks and, of several at one place, all but the last. The sort is
+// stable: equal places keep the order in which they came.
 void SheetCells::Order() {
   std::stable_sort(cells_.begin(), cells_.end(),
                    [](const Cell& a, const Cell& b) { return Place(a) < Place(b); });

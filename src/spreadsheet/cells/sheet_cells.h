@@ -1,8 +1,8 @@
 // The cells of one sheet in memory, whatever format they were read from.
 //
-// Values lie in one flat run ordered by row and column; formatted blanks take part in the last cell
-// only. Reading uses one-based rows and columns, filling (`Add…`) the zero-based ones of the file
-// formats. Texts are views that live as long as the cells, and the shared arena, are kept.
+// The values are one array ordered by row and column. Formatted blanks are not stored, but count
+// for the last cell. Reading uses one-based rows and columns, filling (`Add…`) the zero-based ones
+// of the file formats. Texts are views, valid as long as the cells and the shared arena are.
 #pragma once
 
 #include <algorithm>
@@ -17,10 +17,10 @@
 
 namespace korvex {
 
-// Why a formula's result may be one that nobody calculated.
+// Why the stored result of a formula may be one that no program calculated.
 enum class DoubtGround : std::uint8_t {
-  kAsksForCalculation,  // when the workbook is opened
-  kEmptyText,
+  kAsksForCalculation,  // the workbook asks to be calculated when it is opened
+  kEmptyText,           // the result is the empty text
 };
 
 class SheetCells {
@@ -34,14 +34,14 @@ class SheetCells {
 
   CellValue Value(int row, int column) const { return Value(RowOf(row), column); }
 
-  // The same in two steps, for who reads many cells of a row.
+  // The same in two steps, for callers that read many cells of a row.
   struct Row {
-    std::uint32_t begin = 0;  // positions in the run of cells
+    std::uint32_t begin = 0;  // positions in the array of cells
     std::uint32_t end = 0;
   };
   Row RowOf(int row) const;
   CellValue Value(const Row& row, int column) const;
-  // Whether a cell is a formula's that was never calculated. Its value is #N/A, and not to be used.
+  // Whether a cell has a formula that was never calculated. Its value is #N/A and must not be used.
   bool IsUncalculated(int row, int column) const {
     if (!has_uncalculated_) return false;
     const Cell* const cell = Find(RowOf(row), column);
@@ -55,14 +55,15 @@ class SheetCells {
   std::size_t Count() const { return cells_.size(); }
   Entry At(std::size_t index) const;
 
-  // What a second cell at one place means. Programs write such .xls files, and read the later one.
+  // What a second cell at one place means. In .xls files it happens, and programs read the later
+  // one.
   enum class Repeats { kLaterCounts, kAreDamage };
 
-  // Starts anew and keeps the memory. Shared texts, if any, are ranges of `shared`, which must not
-  // change any more.
+  // Removes all cells and keeps the memory. Shared texts are ranges of `shared`, which must not
+  // change afterwards.
   void Clear(const TextArena* shared = nullptr, Repeats repeats = Repeats::kLaterCounts);
-  // Cells may come in any order; of two at one place the later one counts, a blank too, or the
-  // sheet is refused (here or in Finish).
+  // Cells may come in any order. Of two at one place the later one counts, even a blank, or the
+  // sheet is refused, here or in Finish.
   void AddBlanks(std::uint32_t row, std::uint16_t first_column, int count);
   [[gnu::always_inline]] void AddNumber(std::uint32_t row, std::uint16_t column, CellKind kind,
                                         double number) {
@@ -76,14 +77,15 @@ class SheetCells {
     shown_text_ += text.length;
     Add(row, column, CellKind::kText, false, {.text = ShareText(column, text)});
   }
-  // Gives the cell added last the text that its formula yields.
+  // Gives the cell added last the text that is the result of its formula.
   void ReplaceLastText(TextRange text) {
     shown_text_ += text.length;
     cells_.back().content.text = ShareText(cells_.back().column, text);
   }
-  // The cell added last is a formula's, and its result may be one that nobody calculated. Those of
-  // one ground stand and fall together: where all of a sheet are zero or empty, ConfirmDoubts says
-  // that they were never calculated, once that is certain.
+  // The cell added last has a formula, and `ground` is a reason to doubt its result; `is_zero` when
+  // the result is zero or empty. One other result shows that somebody did calculate. So the doubts
+  // of one ground are decided together, at the end: if HasOnlyDoubts, and if the caller is certain,
+  // ConfirmDoubts marks all of them as never calculated.
   void DoubtLast(DoubtGround ground, bool is_zero) {
     Doubts& doubts = doubts_[static_cast<std::size_t>(ground)];
     doubts.has_zeros |= is_zero;
@@ -96,25 +98,24 @@ class SheetCells {
     return doubts.has_zeros && !doubts.has_others;
   }
   void ConfirmDoubts(DoubtGround ground);
-  // The cell added last is a formula's that has no result at all.
+  // The cell added last has a formula and no result.
   void LoseLast() { MarkUncalculated(cells_.back()); }
-  // Whether no cell was added yet, and else the place of the last one (in the order of the sheet).
+  // Whether no cell was added yet; if one was, the place of the last one in the order of the sheet.
   bool IsUnfilled() const { return next_place_ == 0; }
   CellPlace LastAdded() const {
     return {static_cast<std::uint32_t>((next_place_ - 1) >> 16),
             static_cast<std::uint16_t>(next_place_ - 1)};
   }
-  // Texts for AddOwnText.
+  // The arena of the texts for AddOwnText.
   TextArena& OwnTexts() { return own_texts_; }
-  // A text of OwnTexts that a cell in `column` is to show: the one that the column showed last when
-  // they are equal, so that a text repeated in every row is kept once. If `text` was appended last
-  // it is then taken out again.
+  // A text repeated in every row of a column is stored once. Returns the text that the column had
+  // last if it equals `text`, and removes `text` from the arena if it stands at its end; else
+  // returns `text`.
   TextRange ShareText(std::uint16_t column, TextRange text);
-  // To be called once all cells are added. Refuses a sheet that shows more text than `budget`
-  // allows.
+  // Call it once all cells are added. Refuses a sheet that shows more text than `budget` allows.
   void Finish(const ReadBudget& budget);
   std::size_t MemorySize() const;
-  // What the cells themselves take of that.
+  // The part of that in use, without spare capacity and indices.
   std::size_t UsedMemory() const { return cells_.size() * sizeof(Cell) + own_texts_.Size(); }
 
  private:
@@ -128,7 +129,7 @@ class SheetCells {
     CellKind kind;
     bool is_shared_text : 1;
     bool is_uncalculated : 1;
-    // By the ground of the doubt.
+    // Doubts, one bit for each ground.
     bool is_doubted_request : 1;
     bool is_doubted_text : 1;
     Content content;
@@ -140,7 +141,7 @@ class SheetCells {
     return std::uint64_t{row} << 16 | column;
   }
   static std::uint64_t Place(const Cell& cell) { return Place(cell.row, cell.column); }
-  // Every cell of every workbook goes through here.
+  // Inlined: every cell of every workbook is added here.
   [[gnu::always_inline]] void Add(std::uint32_t row, std::uint16_t column, CellKind kind,
                                   bool is_shared_text, Content content) {
     const std::uint64_t place = Place(row, column);
@@ -160,10 +161,10 @@ class SheetCells {
   CellValue View(const Cell& cell) const;
 
   std::vector<Cell> cells_;
-  std::vector<std::uint32_t> row_starts_;  // by zero-based row, and one more; none of sparse cells
+  std::vector<std::uint32_t> row_starts_;  // by zero-based row, and the end; empty for sparse cells
   const TextArena* shared_texts_ = nullptr;
   TextArena own_texts_;
-  std::vector<TextRange> texts_above_;  // by column, the own text that it showed last
+  std::vector<TextRange> texts_above_;  // by column, its last own text
   std::uint64_t shown_text_ = 0;        // bytes of all texts, as often as they were added
   std::uint64_t next_place_ = 0;        // behind the cells added so far
   Repeats repeats_ = Repeats::kLaterCounts;
@@ -174,7 +175,7 @@ class SheetCells {
   };
   std::array<Doubts, 2> doubts_;  // by ground
   bool has_uncalculated_ = false;
-  std::size_t order_at_ = 0;    // cells at which a disorder is put right
+  std::size_t order_at_ = 0;    // number of cells from which on GoBack sorts
   std::uint32_t last_row_ = 0;  // of blanks until Finish, then of all cells
   std::uint16_t last_column_ = 0;
 };

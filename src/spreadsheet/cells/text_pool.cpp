@@ -30,6 +30,8 @@ std::uint32_t TextPool::Intern(std::string_view text) {
   return id;
 }
 
+// Texts are packed into blocks. The rest of a block that is too short for the next text stays
+// unused.
 const char* TextPool::Store(std::string_view text) {
   if (text.size() > free_size_) {
     const std::size_t size = std::max(kBlockSize, text.size());

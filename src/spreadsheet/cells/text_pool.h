@@ -1,4 +1,4 @@
-// The texts of a workbook's cells, each held once.
+// The texts of a workbook that is being built; equal texts are stored once.
 #pragma once
 
 #include <cstdint>
@@ -8,14 +8,14 @@
 
 namespace korvex {
 
-// Ids count from 0 in the order in which the texts came. Texts are bytes, never moved and never
-// given back: a view on one lives as long as the pool.
+// Ids count from 0 in the order of the first calls. Texts are never moved or removed: a view of one
+// is valid as long as the pool.
 class TextPool {
  public:
   TextPool();
 
-  // The id of a text, which is copied when it is new. Costs one look-up and no allocation when it
-  // is not.
+  // The id of a text. A new text is copied; for a known one this costs one look-up and no
+  // allocation.
   std::uint32_t Intern(std::string_view text);
   std::string_view Text(std::uint32_t id) const { return {texts_[id].data, texts_[id].length}; }
   std::uint32_t Count() const { return static_cast<std::uint32_t>(texts_.size()); }

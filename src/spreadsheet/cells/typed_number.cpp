@@ -9,7 +9,7 @@ bool IsOneOf(char letter, std::string_view letters) {
   return letters.find(letter) != std::string_view::npos;
 }
 
-// "[h]", "[mm]", "[s]": what stands between the brackets.
+// Whether the text between two brackets is an elapsed time: "h", "mm", "s".
 bool IsElapsedTime(std::string_view inside) {
   if (inside.empty() || !IsOneOf(inside[0], "hHmMsS")) return false;
   for (const char letter : inside) {
@@ -20,6 +20,7 @@ bool IsElapsedTime(std::string_view inside) {
 
 }  // namespace
 
+// 14 to 22 and 45 to 47 everywhere; the others in Asian versions.
 bool IsBuiltInDateFormat(int id) {
   return (id >= 14 && id <= 22) || (id >= 27 && id <= 36) || (id >= 45 && id <= 47) ||
          (id >= 50 && id <= 58) || (id >= 71 && id <= 81);
@@ -36,6 +37,7 @@ bool IsDateFormat(std::string_view format) {
       if (IsElapsedTime(format.substr(i + 1, close - i - 1))) return true;
       i = close;
     } else if (IsOneOf(letter, "\\_*")) {
+      // The next character is shown as it is, as a blank of its width, or repeated.
       ++i;
     } else if (IsOneOf(letter, "dDmMyYhHsS")) {
       return true;

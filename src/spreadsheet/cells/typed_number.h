@@ -1,4 +1,4 @@
-// What a number in a cell counts as, in every format.
+// What a number in a cell counts as, in every format: a number, or a date.
 #pragma once
 
 #include <cmath>
@@ -12,7 +12,7 @@ namespace korvex {
 // Days that a serial number of the 1904 date system lies behind the same day's 1900 number.
 inline constexpr int kDaysTo1904 = 1462;
 
-// Formats that exist without being written down in the workbook.
+// Whether a number format that workbooks use by id alone, without writing it down, shows a date.
 bool IsBuiltInDateFormat(int id);
 
 // Whether a format text has a d, m, y, h or s that stands for part of a date. Quoted texts, escaped

@@ -16,7 +16,7 @@ constexpr double kSecondsPerDay = 86400;
 // Programs with more errors than there are codes number theirs; this one has a code.
 constexpr std::string_view kNumberErrorNumbered = "Err:503";
 
-// Takes a number of exactly `digits` digits off the front; -1 when it is not there.
+// Removes a number of exactly `digits` digits from the front and returns it; -1 when there is none.
 int TakeDigits(std::string_view& text, std::size_t digits) {
   if (text.size() < digits) return -1;
   int number = 0;
@@ -34,8 +34,8 @@ bool Take(std::string_view& text, char letter) {
   return true;
 }
 
-// "10:15", "10:15:00", "10:15:00.5", as seconds; "30:15:00" for elapsed times, which some programs
-// count from a day on.
+// Seconds of "10:15", "10:15:00", "10:15:00.5". Elapsed times can have more than 24 hours:
+// "30:15:00".
 std::optional<double> TakeTime(std::string_view& text) {
   constexpr std::size_t kMostDigits = 8;
   const int hours = TakeDigits(text, std::clamp<std::size_t>(text.find(':'), 2, kMostDigits));
@@ -120,7 +120,7 @@ std::optional<DayAndTime> ReadIsoDate(std::string_view text) {
 }
 
 TypedNumber TypeDate(DayAndTime date, bool uses_1904) {
-  constexpr int kFirstOfMarch1900 = 61;
+  constexpr int kFirstOfMarch1900 = 61;  // from here on both counts agree
   if (!uses_1904 && date.day > 0 && date.day < kFirstOfMarch1900) --date.day;
   return TypeNumber(date.Serial(), true, false);
 }

@@ -1,4 +1,4 @@
-// Values that formats made of XML write as text.
+// Reads the values that XML formats write as text.
 #pragma once
 
 #include <optional>
@@ -8,12 +8,13 @@
 
 namespace korvex {
 
-// "0.25", "1E-07". What is too large becomes infinite.
+// "0.25", "1E-07". A number that is too large becomes infinite, one that is too small 0.
 std::optional<double> ReadNumber(std::string_view text);
 
-// "#DIV/0!" and the like, and "Err:502" of programs that have more errors than there are codes.
+// Whether a text is "#DIV/0!" or another error's name. "Err:502" is one, too: some programs have
+// more errors than there are codes.
 bool IsErrorName(std::string_view text);
-// #VALUE! for what is no error's name.
+// The code of an error; that of #VALUE! for a name that has none.
 int ErrorCode(std::string_view name);
 
 struct DayAndTime {
@@ -23,13 +24,13 @@ struct DayAndTime {
   double Serial() const { return day + time; }
 };
 
-// ISO 8601: "2002-12-03", "2002-12-03T10:15:00.5", "10:15:00" (day 0). A zone behind it does not
-// count: cells hold local time.
+// ISO 8601: "2002-12-03", "2002-12-03T10:15:00.5", "10:15:00" (day 0). A time zone at the end is
+// ignored: cells hold local time.
 std::optional<DayAndTime> ReadIsoDate(std::string_view text);
 
-// A date as workbooks of Excel count it. In the 1900 date system times of day lie on 1899-12-31,
-// and the days up to 1900-02-28 one number lower than they should, since 1900 counts as a leap year
-// there.
+// The serial number that an Excel workbook has for a date. The 1900 date system takes 1900 for a
+// leap year: days up to 1900-02-28 have a number one lower than they should. Times of day lie on
+// 1899-12-31.
 TypedNumber TypeDate(DayAndTime date, bool uses_1904);
 
 // ISO 8601 durations of days and smaller units as days: "PT06H30M00.5S".

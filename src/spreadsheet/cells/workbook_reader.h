@@ -1,4 +1,5 @@
-// Reading workbooks: bytes of a file in, sheets of cells out, whatever the format.
+// The interface of the readers, one for each format: the bytes of a file in, the cells of sheets
+// out.
 #pragma once
 
 #include <cstddef>
@@ -20,14 +21,14 @@ struct SheetInfo {
   SheetState state = SheetState::kVisible;
 };
 
-// What the reader of one format keeps from workbook to workbook, beside the buffers of all.
+// What the reader of one format keeps from workbook to workbook, beside the buffers that all use.
 class FormatBuffers {
  public:
   virtual ~FormatBuffers() = default;
   virtual std::size_t MemorySize() const = 0;
 };
 
-// The memory that reading a workbook takes, reused from workbook to workbook.
+// The memory that reading a workbook takes; the next workbook uses it again.
 struct ReadBuffers {
   std::vector<std::byte> file;  // the file as it is on disk
   SharedStrings strings;
@@ -35,8 +36,7 @@ struct ReadBuffers {
   std::unique_ptr<FormatBuffers> format;  // of the reader that used the buffers last
 };
 
-// An open workbook. A reader for one format derives from it. Refusals are Errors 1004 whose
-// description is a predicate (refusal.h).
+// An open workbook. What cannot be read is refused (refusal.h).
 class WorkbookReader {
  public:
   virtual ~WorkbookReader() = default;
@@ -45,8 +45,8 @@ class WorkbookReader {
   virtual const std::vector<SheetInfo>& Sheets() const = 0;
   // The last place that a sheet of the format has.
   virtual CellAddress LastPlace() const = 0;
-  // Replaces the content of `cells` by those of a sheet, zero-based; a chart has none. Texts in
-  // `cells` need the reader and its buffers alive.
+  // Replaces `cells` by the cells of a sheet, finished. `index` is zero-based; a chart has no
+  // cells. Texts in `cells` are valid as long as the reader and its buffers.
   virtual void ReadSheet(std::size_t index, SheetCells& cells) = 0;
 };
 

@@ -8,7 +8,7 @@
 namespace korvex {
 namespace {
 
-// What a sheet without cells takes up, generously.
+// More than a sheet without cells takes.
 constexpr std::size_t kSheetMemory = 512;
 constexpr std::size_t kLongestName = 40;  // that a message shows
 
@@ -47,6 +47,8 @@ void DocumentWorkbook::Load() {
   is_held_.assign(held_.size(), true);
 }
 
+// The XML declaration must stand at the very beginning. A byte order mark may, unless blanks follow
+// it.
 std::span<const std::byte> DocumentWorkbook::Document() const {
   constexpr std::string_view kMark = "\xEF\xBB\xBF";
   const std::string_view text(reinterpret_cast<const char*>(buffers_.file.data()),

@@ -1,4 +1,4 @@
-// Workbooks that are one document, with all their sheets after each other.
+// Workbooks whose sheets are all in one XML document, one behind the other.
 #pragma once
 
 #include <cstddef>
@@ -14,21 +14,21 @@
 
 namespace korvex {
 
-// The sheets of a document on the way through it.
+// Collects the sheets of a document while it is read.
 class SheetCollector {
  public:
   explicit SheetCollector(const ReadBudget& budget) : budget_(budget) {}
 
-  // Ends the sheet at hand, if any.
+  // Starts the next sheet; Sheet() and Cells() are those of the sheet started last.
   void Begin(SheetInfo sheet);
   SheetInfo& Sheet() { return sheets_.back(); }
   SheetCells& Cells() { return cells_.back(); }
-  // Counts memory that is held beside the cells until the end of the document.
+  // Counts memory that a reader holds beside the cells until the end of the document.
   void Hold(std::size_t size) {
     before_ += size;
     budget_.CheckMemory(before_);
   }
-  // To be called wherever a little of the document can stand for much. `more` is held elsewhere.
+  // Call it before expanding repeated rows or cells. `more` is memory that is held elsewhere.
   void CheckMemory(std::size_t more = 0) const {
     budget_.CheckMemory(before_ + cells_.back().UsedMemory() + more);
   }
@@ -39,33 +39,33 @@ class SheetCollector {
   const ReadBudget& budget_;
   std::vector<SheetInfo> sheets_;
   std::deque<SheetCells> cells_;  // not finished yet
-  std::size_t before_ = 0;        // what is held beside the cells of the sheet at hand
+  std::size_t before_ = 0;        // memory beside the cells of the current sheet
 };
 
-// A document that is not in an archive has no check sum. What damage makes of a name there would
-// hide a cell or move others in silence: a name that no such document has is refused.
+// A document that is not in an archive has no check sum. One damaged byte in a name would hide a
+// cell or move others in silence, so that names that no such document has are refused.
 [[noreturn]] void RefuseName(std::string_view name);
 void CheckAttributes(const XmlElement& element, std::span<const XmlName> known);
-// For text between elements: what is left of a tag stands there.
+// Refuses text between elements that is not blank: it is what damage leaves of a tag.
 void CheckBlank(std::string_view text);
 
-// Finding one sheet takes the way through the whole document, so that it is gone once for all
-// sheets, when the workbook is opened.
+// All sheets are read in one pass when the workbook is opened: even to find one, the whole document
+// has to be read.
 class DocumentWorkbook : public WorkbookReader {
  public:
   const std::vector<SheetInfo>& Sheets() const override { return sheets_; }
   CellAddress LastPlace() const override { return kLastXmlPlace; }
-  // Hands out the cells that are held; goes through the document again for those that were handed
-  // out already.
+  // Gives away the cells that the pass has collected. A sheet asked for a second time is read
+  // again.
   void ReadSheet(std::size_t index, SheetCells& cells) override;
 
  protected:
   explicit DocumentWorkbook(ReadBuffers& buffers) : buffers_(buffers) {}
 
-  // Constructors of derived classes end with it.
+  // Reads the document. Constructors of derived classes call it at their end.
   void Load();
   virtual void ReadDocument(ReadBudget& budget, SheetCollector& sheets) = 0;
-  // The file as an XML document, without the blank lines that some programs put in front of it.
+  // The file without the blank lines that some programs put in front of the document.
   std::span<const std::byte> Document() const;
 
  private:

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kStyleMemory = 128;   // of a name in a set, generously
 constexpr std::size_t kMostBlanks = 65536;  // more than a cell holds
 
-// How often something is repeated; once when it does not say.
+// How often an element is repeated: once when the attribute is missing. No sheet has more rows.
 std::uint32_t ReadCount(const XmlElement& element, char space, std::string_view attribute) {
   const char* const text = element.Attribute(space, attribute);
   if (text == nullptr) return 1;
@@ -36,12 +36,13 @@ std::string_view Value(const XmlElement& element, char space, std::string_view a
   return value != nullptr ? value : "";
 }
 
-// A sheet of another file, of which formulas need some cells: 'file:///a.ods'#$data
+// Formulas that use another file leave a copy of its cells as a sheet: 'file:///a.ods'#$data
 bool IsCopyOfOtherFile(std::string_view name) {
   return name.starts_with("'") && name.find("'#$") != std::string_view::npos;
 }
 
-// What a table has in it beside rows and cells, and their attributes.
+// The elements of a table other than rows and cells, and the attributes of rows and cells: all that
+// a document without check sum may have there.
 constexpr std::string_view kTableParts[] = {"table-row-group",
                                             "table-rows",
                                             "table-header-rows",
@@ -138,7 +139,7 @@ std::uint32_t OdsReader::Repetitions(const XmlElement& element, std::string_view
   return ReadCount(element, ods::kTable, attribute);
 }
 
-// Of the table's namespace, in a table.
+// For an element of the table namespace within a table.
 void OdsReader::CheckElement(const XmlElement& element) const {
   if (has_check_sum_) return;
   const std::string_view name = element.Name().local;
@@ -152,6 +153,7 @@ void OdsReader::CheckElement(const XmlElement& element) const {
   }
 }
 
+// Only elements on the way to cells are entered; what is in all others is skipped.
 bool OdsReader::StartElement(const XmlElement& element) {
   const XmlName& name = element.Name();
   switch (name.space) {
@@ -180,6 +182,7 @@ bool OdsReader::StartElement(const XmlElement& element) {
   return IsIn(name.local, {"table-row-group", "table-rows", "table-header-rows"});
 }
 
+// Gets the style, and then the properties in it.
 bool OdsReader::StartStyle(const XmlElement& element) {
   if (element.Name().local == "table-properties" &&
       Value(element, ods::kTable, "display") == "false" && hiding_styles_.emplace(style_).second) {
@@ -260,6 +263,8 @@ void OdsReader::EndElement(const XmlName& name, int) {
   }
 }
 
+// The value of a cell, in this order: an error, the value of its type, the text of its attribute,
+// the text in it. A paragraph without text is one only as the result of a formula.
 void OdsReader::EndCell() {
   const std::string& shown = text_.Text();
   const bool is_old_error = mark_ == Mark::kNone && has_formula_ && IsErrorName(shown);
@@ -284,6 +289,7 @@ void OdsReader::Keep(TypedNumber value) {
   row_cells_.push_back({column_, end, value, {}, false});
 }
 
+// The text is stored once, however often cell and row are repeated.
 void OdsReader::KeepText(std::string_view text) {
   Keep({CellKind::kText, 0});
   SheetCells& cells = sheets_.Cells();
@@ -292,6 +298,7 @@ void OdsReader::KeepText(std::string_view text) {
   sheets_.CheckMemory();
 }
 
+// A row is known only at its end; then it is added as often as it is repeated.
 void OdsReader::EndRow() {
   const std::uint32_t end = std::min(row_ + row_count_, kMostXmlRows);
   if (!row_cells_.empty() && row_ + row_count_ > kMostXmlRows) {

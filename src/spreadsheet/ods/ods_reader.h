@@ -34,9 +34,9 @@ inline constexpr XmlNamespace kNamespaces[] = {
 
 namespace korvex {
 
-// The text of a cell: paragraphs <text:p>, in which white space counts once and <text:s
-// text:c="3"/>, <text:tab/> and <text:line-break/> stand for blanks, tabs and new lines. Notes are
-// no part of it.
+// Reads the text of a cell: paragraphs <text:p>, with a line end between two. In a paragraph any
+// white space is one blank; <text:s text:c="3"/>, <text:tab/> and <text:line-break/> stand for
+// blanks, tabs and line ends. Notes are not part of the text.
 class OdsTextReader {
  public:
   void Clear();
@@ -55,21 +55,25 @@ class OdsTextReader {
   bool is_after_space_ = false;
 };
 
-// The document, fed to the handler element by element; styles that hide tables come before these:
-//   <style:style style:name="ta2" style:family="table"><style:table-properties
-//   table:display="false"/> <table:table table:name="data" table:style-name="ta2">
-//   {<table:table-row-group> …} <table:table-row table:number-rows-repeated="3">
-//   <table:table-cell table:number-columns-repeated="2" office:value-type="float"
-//   office:value="0.5">
-// Types and their attributes: float, percentage, currency (value), date (date-value), time
-// (time-value, a duration), boolean (boolean-value), string (string-value, or the text). Rows and
-// cells are repeated by number, empty ones up to the end of the sheet; only values are cells here.
-// Times lie on no day: unlike numbers of .xls, they are not counted from where 1904 documents
-// start. A formula whose result was never worked out counts as #N/A, as does a value that is left
-// out.
+// Takes the elements of the document, of which these count:
+//   <style:style style:name="ta2" style:family="table">
+//     <style:table-properties table:display="false"/>     a style of hidden sheets
+//   <table:table table:name="data" table:style-name="ta2">
+//     <table:table-row-group> …                           groups of rows, any number deep
+//       <table:table-row table:number-rows-repeated="3">
+//         <table:table-cell table:number-columns-repeated="2"
+//                           office:value-type="float" office:value="0.5">
+// Types and their attributes:
+//   float, percentage, currency  office:value
+//   date, time                   office:date-value, office:time-value (a duration)
+//   boolean                      office:boolean-value
+//   string                       office:string-value, else the text in the cell
+// Rows and cells can be repeated, empty ones up to the end of the sheet; only values become cells
+// here. Unlike the serial numbers of .xls, times do not depend on the date system. A formula
+// without a result was never calculated. A typed cell without its value is #N/A.
 class OdsReader : public XmlHandler {
  public:
-  // `has_check_sum` when damage to the document would have been noticed.
+  // `has_check_sum` when the document comes from an archive, whose check sums show damage.
   OdsReader(SheetCollector& sheets, bool has_check_sum)
       : sheets_(sheets), has_check_sum_(has_check_sum) {}
 
@@ -81,7 +85,8 @@ class OdsReader : public XmlHandler {
   bool HasSpreadsheet() const { return has_spreadsheet_; }
 
  private:
-  // What programs add to the type of a value: files of older ones tell an error by its text alone.
+  // The type that newer programs give beside the standard's. Without it an error is known only by
+  // the text of the cell.
   enum class Mark { kNone, kValue, kError };
   struct RowCell {
     std::uint32_t begin;  // first column
@@ -114,7 +119,7 @@ class OdsReader : public XmlHandler {
   std::uint32_t column_ = 0;
   std::vector<RowCell> row_cells_;
 
-  // The cell at hand.
+  // The current cell.
   std::uint32_t column_count_ = 1;
   bool has_formula_ = false;
   bool lacks_value_ = false;

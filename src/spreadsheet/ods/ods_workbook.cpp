@@ -12,7 +12,8 @@ namespace {
 constexpr const char* kContent = "content.xml";
 constexpr const char* kManifest = "META-INF/manifest.xml";
 
-// The list of the parts says how those that are encrypted are to be decrypted.
+// The manifest lists the parts; for an encrypted part it also says how to decrypt it. Its first
+// megabyte is searched.
 bool IsEncrypted(const ZipArchive& archive, ReadBudget& budget) {
   if (!archive.Has(kManifest)) return false;
   std::string manifest(1u << 20, '\0');

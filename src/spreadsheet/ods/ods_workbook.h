@@ -10,7 +10,7 @@ namespace korvex {
 
 class OdsWorkbook : public DocumentWorkbook {
  public:
-  // `archive` is that of the buffers' file, or none when the file is the document itself.
+  // `archive` is the buffers' file as an archive; none when the file is the document itself.
   OdsWorkbook(ReadBuffers& buffers, std::optional<ZipArchive> archive);
 
  private:

@@ -25,7 +25,8 @@ constexpr XmlNamespace kNamespaces[] = {
     {"urn:schemas-microsoft-com:office:excel", kExcel},
 };
 
-// What stands where cells do, and the attributes that say where and what they are.
+// The elements that may stand among rows and cells, and the attributes of rows and cells. There is
+// never a check sum: what is not listed here is damage (document_workbook.h).
 constexpr XmlName kRowAttributes[] = {
     {kMain, "AutoFitHeight"}, {kMain, "Caption"}, {kMain, "Height"}, {kMain, "Hidden"},
     {kMain, "Index"},         {kMain, "Span"},    {kMain, "StyleID"}};
@@ -54,7 +55,7 @@ std::string_view Value(const XmlElement& element, std::string_view attribute) {
   return value != nullptr ? value : "";
 }
 
-// A number that counts rows or columns; more than there can be counts as the most.
+// A number of rows or columns, cut to the rows of a sheet.
 std::optional<std::uint32_t> ReadCount(const XmlElement& element, std::string_view attribute) {
   const std::string_view digits = Value(element, attribute);
   std::uint32_t count = 0;
@@ -65,8 +66,8 @@ std::optional<std::uint32_t> ReadCount(const XmlElement& element, std::string_vi
   return error == std::errc() ? std::min(count, kMostXmlRows) : kMostXmlRows;
 }
 
-// Where a row or cell is, zero-based; `next` when it does not say. None lies before the one that
-// came before it.
+// The zero-based place of a row or cell: its index, or else `next`. Rows and cells never go
+// backwards.
 std::uint32_t NextIndex(const XmlElement& element, std::uint32_t next) {
   const std::optional<std::uint32_t> index = ReadCount(element, "Index");
   if (!index) return next;
@@ -77,7 +78,7 @@ std::uint32_t NextIndex(const XmlElement& element, std::uint32_t next) {
   return *index - 1;
 }
 
-// Formats have names beside those that are written out: "Short Date", "Standard".
+// Besides format texts there are names for built-in formats: "Short Date", "Standard".
 bool ShowsDate(std::string_view format) {
   if (format.ends_with(" Date") || format.ends_with(" Time")) return true;
   for (const char* name : {"General", "General Number", "Currency", "Euro Currency", "Fixed",
@@ -97,8 +98,8 @@ bool ShowsDate(std::string_view format) {
 //           <Data ss:Type="Number">0.5</Data>
 //       <x:WorksheetOptions><x:Visible>SheetHidden</x:Visible>
 // Indices count from 1; rows and cells without one follow the one before. Types: Number, String,
-// also with markup in it, DateTime, Boolean, Error. A Number that shows a date counts from where
-// the workbook's days start; a DateTime says its day.
+// which may have markup in it, DateTime, Boolean, Error. A Number that shows a date counts days in
+// the workbook's date system; a DateTime is a calendar date.
 class SpreadsheetMlReader : public XmlHandler {
  public:
   explicit SpreadsheetMlReader(SheetCollector& sheets) : sheets_(sheets) {}
@@ -137,7 +138,7 @@ class SpreadsheetMlReader : public XmlHandler {
   std::uint32_t left_column_ = 0;
   std::uint32_t next_column_ = 0;
 
-  // The cell at hand.
+  // The current cell.
   std::uint32_t column_ = 0;
   bool cell_shows_date_ = false;
   bool has_style_ = false;
@@ -147,6 +148,7 @@ class SpreadsheetMlReader : public XmlHandler {
   std::string text_;
 };
 
+// Depths of elements tell what they are: cells of a sheet and formats of a style lie equally deep.
 bool SpreadsheetMlReader::StartElement(const XmlElement& element) {
   switch (element.Depth()) {
     case kWorkbook:
@@ -204,6 +206,7 @@ bool SpreadsheetMlReader::StartInGlobals(const XmlElement& element) {
   if (element.Is(kExcel, "Date1904")) uses_1904_ = true;
   if (!element.Is(kMain, "Style")) return false;
   style_ = Value(element, "ID");
+  // A style has the format of its parent until its own comes.
   const auto parent = shows_date_.find(Value(element, "Parent"));
   shows_date_[style_] = parent != shows_date_.end() && parent->second;
   return true;
@@ -249,6 +252,8 @@ void SpreadsheetMlReader::SetVisibility() {
   if (text_ == "SheetVeryHidden") sheets_.Sheet().state = SheetState::kVeryHidden;
 }
 
+// A text that is no number or date of its type is kept as text only if it is blank; else it is
+// damage.
 void SpreadsheetMlReader::EndCell() {
   if (row_ >= kMostXmlRows || column_ >= kMostXmlColumns) {
     if (!type_.empty()) RefuseOutside({row_, column_});

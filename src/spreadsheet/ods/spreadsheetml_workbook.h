@@ -1,4 +1,5 @@
-// An XML spreadsheet of 2003 (SpreadsheetML): one XML document, often called .xls or .xml.
+// An XML spreadsheet of 2003 (SpreadsheetML): one XML document, whose file is often called .xls or
+// .xml.
 #pragma once
 
 #include "spreadsheet/ods/document_workbook.h"

@@ -14,7 +14,8 @@ namespace {
 
 using xlsx::kMain;
 
-// A part's folder becomes part of every name that its relationships give.
+// A limit for the texts of relationships: every target is joined to the folder of its part, so that
+// a long folder name and many targets would take much memory.
 constexpr std::size_t kLongestPartName = 1024;
 
 struct Relationship {
@@ -53,6 +54,7 @@ std::string ResolveTarget(std::string folder, std::string_view target) {
   return folder;
 }
 
+// <Relationships><Relationship Id="rId1" Type="http://…/worksheet" Target="worksheets/sheet1.xml"/>
 class RelationshipsHandler : public XmlHandler {
  public:
   RelationshipsHandler(std::string folder, std::size_t most)
@@ -82,7 +84,8 @@ class RelationshipsHandler : public XmlHandler {
   std::size_t most_;
 };
 
-// What a part refers to; at most one relationship for each part of the archive.
+// The relationships of a part. They stand in a part of their own: those of "xl/workbook.xml" in
+// "xl/_rels/workbook.xml.rels". No more are kept than the archive has parts.
 std::vector<Relationship> ReadRelationships(const ZipArchive& archive, const std::string& part,
                                             ReadBudget& budget) {
   const std::string folder = FolderOf(part);
@@ -99,6 +102,9 @@ SheetKind KindOf(const Relationship& relationship) {
   return SheetKind::kWorksheet;
 }
 
+// <workbook><workbookPr date1904="1"/><sheets><sheet name="data" state="hidden"
+// r:id="rId1"/></sheets>
+//   <calcPr fullCalcOnLoad="1"/>
 class WorkbookHandler : public XmlHandler {
  public:
   WorkbookHandler(const std::vector<Relationship>& relationships, std::size_t most_sheets,
@@ -156,6 +162,9 @@ class WorkbookHandler : public XmlHandler {
   bool is_workbook_ = false;
 };
 
+// <styleSheet><numFmts><numFmt numFmtId="164" formatCode="yyyy"/></numFmts>
+//   <cellXfs><xf numFmtId="164"/></cellXfs>
+// Cells name their format by its index in cellXfs.
 class StylesHandler : public XmlHandler {
  public:
   explicit StylesHandler(const ReadBudget& budget) : budget_(budget) {}
@@ -194,7 +203,7 @@ class StylesHandler : public XmlHandler {
   }
 
  private:
-  // What an entry of the map takes up, generously.
+  // More than an entry of the map takes.
   static constexpr std::size_t kFormatMemory = 64;
 
   const ReadBudget& budget_;
@@ -203,7 +212,8 @@ class StylesHandler : public XmlHandler {
   std::vector<int> formats_;
 };
 
-// Where the main part of the package is.
+// The name of the package's main part. Some programs leave out the relationships of the package,
+// but all give the part the same name.
 std::string FindWorkbookPart(const ZipArchive& archive, ReadBudget& budget) {
   for (const Relationship& relationship : ReadRelationships(archive, "", budget)) {
     if (relationship.kind == "officeDocument") return relationship.part;

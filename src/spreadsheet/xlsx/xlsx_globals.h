@@ -1,4 +1,4 @@
-// What an .xlsx workbook says about its parts, sheets and formats.
+// Reads what an .xlsx workbook says about its parts, sheets and formats.
 #pragma once
 
 #include <cstdint>
@@ -20,12 +20,12 @@ struct XlsxGlobals {
   std::string styles_part;
 };
 
-// Finds the workbook by the relationships of the package, and what belongs to it by those of the
-// workbook. Kinds of relationships are told by the end of their type, which is the same in the
-// strict and in the transitional form.
+// Finds the workbook through the relationships of the package, and sheets, texts and styles through
+// those of the workbook. A relationship's kind is the end of its type, which is the same in the
+// strict and in the transitional form of the format.
 XlsxGlobals ReadXlsxGlobals(const ZipArchive& archive, ReadBudget& budget);
 
-// By index of a cell's format, 0 or 1: whether it shows a date.
+// For each cell format, by its index: 1 if it shows a date, else 0. Empty when `part` is "".
 std::vector<std::uint8_t> ReadXlsxDateFormats(const ZipArchive& archive, const std::string& part,
                                               ReadBudget& budget);
 

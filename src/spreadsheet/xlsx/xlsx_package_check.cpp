@@ -18,6 +18,7 @@ constexpr std::string_view kRowsStart = "<sheetData>";
 constexpr std::string_view kRowsEnd = "</sheetData>";
 constexpr std::size_t kTail = 4096;  // longer than what follows the rows of a sheet
 
+// As much of a part as the checks need: a sheet of a million rows is not held in memory.
 struct Part {
   std::string name;
   std::string head;  // as far as the rows of a sheet, or all of it
@@ -32,10 +33,11 @@ struct Part {
   }
 };
 
-// The parts of a package in the order in which they were written:
-//   0 "PK\3\4", 14 uint32 check sum, 26 uint16 length of the name, 28 uint16 of extra fields,
-//   30 name, extra fields, deflated data, which know their end
-// Behind the last part is the directory, "PK\1\2".
+// Reads the parts of a package from front to back. In front of each part:
+//    0  "PK\3\4"                   28  uint16  length of the extra fields
+//   14  uint32  check sum          30  name, extra fields, then the deflated data
+//   26  uint16  length of the name
+// Deflated data mark their own end. Behind the last part is the directory, "PK\1\2".
 class PackageReader {
  public:
   explicit PackageReader(std::FILE* file) : file_(file) { inflateInit2(&inflater_, -MAX_WBITS); }
@@ -73,7 +75,7 @@ class PackageReader {
     return bytes;
   }
 
-  // Returns the check sum, with a bit more than it has when the data are damaged.
+  // Returns the check sum of the unpacked data, or a number larger than any for damaged data.
   std::uint64_t Unpack(Part& part) {
     uLong sum = crc32(0, nullptr, 0);
     inflateReset(&inflater_);
@@ -96,7 +98,7 @@ class PackageReader {
   bool is_at_directory_ = false;
 };
 
-// Whether the part ends with the end of its first element.
+// Whether the part ends with the end tag of its root element.
 bool HasItsEnd(const Part& part) {
   std::size_t start = part.head.find("?>");
   if (start != std::string::npos) start = part.head.find('<', start);
@@ -107,6 +109,7 @@ bool HasItsEnd(const Part& part) {
       .ends_with("</" + part.head.substr(start + 1, end - start - 1) + ">");
 }
 
+// The bytes between <sheetData> and </sheetData>.
 std::uint64_t RowBytes(const Part& part) {
   const std::size_t start = part.head.find(kRowsStart);
   const std::size_t end = part.tail.rfind(kRowsEnd);

@@ -1,4 +1,5 @@
-// Reads a workbook that was just written once more.
+// Checks an .xlsx file that was just written, because the library that writes it ignores write
+// errors.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +8,8 @@
 
 namespace korvex {
 
-// Whether every part in the package is whole, and the rows of the worksheets have these many bytes.
-// `path` is a file of the C library.
+// Whether every part of the package is whole and the rows of the n-th worksheet take row_bytes[n]
+// bytes. `path` is one for fopen.
 bool IsWholeXlsx(const std::string& path, const std::vector<std::uint64_t>& row_bytes);
 
 }  // namespace korvex

@@ -23,7 +23,7 @@ void AppendEscape(unsigned unit, std::string& out) {
   out.push_back('_');
 }
 
-// Whether a text starts with what readers take for an escape.
+// Whether a text begins like an escape, so that readers would take it for one: its "_" is escaped.
 bool IsEscape(std::string_view text) {
   return text.size() >= 7 && text[1] == 'x' && text[6] == '_' &&
          text.substr(2, 4).find_first_not_of("0123456789ABCDEFabcdef") == std::string_view::npos;
@@ -33,7 +33,7 @@ bool IsPlain(char c) {
   return c >= 0x20 && c != '&' && c != '<' && c != '>' && c != '_';
 }
 
-// Appends the first character of the text and returns its length. It is one that is not plain.
+// Appends the first character of a text, one that is not plain, and returns its length in bytes.
 std::size_t AppendSpecial(std::string_view text, std::string& out) {
   switch (const char c = text.front()) {
     case '&':
@@ -102,6 +102,8 @@ XlsxRowWriter::XlsxRowWriter(const CellStore& cells, const TextPool& texts,
   }
 }
 
+// Cells are stored by column and written by row: for each 512 rows the blocks that hold anything
+// are looked up once.
 std::uint64_t XlsxRowWriter::Write() {
   for (int block = 0; block < cells_.BlockCount(); ++block) {
     parts_.clear();
@@ -155,6 +157,7 @@ void XlsxRowWriter::AppendCell(std::size_t column, CellKind kind, std::uint64_t 
 }
 
 void XlsxRowWriter::AppendText(std::string_view text) {
+  // Readers may drop blanks at the ends of a text that does not ask to keep them.
   const bool keeps_blanks = IsBlank(text.front()) || IsBlank(text.back());
   text_.append(keeps_blanks ? " t=\"inlineStr\"><is><t xml:space=\"preserve\">"
                             : " t=\"inlineStr\"><is><t>");

@@ -1,10 +1,12 @@
 // Writes the rows of a worksheet as they stand in the <sheetData> of an .xlsx workbook:
 //
-//   <row r="7"><c r="B7" s="1"><v>37593.5</v></c><c r="C7"
-//   t="inlineStr"><is><t>a</t></is></c></row>
+//   <row r="7">
+//     <c r="B7" s="1"><v>37593.5</v></c>
+//     <c r="C7" t="inlineStr"><is><t>a</t></is></c>
+//   </row>
 //
-// Types: none for numbers, whose style s tells dates; b Boolean, e error, inlineStr text. In a text
-// "_x0001_" stands for the UTF-16 unit 0001, which XML cannot hold.
+// Numbers have no type; dates are numbers with a style s. Types: b Boolean, e error, inlineStr
+// text. In a text "_x0001_" stands for the UTF-16 unit 0001, which XML cannot hold.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +20,7 @@
 
 namespace korvex {
 
-// Cell formats, as indices of the workbook's styles.
+// The cell formats of dates, as indices into the styles of the workbook.
 struct XlsxDateStyles {
   int date_time = 0;
   int date = 0;
@@ -31,7 +33,7 @@ class XlsxRowWriter {
   XlsxRowWriter(const CellStore& cells, const TextPool& texts, const XlsxDateStyles& styles,
                 std::FILE* file);
 
-  // Returns the number of bytes. Error 61 or 57 when the file takes no more.
+  // Returns the number of bytes written. Error 61 when the disk is full, 57 for other failures.
   std::uint64_t Write();
 
  private:
@@ -57,7 +59,7 @@ class XlsxRowWriter {
   std::uint64_t written_ = 0;
 };
 
-// A text as XML holds it, between tags.
+// Appends a text as it stands between tags.
 void AppendXlsxText(std::string_view text, std::string& out);
 
 }  // namespace korvex

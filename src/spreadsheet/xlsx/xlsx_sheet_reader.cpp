@@ -73,6 +73,7 @@ void XlsxSheetReader::StartCell(const XmlElement& element) {
   }
   const char* const type = element.Attribute("t");
   type_ = type != nullptr ? TypeOf(type) : Type::kNumber;
+  // A format that the styles do not have is none.
   const char* const format = element.Attribute("s");
   format_ = format != nullptr ? ReadWhole<std::size_t>(format).value_or(0) : 0;
   has_value_ = false;
@@ -109,11 +110,13 @@ void XlsxSheetReader::EndElement(const XmlName& name, int depth) {
   }
 }
 
+// A formatted blank outside of the sheet loses nothing; a value would be lost.
 void XlsxSheetReader::EndCell() {
   if (row_ < kMostXmlRows && column_ < kMostXmlColumns) return AddCell();
   if (has_value_ || has_formula_ || has_inline_text_) RefuseOutside({row_, column_});
 }
 
+// Writers do not always keep to the types: a value that is not of its type is kept as text.
 void XlsxSheetReader::AddCell() {
   TextArena& texts = cells_.OwnTexts();
   if (has_inline_text_) return AddText(texts.RangeSince(inline_start_));

@@ -15,15 +15,19 @@
 
 namespace korvex {
 
-// The part of a worksheet, fed to the handler element by element:
+// Takes the elements of the part of a worksheet:
 //   <worksheet><sheetData><row r="7"><c r="B7" s="format" t="type"> <f/> <v/> <is/>
-// Rows and cells without r follow the one before. Types: n number (or none), s index of a shared
-// text, str text, inlineStr text in <is>, b Boolean, e error, d ISO date. A formula without a
-// result was never calculated; neither were those of a sheet that are all zero or empty, when the
-// workbook asks for calculation on load.
+// A cell's formula is in <f>, its value in <v>. Rows and cells without r follow the one before.
+// Types:
+//   n, or none  number                   b  Boolean
+//   s           index of a shared text   e  name of an error
+//   str         text                     d  ISO date
+//   inlineStr   text in <is>
+// A formula without a result was never calculated. If the workbook asks to be calculated when it is
+// opened, and all results of a sheet are zero or empty, none of them was.
 class XlsxSheetReader : public XmlHandler {
  public:
-  // `shows_date` goes by format.
+  // All must outlive the reader. `shows_date` is by index of the cell format.
   XlsxSheetReader(const SharedStrings& strings, const std::vector<std::uint8_t>& shows_date,
                   const XlsxGlobals& globals, SheetCells& cells)
       : strings_(strings), shows_date_(shows_date), globals_(globals), cells_(cells) {}
@@ -32,7 +36,7 @@ class XlsxSheetReader : public XmlHandler {
   void EndElement(const XmlName& name, int depth) override;
   void Text(std::string_view text) override;
 
-  // Whether the part was one of a worksheet at all.
+  // Whether the part holds a worksheet at all.
   bool IsWorksheet() const { return is_worksheet_; }
 
  private:
@@ -58,7 +62,7 @@ class XlsxSheetReader : public XmlHandler {
   std::uint32_t column_ = 0;
   std::uint32_t next_row_ = 0;
 
-  // The cell at hand.
+  // The current cell.
   Type type_ = Type::kNumber;
   std::size_t format_ = 0;
   bool has_value_ = false;

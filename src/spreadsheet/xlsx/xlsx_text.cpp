@@ -20,7 +20,8 @@ std::optional<std::uint16_t> EscapedUnit(std::string_view text) {
   return unit;
 }
 
-// The character of the escape at the front of `text`, or of two that are a surrogate pair.
+// Removes the escape of `unit` from the front of `text`, or two that are a surrogate pair, and
+// returns their character.
 char32_t TakeEscaped(std::string_view& text, std::uint16_t unit) {
   text.remove_prefix(kEscapeSize);
   if (!IsHighSurrogate(unit)) return IsLowSurrogate(unit) ? kReplacementCharacter : unit;

@@ -1,6 +1,4 @@
-// Texts of .xlsx workbooks: <si> and <is> with <t>, runs <r> with a <t> each, and phonetic runs
-// <rPh>, which do not count. Blanks around a text stay even where nothing asks for it: not every
-// writer does.
+// What the readers of all parts of an .xlsx workbook need: the namespaces, and the form of texts.
 #pragma once
 
 #include <string>
@@ -9,6 +7,7 @@
 #include "spreadsheet/bytes/text_arena.h"
 #include "spreadsheet/bytes/xml_parser.h"
 
+// The namespaces in their transitional and their strict form.
 namespace korvex::xlsx {
 
 inline constexpr char kMain = 'm';
@@ -27,10 +26,13 @@ inline constexpr XmlNamespace kNamespaces[] = {
 
 namespace korvex {
 
-// Appends a text, in which "_x000D_" stands for the UTF-16 unit 000D.
+// Appends a text, in which "_x000D_" stands for the UTF-16 unit 000D: XML has no control
+// characters.
 void AppendEscapedText(std::string_view text, TextArena& out);
 
-// Takes what is in <si> or <is>, however many after each other.
+// Reads texts one after the other, from the elements in <si> or <is>: a <t>, or runs <r> with a <t>
+// each. Phonetic runs <rPh> are not part of the text. Blanks around a text always count, although
+// the format wants xml:space="preserve" for them: not all writers give it.
 class XlsxTextReader {
  public:
   bool Start(const XmlElement& element);

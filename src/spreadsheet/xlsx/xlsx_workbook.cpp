@@ -9,7 +9,8 @@
 namespace korvex {
 namespace {
 
-// <sst><si>…</si> …
+// The shared texts: <sst><si>…</si><si>…</si>. Each <si> is a text, even an empty one, so that the
+// numbers of those behind it stay right.
 class StringsHandler : public XmlHandler {
  public:
   explicit StringsHandler(SharedStrings& strings) : strings_(strings) {}
@@ -44,6 +45,7 @@ void XlsxWorkbook::ReadStrings() {
   if (globals_.strings_part.empty()) return;
   ZipPartReader part(archive_, globals_.strings_part, budget_);
   StringsHandler handler(strings);
+  // Before each piece of the part: what the pieces so far have become must stay within the budget.
   const XmlSource source = [&](std::span<char> room) {
     budget_.CheckMemory(strings.UsedMemory());
     return part.Read(room);

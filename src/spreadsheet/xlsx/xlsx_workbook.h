@@ -11,8 +11,9 @@ namespace korvex {
 
 class XlsxWorkbook : public WorkbookReader {
  public:
-  // Reads what the workbook says about its sheets; formats, texts and cells wait until they are
-  // asked for. `archive` is that of the buffers' file.
+  // Reads what the workbook says about its sheets. Formats, texts and cells are read when a sheet
+  // is first asked for, and only the parts that are read are unpacked. `archive` is the buffers'
+  // file.
   XlsxWorkbook(ReadBuffers& buffers, ZipArchive archive);
 
   const std::vector<SheetInfo>& Sheets() const override { return globals_.sheets; }

@@ -31,7 +31,7 @@ constexpr std::uint8_t kDateTimeNumber = 22;
 constexpr double kDateColumnWidth = 17;  // in digits; a date with its time does not fit into 8
 constexpr std::uint64_t kLargestPart = 0xFFFF'0000;  // of a package that is not zip64
 
-// The library writes numbers by the locale's decimal point, which XML does not have.
+// The library writes numbers with the locale's decimal point; XML needs ".".
 class PlainNumbers {
  public:
   PlainNumbers() : former_(std::setlocale(LC_NUMERIC, nullptr)) { std::setlocale(LC_NUMERIC, "C"); }
@@ -47,11 +47,11 @@ class PlainNumbers {
   throw Error(error_number::kDeviceIo, std::string(lxw_strerror(error)));
 }
 
-// The library's workbook on its way into a file.
+// The library's workbook while it is made.
 //
 // In its mode of constant memory the library keeps the rows of a sheet as text in a temporary file
-// until the end. They are put there by XlsxRowWriter: the library's own cells have numbers of 16
-// digits, not the 17 that tell them apart, and no errors.
+// until the end. XlsxRowWriter fills that file instead of the library, whose own cells have numbers
+// of 16 digits, not the 17 that tell them apart, and no error values.
 class Package {
  public:
   Package(const std::string& folder, const std::string& file) {
@@ -68,6 +68,7 @@ class Package {
   }
   ~Package() {
     if (workbook_ == nullptr) return;
+    // Only after a failure: workbook_close closes the files and frees the workbook.
     for (lxw_worksheet* sheet : sheets_) std::fclose(sheet->optimize_tmpfile);
     lxw_workbook_free(workbook_);
   }
@@ -102,7 +103,7 @@ class Package {
     return lxw_format_get_xf_index(format);
   }
 
-  // What the library would learn from cells that it writes itself.
+  // Tells the library what it would know had it written the cells: which are in use, and widths.
   void SetExtent(const CellStore& cells, lxw_worksheet& sheet) {
     int last_row = 1;
     int last_column = 1;
