@@ -1,19 +1,10 @@
 // Workbooks that other programs wrote; tests/data/README.md says which.
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-
 #include "tests/spreadsheet/opened_workbook.h"
 
 namespace korvex::test {
 namespace {
-
-Bytes Fixture(const std::string& name) {
-  std::ifstream file(std::string(TEST_DATA) + "/" + name, std::ios::binary);
-  EXPECT_TRUE(file) << name;
-  return Bytes(std::istreambuf_iterator<char>(file), {});
-}
 
 TEST(ForeignWorkbooks, GiveTheCellsThatWereWritten) {
   const std::string header =
@@ -64,15 +55,15 @@ TEST(ForeignWorkbooks, GiveTheCellsThatWereWritten) {
       {"gnumeric-both-streams.xls", results + cut_by_gnumeric, {2, 10}},
   };
   for (const auto& test : cases) {
-    OpenedWorkbook workbook(Fixture(test.file));
+    OpenedWorkbook workbook(DataFile(test.file));
     EXPECT_EQ(Listing(workbook.Cells()), test.cells) << test.file;
     EXPECT_EQ(workbook.Cells().LastCell(), test.last) << test.file;
   }
 }
 
 TEST(ForeignWorkbooks, KeepChartsAndHiddenSheetsInOrder) {
-  EXPECT_EQ(OpenedWorkbook(Fixture("gnumeric-excel95.xls")).Sheets()[1].name, "Größe µ");
-  OpenedWorkbook workbook(Fixture("writeexcel-charts.xls"));
+  EXPECT_EQ(OpenedWorkbook(DataFile("gnumeric-excel95.xls")).Sheets()[1].name, "Größe µ");
+  OpenedWorkbook workbook(DataFile("writeexcel-charts.xls"));
   std::string sheets;
   for (const SheetInfo& sheet : workbook.Sheets()) {
     sheets += sheet.name + (sheet.kind == SheetKind::kChart ? " chart" : "");
@@ -84,14 +75,14 @@ TEST(ForeignWorkbooks, KeepChartsAndHiddenSheetsInOrder) {
             "2,3 number 0.5 | 2,4 date 12/3/2002 | 3,1 number 1 | 3,2 text α1 | 3,3 number 1.25 | "
             "3,4 text 0.5 OD | 3,5 number 1.75");
   EXPECT_EQ(workbook.Cells(1).LastCell(), (CellAddress{9, 8}));
-  OpenedWorkbook packed(Fixture("openpyxl-plate.xlsx"));
+  OpenedWorkbook packed(DataFile("openpyxl-plate.xlsx"));
   EXPECT_EQ(packed.Sheets()[1].state, SheetState::kVeryHidden);
   EXPECT_EQ(packed.Sheets()[2].kind, SheetKind::kChart);
   EXPECT_EQ(Listing(packed.Cells(2)), "");
 }
 
 TEST(ForeignWorkbooks, KeepTextsWholeThatRecordsCut) {
-  OpenedWorkbook workbook(Fixture("xlwt-texts-over-continue.xls"));
+  OpenedWorkbook workbook(DataFile("xlwt-texts-over-continue.xls"));
   const SheetCells& cells = workbook.Cells();
   ASSERT_EQ(cells.Count(), 40u);
   for (int row = 0; row < 40; ++row) {

@@ -83,7 +83,7 @@ TEST_F(InputWorkbookTest, TextsStayWhileOtherSheetsAreRead) {
   EXPECT_EQ(workbook->Worksheets("data").Value(1, 1), text);
 }
 
-TEST_F(InputWorkbookTest, SaysWhatIsDamagedHoweverOftenItIsAsked) {
+TEST_F(InputWorkbookTest, SaysWhatIsDamagedEachTimeItIsAsked) {
   const Bytes cell = Record(0x00FD, CellHead(0, 0) + U32(0));
   files_.AddFile("/plates/bad.xls", CompoundBytes{.stream = OneSheet(cell)}.Build());
   const auto workbook = Open("/plates/bad.xls");
@@ -105,7 +105,7 @@ TEST_F(InputWorkbookTest, RefusesOnlyTheUncalculatedFormulasThatAreAskedFor) {
             "\"data\")");
 }
 
-// Files of any size stand among the workbooks.
+// Campaign folders hold files of any size besides workbooks.
 TEST_F(InputWorkbookTest, ReadsOnlyTheBeginningOfWhatIsNoWorkbook) {
   const std::string table = "plate,OD\n" + std::string(1 << 20, '1');
   files_.AddFile("/plates/a.xls", table);

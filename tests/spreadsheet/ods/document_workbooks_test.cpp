@@ -135,8 +135,8 @@ TEST(OdsWorkbook, RefusesWhatCannotBeRead) {
   EXPECT_THAT(RefusalOf(Ods(full)), MatchesRegex("takes more than 268,[0-9,]* bytes of memory"));
 }
 
-// What a changed byte makes of a document without a check sum: names that would be passed over, and
-// with them the cells that they place.
+// One changed byte in a document without a check sum makes names that a reader would skip, and with
+// them the cells or their places.
 TEST(FlatDocuments, RefuseNamesThatDamageMade) {
   std::string flat = OdsContent(
       "<table:table table:name='data'><table:table-column/><table:table-row "

@@ -1,5 +1,5 @@
-// Damage as disks and copies make it, in one plate as four programs write it. Whatever happens to a
-// file, its wells are there or it is refused.
+// One plate as four programs write it, damaged as disks and copies damage files. Every file must be
+// refused or still have all its wells.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -103,7 +103,7 @@ Wells WellsOf(const Bytes& file) {
   throw Error(error_number::kSubscript, "has no sheet \"data\"");
 }
 
-// What became of the wells: refused, whole, missing, or there with another value.
+// What happened to the wells: refused, whole, missing, or changed to another value.
 std::string Outcome(const Bytes& file, const Wells& sound) {
   Wells wells;
   try {
@@ -121,8 +121,8 @@ std::string Outcome(const Bytes& file, const Wells& sound) {
   return is_changed ? "changed" : "whole";
 }
 
-// That a digit changed within a number cannot be seen. KORVEX_DAMAGE_ROUNDS=1000 looks longer,
-// and prints what became of each kind.
+// A changed digit within a number cannot be noticed, hence the one per cent.
+// KORVEX_DAMAGE_ROUNDS=1000 runs longer and prints the outcome of each kind of damage.
 TEST(DamagedWorkbooks, AreRefusedOrKeepTheirWells) {
   const char* const more_rounds = std::getenv("KORVEX_DAMAGE_ROUNDS");
   const int rounds = more_rounds != nullptr ? std::atoi(more_rounds) : kRounds;

@@ -86,7 +86,7 @@ TEST(SharedStrings, EndsWhereTheDataEnds) {
   EXPECT_EQ(Decode({Counts(1) + WideText(lone_surrogates)}), Texts{"\uFFFDa\uFFFDb\uFFFD"});
 }
 
-// A text more or less in the middle gives every well behind it the text of another.
+// With one text more or fewer in the middle, every well behind it gets the text of another.
 TEST(SharedStrings, RefusesNumbersOfTextsThatShowDamage) {
   const Bytes index_of_four = U16(2) + U32(12) + U32(12) + U32(20) + U32(20);
   const struct {
@@ -116,7 +116,8 @@ std::string Repeat(std::string_view text, std::size_t count) {
   return repeated;
 }
 
-// A reader that takes splits nowhere but between two whole characters, with the flags repeated.
+// A strict reader: texts may be split only between two whole characters, and the flags are
+// repeated.
 class StrictTable {
  public:
   explicit StrictTable(std::string_view bytes)

@@ -155,7 +155,7 @@ TEST(SheetReader, PassesOverEmbeddedCharts) {
             "1,1 number 1 | 1,4 number 2");
 }
 
-// What stands behind the sheet's end is none of its business.
+// Bytes behind the end of the sheet do not matter.
 TEST(SheetReader, RefusesSheetsWithoutAnEnd) {
   const Bytes whole = OneSheet(NumberCell(0, 0, 1));
   const Bytes without_end = whole.substr(0, whole.size() - 4);
@@ -178,7 +178,7 @@ TEST(SheetReader, RefusesSheetsWithoutAnEnd) {
   }
 }
 
-// Each is what one damaged byte of a header makes of a sound sheet.
+// Each case is a sound sheet with one damaged byte in a record's header.
 TEST(SheetReader, RefusesRecordsAmongWhichCellsAreLost) {
   const Bytes one = NumberCell(0, 0, 1);
   const Bytes three = NumberCell(0, 2, 3);
@@ -223,7 +223,7 @@ TEST(SheetReader, RefusesRecordsAmongWhichCellsAreLost) {
   }
 }
 
-// Links, notes and the like begin with a place as cells do.
+// Links and notes begin with a row and a column, as cells do.
 TEST(SheetReader, ReadsCellsWithOtherRecordsBetweenThem) {
   const Bytes link = Record(0x01B8, U16(1) + U16(1) + U16(1) + U16(1) + Bytes(40, 'l'));
   const Bytes note = Record(0x001C, U16(1) + U16(1) + U16(0) + U16(1) + Bytes(4, '\0'));
@@ -232,7 +232,7 @@ TEST(SheetReader, ReadsCellsWithOtherRecordsBetweenThem) {
             "2,1 number 1 | 2,2 number 2");
 }
 
-TEST(SheetReader, RefusesFormatsAndPlacesThatThereAreNot) {
+TEST(SheetReader, RefusesFormatsAndSheetsThatDoNotExist) {
   const Bytes formats = Record(0x00E0, Bytes(20, '\0')) + Record(0x00E0, Bytes(20, '\0'));
   EXPECT_EQ(ListingOfRecords(NumberCell(0, 0, 7, 1), formats), "1,1 number 7");
   EXPECT_NE(RefusalOf(CompoundBytes{.stream = OneSheet(NumberCell(0, 0, 7, 2), formats)}.Build())
@@ -245,8 +245,8 @@ TEST(SheetReader, RefusesFormatsAndPlacesThatThereAreNot) {
             Bytes::npos);
 }
 
-// A writer that does not calculate leaves zeros or empty texts; so do templates that nobody has
-// filled in yet. A1 is the zero-based reference (0, 0).
+// A writer that does not calculate stores zeros or empty texts as results. So does a template whose
+// cells are still empty, but there they are right. A1 is the zero-based reference (0, 0).
 TEST(SheetReader, TellsFormulasThatNobodyCalculated) {
   constexpr unsigned kOnLoad = 2;
   const Bytes zero = F64(0);
@@ -295,7 +295,7 @@ TEST(SheetReader, TellsFormulasThatNobodyCalculated) {
   }
 }
 
-TEST(SheetReader, RefusesValuesThatItCouldOnlyLeaveOut) {
+TEST(SheetReader, RefusesValuesThatItCannotPlaceOrFind) {
   const Bytes strings = StringTable({NarrowText("only one")});
   const Bytes outside = "is damaged: it has a value in cell IW2, outside of every worksheet";
   const struct {
@@ -313,7 +313,7 @@ TEST(SheetReader, RefusesValuesThatItCouldOnlyLeaveOut) {
 }
 
 // Any number of sheets may begin at the same byte.
-TEST(SheetReader, RefusesToReadTheSameBytesForEver) {
+TEST(SheetReader, RefusesSheetsThatShareTheirBytes) {
   Bytes records;
   for (int i = 0; i < 500; ++i) records += Record(0x00EC, Bytes(8000, '\0'));
   OpenedWorkbook workbook(CompoundBytes{.stream = OneSheet(records)}.Build());
@@ -334,7 +334,7 @@ TEST(SheetCells, LastCellCountsFormattedBlanks) {
   EXPECT_EQ(empty.Cells().LastCell(), (CellAddress{1, 1}));
 }
 
-TEST(SheetCells, PlacesFilledOverAndOverTakeNoMemory) {
+TEST(SheetCells, FillingTheSamePlacesAgainTakesNoMemory) {
   SheetCells cells;
   cells.Clear();
   cells.AddNumber(300, 0, CellKind::kNumber, 1);
@@ -347,7 +347,7 @@ TEST(SheetCells, PlacesFilledOverAndOverTakeNoMemory) {
   EXPECT_LT(cells.MemorySize(), 8u << 20);
 }
 
-TEST(SheetCells, ATextLikeTheOneAboveItTakesNoMemory) {
+TEST(SheetCells, ATextEqualToTheOneAboveTakesNoMemory) {
   const std::string remark(400, 'r');
   SheetCells cells;
   cells.Clear();

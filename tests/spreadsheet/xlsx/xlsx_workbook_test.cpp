@@ -131,7 +131,7 @@ TEST(XlsxWorkbook, ListsItsSheetsByTheirRelationships) {
             "is damaged: its sheet \"lost\" has no part");
 }
 
-TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
+TEST(XlsxWorkbook, RefusesWhatIsDamagedOrHostile) {
   const Bytes sound = XlsxBytes{"<row><c t='s'><v>0</v></c></row>"}.Build();
   const std::size_t entry = sound.find("PK\x01\x02");
   const auto with = [&](std::size_t offset, Bytes bytes) {
@@ -225,7 +225,7 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrIllMeant) {
                            "xl/worksheets/sheet1.xml, at bytes [0-9,]*, [0-9,]*"));
 }
 
-// A part that is read over and over, as by sheets that share it, costs time each time.
+// Sheets can share a part; each reading of it costs time and counts.
 TEST(ZipPartReader, StopsWhenTheBudgetIsSpent) {
   const Bytes file = Zip({{"a.xml", Bytes(1000, ' ')}});
   const ZipArchive archive(std::as_bytes(std::span(file)));
