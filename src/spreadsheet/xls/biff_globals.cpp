@@ -14,7 +14,7 @@
 namespace korvex {
 namespace {
 
-constexpr std::size_t kMaxSheets = 65536;  // they are numbered by 16 bits
+constexpr std::size_t kMaxSheets = 65536;  // their numbers have 16 bits
 constexpr int kMostNullRecords = 8;        // writers leave a few zeros between records
 
 class GlobalsReader {
@@ -75,8 +75,8 @@ BiffGlobals GlobalsReader::Read() {
   return std::move(globals_);
 }
 
-// Records are read over where they are of no use here; where the reader lost its way it reads over
-// formats and texts.
+// Checks the form of every record, used or not: with a damaged length the reader is in the middle
+// of other records, and skips formats and texts.
 void GlobalsReader::CheckRecord(std::uint16_t number, std::size_t length) {
   null_records_ = number == 0 && length == 0 ? null_records_ + 1 : 0;
   if (null_records_ > kMostNullRecords) {
@@ -88,9 +88,10 @@ void GlobalsReader::CheckRecord(std::uint16_t number, std::size_t length) {
   }
 }
 
-// Formats and sheets are counted: where the number of one record is damaged, all those behind it
-// shift, and dates become numbers. They stand together: a record between two of a kind was one of
-// them when it has their length, or is one bit off.
+// Cells name their format, and the workbook its sheets, by index. If the number of one record is
+// damaged, the record is not counted, all those behind it shift, and dates become numbers. Records
+// of a kind stand together: one between two of a kind was one of them when it has their length, or
+// when its number differs from theirs by one bit.
 void GlobalsReader::CheckNeighbours(const RecordReader::Header& before) const {
   if (before.number != biff::kXf && before.number != biff::kFormat &&
       before.number != biff::kBoundSheet) {
@@ -111,6 +112,8 @@ void GlobalsReader::RefuseRecord(std::size_t offset, const std::string& what) {
          what);
 }
 
+// The version decides about the form of texts. Some writers leave it out or write another number;
+// then the name of the stream tells: Book up to BIFF7, Workbook in BIFF8.
 void GlobalsReader::ReadBof() {
   if (!records_.Next()) Refuse("is damaged: its workbook stream is empty");
   switch (records_.Number()) {
@@ -199,7 +202,7 @@ void GlobalsReader::ReadBoundSheet(std::span<const std::byte> data) {
   names_.push_back(data.subspan(6));
 }
 
-// A FORMAT record can come after the XF that uses it.
+// Done at the end, because a FORMAT record may come after the XF that uses it.
 void GlobalsReader::ResolveFormats() {
   for (const std::uint16_t id : xf_formats_) {
     const bool is_written = id < written_formats_.size() && written_formats_[id] >= 0;
@@ -207,12 +210,12 @@ void GlobalsReader::ResolveFormats() {
   }
 }
 
-// Not before the end, since the code page may come after the names.
+// Done at the end, because the code page may come after the names.
 void GlobalsReader::DecodeNames() {
   for (std::size_t i = 0; i < names_.size(); ++i) globals_.sheets[i].name = Text(names_[i], 1);
 }
 
-// A text behind its length of one or two bytes; valid until the next call.
+// A text that stands behind its length of one or two bytes. Valid until the next call.
 std::string_view GlobalsReader::Text(std::span<const std::byte> data, std::size_t length_size) {
   scratch_.Clear();
   if (data.size() < length_size) return {};

@@ -101,8 +101,8 @@ bool BiffWorkbook::LoadStream() {
   return is_book;
 }
 
-// Some writers leave the BOF of a sheet out; the sheet then follows the end of another one.
-// Elsewhere the reader would begin in the middle of a sheet.
+// A sheet begins with its BOF. Some writers leave it out; then it begins behind the EOF of another
+// one. Anywhere else the reader would begin in the middle of a sheet.
 void BiffWorkbook::CheckBegin(const std::string& sheet, std::size_t offset) const {
   RecordReader first(stream_, offset);
   if (first.Next() && first.Number() == biff::kBof) return;

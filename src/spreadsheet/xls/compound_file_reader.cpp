@@ -269,8 +269,8 @@ CompoundStream CompoundFileReader::Read(int index, std::vector<std::byte>& stora
   return stream;
 }
 
-// Two entries of the FAT that lead to one sector of the workbook: one of them was changed, and the
-// chain leaves the workbook for another stream, or leaves some of it out.
+// Refuses a chain if two entries of the FAT lead to one of its sectors. One of the two is damaged:
+// the chain continues in another stream, or leaves out sectors of its own.
 void CompoundFileReader::RefuseIfEntered(const Chain& chain) const {
   std::vector<std::uint8_t> entries(sector_count_);
   for (const std::uint32_t next : buffers_.fat) {

@@ -1,8 +1,8 @@
 // Reads streams out of a compound file; compound_file.h has the layout.
 //
 // Damage does no harm as long as the wanted stream can still be followed: wrong counts, ids beyond
-// the end, a short last sector, streams that share sectors. A chain that runs in a circle is
-// refused (refusal.h). No allocation is larger than the file.
+// the end, a short last sector. A chain that runs in a circle, or that two entries of the FAT lead
+// into, is refused (refusal.h). No allocation is larger than the file.
 #pragma once
 
 #include <cstddef>

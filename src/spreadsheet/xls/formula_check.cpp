@@ -13,8 +13,9 @@
 namespace korvex {
 namespace {
 
-// Tokens stand in reverse Polish order. Those of operands come in three classes, 0x20 apart. BIFF5
-// has rows with flags in their upper bits and columns of one byte.
+// A formula is a sequence of tokens in reverse Polish order: operands first, then the operator. The
+// tokens of operands exist in three classes, 0x20 apart, which mean the same here. In BIFF5 the
+// upper bits of a row are flags and a column takes one byte.
 enum Token : std::uint8_t {
   kAdd = 0x03,
   kSubtract = 0x04,
@@ -56,12 +57,14 @@ enum Function : std::uint16_t {
   kInt = 25,
   kRound = 27,
 };
-// Spreadsheet applications ask for calculation on load of such a formula, and have calculated it.
+// A formula that changes by itself, like NOW(). Applications ask for its calculation on load
+// although they have calculated it.
 constexpr std::uint8_t kVolatileAttribute = 0x01;
 constexpr std::uint8_t kChooseAttribute = 0x04;
 constexpr std::uint8_t kSumAttribute = 0x10;
 
-// A number, a text, or the numbers of many cells.
+// An entry of the stack: a number, a text, or the numbers of many cells. Of an area only what the
+// functions need is kept.
 struct Operand {
   double sum = 0;
   double least = 0;
@@ -72,7 +75,8 @@ struct Operand {
   std::optional<std::string> text;
 };
 
-// Applications take numbers for equal that differ in the last digits; how far, differs.
+// Applications take numbers for equal that differ only in their last digits, but not all draw the
+// line at the same digit.
 bool AreNearlyEqual(double a, double b) {
   return a != b && std::fabs(a - b) <= 1e-12 * std::max(std::fabs(a), std::fabs(b));
 }
@@ -99,7 +103,7 @@ class Evaluation {
   }
 
  private:
-  // Each takes one token; false where the formula cannot be worked out any further.
+  // Each handles one token and returns false where the formula cannot be worked out.
   bool Step();
   bool PushText();
   bool PushArea(int first_row, int last_row, int first_column, int last_column);
@@ -128,7 +132,7 @@ class Evaluation {
     stack_.pop_back();
     return number;
   }
-  // Takes that many bytes off the formula; null when it ends before.
+  // Removes this many bytes from the formula and returns them; null when it is shorter.
   const std::byte* Take(std::size_t size) {
     if (rest_.size() < size) return nullptr;
     const std::byte* const data = rest_.data();
@@ -143,11 +147,13 @@ class Evaluation {
   std::size_t& cells_left_;
   std::vector<Operand> stack_;
   bool is_volatile_ = false;
-  bool is_ambiguous_ = false;  // applications differ about it
+  bool is_ambiguous_ = false;  // applications give different results
   bool looks_at_cells_ = false;
   bool looks_at_something_ = false;
 };
 
+// Conditions also leave jumps in a formula, so that a program works out only one branch. They are
+// ignored: both branches are worked out, and Choose takes one.
 bool Evaluation::Step() {
   const std::size_t column_size = is_biff8_ ? 2 : 1;
   std::uint8_t token = LoadU8(Take(1));
@@ -187,7 +193,7 @@ bool Evaluation::Step() {
   }
 }
 
-// Of texts only plain ones, which compare by their bytes.
+// Only ASCII texts, which need no decoding.
 bool Evaluation::PushText() {
   const std::byte* const head = Take(is_biff8_ ? 2 : 1);
   if (head == nullptr || (is_biff8_ && LoadU8(head + 1) != 0)) return false;
@@ -204,7 +210,9 @@ bool Evaluation::PushText() {
   return true;
 }
 
-// Rows and columns are zero-based.
+// Puts the cells of an area on the stack; rows and columns are zero-based. Texts in an area of
+// several cells do not count, as in SUM. A cell with an error, or an area that is too large, cannot
+// be worked out.
 bool Evaluation::PushArea(int first_row, int last_row, int first_column, int last_column) {
   looks_at_cells_ = true;
   Operand area;
@@ -226,7 +234,7 @@ bool Evaluation::PushArea(int first_row, int last_row, int first_column, int las
         if (area.is_one) area.text = std::string(value.text);
         continue;
       }
-      // Functions pass over the Booleans of an area.
+      // Functions skip the Booleans of an area.
       if (value.kind == CellKind::kBoolean && !area.is_one) continue;
       area.is_boolean |= value.kind == CellKind::kBoolean;
       area.least = area.count == 0 ? value.number : std::min(area.least, value.number);
@@ -239,6 +247,7 @@ bool Evaluation::PushArea(int first_row, int last_row, int first_column, int las
   return is_known;
 }
 
+// Arithmetic on one or two numbers.
 bool Evaluation::Calculate(std::uint8_t token) {
   const std::optional<double> right = PopNumber();
   if (!right) return false;
@@ -270,7 +279,8 @@ bool Evaluation::Calculate(std::uint8_t token) {
   }
 }
 
-// An empty cell equals both zero and the empty text. Texts are asked only whether they are equal.
+// An empty cell equals both zero and the empty text. Texts are only compared for equality, without
+// letter case; their order depends on the language.
 bool Evaluation::Compare(std::uint8_t token) {
   if (stack_.size() < 2) return false;
   const Operand right = std::move(stack_.back());
@@ -305,6 +315,7 @@ bool Evaluation::Compare(std::uint8_t token) {
   }
 }
 
+// Functions of any number of arguments, which may be areas.
 bool Evaluation::Call(std::size_t arguments, std::uint16_t function) {
   if (arguments == 0 || stack_.size() < arguments) return false;
   if (function == kIf) return Choose(arguments);
@@ -319,9 +330,9 @@ bool Evaluation::Call(std::size_t arguments, std::uint16_t function) {
     all.count += one.count;
     all.is_boolean |= one.is_boolean;
   }
-  // A Boolean counts as an argument, not as a cell.
+  // Functions count a Boolean that is an argument, but not one in a cell that is referred to.
   if (!IsClear(!all.is_boolean)) return false;
-  // What is left of numbers that cancel out depends on the order of adding.
+  // Where numbers cancel out, the small rest depends on the order in which they are added.
   const bool cancels =
       std::fabs(all.sum) <= 1e-12 * std::max(std::fabs(all.least), std::fabs(all.greatest));
   if (!IsClear(!cancels || all.sum == 0 || (function != kSum && function != kAverage)))
@@ -342,6 +353,7 @@ bool Evaluation::Call(std::size_t arguments, std::uint16_t function) {
   }
 }
 
+// Functions of one number. ROUND has the digits as a second one.
 bool Evaluation::CallOnNumber(std::uint16_t function) {
   const double digits = function == kRound ? PopNumber().value_or(NAN) : 0;
   const std::optional<double> number = PopNumber();
@@ -366,7 +378,7 @@ bool Evaluation::CallOnNumber(std::uint16_t function) {
   }
 }
 
-// Both branches stand on the stack, worked out.
+// IF: condition and both branches are on the stack. Without a second branch the result is 0.
 bool Evaluation::Choose(std::size_t arguments) {
   Operand otherwise;
   if (arguments == 3) {

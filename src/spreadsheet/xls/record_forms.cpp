@@ -10,8 +10,9 @@ namespace {
 
 constexpr std::uint16_t kAny = biff::kMaxRecordData;
 
-// A range of record numbers, and the least and the most bytes of data that each of them has in
-// BIFF5 to BIFF8. Ordered by number; what a worksheet never holds is left out.
+// The table of all records of a worksheet: a range of record numbers, and the fewest and the most
+// bytes of data that each of them has in BIFF5 to BIFF8. It is ordered by number. The numbers are
+// written out here, since most of these records have no other use in this program.
 struct Form {
   std::uint16_t first;
   std::uint16_t last;
@@ -90,6 +91,7 @@ constexpr Form kForms[] = {
     {0x0800, 0x08FF, 0, kAny},   // later additions, BOF
 };
 
+// Null for a number that no worksheet holds.
 const Form* FindForm(std::uint16_t number) {
   const Form* const form =
       std::lower_bound(std::begin(kForms), std::end(kForms), number,

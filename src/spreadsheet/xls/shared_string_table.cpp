@@ -13,7 +13,8 @@
 namespace korvex {
 namespace {
 
-// False when the data ends within a text.
+// Reads texts to the end of the data, whatever the number in front of them says. False when the
+// data ends within a text.
 bool Decode(ContinuedData data, SharedStrings& strings) {
   strings.Clear();
   if (!data.Skip(8)) return true;
@@ -25,7 +26,8 @@ bool Decode(ContinuedData data, SharedStrings& strings) {
   return true;
 }
 
-// Whether the index is made for that many texts, to the last one.
+// Whether EXTSST is an index of that many texts: it has an entry for each group, and the last is
+// filled.
 bool IsIndexOf(std::span<const std::byte> index, std::size_t texts) {
   constexpr std::size_t kEntrySize = 8;
   if (index.size() < 2 + kEntrySize) return false;
@@ -46,13 +48,16 @@ void ReadSharedStrings(const BiffGlobals& globals, SharedStrings& strings) {
   const std::size_t count = strings.Count();
   const std::string numbers = "is damaged: its table of shared texts should hold " +
                               GroupedDigits(stated) + " texts, and holds " + GroupedDigits(count);
-  // Zeros behind the last text read as empty ones; zeros in the place of texts do, too.
+  // More texts than stated: zeros behind the last text read as empty texts and are harmless. But
+  // zeros may also have replaced texts; then the last of the stated ones is empty.
   const auto is_empty = [&](std::size_t index) { return strings.Range(index).length == 0; };
   if (stated > 0 && count > stated) {
     bool is_padding = is_whole && !is_empty(stated - 1);
     for (std::size_t i = stated; i < count; ++i) is_padding &= is_empty(i);
     if (!is_padding) Refuse(numbers);
   }
+  // Fewer texts than stated: some writers count wrong. It is damage if the data ends within a text,
+  // or if the index agrees with the number.
   if (count < stated && (!is_whole || IsIndexOf(globals.string_index, stated))) Refuse(numbers);
 }
 

@@ -26,8 +26,9 @@ std::uint16_t Xf(const std::byte* cell) {
   return LoadU16(cell + 4);
 }
 
-// Bit 0: the number is divided by 100. Bit 1: the other 30 bits are an integer, else they are the
-// upper bits of a double.
+// A number in 32 bits:
+//   bit 0  the number is divided by 100
+//   bit 1  the upper 30 bits are a signed integer, else those of a double whose rest is zero
 double RkNumber(std::uint32_t rk) {
   const double number = (rk & 2) != 0 ? static_cast<std::int32_t>(rk) >> 2
                                       : std::bit_cast<double>(std::uint64_t{rk & ~3u} << 32);
@@ -35,7 +36,7 @@ double RkNumber(std::uint32_t rk) {
 }
 
 constexpr int kMostNullRecords = 8;  // writers leave a few zeros between records
-constexpr int kMostGap = 32;         // columns between a cell and the next one of its row
+constexpr int kMostGap = 32;         // columns between a cell and the next one in its row
 constexpr int kRecordsAhead = 4;
 constexpr std::size_t kMostInFront = 512;  // bytes of an unknown record in front of all cells
 constexpr std::size_t kFormulaHead = 22;   // in front of the formula itself
@@ -51,6 +52,8 @@ void SheetReader::Read(std::span<const std::byte> stream, std::size_t offset) {
   bytes_read_ = records_.NextOffset() - offset;
 }
 
+// The sheet ends with the EOF of its own sub-stream; charts between have a BOF and an EOF of
+// theirs.
 void SheetReader::ReadRecords() {
   depth_ = 0;
   null_records_ = 0;
@@ -73,8 +76,9 @@ void SheetReader::ReadRecords() {
   RefuseEnd();
 }
 
-// A record of a cell holds at least what its kind needs. A formula's text does not come behind the
-// next cell.
+// Checks of every cell's record: it holds what its kind needs at least, and a column of a sheet.
+// The next cell ends the wait for a formula's text, and proves that a doubtful record stood between
+// cells.
 [[gnu::always_inline]] inline void SheetReader::StartCell(std::span<const std::byte> data,
                                                           std::size_t minimum) {
   if (data.size() < minimum) RefuseRecord("is too short for its kind");
@@ -83,7 +87,7 @@ void SheetReader::ReadRecords() {
   CheckColumn(Row(data.data()), Column(data.data()));
 }
 
-// The same where the kind has one size.
+// The same for kinds of one size.
 [[gnu::always_inline]] inline void SheetReader::StartFixedCell(std::span<const std::byte> data,
                                                                std::size_t size) {
   StartCell(data, size);
@@ -132,8 +136,9 @@ void SheetReader::ReadRecord(std::uint16_t number, std::span<const std::byte> da
   }
 }
 
-// Of records that are no cells only the form is looked at: where it cannot be, the reader has lost
-// its way, and cells with it.
+// Skips a record that is no cell. Its number and length must be ones that a sheet can have: if not,
+// an earlier header was damaged, and the reader is in the middle of other records, where it loses
+// cells.
 void SheetReader::PassOver(std::uint16_t number, std::span<const std::byte> data) {
   const bool is_null = number == 0 && data.empty();
   null_records_ = is_null ? null_records_ + 1 : 0;
@@ -147,15 +152,16 @@ void SheetReader::PassOver(std::uint16_t number, std::span<const std::byte> data
   if (!BelongsBetweenCells(number)) CheckIsNoCell(number, data);
 }
 
-// A cell whose record number was damaged is of an unknown kind, or it has a kind that is one bit
-// off a cell's with the length of that cell, and holds the place that is due. It is told when more
-// cells follow; what stands behind the cells may be of any kind. Some writers put links and notes
-// between cells, whose records begin with a place, too.
+// Looks for cells whose record number is damaged. Such a record is of an unknown kind; or one bit
+// of its number makes a cell of it whose length it has, and it begins with the place where the next
+// cell is due. It is refused when another cell follows: behind the last cell there may be records
+// of any kind. The place alone proves nothing, because some writers put links and notes between
+// cells, whose records begin with a row and a column, too.
 void SheetReader::CheckIsNoCell(std::uint16_t number, std::span<const std::byte> data) {
   if (maybe_lost_) return;
   const bool is_unknown = !IsKnown(number) && (number != 0 || !data.empty());
   if (cells_.IsUnfilled()) {
-    // Where there are no globals in front, their records may stand here.
+    // A stream without globals may hold their records here.
     if (globals_.is_single_sheet) return;
     if (is_unknown && data.size() >= kMostInFront) RefuseRecord("is of no kind that sheets hold");
     if (is_unknown && has_rows_) maybe_lost_ = records_.Offset();
@@ -166,7 +172,7 @@ void SheetReader::CheckIsNoCell(std::uint16_t number, std::span<const std::byte>
   }
 }
 
-// Whether one bit of the number makes a cell of it, whose length it has already.
+// Whether changing one bit of the number gives the record of a cell that has this length.
 bool SheetReader::IsNearCell(std::uint16_t number, std::span<const std::byte> data) {
   const auto is_near = [number](std::uint16_t cell) {
     return std::has_single_bit(static_cast<unsigned>(number ^ cell));
@@ -192,6 +198,8 @@ bool SheetReader::IsNearCell(std::uint16_t number, std::span<const std::byte> da
   return is_near(biff::kLabel) && data.size() > 8 && data.size() > LoadU16(data.data() + 6) + 6u;
 }
 
+// Whether the data begins like a cell that follows the last one: further right in its row, or in
+// the next row, with a format that the workbook has.
 bool SheetReader::HoldsNextPlace(std::span<const std::byte> data) const {
   if (data.size() < 6) return false;
   const CellPlace last = cells_.LastAdded();
@@ -203,8 +211,8 @@ bool SheetReader::HoldsNextPlace(std::span<const std::byte> data) const {
   return is_next && (formats == 0 || Xf(data.data()) < formats);
 }
 
-// A length that its kind does not have is sound where a writer's habit is behind it: then the
-// records that follow are ones of a sheet.
+// For a record of another length than its kind has. Some writers make such records, and then the
+// records behind are ones of a sheet. Behind a damaged length they are not.
 void SheetReader::CheckOddLength() {
   if (IsTooLong(records_.Number(), records_.Data().size())) RefuseTooLong();
   RecordReader ahead = records_;
@@ -238,7 +246,7 @@ void SheetReader::RefuseLostCell() const {
          " of the workbook stream stands between cells, where none of its kind does");
 }
 
-// An end with data in it is one where nothing or another sheet follows.
+// An EOF with data in it is damage unless nothing follows it, or another sheet does.
 void SheetReader::CheckEnd() const {
   const std::optional<RecordReader::Header> next = records_.PeekHeader();
   if (next && next->number != biff::kBof) RefuseRecord("would end the sheet, but holds data");
@@ -263,7 +271,7 @@ void SheetReader::ReadRk(const std::byte* data) {
   AddNumber(Row(data), Column(data), Xf(data), RkNumber(LoadU32(data + 6)));
 }
 
-// The last column stands at the end: it has to agree with the number of cells.
+// The last column stands behind the cells and must agree with their number.
 void SheetReader::ReadMulRk(std::span<const std::byte> data) {
   const std::uint16_t row = Row(data.data());
   const std::uint16_t first = Column(data.data());
@@ -280,6 +288,7 @@ void SheetReader::ReadMulRk(std::span<const std::byte> data) {
   }
 }
 
+// Blanks count only for the last cell of the sheet. Outside of the sheet they lose nothing.
 void SheetReader::ReadBlanks(std::span<const std::byte> data, std::size_t minimum) {
   if (data.size() < minimum) RefuseRecord("is too short for its kind");
   if (awaits_string_) EndFormula();
@@ -288,7 +297,7 @@ void SheetReader::ReadBlanks(std::span<const std::byte> data, std::size_t minimu
   if (records_.Number() == biff::kMulBlank) {
     count = static_cast<int>(data.size() - 6) / 2;
   } else if (data.size() >= 14) {
-    // A number that lost one bit of its record's number.
+    // A NUMBER record becomes a BLANK by one wrong bit; as such it is too long.
     RefuseTooLong();
   }
   count = std::min(count, biff::kMaxColumns - first);
@@ -318,6 +327,8 @@ void SheetReader::ReadBoolErr(const std::byte* data) {
   }
 }
 
+// Takes the stored result. A text follows in a STRING record: until then the cell holds an empty
+// one.
 void SheetReader::ReadFormula(std::span<const std::byte> record) {
   const std::byte* const data = record.data();
   const std::byte* const result = data + 6;
@@ -326,7 +337,7 @@ void SheetReader::ReadFormula(std::span<const std::byte> record) {
   if (record.size() >= kFormulaHead) {
     const std::size_t size = LoadU16(data + kFormulaHead - 2);
     if (record.size() < kFormulaHead + size) RefuseRecord("is too short for its formula");
-    // The constants of a formula may stand behind it.
+    // Constants of the formula (arrays) may stand behind it.
     if (record.size() != kFormulaHead + size) CheckOddLength();
     formula_ = record.subspan(kFormulaHead, size);
   }
@@ -354,8 +365,8 @@ void SheetReader::ReadFormula(std::span<const std::byte> record) {
   DoubtFormula(false, false);
 }
 
-// Some writers store zeros or empty texts and ask for calculation, others store empty texts and ask
-// for nothing.
+// Writers that do not calculate store zeros or empty texts. Some of them ask the reading program to
+// calculate; others, which store only empty texts, do not.
 void SheetReader::DoubtFormula(bool is_zero, bool is_text) {
   const DoubtGround ground =
       asks_for_calculation_ ? DoubtGround::kAsksForCalculation : DoubtGround::kEmptyText;
@@ -366,9 +377,9 @@ void SheetReader::DoubtFormula(bool is_zero, bool is_text) {
   }
 }
 
-// A formula that gives something else shows that nobody calculated any. Where calculation is asked
-// for, so do those that cannot be worked out and look at cells with something in them, if no other
-// turns out true.
+// One formula that gives something else than its stored result shows that nobody calculated any. If
+// the workbook asks for calculation, formulas that cannot be worked out but look at filled cells
+// show it, too, unless the stored result of another one is right.
 bool SheetReader::IsFalse(DoubtGround ground) const {
   bool is_true = false;
   bool is_doubted = false;
@@ -392,7 +403,7 @@ bool SheetReader::IsFalse(DoubtGround ground) const {
   return ground == DoubtGround::kAsksForCalculation && is_doubted && !is_true;
 }
 
-// The result of the formula that came last; a shared formula or an array can stand between.
+// The text of the last formula. Records of a shared formula or an array may stand between the two.
 void SheetReader::ReadString() {
   if (!awaits_string_) return CheckIsNoCell(biff::kString, records_.Data());
   if (records_.Data().size() < 2) RefuseRecord("is too short for its kind");
@@ -402,13 +413,14 @@ void SheetReader::ReadString() {
   awaits_string_ = false;
 }
 
-// A formula whose text never came has no result.
+// Called when the next cell, or the end, comes instead of the text: the formula has no result.
 void SheetReader::EndFormula() {
   if (awaits_string_) cells_.LoseLast();
   awaits_string_ = false;
 }
 
-// The text of the present record whose length stands at an offset.
+// The text of the current record whose 16-bit length stands at this offset. It may go on in
+// CONTINUE records, which the loop over records then skips.
 TextRange SheetReader::ReadText(std::size_t length_offset) {
   const std::uint16_t length = LoadU16(records_.Data().data() + length_offset);
   ContinuedData data(records_.Rest(), records_.Data().size());
@@ -423,7 +435,7 @@ TextRange SheetReader::ReadText(std::size_t length_offset) {
 
 void SheetReader::AddNumber(std::uint16_t row, std::uint16_t column, std::uint16_t xf,
                             double number) {
-  // A format that is lost shifts all those behind it, and dates become numbers.
+  // If a format was lost, all those behind it have shifted, and dates become numbers.
   if (xf >= globals_.shows_date.size() && !globals_.shows_date.empty()) RefuseFormat(xf);
   const TypedNumber typed = TypeNumber(number, globals_.ShowsDate(xf), globals_.uses_1904);
   cells_.AddNumber(row, column, typed.kind, typed.number);
@@ -433,6 +445,7 @@ void SheetReader::AddBoolean(const std::byte* cell, std::uint8_t value) {
   cells_.AddNumber(Row(cell), Column(cell), CellKind::kBoolean, value != 0 ? 1 : 0);
 }
 
+// Unknown codes become #VALUE!: no other part of the program knows them.
 void SheetReader::AddError(const std::byte* cell, std::uint8_t code) {
   switch (code) {
     case 0:
