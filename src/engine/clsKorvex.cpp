@@ -19,7 +19,7 @@
 #include "settings/basSettings.h"
 #include "structure/basFuncs_workbooks.h"
 #include "text/text.h"
-#include "workbook/sheet_name.h"
+#include "workbook/sheet_rules.h"
 
 namespace korvex {
 namespace {

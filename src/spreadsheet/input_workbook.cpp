@@ -8,11 +8,11 @@
 #include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/cells/cell_place.h"
 #include "text/text.h"
+#include "workbook/sheet_rules.h"
 
 namespace korvex {
 namespace {
 
-constexpr int kReadableColumns = 387;
 constexpr std::size_t kMostKeptMemory = 16u << 20;
 
 }  // namespace
@@ -33,7 +33,7 @@ class InputWorkbook::Sheet : public Worksheet {
  public:
   Sheet(InputWorkbook& workbook, std::size_t index)
       : workbook_(workbook), index_(index), last_(workbook.reader_->LastPlace()) {
-    last_.column = std::max(last_.column, kReadableColumns);
+    last_.column = std::max(last_.column, kLastHeaderColumn);
   }
 
   std::string Name() const override { return Info().name; }

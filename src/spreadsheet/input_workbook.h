@@ -24,8 +24,8 @@ class ReadBufferPool {
 };
 
 // The cells of a sheet are read when they are first asked for. Every change and SaveAs is error
-// 1004, and so is a cell outside of the rows and columns of the format. Columns up to 387 are an
-// exception, because the program looks for headers there: they are Empty.
+// 1004, and so is a cell outside of the rows and columns of the format. Columns up to
+// kLastHeaderColumn are an exception, because the program looks for headers there: they are Empty.
 class InputWorkbook : public Workbook {
  public:
   // Opens `full_name`. The pool must outlive the workbook; the file system is needed only during

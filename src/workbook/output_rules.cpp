@@ -1,6 +1,5 @@
 #include "workbook/output_rules.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -12,8 +11,6 @@
 
 namespace korvex {
 namespace {
-
-constexpr std::size_t kMaxSheetNameCharacters = 31;
 
 constexpr const char* kOtherFormats[] = {".xlsm", ".xlsb", ".xltx", ".ods", ".tsv",
                                          ".txt",  ".htm",  ".html", ".xml", ".pdf"};
@@ -29,10 +26,6 @@ constexpr const char* kOtherFormats[] = {".xlsm", ".xlsb", ".xltx", ".ods", ".ts
          " " + GroupedDigits(static_cast<std::uint64_t>(number)) +
          " does not fit. Give the output a name that ends with " +
          std::string(format.larger_ending) + ".");
-}
-
-bool IsControl(char c) {
-  return static_cast<unsigned char>(c) < 0x20;
 }
 
 }  // namespace
@@ -69,28 +62,6 @@ Error SaveFailure(const std::string& target, const Error& cause) {
                "The workbook cannot be saved as " + target + ": " + cause.Description());
 }
 
-std::string SheetNameRefusal(std::string_view name) {
-  return "A worksheet cannot be named \"" + std::string(name) + "\": ";
-}
-
-void CheckSheetName(std::string_view name) {
-  if (name.empty()) Refuse(SheetNameRefusal(name) + "the name must not be empty.");
-  const std::size_t length = Utf16Length(name);
-  if (length > kMaxSheetNameCharacters) {
-    Refuse(SheetNameRefusal(name) + "it has " + std::to_string(length) +
-           " characters, and the name of a sheet at most 31.");
-  }
-  if (name.find_first_of("\\/?*[]:") != std::string_view::npos) {
-    Refuse(SheetNameRefusal(name) + R"(the name of a sheet cannot hold any of \ / ? * [ ] :)");
-  }
-  if (std::any_of(name.begin(), name.end(), IsControl)) {
-    Refuse(SheetNameRefusal(name) + "the name of a sheet cannot hold control characters.");
-  }
-  if (name.front() == '\'' || name.back() == '\'') {
-    Refuse(SheetNameRefusal(name) + "the name of a sheet cannot begin or end with an apostrophe.");
-  }
-}
-
 void CheckCellPosition(int row, int column) {
   if (row < 1 || column < 1) {
     Refuse("There is no cell in row " + std::to_string(row) + ", column " + std::to_string(column) +
@@ -124,14 +95,6 @@ void CheckOutputCell(const OutputFormat& format, const std::string& sheet, CellA
   } else if (value.kind == CellKind::kError && (value.number < 0 || value.number > 255)) {
     refuse("an error code outside 0 to 255.");
   }
-}
-
-std::string ColumnLetters(int column) {
-  std::string letters;
-  for (int rest = column; rest > 0; rest = (rest - 1) / 26) {
-    letters.insert(letters.begin(), static_cast<char>('A' + (rest - 1) % 26));
-  }
-  return letters;
 }
 
 }  // namespace korvex

@@ -11,12 +11,13 @@
 
 #include "platform/error.h"
 #include "workbook/cell.h"
+#include "workbook/sheet_rules.h"
 
 namespace korvex {
 
 class FileSystem;
 
-// What a sheet holds at most. A format is told by its address.
+// What a sheet holds at most. There is one object a format: compare formats by their addresses.
 struct OutputFormat {
   std::string_view ending;
   std::string_view larger_ending;  // of the format for what does not fit
@@ -24,8 +25,11 @@ struct OutputFormat {
   int columns;
   std::size_t characters;  // of a text, in UTF-16 units
 };
-inline constexpr OutputFormat kXlsFormat = {".xls", ".xlsx", 65'536, 256, 32'767};
-inline constexpr OutputFormat kXlsxFormat = {".xlsx", ".csv", 1'048'576, 16'384, 32'767};
+inline constexpr std::size_t kLongestCellText = 32'767;  // of .xls and .xlsx
+inline constexpr OutputFormat kXlsFormat = {".xls", ".xlsx", kXlsRows, kXlsColumns,
+                                            kLongestCellText};
+inline constexpr OutputFormat kXlsxFormat = {".xlsx", ".csv", kXlsxRows, kXlsxColumns,
+                                             kLongestCellText};
 inline constexpr OutputFormat kCsvFormat = {".csv", "", std::numeric_limits<int>::max(),
                                             std::numeric_limits<int>::max(),
                                             std::numeric_limits<std::size_t>::max()};
@@ -43,12 +47,6 @@ void CheckOutputTarget(const FileSystem& files, const std::string& target,
 // 58 for a file that stands in its place stays that.
 Error SaveFailure(const std::string& target, const Error& cause);
 
-// 1 to 31 UTF-16 units without \ / ? * [ ] : and control characters, and without an apostrophe at
-// either end.
-void CheckSheetName(std::string_view name);
-// How a refusal of that name begins.
-std::string SheetNameRefusal(std::string_view name);
-
 // Rows and columns count from 1.
 void CheckCellPosition(int row, int column);
 // That a sheet of the format reaches that far.
@@ -57,8 +55,5 @@ void CheckOutputPlace(const OutputFormat& format, CellAddress place);
 // name.
 void CheckOutputCell(const OutputFormat& format, const std::string& sheet, CellAddress place,
                      const CellValue& value);
-
-// "A" for 1, "AA" for 27.
-std::string ColumnLetters(int column);
 
 }  // namespace korvex

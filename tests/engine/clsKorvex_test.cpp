@@ -6,7 +6,7 @@
 
 #include "tests/support/campaign.h"
 #include "tests/support/errors.h"
-#include "workbook/sheet_name.h"
+#include "workbook/sheet_rules.h"
 
 namespace korvex {
 namespace {

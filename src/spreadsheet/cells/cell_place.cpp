@@ -24,11 +24,7 @@ std::optional<CellPlace> ReadCellName(std::string_view name) {
 }
 
 std::string CellName(CellPlace place) {
-  std::string name;
-  for (std::uint32_t column = place.column + 1; column > 0; column = (column - 1) / 26) {
-    name.insert(name.begin(), static_cast<char>('A' + (column - 1) % 26));
-  }
-  return name + std::to_string(place.row + 1);
+  return ColumnLetters(static_cast<int>(place.column) + 1) + std::to_string(place.row + 1);
 }
 
 void RefuseOutside(CellPlace place) {

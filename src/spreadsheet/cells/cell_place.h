@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "workbook/cell.h"
+#include "workbook/sheet_rules.h"
 
 namespace korvex {
 
@@ -17,8 +18,8 @@ struct CellPlace {
 };
 
 // What a sheet of an XML format holds.
-inline constexpr std::uint32_t kMostXmlRows = 1048576;
-inline constexpr std::uint32_t kMostXmlColumns = 16384;
+inline constexpr std::uint32_t kMostXmlRows = kXlsxRows;
+inline constexpr std::uint32_t kMostXmlColumns = kXlsxColumns;
 inline constexpr CellAddress kLastXmlPlace = {kMostXmlRows, kMostXmlColumns};
 
 // "B7" is row 6, column 1. Of a place outside of every sheet the result is only that it is outside.

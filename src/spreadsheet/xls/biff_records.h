@@ -9,12 +9,14 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "workbook/sheet_rules.h"
+
 namespace korvex::biff {
 
 inline constexpr std::size_t kRecordHeaderSize = 4;
 inline constexpr std::size_t kMaxRecordData = 8224;  // BIFF8
-inline constexpr int kMaxRows = 65536;
-inline constexpr int kMaxColumns = 256;
+inline constexpr int kMaxRows = kXlsRows;
+inline constexpr int kMaxColumns = kXlsColumns;
 
 enum Record : std::uint16_t {
   kFormula = 0x0006,
