@@ -11,6 +11,7 @@
 #include "platform/file_system.h"
 #include "platform/services.h"
 #include "settings/basSettings.h"
+#include "text/text.h"
 #include "workbook/spreadsheet.h"
 
 namespace korvex {
@@ -68,9 +69,14 @@ class Interlude {
 }  // namespace
 
 void CheckSelection(const RunSelection& selection) {
+  ListedFolders folders;
+  CheckSelection(selection, folders);
+}
+
+void CheckSelection(const RunSelection& selection, ListedFolders& folders) {
   if (basSettings::ProcessingFiles()) {
     if (selection.files.empty()) RefuseRun("Please select at least one file to process.");
-  } else if (SubFolderNames(selection.folder).empty()) {
+  } else if (folders.SubFolders(selection.folder).empty()) {
     RefuseRun("The folder you chose to process has no sub folders.");
   }
 }
@@ -79,7 +85,8 @@ ExistingOutput CheckOutputFile() {
   const std::string output = basSettings::OutputFullName();
   std::string cause;
   if (!IsUsableOutput(output, cause)) {
-    RefuseRun("Please specify a valid filename for the output file. \r\n(File could be in use).",
+    RefuseRun(std::string("Please specify a valid filename for the output file. ") + kLineBreak +
+                  "(File could be in use).",
               cause);
   }
   if (!Platform().files->FileExists(output)) {
@@ -115,7 +122,7 @@ RunOutcome MainRun::Start(const RunSelection& selection) {
 }
 
 void MainRun::Run(const RunSelection& selection) {
-  CheckSelection(selection);
+  CheckSelection(selection, moKorvex_->Folders());
   basSettings::SetLastPath(selection.folder);
   view_.EnterRunning();
   view_.SetMessage("Initializing...");
@@ -139,14 +146,17 @@ std::int32_t MainRun::ProgressMaximum(const RunSelection& selection) {
   if (basSettings::ProcessingSubFolders()) {
     files = 0;
     Interlude interlude(*moKorvex_);
-    for (const std::string& name : SubFolderNames(selection.folder)) {
+    ListedFolders& folders = moKorvex_->Folders();
+    for (const std::string& name : folders.SubFolders(selection.folder)) {
       const std::string sub_folder = JoinPath(selection.folder, name);
+      interlude();
+      const std::vector<FolderEntry>& entries = folders.Entries(sub_folder);
       try {
-        files += CountFiles(sub_folder, [&] { interlude(); });
+        files += CountFiles(sub_folder, entries, [&] { interlude(); });
       } catch (const Error& error) {
         if (error.Number() == error_number::kUserInterrupt) throw;
         // A folder deeper down, which no run reads, may be closed to the user.
-        files += static_cast<std::int32_t>(WorkbookNames(sub_folder).size());
+        files += static_cast<std::int32_t>(folders.Workbooks(sub_folder).size());
       }
     }
   }

@@ -29,6 +29,8 @@ class RunView : public KorvexEvents {
 
 // Error 17, the user told, when nothing is there to process.
 void CheckSelection(const RunSelection& selection);
+// The same with what a run has listed, or will.
+void CheckSelection(const RunSelection& selection, ListedFolders& folders);
 // Whether a file in the output's place may be replaced at the end of the run.
 enum class ExistingOutput { kReplace, kKeep };
 // Error 17, the user told, when the output file of the settings cannot be written or the user does

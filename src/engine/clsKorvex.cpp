@@ -1,16 +1,11 @@
-// The run: the structure check, the output workbook, folders and files in order, and the layers
-// that hand an error up.
-
 #include "engine/clsKorvex.h"
 
-#include <algorithm>
-#include <iterator>
 #include <limits>
+#include <utility>
 
 #include "errors/trap.h"
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
-#include "files/folder_listing.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
@@ -18,13 +13,13 @@
 #include "platform/shown_text.h"
 #include "settings/basSettings.h"
 #include "structure/basFuncs_workbooks.h"
+#include "structure/clsArray.h"
 #include "text/text.h"
 #include "workbook/sheet_rules.h"
 
 namespace korvex {
 namespace {
 
-constexpr char kLineBreak[] = "\r\n";
 constexpr char kStopButton[] = "Yes, Stop.";
 
 // Folders and files are counted by 16-bit numbers. `things` are "sub-folders of /data/run1".
@@ -49,8 +44,8 @@ std::string FreeNameLike(const std::string& full_name) {
   }
 }
 
-// A display path for the handling of an error: the path itself where it cannot be shortened, since
-// the folder may be what went missing.
+// Display paths for messages about an error. They show the whole path where it cannot be shortened:
+// the folder may be what is missing.
 std::string FailedPath(const std::string& path) {
   try {
     return GetDisplayPath(path);
@@ -67,21 +62,26 @@ std::string FailedFolder(const std::string& folder) {
   }
 }
 
+// A sub-folder that was listed may be on a share that has gone since; what is left of it can look
+// like an empty folder.
+void CheckIsThere(const std::string& sub_folder) {
+  if (Platform().files->FolderExists(sub_folder)) return;
+  throw Error(error_number::kPathNotFound,
+              "The sub-folder " + sub_folder + " has gone since the run was started.");
+}
+
 }  // namespace
 
 clsKorvex::~clsKorvex() {
   QuitExcel(application_);
 }
 
-void clsKorvex::Refuse(const std::string& message) {
-  ShowMessageBox(message, {"OK"}, kProgramTitle);
-  throw Error(error_number::kCannotPerform);
-}
-
 void clsKorvex::ProcessFolders(std::string& folder, const std::vector<std::string>& files) {
   running_ = true;
   processing_folder_ = folder;
   files_ = files;
+  // The outermost of three layers: ProcessFile reports what goes wrong in a file, ProcessFiles
+  // names the folder, and the caller gets error 17 for every failure.
   Trap(
       "frmMain.ProcessFolders", [&] { Run(); },
       [&](const TrappedError& error) {
@@ -96,29 +96,23 @@ void clsKorvex::ProcessFolders(std::string& folder, const std::vector<std::strin
 void clsKorvex::Run() {
   application_ = Platform().spreadsheet->CreateApplication();
   CheckStructure();
-  next_output_row_ = 2;
   CreateOutputWorkbook();
-  WriteHeaders();
+  output_->WriteHeaders();
   if (basSettings::ProcessingSubFolders()) {
     ProcessSubFolders();
   } else {
-    folder_count_ = 1;
-    current_folder_ = 1;
-    std::vector<std::string> names;
-    for (const std::string& path : files_)
-      names.push_back(SharedFileSys().GetFileTitle(path, false));
-    CheckReplicationsAhead(names);
-    ProcessFiles(files_);
+    ProcessSelectedFiles();
   }
-  RemoveEmptyColumns();
+  output_->RemoveEmptyColumns();
   SaveOutputWorkbook();
 }
 
 void clsKorvex::CheckStructure() {
-  structure_.Constructor(processing_folder_, files_, nullptr);
+  structure_.Constructor(processing_folder_, files_, nullptr, &folders_);
   if (!structure_.Discrepancy()) return;
-  Refuse(std::string("Please check structure settings before start.") + kLineBreak + kLineBreak +
-         "File used for format check:" + kLineBreak + kLineBreak + structure_.SampleFileUsed(true));
+  TellAndFail(std::string("Please check structure settings before start.") + kLineBreak +
+              kLineBreak + "File used for format check:" + kLineBreak + kLineBreak +
+              structure_.SampleFileUsed(true));
 }
 
 void clsKorvex::CreateOutputWorkbook() {
@@ -128,47 +122,59 @@ void clsKorvex::CreateOutputWorkbook() {
   output_full_name_ = basSettings::OutputFullName();
   output_workbook_ = &application_->AddWorkbook(output_full_name_);
   while (output_workbook_->WorksheetCount() >= 2) output_workbook_->Worksheets(1).Delete();
-  output_sheet_ = &output_workbook_->Worksheets(1);
+  Worksheet& sheet = output_workbook_->Worksheets(1);
   const std::string folder = Platform().files->AbsolutePath(processing_folder_);
   const std::string name = SheetNameFromFolder(SharedFileSys().GetFileTitle(folder, false));
-  if (!name.empty()) output_sheet_->SetName(name);
+  if (!name.empty()) sheet.SetName(name);
+  output_.emplace(sheet, structure_);
 }
 
+// What cannot be done is refused before the first file is read, since a run may take an hour.
 void clsKorvex::ProcessSubFolders() {
-  const std::vector<std::string> sub_folders = SubFolderNames(processing_folder_);
-  // The sample came from one of them. A share that went away since can look like an empty folder.
-  if (sub_folders.empty() && !structure_.SampleFileUsed(false).empty()) {
-    throw Error(error_number::kPathNotFound, "The sub-folders of " + processing_folder_ +
-                                                 " have gone since the run was started.");
-  }
+  const std::vector<std::string> sub_folders = folders_.SubFolders(processing_folder_);
   folder_count_ = Int16(sub_folders.size(), "sub-folders of " + processing_folder_);
   std::vector<std::string> names;
-  int first_count = 0;  // of the first sub-folder's replications, which are side by side after it
   for (const std::string& sub_folder : sub_folders) {
     const std::string path = JoinPath(processing_folder_, sub_folder);
-    std::vector<std::string> found = WorkbookNames(path);
+    CheckIsThere(path);
+    const std::vector<std::string> found = folders_.Workbooks(path);
     Int16(found.size(), "files in " + path);
-    std::ranges::move(found, std::back_inserter(names));
-    if (first_count == 0) first_count = ReplicationsOf(names).count;
+    if (sub_folder == sub_folders.front()) output_->CheckFoldersAhead(found, folder_count_);
+    names.insert(names.end(), found.begin(), found.end());
   }
-  CheckColumnsAhead(output_columns_ + first_count);
-  CheckReplicationsAhead(names);
-  for (const std::string& name : sub_folders) {
+  output_->CheckReplicationsAhead(names);
+  for (const std::string& sub_folder : sub_folders) {
     ++current_folder_;
-    const std::string sub_folder = JoinPath(processing_folder_, name);
-    clsArray paths;
-    for (const std::string& file : WorkbookNames(sub_folder))
-      paths.AddText(JoinPath(sub_folder, file));
-    if (paths.IsEmpty()) {
-      Refuse("The sub-folder \"" + Shown(name) + "\" is empty. " +
-             "Please make sure all sub-folders of chosen processing folder have " +
-             "files in them.");
-    }
-    ProcessFiles(paths.Texts());
-    CheckColumnsAhead(output_sheet_->LastCell().column);
+    ProcessFiles(FilesOf(sub_folder));
+    output_->CheckFoldersAhead(current_folder_, folder_count_);
   }
 }
 
+std::vector<std::string> clsKorvex::FilesOf(const std::string& sub_folder) {
+  const std::string path = JoinPath(processing_folder_, sub_folder);
+  CheckIsThere(path);
+  clsArray files;
+  for (const std::string& name : folders_.Workbooks(path)) files.AddText(JoinPath(path, name));
+  if (files.IsEmpty()) {
+    TellAndFail("The sub-folder \"" + Shown(sub_folder) + "\" is empty. " +
+                "Please make sure all sub-folders of chosen processing folder have " +
+                "files in them.");
+  }
+  return files.Texts();
+}
+
+void clsKorvex::ProcessSelectedFiles() {
+  folder_count_ = 1;
+  current_folder_ = 1;
+  std::vector<std::string> names;
+  for (const std::string& path : files_) {
+    names.push_back(SharedFileSys().GetFileTitle(path, false));
+  }
+  output_->CheckReplicationsAhead(names);
+  ProcessFiles(files_);
+}
+
+// One batch: a sub-folder, or the selected files.
 void clsKorvex::ProcessFiles(const std::vector<std::string>& files) {
   try {
     const std::int16_t count = Int16(files.size(), "files");
@@ -177,8 +183,8 @@ void clsKorvex::ProcessFiles(const std::vector<std::string>& files) {
       const std::string base_name = SharedFileSys().GetFileTitle(path, true);
       ProcessFile(path, base_name, ++number, count);
     }
-    RemoveEmptyColumns();
-    AddExtraHeaders();
+    output_->RemoveEmptyColumns();
+    output_->AddExtraHeaders();
   } catch (...) {
     if (basSettings::ProcessingSubFolders()) {
       const std::string folder = SharedFileSys().GetFilePath(files.front(), false);
@@ -188,14 +194,28 @@ void clsKorvex::ProcessFiles(const std::vector<std::string>& files) {
   }
 }
 
+// After an error that the user has been told of, the workbook is closed. After others it stays open
+// until the engine goes, since its application may be what failed.
 void clsKorvex::ProcessFile(const std::string& path, const std::string& base_name,
                             std::int16_t file_number, std::int16_t file_count) {
+  Workbook* input = nullptr;
   Trap(
-      "frmMain.ProcessFile", [&] { ReadFile(path, base_name, file_number, file_count); },
+      "frmMain.ProcessFile",
+      [&] {
+        input = &OpenInput(path);
+        CheckSheetExists(*input);
+        structure_.RefreshAvailableCols(*input);
+        DataSheet sheet(*input, structure_);
+        Platform().message_loop->Yield();
+        AskWhetherToStop();
+        ProcessSheet(sheet, base_name, file_number, file_count);
+        std::exchange(input, nullptr)->Close();
+        events_.ProcessedFile();
+      },
       [&](const TrappedError& error) {
         const bool stopped = error.Number() == error_number::kUserInterrupt;
         if (error.IsTold()) {
-          CloseInputWorkbook();
+          if (input != nullptr) input->Close();
         } else if (!stopped) {
           error.Report("An error occurred while processing the file " + FailedPath(path));
         }
@@ -206,29 +226,30 @@ void clsKorvex::ProcessFile(const std::string& path, const std::string& base_nam
       });
 }
 
-void clsKorvex::ReadFile(const std::string& path, const std::string& base_name,
-                         std::int16_t file_number, std::int16_t file_count) {
+Workbook& clsKorvex::OpenInput(const std::string& path) {
   OpenOptions options;
   options.read_only = true;
   options.ignore_read_only_recommended = true;
   options.add_to_recent_files = false;
-  input_workbook_ = &application_->OpenWorkbook(path, options);
-  CheckSheetExists(*input_workbook_);
-  structure_.RefreshAvailableCols(*input_workbook_);
-  data_sheet_ = &GetDataSheet(*input_workbook_);
-  Platform().message_loop->Yield();
-  AskWhetherToStop();
-  ProcessSheet(base_name, file_number, file_count);
-  CloseInputWorkbook();
-  events_.ProcessedFile();
+  return application_->OpenWorkbook(path, options);
 }
 
-void clsKorvex::CloseInputWorkbook() {
-  data_sheet_ = nullptr;
-  if (input_workbook_ == nullptr) return;
-  Workbook& workbook = *input_workbook_;
-  input_workbook_ = nullptr;
-  workbook.Close();
+void clsKorvex::ProcessSheet(DataSheet& sheet, const std::string& base_name,
+                             std::int16_t file_number, std::int16_t file_count) {
+  events_.Message("Folder " + std::to_string(current_folder_) + " of " +
+                  std::to_string(folder_count_) + ", Filename " + Shown(base_name) + " (" +
+                  std::to_string(file_number) + " of " + std::to_string(file_count) + ")" +
+                  ", Sheet " + std::to_string(sheet.Index()) + " of " +
+                  std::to_string(sheet.SheetCount()));
+  sheet.ReadLayout(output_->ColumnCount());
+  output_->BeginSheet();
+  std::string key;
+  for (int row = sheet.FirstRow(); sheet.HasRow(row); ++row) {
+    sheet.BuildKey(row, key);
+    const OutputTable::KeyPlace place = output_->CheckKey(key, sheet);
+    output_->WriteData(key, place.row, sheet, row);
+    if (place.is_new) output_->WriteOutputColumns(place.row, sheet, row);
+  }
 }
 
 void clsKorvex::AskWhetherToStop() {
@@ -245,15 +266,14 @@ void clsKorvex::SaveOutputWorkbook() {
   } else {
     output_workbook_->SaveAs(output_full_name_);
   }
-  output_workbook_->Close();
-  output_sheet_ = nullptr;
-  output_workbook_ = nullptr;
+  output_.reset();
+  std::exchange(output_workbook_, nullptr)->Close();
   application_->Quit();
   application_.reset();
 }
 
-// What the run has made is saved in any case; where it is the user must know, since it is not where
-// it was expected.
+// Saves the output under another name when a file has appeared under its own: the work of the run
+// is kept, and the error says where.
 void clsKorvex::SaveUnlessTaken() {
   const auto save_as = [&](const std::string& name) {
     try {

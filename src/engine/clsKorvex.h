@@ -5,13 +5,13 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
-#include "structure/clsArray.h"
+#include "engine/data_sheet.h"
+#include "engine/output_table.h"
+#include "files/folder_listing.h"
 #include "structure/clsStructure.h"
-#include "structure/keyed_collection.h"
 #include "workbook/spreadsheet.h"
 
 namespace korvex {
@@ -29,7 +29,8 @@ class KorvexEvents {
   virtual void ProcessedFile() = 0;
 };
 
-// One instance serves one run. Rows and columns are one-based.
+// One instance serves one run, on one thread: opens the workbooks in order, hands the rows of each
+// (DataSheet) to the output (OutputTable), and tells and reports what goes wrong.
 class clsKorvex {
  public:
   // `events` must outlive the engine.
@@ -47,115 +48,44 @@ class clsKorvex {
   void StopProcess() { stop_requested_ = true; }
   // Asks the user when a stop was asked for; error 18 when the answer is yes.
   void AskWhetherToStop();
-  // From now on a file that stands in the output's place when it is saved stays there: the user
-  // wanted to be asked, and there was none to ask about.
+  // Keeps a file that appears in the output's place during the run: the user wants to be asked
+  // before one is replaced, and there was none to ask about.
   void KeepExistingOutput() { keep_existing_output_ = true; }
   // True from the start of a run to its end.
   bool Running() const { return running_; }
   // Where the run saves its output, as the settings named it when the run began; a change during
   // the run is for the next one.
   const std::string& OutputFullName() const { return output_full_name_; }
+  // What the run has listed so far; whoever counts its files ahead asks the same listing.
+  ListedFolders& Folders() { return folders_; }
   // Whether the run ended because the user confirmed a stop.
   bool Stopped() const { return stopped_; }
 
  private:
-  // Where a column's values come from in the current data sheet.
-  struct ColumnSource {
-    enum class Kind { kSheetColumn, kDate, kFilename, kDayNum, kNothing };
-    Kind kind = Kind::kNothing;
-    int sheet_column = 0;
-  };
-  struct KeyColumn {
-    std::string label;  // "name="
-    ColumnSource source;
-  };
-  struct OutputColumn {
-    int position = 0;
-    ColumnSource source;
-  };
-  // The columns of the current data sheet, looked up once for all of its rows.
-  struct SheetColumns {
-    std::vector<KeyColumn> keys;
-    std::vector<OutputColumn> outputs;
-    int data_column = 0;
-  };
-  // A key's output row and the number of the last data sheet that held it; no row when it is new.
-  struct KeyRow {
-    int row = 0;
-    int last_sheet = 0;
-  };
-
-  // The output column of a letter, and the replications that have it.
-  struct ReplicationColumns {
-    int column = 0;
-    std::set<std::int16_t> replications;
-  };
-
-  // How many columns replications take, and the highest of those that give a column its place.
-  struct Replications {
-    int count = 0;
-    std::int16_t highest = 0;
-  };
-
-  // The run, in clsKorvex.cpp.
   void Run();
   void CheckStructure();
   void CreateOutputWorkbook();
   void ProcessSubFolders();
+  void ProcessSelectedFiles();
+  // The sub-folder's files, by their full names. Refuses a folder without any.
+  std::vector<std::string> FilesOf(const std::string& sub_folder);
   void ProcessFiles(const std::vector<std::string>& files);
   void ProcessFile(const std::string& path, const std::string& base_name, std::int16_t file_number,
                    std::int16_t file_count);
-  void ReadFile(const std::string& path, const std::string& base_name, std::int16_t file_number,
-                std::int16_t file_count);
-  void CloseInputWorkbook();
+  Workbook& OpenInput(const std::string& path);
+  void ProcessSheet(DataSheet& sheet, const std::string& base_name, std::int16_t file_number,
+                    std::int16_t file_count);
   void SaveOutputWorkbook();
   void SaveUnlessTaken();
 
-  // Reading a data sheet, in clsKorvex_sheet.cpp.
-  void ProcessSheet(const std::string& base_name, std::int16_t file_number,
-                    std::int16_t file_count);
-  SheetColumns FindSheetColumns(int header_row);
-  ColumnSource FindColumn(const std::string& name);
-  void BuildKey(int row, const SheetColumns& columns, std::string& key);
-  CellValue GetColumnValue(const ColumnSource& source, int row);
-  std::string GetDate() const;
-  std::int16_t GetDayNum() const;
-  std::int16_t GetReplicationNum() const;
-  static std::int16_t ReplicationOf(const std::string& workbook_name);
-  std::string InputFullName() const;
-  std::string InputDisplayPath() const;
-
-  // Filling the output sheet, in clsKorvex_output.cpp.
-  void WriteHeaders();
-  KeyRow& CheckKey(const std::string& key, bool& is_new);
-  void WriteData(const std::string& key, int output_row, int row, int data_column);
-  int ReplicationColumn(std::int16_t replication);
-  std::string SharedColumn();
-  void WriteOutputColumns(int output_row, int row, const SheetColumns& columns);
-  void RemoveEmptyColumns();
-  void AddExtraHeaders();
-  bool HeaderIsEmpty(int column) const;
-  void CheckColumnsAhead(int columns) const;
-  void CheckReplicationsAhead(const std::vector<std::string>& workbook_names) const;
-  static Replications ReplicationsOf(const std::vector<std::string>& workbook_names);
-
-  // Shows a message with the one button "OK" and ends the run with error 17.
-  [[noreturn]] static void Refuse(const std::string& message);
-
   KorvexEvents& events_;
   std::unique_ptr<Application> application_;
-  Workbook* input_workbook_ = nullptr;
   Workbook* output_workbook_ = nullptr;
-  Worksheet* data_sheet_ = nullptr;
-  Worksheet* output_sheet_ = nullptr;
   clsStructure structure_;
-  KeyedCollection<KeyRow> key_table_;
-  KeyedCollection<ReplicationColumns> replication_table_;
-  clsArray extra_headers_;
+  std::optional<OutputTable> output_;  // from the moment its workbook is there
+  ListedFolders folders_;
   std::string processing_folder_;
   std::string output_full_name_;
-  int output_columns_ = 0;  // of the sample file; a later file may lack some and leaves them blank
-  std::int32_t next_output_row_ = 2;
   std::vector<std::string> files_;
   bool stop_requested_ = false;
   bool keep_existing_output_ = false;
@@ -163,17 +93,6 @@ class clsKorvex {
   bool stopped_ = false;
   std::int16_t current_folder_ = 0;
   std::int16_t folder_count_ = 0;
-
-  int sheet_number_ = 0;  // counts the data sheets of the run
-  // Of the current data sheet, each once a row needed it.
-  std::int16_t replication_ = 0;
-  int replication_column_ = 0;
-  std::optional<std::string> date_;
-  std::optional<std::string> filename_;
-  std::optional<std::string> day_num_;
-
-  std::string key_;           // of the current row
-  std::string written_text_;  // room for the text form of a value
 };
 
 }  // namespace korvex

@@ -13,14 +13,16 @@
 namespace korvex {
 namespace {
 
-std::int64_t CountFilesBelow(const std::string& folder, const std::function<void()>& on_folder) {
-  if (on_folder) on_folder();
+std::int64_t CountFilesBelow(const std::string& folder, const std::vector<FolderEntry>& entries,
+                             const std::function<void()>& on_folder) {
   std::int64_t count = 0;
-  for (const FolderEntry& entry : Platform().files->List(folder)) {
+  for (const FolderEntry& entry : entries) {
     if (!entry.is_folder) {
       ++count;
     } else if (!entry.is_link) {
-      count += CountFilesBelow(JoinPath(folder, entry.name), on_folder);
+      if (on_folder) on_folder();
+      const std::string inner = JoinPath(folder, entry.name);
+      count += CountFilesBelow(inner, Platform().files->List(inner), on_folder);
     }
   }
   return count;
@@ -54,7 +56,13 @@ std::string GetDisplayPath(const std::string& full_name) {
 }
 
 int CountFiles(const std::string& folder, const std::function<void()>& on_folder) {
-  const std::int64_t count = CountFilesBelow(folder, on_folder);
+  if (on_folder) on_folder();
+  return CountFiles(folder, Platform().files->List(folder), on_folder);
+}
+
+int CountFiles(const std::string& folder, const std::vector<FolderEntry>& entries,
+               const std::function<void()>& on_folder) {
+  const std::int64_t count = CountFilesBelow(folder, entries, on_folder);
   if (count > std::numeric_limits<std::int32_t>::max()) throw Error(error_number::kOverflow);
   return static_cast<int>(count);
 }

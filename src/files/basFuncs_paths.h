@@ -3,8 +3,11 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace korvex {
+
+struct FolderEntry;
 
 // Shortens a folder for display to drive, "\...\", parent and folder ("C:\...\Plates\Run1",
 // "/.../Plates/Run1"); a root folder and a folder right below one stay as they are. `with_slash`
@@ -16,10 +19,12 @@ std::string ShortenPath(const std::string& path, bool with_slash);
 // 76 when its folder does not exist; a bare file name has none.
 std::string GetDisplayPath(const std::string& full_name);
 
-// Files in the folder and in all folders below it, those behind links to folders left out. Error 6
-// beyond 32 bits. `on_folder` is called before each folder is listed, and may end the count by an
-// error.
+// Files in the folder and in all folders below it, without what lies behind links to folders. Error
+// 6 beyond 32 bits. `on_folder` is called before each folder is listed; an error that it raises
+// ends the count. With `entries`, for a folder that has been listed already.
 int CountFiles(const std::string& folder, const std::function<void()>& on_folder = {});
+int CountFiles(const std::string& folder, const std::vector<FolderEntry>& entries,
+               const std::function<void()>& on_folder);
 
 // Whether the file can be created or appended to, and if not, why. Leaves the disk as it was, and
 // makes nothing under that name even for a moment.

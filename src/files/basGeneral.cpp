@@ -2,6 +2,7 @@
 
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
+#include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
 #include "text/text.h"
@@ -61,6 +62,11 @@ std::string ShowMessageBox(const std::string& prompt, const std::vector<std::str
                            const std::optional<std::string>& title, int icon) {
   int default_button = 0;
   return ShowMessageBox(prompt, buttons, title, icon, default_button);
+}
+
+void TellAndFail(const std::string& message) {
+  ShowMessageBox(message, {"OK"}, kProgramTitle);
+  throw Error(error_number::kCannotPerform);
 }
 
 }  // namespace korvex

@@ -29,4 +29,8 @@ std::string ShowMessageBox(const std::string& prompt, const std::vector<std::str
 std::string ShowMessageBox(const std::string& prompt, const std::vector<std::string>& buttons,
                            const std::optional<std::string>& title = std::nullopt, int icon = 0);
 
+// Shows the message under the program's title with the one button "OK", and raises error 17: the
+// user has been told, and nobody reports it again.
+[[noreturn]] void TellAndFail(const std::string& message);
+
 }  // namespace korvex

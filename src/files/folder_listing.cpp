@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "files/basGeneral.h"
 #include "platform/error.h"
 #include "platform/services.h"
 #include "text/text.h"
@@ -18,11 +19,15 @@ std::vector<FolderEntry> SortedEntries(const std::string& folder) {
   return entries;
 }
 
-namespace {
+const std::vector<FolderEntry>& ListedFolders::Entries(const std::string& folder) {
+  const std::string key = WithSeparator(folder);
+  const auto known = entries_.find(key);
+  if (known != entries_.end()) return known->second;
+  return entries_.emplace(key, SortedEntries(folder)).first->second;
+}
 
-// A run must not pass over a sub-folder, nor take it for a workbook, because a share is away.
-std::vector<FolderEntry> KnownEntries(const std::string& folder) {
-  std::vector<FolderEntry> entries = SortedEntries(folder);
+const std::vector<FolderEntry>& ListedFolders::EntriesOfKnownKind(const std::string& folder) {
+  const std::vector<FolderEntry>& entries = Entries(folder);
   for (const FolderEntry& entry : entries) {
     if (entry.obstacle.empty()) continue;
     throw Error(error_number::kPathFileAccess,
@@ -32,23 +37,21 @@ std::vector<FolderEntry> KnownEntries(const std::string& folder) {
   return entries;
 }
 
-}  // namespace
-
-std::vector<std::string> SubFolderNames(const std::string& folder) {
+std::vector<std::string> ListedFolders::SubFolders(const std::string& folder) {
   std::vector<std::string> names;
-  for (FolderEntry& entry : KnownEntries(folder)) {
-    if (entry.is_folder) names.push_back(std::move(entry.name));
+  for (const FolderEntry& entry : EntriesOfKnownKind(folder)) {
+    if (entry.is_folder) names.push_back(entry.name);
   }
   return names;
 }
 
-std::vector<std::string> WorkbookNames(const std::string& folder) {
+std::vector<std::string> ListedFolders::Workbooks(const std::string& folder) {
+  const auto is_named_like_one = [](const std::string& name) {
+    return EqualText(SharedFileSys().GetFileExtention(name, true, 3), ".xls") && name.size() > 4;
+  };
   std::vector<std::string> names;
-  for (FolderEntry& entry : KnownEntries(folder)) {
-    const bool like_a_workbook =
-        entry.name.size() > 4 &&
-        EqualText(std::string_view(entry.name).substr(entry.name.size() - 4), ".xls");
-    if (!entry.is_folder || like_a_workbook) names.push_back(std::move(entry.name));
+  for (const FolderEntry& entry : EntriesOfKnownKind(folder)) {
+    if (!entry.is_folder || is_named_like_one(entry.name)) names.push_back(entry.name);
   }
   return names;
 }

@@ -3,7 +3,6 @@
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
 #include "platform/error.h"
-#include "platform/services.h"
 #include "platform/shown_text.h"
 #include "workbook/cell_text.h"
 
@@ -24,10 +23,8 @@ void CheckSheetExists(Workbook& workbook) {
           error.Report();
           return;
         }
-        ShowMessageBox(std::string("No \"") + kDataSheetName + "\" sheet found in file " +
-                           ShortenPath(workbook.Path(), true) + Shown(workbook.Name()),
-                       {"OK"}, kProgramTitle);
-        throw Error(error_number::kCannotPerform);
+        TellAndFail(std::string("No \"") + kDataSheetName + "\" sheet found in file " +
+                    ShortenPath(workbook.Path(), true) + Shown(workbook.Name()));
       });
 }
 

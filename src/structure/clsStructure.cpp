@@ -45,7 +45,9 @@ std::vector<std::string> TextsOf(const std::optional<clsArray::Values>& values) 
 }  // namespace
 
 void clsStructure::Constructor(const std::string& path, const std::vector<std::string>& files,
-                               Application* application) {
+                               Application* application, ListedFolders* folders) {
+  ListedFolders own_folders;
+  if (folders == nullptr) folders = &own_folders;
   std::unique_ptr<Application> started;
   Trap(
       "clsStructure.Constructor",
@@ -55,7 +57,7 @@ void clsStructure::Constructor(const std::string& path, const std::vector<std::s
         available_columns_.RemoveAll();
         output_columns_.RemoveAll();
         key_columns_.RemoveAll();
-        ChooseSample(path, files);
+        ChooseSample(path, files, *folders);
         if (application == nullptr) {
           started = Platform().spreadsheet->CreateApplication();
           application = started.get();
@@ -71,22 +73,23 @@ void clsStructure::Constructor(const std::string& path, const std::vector<std::s
   QuitExcel(started);
 }
 
-void clsStructure::ChooseSample(const std::string& path, const std::vector<std::string>& files) {
+// Only the first sub-folder is looked at: without a file in it there is no sample.
+void clsStructure::ChooseSample(const std::string& path, const std::vector<std::string>& files,
+                                ListedFolders& folders) {
   sample_file_.clear();
   if (!basSettings::ProcessingSubFolders()) {
     if (files.empty()) throw Error(error_number::kSubscript);
     sample_file_ = files.front();
     return;
   }
-  const std::vector<std::string> sub_folders = SubFolderNames(path);
+  const std::vector<std::string> sub_folders = folders.SubFolders(path);
   if (!sub_folders.empty()) {
     const std::string sub_folder = JoinPath(path, sub_folders.front());
-    const std::vector<std::string> names = WorkbookNames(sub_folder);
+    const std::vector<std::string> names = folders.Workbooks(sub_folder);
     if (!names.empty()) sample_file_ = JoinPath(sub_folder, names.front());
   }
   if (!TrimBlanks(sample_file_).empty()) return;
-  ShowMessageBox(kNoSample, {"OK"}, kProgramTitle);
-  throw Error(error_number::kCannotPerform);
+  TellAndFail(kNoSample);
 }
 
 void clsStructure::ReadSample(Application& application) {

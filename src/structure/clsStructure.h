@@ -14,6 +14,8 @@
 
 namespace korvex {
 
+class ListedFolders;
+
 // Columns that no sheet holds: the engine supplies their values.
 inline constexpr char kFilenameColumn[] = "Filename";
 inline constexpr char kDateColumn[] = "Date";
@@ -27,9 +29,10 @@ class clsStructure {
   // Reads the available columns of a sample workbook: the first file of the first sub-folder of
   // `path`, or the first of `files` when single files are processed. Without an `application` it
   // starts one for the sample and quits it again. Does not fail: it tells the user what is wrong
-  // with the sample and leaves what could be read.
+  // with the sample and leaves what could be read. A run passes the `folders` that it has listed,
+  // so that the sample is one of the files that it reads.
   void Constructor(const std::string& path, const std::vector<std::string>& files,
-                   Application* application);
+                   Application* application, ListedFolders* folders = nullptr);
 
   // Reads the available columns of an open workbook and rebuilds key and output columns from the
   // settings. Error 9 without a sheet "data", 457 when two headers are equal or one is named like a
@@ -64,7 +67,8 @@ class clsStructure {
  private:
   using Columns = KeyedCollection<std::int16_t>;
 
-  void ChooseSample(const std::string& path, const std::vector<std::string>& files);
+  void ChooseSample(const std::string& path, const std::vector<std::string>& files,
+                    ListedFolders& folders);
   void ReadSample(Application& application);
 
   Columns available_columns_;

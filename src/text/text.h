@@ -9,6 +9,9 @@
 
 namespace korvex {
 
+// The line break of messages, of the error log and of .csv files, on every platform.
+inline constexpr char kLineBreak[] = "\r\n";
+
 // Upper case by simple one-to-one mappings of Latin, Greek and Cyrillic letters.
 std::string UpperCase(std::string_view text);
 void AppendUpperCase(std::string_view text, std::string& out);

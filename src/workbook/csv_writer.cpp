@@ -8,6 +8,7 @@
 
 #include "platform/error.h"
 #include "platform/file_system.h"
+#include "text/text.h"
 #include "workbook/cell_text.h"
 #include "workbook/spreadsheet.h"
 
@@ -64,7 +65,7 @@ void WriteRecords(const Worksheet& sheet, ReplacementFile& file) {
       }
       AppendField(value, block);
     }
-    block.append("\r\n");
+    block.append(kLineBreak);
     if (block.size() >= kBlock) flush();
   }
   flush();

@@ -383,7 +383,7 @@ TEST_F(Engine, FailsWhenItsFoldersCannotBeListed) {
   };
   put();
   EXPECT_EQ(Run(), 17);
-  EXPECT_THAT(Cause(), HasSubstr("sub-folders of /data/screen/ have gone"));
+  EXPECT_THAT(Cause(), HasSubstr("sub-folder /data/screen/a has gone since the run was started"));
   EXPECT_FALSE(campaign.HasOutput());
 }
 

@@ -66,13 +66,13 @@ TEST(FolderListing, SortsByUpperCasedNameThenByBytes) {
       platform.files.AddFile(JoinPath(folder, name));
     for (const char* name : {"Run2", "run10", "RUN1"})
       platform.files.AddFolder(JoinPath(folder, name));
-    EXPECT_THAT(WorkbookNames(folder),
+    EXPECT_THAT(ListedFolders().Workbooks(folder),
                 ElementsAre("10.xls", "9.xls", "a.xls", "b.xls", "Z.xls", "_.xls", "é.xls"));
-    EXPECT_THAT(SubFolderNames(folder), ElementsAre("RUN1", "run10", "Run2"));
+    EXPECT_THAT(ListedFolders().SubFolders(folder), ElementsAre("RUN1", "run10", "Run2"));
   }
   TestPlatform platform;
   for (const char* name : {"/d/a", "/d/A", "/d/B"}) platform.files.AddFile(name);
-  EXPECT_THAT(WorkbookNames("/d"), ElementsAre("A", "a", "B"));
+  EXPECT_THAT(ListedFolders().Workbooks("/d"), ElementsAre("A", "a", "B"));
 }
 
 }  // namespace
