@@ -210,7 +210,9 @@ TEST_F(OutputWorkbookTest, RefusesWhatTheFormatCannotHoldAndNamesTheOneThatCan) 
         ErrorOf([&] { sheet.SetValue(test.place.row, test.place.column, test.value); });
     EXPECT_EQ(error.Number(), test.cause.empty() ? 0 : error_number::kAutomation) << test.name;
     for (const char* part : test.cause) EXPECT_THAT(error.Description(), HasSubstr(part));
-    if (!test.cause.empty()) EXPECT_EQ(sheet.LastCell(), (CellAddress{1, 1}));
+    if (!test.cause.empty()) {
+      EXPECT_EQ(sheet.LastCell(), (CellAddress{1, 1}));
+    }
   }
   // 32,767 characters are as many UTF-16 units, not bytes.
   std::string letters;
