@@ -24,7 +24,7 @@ void CheckNumber(double number) {
 }
 
 void ReadText(std::string_view text) {
-  IsDateFormat(text);
+  DateFormOf(text);
   const CellValue value = CellFromText(text);
   fuzz::Require(CellText(value) == text, "a cell shows the text that it was given");
   const std::optional<double> number = ParseNumber(text);

@@ -117,6 +117,7 @@ ComValue ComValueOf(const CellValue& cell) {
     case CellKind::kNumber:
       return ComValue(cell.number);
     case CellKind::kDate:
+    case CellKind::kElapsed:
       return ComValue::Date(cell.number);
     case CellKind::kBoolean:
       return ComValue(cell.number != 0);

@@ -26,6 +26,7 @@ std::string_view KindName(CellKind kind) {
     case CellKind::kNumber:
       return "number";
     case CellKind::kDate:
+    case CellKind::kElapsed:
       return "date";
     case CellKind::kBoolean:
       return "boolean";
@@ -69,6 +70,7 @@ void AppendValue(const CellValue& value, std::string& out) {
   switch (value.kind) {
     case CellKind::kNumber:
     case CellKind::kDate:
+    case CellKind::kElapsed:
       AppendNumber(value.number, out);
       break;
     case CellKind::kText:

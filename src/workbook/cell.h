@@ -6,7 +6,11 @@
 
 namespace korvex {
 
-enum class CellKind : std::uint8_t { kEmpty, kNumber, kDate, kBoolean, kError, kText };
+enum class CellKind : std::uint8_t { kEmpty, kNumber, kDate, kBoolean, kError, kText, kElapsed };
+
+inline bool IsDateKind(CellKind kind) {
+  return kind == CellKind::kDate || kind == CellKind::kElapsed;
+}
 
 // A view: `text` is UTF-8 and belongs to whoever made the value; a worksheet's text lives until
 // its workbook is closed.
@@ -16,6 +20,9 @@ enum class CellKind : std::uint8_t { kEmpty, kNumber, kDate, kBoolean, kError, k
 //   kError    number = the application's code: 0 #NULL!, 7 #DIV/0!, 15 #VALUE!, 23 #REF!,
 //             29 #NAME?, 36 #NUM!, 42 #N/A
 //   kText     text, which may be empty (a formula that gives "" is not an empty cell)
+//   kElapsed  a date whose format shows the time that has passed ("[h]:mm"); only a .csv file,
+//   which
+//             has no formats, makes a difference: there it is a number of days
 struct CellValue {
   CellKind kind = CellKind::kEmpty;
   double number = 0;

@@ -284,6 +284,7 @@ void AppendCellText(const CellValue& value, std::string& out) {
       AppendNumber(value.number, out);
       break;
     case CellKind::kDate:
+    case CellKind::kElapsed:
       AppendDate(value.number, out);
       break;
     case CellKind::kBoolean:
@@ -304,6 +305,7 @@ void AppendDataText(const CellValue& value, std::string& out) {
     case CellKind::kEmpty:
       break;
     case CellKind::kNumber:
+    case CellKind::kElapsed:
       AppendExactNumber(value.number, out);
       break;
     case CellKind::kDate:
@@ -334,6 +336,7 @@ bool IsNumeric(const CellValue& value) {
     case CellKind::kText:
       return ParseNumber(value.text).has_value();
     case CellKind::kDate:
+    case CellKind::kElapsed:
     case CellKind::kError:
       break;
   }

@@ -23,8 +23,8 @@ bool IsTime(const CellValue& value) {
   return value.kind == CellKind::kDate && value.number < kFirstDate;
 }
 
-// By column, whether its times are elapsed ones ("[h]:mm"): one of them is longer than a day. As
-// dates they would lie in 1899 and 1900.
+// By column, whether its times are elapsed ones though no format says so: one of them is longer
+// than a day. As dates they would lie in 1899 and 1900.
 std::vector<bool> FindElapsedTimes(const Worksheet& sheet, CellAddress last) {
   std::vector<bool> is_elapsed(static_cast<std::size_t>(last.column) + 1);
   for (int row = 1; row <= last.row; ++row) {

@@ -14,7 +14,8 @@ namespace korvex::test {
 // "1,1 number 0.5 | 2,3 text abc | 4,1 uncalculated": row, column, kind and value of the cells that
 // are not empty.
 inline std::string Listing(const SheetCells& cells) {
-  static constexpr const char* kKinds[] = {"empty", "number", "date", "boolean", "error", "text"};
+  static constexpr const char* kKinds[] = {"empty", "number", "date", "boolean",
+                                           "error", "text",   "date"};
   std::string listing;
   for (std::size_t i = 0; i < cells.Count(); ++i) {
     const SheetCells::Entry cell = cells.At(i);

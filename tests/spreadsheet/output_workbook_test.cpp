@@ -165,7 +165,8 @@ TEST_F(OutputWorkbookTest, PutsValuesIntoCsvForPrograms) {
       {CellValue::Text("=A1"), CellValue::Date(37593.5 + 0.25 / 86400), CellValue::Date(1.5)},
       {},
       {CellValue::Date(37593.5), CellValue::Date(37593), CellValue::Date(0.25)},
-      {CellValue::Boolean(true), CellValue::ErrorCode(42), CellValue::Number(-100000)}};
+      {CellValue::Boolean(true), CellValue::ErrorCode(42), CellValue::Number(-100000)},
+      {CellValue{CellKind::kElapsed, 0.25, {}}}};
   for (std::size_t row = 0; row < rows.size(); ++row) {
     for (std::size_t column = 0; column < rows[row].size(); ++column) {
       sheet.SetValue(static_cast<int>(row) + 1, static_cast<int>(column) + 1, rows[row][column]);
@@ -178,7 +179,8 @@ TEST_F(OutputWorkbookTest, PutsValuesIntoCsvForPrograms) {
             "=A1,2002-12-03 12:00:00.250,1.5\r\n"
             ",,\r\n"
             "2002-12-03 12:00:00,2002-12-03,0.25\r\n"
-            "TRUE,#N/A,-100000\r\n");
+            "TRUE,#N/A,-100000\r\n"
+            "0.25,,\r\n");
 }
 
 TEST_F(OutputWorkbookTest, RefusesWhatTheFormatCannotHoldAndNamesTheOneThatCan) {

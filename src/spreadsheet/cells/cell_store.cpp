@@ -57,11 +57,10 @@ int CellStore::RowEnd(int column) const {
   return 0;
 }
 
-bool CellStore::HasKind(int column, CellKind kind) const {
+bool CellStore::HasDates(int column) const {
   const Column& blocks = columns_[static_cast<std::size_t>(column)];
-  return std::any_of(blocks.begin(), blocks.end(), [kind](const auto& block) {
-    return block != nullptr &&
-           std::find(block->kinds.begin(), block->kinds.end(), kind) != block->kinds.end();
+  return std::any_of(blocks.begin(), blocks.end(), [](const auto& block) {
+    return block != nullptr && std::any_of(block->kinds.begin(), block->kinds.end(), IsDateKind);
   });
 }
 

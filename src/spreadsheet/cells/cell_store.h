@@ -42,7 +42,7 @@ class CellStore {
   const CellBlock* Block(int block, int column) const;
   // One past the last row of a column that is not empty; 0 for an empty column.
   int RowEnd(int column) const;
-  bool HasKind(int column, CellKind kind) const;
+  bool HasDates(int column) const;
   std::uint64_t Count(CellKind kind) const;
 
  private:

@@ -122,7 +122,7 @@ std::optional<DayAndTime> ReadIsoDate(std::string_view text) {
 TypedNumber TypeDate(DayAndTime date, bool uses_1904) {
   constexpr int kFirstOfMarch1900 = 61;  // from here on both counts agree
   if (!uses_1904 && date.day > 0 && date.day < kFirstOfMarch1900) --date.day;
-  return TypeNumber(date.Serial(), true, false);
+  return TypeNumber(date.Serial(), DateForm::kMoment, false);
 }
 
 std::optional<double> ReadIsoDuration(std::string_view text) {

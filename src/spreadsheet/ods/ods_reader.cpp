@@ -238,7 +238,7 @@ void OdsReader::ReadValue(const XmlElement& element, std::string_view type) {
   } else {
     number = is_number ? ReadNumber(value) : ReadIsoDuration(value);
   }
-  if (number) value_ = TypeNumber(*number, !is_number, false);
+  if (number) value_ = TypeNumber(*number, is_number ? DateForm::kNone : DateForm::kMoment, false);
   if (!has_check_sum_ && is_number && !number && *value != '\0') RefuseName(value);
   // Booleans that came from other formats are written as formulas of type float.
   if (number && is_number && IsTruth(Value(element, ods::kTable, "formula"))) {

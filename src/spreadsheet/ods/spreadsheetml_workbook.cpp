@@ -79,13 +79,13 @@ std::uint32_t NextIndex(const XmlElement& element, std::uint32_t next) {
 }
 
 // Besides format texts there are names for built-in formats: "Short Date", "Standard".
-bool ShowsDate(std::string_view format) {
-  if (format.ends_with(" Date") || format.ends_with(" Time")) return true;
+DateForm FormOf(std::string_view format) {
+  if (format.ends_with(" Date") || format.ends_with(" Time")) return DateForm::kMoment;
   for (const char* name : {"General", "General Number", "Currency", "Euro Currency", "Fixed",
                            "Standard", "Percent", "Scientific", "Yes/No", "True/False", "On/Off"}) {
-    if (format == name) return false;
+    if (format == name) return DateForm::kNone;
   }
-  return IsDateFormat(format);
+  return DateFormOf(format);
 }
 
 // The document:
@@ -128,7 +128,7 @@ class SpreadsheetMlReader : public XmlHandler {
   void AddNumber(const TypedNumber& typed);
 
   SheetCollector& sheets_;
-  std::map<std::string, bool, std::less<>> shows_date_;  // by style
+  std::map<std::string, DateForm, std::less<>> date_forms_;  // by style
   bool uses_1904_ = false;
   bool is_in_sheet_ = false;
   bool is_in_table_ = false;
@@ -140,7 +140,7 @@ class SpreadsheetMlReader : public XmlHandler {
 
   // The current cell.
   std::uint32_t column_ = 0;
-  bool cell_shows_date_ = false;
+  DateForm cell_form_ = DateForm::kNone;
   bool has_style_ = false;
   bool has_formula_ = false;
   std::string type_;  // "" without data
@@ -165,7 +165,7 @@ bool SpreadsheetMlReader::StartElement(const XmlElement& element) {
       if (is_in_table_) CheckElement(element, kTableParts);
       if (!is_in_sheet_) CheckElement(element, kStyleParts);
       if (!is_in_sheet_ && element.Is(kMain, "NumberFormat")) {
-        shows_date_[style_] = ShowsDate(Value(element, "Format"));
+        date_forms_[style_] = FormOf(Value(element, "Format"));
       }
       text_.clear();
       return collects_ = is_in_sheet_ && element.Is(kExcel, "Visible");
@@ -207,8 +207,8 @@ bool SpreadsheetMlReader::StartInGlobals(const XmlElement& element) {
   if (!element.Is(kMain, "Style")) return false;
   style_ = Value(element, "ID");
   // A style has the format of its parent until its own comes.
-  const auto parent = shows_date_.find(Value(element, "Parent"));
-  shows_date_[style_] = parent != shows_date_.end() && parent->second;
+  const auto parent = date_forms_.find(Value(element, "Parent"));
+  date_forms_[style_] = parent != date_forms_.end() ? parent->second : DateForm::kNone;
   return true;
 }
 
@@ -233,9 +233,9 @@ void SpreadsheetMlReader::StartCell(const XmlElement& element) {
   next_column_ =
       std::min(column_ + 1 + ReadCount(element, "MergeAcross").value_or(0), kMostXmlRows);
   const std::string_view style = Value(element, "StyleID");
-  const auto found = shows_date_.find(style);
-  if (found == shows_date_.end() && !style.empty()) RefuseName(style);
-  cell_shows_date_ = found != shows_date_.end() && found->second;
+  const auto found = date_forms_.find(style);
+  if (found == date_forms_.end() && !style.empty()) RefuseName(style);
+  cell_form_ = found != date_forms_.end() ? found->second : DateForm::kNone;
   has_style_ = !style.empty();
   has_formula_ = !Value(element, "Formula").empty();
   type_.clear();
@@ -268,7 +268,7 @@ void SpreadsheetMlReader::EndCell() {
     AddNumber(TypeDate(*date, uses_1904_));
   } else if (const auto number = is_number ? ReadNumber(text_) : std::nullopt) {
     AddNumber(type_ == "Boolean" ? TypedNumber{CellKind::kBoolean, *number != 0 ? 1.0 : 0.0}
-                                 : TypeNumber(*number, cell_shows_date_, uses_1904_));
+                                 : TypeNumber(*number, cell_form_, uses_1904_));
   } else if (type_ != "String" && text_.find_first_not_of(" \t\r\n") != std::string::npos) {
     Refuse("is damaged: cell " + CellName({row_, column_}) + " does not hold the " + type_ +
            " that it should");

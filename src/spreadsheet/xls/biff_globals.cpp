@@ -41,7 +41,7 @@ class GlobalsReader {
   bool is_book_;
   BiffGlobals globals_;
   std::vector<std::uint16_t> xf_formats_;
-  std::vector<std::int8_t> written_formats_;  // by id: -1 not written down, else whether a date
+  std::vector<std::optional<DateForm>> written_formats_;  // by id, of those that are written down
   std::vector<std::span<const std::byte>> names_;
   TextArena scratch_;
 };
@@ -167,8 +167,8 @@ void GlobalsReader::ReadRecord() {
 void GlobalsReader::ReadFormat(std::span<const std::byte> data) {
   if (data.size() < 3) return;
   const std::size_t id = LoadU16(data.data());
-  if (id >= written_formats_.size()) written_formats_.resize(id + 1, -1);
-  written_formats_[id] = IsDateFormat(Text(data.subspan(2), globals_.is_biff8 ? 2 : 1));
+  if (id >= written_formats_.size()) written_formats_.resize(id + 1);
+  written_formats_[id] = DateFormOf(Text(data.subspan(2), globals_.is_biff8 ? 2 : 1));
 }
 
 void GlobalsReader::ReadBoundSheet(std::span<const std::byte> data) {
@@ -205,8 +205,8 @@ void GlobalsReader::ReadBoundSheet(std::span<const std::byte> data) {
 // Done at the end, because a FORMAT record may come after the XF that uses it.
 void GlobalsReader::ResolveFormats() {
   for (const std::uint16_t id : xf_formats_) {
-    const bool is_written = id < written_formats_.size() && written_formats_[id] >= 0;
-    globals_.shows_date.push_back(is_written ? written_formats_[id] != 0 : IsBuiltInDateFormat(id));
+    const bool is_written = id < written_formats_.size() && written_formats_[id];
+    globals_.date_forms.push_back(is_written ? *written_formats_[id] : BuiltInDateForm(id));
   }
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "spreadsheet/bytes/code_page.h"
+#include "spreadsheet/cells/typed_number.h"
 #include "spreadsheet/cells/workbook_reader.h"
 
 namespace korvex {
@@ -20,7 +21,7 @@ struct BiffGlobals {
   CodePage code_page;  // of BIFF5 texts
   std::vector<SheetInfo> sheets;
   std::vector<std::uint32_t> sheet_offsets;  // of their BOF in the stream
-  std::vector<std::uint8_t> shows_date;      // by XF index, 0 or 1
+  std::vector<DateForm> date_forms;          // by XF index
   // The SST record: its data and the rest of the stream. Empty when there is none.
   std::span<const std::byte> strings;
   std::size_t strings_length = 0;
@@ -29,7 +30,9 @@ struct BiffGlobals {
   bool has_end = false;          // the closing EOF was there
   bool is_single_sheet = false;  // there are no globals: a worksheet begins the stream
 
-  bool ShowsDate(std::uint16_t xf) const { return xf < shows_date.size() && shows_date[xf] != 0; }
+  DateForm FormOf(std::uint16_t xf) const {
+    return xf < date_forms.size() ? date_forms[xf] : DateForm::kNone;
+  }
 };
 
 // Reads these records; more bytes than listed are ignored:

@@ -207,7 +207,7 @@ bool SheetReader::HoldsNextPlace(std::span<const std::byte> data) const {
   const bool is_next = place.row == last.row
                            ? place.column > last.column && place.column <= last.column + kMostGap
                            : place.row == last.row + 1 && place.column <= last.column;
-  const std::size_t formats = globals_.shows_date.size();
+  const std::size_t formats = globals_.date_forms.size();
   return is_next && (formats == 0 || Xf(data.data()) < formats);
 }
 
@@ -237,7 +237,7 @@ void SheetReader::RefuseTooLong() const {
 
 void SheetReader::RefuseFormat(std::uint16_t xf) const {
   RefuseRecord("has the format number " + GroupedDigits(xf) + ", and there are " +
-               GroupedDigits(globals_.shows_date.size()) + " formats from 0 on");
+               GroupedDigits(globals_.date_forms.size()) + " formats from 0 on");
 }
 
 void SheetReader::RefuseLostCell() const {
@@ -436,8 +436,8 @@ TextRange SheetReader::ReadText(std::size_t length_offset) {
 void SheetReader::AddNumber(std::uint16_t row, std::uint16_t column, std::uint16_t xf,
                             double number) {
   // If a format was lost, all those behind it have shifted, and dates become numbers.
-  if (xf >= globals_.shows_date.size() && !globals_.shows_date.empty()) RefuseFormat(xf);
-  const TypedNumber typed = TypeNumber(number, globals_.ShowsDate(xf), globals_.uses_1904);
+  if (xf >= globals_.date_forms.size() && !globals_.date_forms.empty()) RefuseFormat(xf);
+  const TypedNumber typed = TypeNumber(number, globals_.FormOf(xf), globals_.uses_1904);
   cells_.AddNumber(row, column, typed.kind, typed.number);
 }
 

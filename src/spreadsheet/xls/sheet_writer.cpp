@@ -55,7 +55,7 @@ void WritePageSetup(ByteWriter& out) {
 void WriteDateColumns(const CellStore& cells, ByteWriter& out) {
   constexpr U16 kWidth = 17 * 256;  // in 1/256 of a digit's width
   for (int column = 0; column < cells.ColumnCount(); ++column) {
-    if (!cells.HasKind(column, CellKind::kDate)) continue;
+    if (!cells.HasDates(column)) continue;
     const auto at = static_cast<U16>(column);
     out.PutRecord(biff::kColInfo, at, at, kWidth, CellFormat::kGeneral, U16{0}, U16{0});
   }
@@ -86,7 +86,7 @@ std::optional<U32> EncodeRk(double number) {
 
 // Dates are shown with what they have: serials below 1 are times of day, whole ones dates alone.
 CellFormat FormatOf(CellKind kind, double number) {
-  if (kind != CellKind::kDate) return CellFormat::kGeneral;
+  if (!IsDateKind(kind)) return CellFormat::kGeneral;
   if (number >= 0 && number < 1) return CellFormat::kTime;
   return std::trunc(number) == number ? CellFormat::kDate : CellFormat::kDateTime;
 }
@@ -191,7 +191,7 @@ class CellsWriter {
   void WriteCell(std::size_t column, CellKind kind, U64 bits) {
     const double number = std::bit_cast<double>(bits);
     const CellFormat format = FormatOf(kind, number);
-    const bool is_number = kind == CellKind::kNumber || kind == CellKind::kDate;
+    const bool is_number = kind == CellKind::kNumber || IsDateKind(kind);
     if (const auto rk = is_number ? EncodeRk(number) : std::nullopt) {
       run_[run_size_++] = {format, *rk};
       return;

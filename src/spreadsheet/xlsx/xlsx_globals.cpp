@@ -184,7 +184,7 @@ class StylesHandler : public XmlHandler {
     std::from_chars(digits.data(), digits.data() + digits.size(), id);
     if (element.Is(kMain, "numFmt")) {
       const char* const code = element.Attribute("formatCode");
-      if (code != nullptr) written_[id] = IsDateFormat(code);
+      if (code != nullptr) written_[id] = DateFormOf(code);
     } else if (element.Is(kMain, "xf")) {
       formats_.push_back(id);
     }
@@ -193,13 +193,13 @@ class StylesHandler : public XmlHandler {
   }
 
   bool HasStyles() const { return has_styles_; }
-  std::vector<std::uint8_t> ShowsDate() const {
-    std::vector<std::uint8_t> shows_date;
+  std::vector<DateForm> DateForms() const {
+    std::vector<DateForm> forms;
     for (const int id : formats_) {
       const auto written = written_.find(id);
-      shows_date.push_back(written != written_.end() ? written->second : IsBuiltInDateFormat(id));
+      forms.push_back(written != written_.end() ? written->second : BuiltInDateForm(id));
     }
-    return shows_date;
+    return forms;
   }
 
  private:
@@ -208,7 +208,7 @@ class StylesHandler : public XmlHandler {
 
   const ReadBudget& budget_;
   bool has_styles_ = false;
-  std::map<int, bool> written_;  // by id of the number format
+  std::map<int, DateForm> written_;  // by id of the number format
   std::vector<int> formats_;
 };
 
@@ -244,13 +244,13 @@ XlsxGlobals ReadXlsxGlobals(const ZipArchive& archive, ReadBudget& budget) {
   return globals;
 }
 
-std::vector<std::uint8_t> ReadXlsxDateFormats(const ZipArchive& archive, const std::string& part,
-                                              ReadBudget& budget) {
+std::vector<DateForm> ReadXlsxDateForms(const ZipArchive& archive, const std::string& part,
+                                        ReadBudget& budget) {
   if (part.empty()) return {};
   StylesHandler handler(budget);
   ParsePart(archive, part, budget, handler);
   if (!handler.HasStyles()) Refuse("is damaged: its part " + part + " does not hold styles");
-  return handler.ShowsDate();
+  return handler.DateForms();
 }
 
 }  // namespace korvex

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "spreadsheet/bytes/zip_archive.h"
+#include "spreadsheet/cells/typed_number.h"
 #include "spreadsheet/cells/workbook_reader.h"
 
 namespace korvex {
@@ -26,7 +27,7 @@ struct XlsxGlobals {
 XlsxGlobals ReadXlsxGlobals(const ZipArchive& archive, ReadBudget& budget);
 
 // For each cell format, by its index: 1 if it shows a date, else 0. Empty when `part` is "".
-std::vector<std::uint8_t> ReadXlsxDateFormats(const ZipArchive& archive, const std::string& part,
-                                              ReadBudget& budget);
+std::vector<DateForm> ReadXlsxDateForms(const ZipArchive& archive, const std::string& part,
+                                        ReadBudget& budget);
 
 }  // namespace korvex

@@ -166,7 +166,7 @@ void XlsxRowWriter::AppendText(std::string_view text) {
 }
 
 int XlsxRowWriter::StyleOf(CellKind kind, double number) const {
-  if (kind != CellKind::kDate) return 0;
+  if (!IsDateKind(kind)) return 0;
   if (number >= 0 && number < 1) return styles_.time;
   return std::trunc(number) == number ? styles_.date : styles_.date_time;
 }

@@ -152,8 +152,8 @@ void XlsxSheetReader::AddCell() {
       break;
   }
   if (const std::optional<double> number = ReadNumber(value_)) {
-    const bool shows_date = format_ < shows_date_.size() && shows_date_[format_] != 0;
-    AddTyped(TypeNumber(*number, shows_date, globals_.uses_1904));
+    const DateForm form = format_ < date_forms_.size() ? date_forms_[format_] : DateForm::kNone;
+    AddTyped(TypeNumber(*number, form, globals_.uses_1904));
     return DoubtFormula(*number == 0);
   }
   AddText(texts.Append(value_));

@@ -27,10 +27,10 @@ namespace korvex {
 // opened, and all results of a sheet are zero or empty, none of them was.
 class XlsxSheetReader : public XmlHandler {
  public:
-  // All must outlive the reader. `shows_date` is by index of the cell format.
-  XlsxSheetReader(const SharedStrings& strings, const std::vector<std::uint8_t>& shows_date,
+  // All must outlive the reader. `date_forms` is by index of the cell format.
+  XlsxSheetReader(const SharedStrings& strings, const std::vector<DateForm>& date_forms,
                   const XlsxGlobals& globals, SheetCells& cells)
-      : strings_(strings), shows_date_(shows_date), globals_(globals), cells_(cells) {}
+      : strings_(strings), date_forms_(date_forms), globals_(globals), cells_(cells) {}
 
   bool StartElement(const XmlElement& element) override;
   void EndElement(const XmlName& name, int depth) override;
@@ -54,7 +54,7 @@ class XlsxSheetReader : public XmlHandler {
   void AddTyped(const TypedNumber& typed);
 
   const SharedStrings& strings_;
-  const std::vector<std::uint8_t>& shows_date_;
+  const std::vector<DateForm>& date_forms_;
   const XlsxGlobals& globals_;
   SheetCells& cells_;
   bool is_worksheet_ = false;

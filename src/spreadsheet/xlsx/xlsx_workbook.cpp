@@ -55,7 +55,7 @@ void XlsxWorkbook::ReadStrings() {
 
 void XlsxWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
   if (!has_formats_and_strings_) {
-    shows_date_ = ReadXlsxDateFormats(archive_, globals_.styles_part, budget_);
+    date_forms_ = ReadXlsxDateForms(archive_, globals_.styles_part, budget_);
     ReadStrings();
     has_formats_and_strings_ = true;
   }
@@ -65,7 +65,7 @@ void XlsxWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
     const std::string& name = globals_.sheet_parts[index];
     if (name.empty()) Refuse("is damaged: its sheet \"" + sheet.name + "\" has no part");
     ZipPartReader part(archive_, name, budget_);
-    XlsxSheetReader handler(buffers_.strings, shows_date_, globals_, cells);
+    XlsxSheetReader handler(buffers_.strings, date_forms_, globals_, cells);
     const XmlSource source = [&](std::span<char> room) {
       budget_.CheckMemory(buffers_.strings.UsedMemory() + cells.UsedMemory());
       return part.Read(room);

@@ -28,7 +28,7 @@ class XlsxWorkbook : public WorkbookReader {
   ReadBudget budget_;
   XlsxGlobals globals_;
   bool has_formats_and_strings_ = false;
-  std::vector<std::uint8_t> shows_date_;
+  std::vector<DateForm> date_forms_;
 };
 
 }  // namespace korvex

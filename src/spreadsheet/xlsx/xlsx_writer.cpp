@@ -112,7 +112,7 @@ class Package {
       if (end == 0) continue;
       last_row = std::max(last_row, end);
       last_column = column + 1;
-      if (!cells.HasKind(column, CellKind::kDate)) continue;
+      if (!cells.HasDates(column)) continue;
       const auto at = static_cast<lxw_col_t>(column);
       worksheet_set_column(&sheet, at, at, kDateColumnWidth, nullptr);
     }
