@@ -14,9 +14,9 @@
 namespace korvex {
 namespace {
 
-// How the spreadsheet application itself says that it is busy, in the middle of an edit.
+// The result of the spreadsheet application while a user edits a cell in it.
 constexpr auto kBusyWithAnEdit = static_cast<HRESULT>(0x800AC472);
-// The rest of such a result is a number as this program counts errors.
+// In results of this kind the lower 16 bits are an error number of the same series as ours.
 constexpr auto kNumbered = 0x800A0000u;
 
 bool HasEnded(HRESULT result) {
@@ -54,7 +54,8 @@ int ErrorNumber(HRESULT result) {
   }
 }
 
-// 17 and 18 say in this program that the user knows already, or wanted it so.
+// In this program 17 and 18 mean that the user has been told, or has stopped the run: an
+// application that answers with them gets 1004.
 int OwnNumber(int number) {
   const bool has_another_meaning = number == error_number::kCannotPerform ||
                                    number == error_number::kUserInterrupt || number == 0;

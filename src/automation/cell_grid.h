@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "automation/com_value.h"
 #include "workbook/cell.h"
@@ -53,8 +54,16 @@ class GridBuilder {
   int rows_;
 };
 
-// `text` lends the room for the view on a text. Error 13 for what is no value of a cell.
+// `text` is scratch storage, which the view on a text may point into. Error 13 for what is no value
+// of a cell.
 CellValue CellFrom(const VARIANT& value, std::string& text);
 ComValue ComValueOf(const CellValue& cell);
+
+// "A1:J384", or "A1" for a single cell.
+std::string RangeAddress(CellAddress first, CellAddress last);
+
+// Several ranges in one address ("A1:A9,C3"), in order. The object model takes an address of 255
+// characters at most, so that many ranges come as more than one.
+std::vector<std::string> JoinAddresses(const std::vector<std::string>& addresses);
 
 }  // namespace korvex

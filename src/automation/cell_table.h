@@ -1,4 +1,4 @@
-// The cells of one sheet on this side of the automation: what was fetched, or is to be written.
+// The cells of one sheet in this process: those that were fetched, or are to be written.
 #pragma once
 
 #include <cstddef>
@@ -12,8 +12,8 @@
 
 namespace korvex {
 
-// Rows and columns count from 1. Owns its texts, each held once and never given back: what At()
-// answers stays readable for as long as the table lives.
+// Rows and columns count from 1. Owns its texts, equal ones once, and frees none before it ends:
+// what At() returns stays valid for as long as the table lives.
 class CellTable {
  public:
   // Empty anywhere outside.

@@ -8,7 +8,7 @@
 namespace korvex {
 namespace {
 
-// The number of a cell's error is that of its code, in the range of the errors of controls.
+// A cell's error is a result of the facility for controls, with the error code added to a base.
 constexpr SCODE kFirstCellError = static_cast<SCODE>(0x800A0000 + 2000);
 
 }  // namespace

@@ -36,9 +36,9 @@ class ComValue {
 
   VARTYPE Type() const { return variant_.vt; }
   const VARIANT& Raw() const { return variant_; }
-  // For a callee to fill; what was held is given back first.
+  // For a callee to fill; frees what was held first.
   VARIANT* Receive();
-  // Leaves nothing behind; the caller owns what was held.
+  // The caller takes over what was held; this is empty then.
   VARIANT Release();
 
   // Converts where the value is of another type. Error 13 when it cannot be converted.

@@ -16,8 +16,8 @@ namespace {
 constexpr std::chrono::milliseconds kFirstPause(10);
 constexpr std::chrono::milliseconds kLongestPause(500);
 
-// The arguments of a call in the order of the interface: the named ones first, then the others from
-// the last to the first. Borrows their values.
+// The arguments in the order that IDispatch wants: the named ones first, then the others from last
+// to first. Does not own their values.
 std::vector<VARIANTARG> InCallOrder(const std::vector<ComValue>& positional,
                                     const std::vector<NamedArgument>& named) {
   std::vector<VARIANTARG> ordered;
@@ -35,7 +35,7 @@ Dispatch::Dispatch(IDispatch* object, Milliseconds patience)
     : object_(object), patience_(patience) {}
 
 ComValue Dispatch::Get(const wchar_t* property, const std::vector<ComValue>& arguments) const {
-  // A property with arguments may be a method in disguise, and the other way round.
+  // Some applications declare a property with arguments as a method, or a method as a property.
   const WORD kind =
       arguments.empty() ? DISPATCH_PROPERTYGET : WORD{DISPATCH_PROPERTYGET | DISPATCH_METHOD};
   return Invoke(kind, property, arguments, {});
@@ -83,7 +83,7 @@ HRESULT Dispatch::Patiently(Attempt&& attempt) const {
 ComValue Dispatch::Invoke(WORD kind, const wchar_t* member, const std::vector<ComValue>& positional,
                           const std::vector<NamedArgument>& named) const {
   if (object_ == nullptr) throw Error(error_number::kObjectNotSet);
-  // The member's name and those of its arguments are looked up together.
+  // GetIDsOfNames takes the names of the arguments in one call with the member's.
   std::vector<LPOLESTR> names = {const_cast<LPOLESTR>(member)};
   for (const NamedArgument& argument : named) names.push_back(const_cast<LPOLESTR>(argument.name));
   std::vector<DISPID> ids(names.size());

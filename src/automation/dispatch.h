@@ -27,7 +27,7 @@ class Dispatch {
   static constexpr Milliseconds kPatience = std::chrono::seconds(30);
 
   Dispatch() = default;
-  // Takes the reference over. Objects that come out of this one are as patient as it is.
+  // Takes over the reference. Objects that this one answers with inherit its patience.
   explicit Dispatch(IDispatch* object, Milliseconds patience = kPatience);
 
   // Arguments go by their position, from the first one on.

@@ -100,7 +100,8 @@ void InstalledApplication::Quit() {
     Attempt([&] { workbooks_.back()->Close(); });
     if (workbooks_.size() == open) workbooks_.pop_back();
   }
-  // Ended is ended; and an invisible application goes with the last reference to it anyhow.
+  // A failure means that the application has exited already; an invisible one exits with the last
+  // reference to it.
   Attempt([&] { application.Call(L"Quit"); });
 }
 

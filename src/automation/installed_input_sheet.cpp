@@ -6,7 +6,6 @@
 #include "automation/cell_grid.h"
 #include "automation/installed_sheet.h"
 #include "automation/installed_workbook.h"
-#include "automation/range_address.h"
 #include "platform/error.h"
 #include "text/text.h"
 #include "workbook/output_rules.h"
@@ -44,7 +43,7 @@ CellAddress InstalledInputSheet::FindLastCell() const {
     const Dispatch cells = Object().Object(L"Cells");
     return AddressOf(cells.ObjectFrom(cells.Call(L"SpecialCells", {kLastCellType})));
   } catch (const Error&) {
-    // A protected sheet does not tell its special cells. What is used ends in the same cell.
+    // SpecialCells fails on a protected sheet; UsedRange ends in the same cell.
     const Dispatch used = Object().Object(L"UsedRange");
     const CellAddress first = AddressOf(used);
     return {first.row + used.Object(L"Rows").Get(L"Count").Integer() - 1,
@@ -75,7 +74,7 @@ void InstalledInputSheet::Fetch(CellAddress first, CellAddress last, CellTable& 
   const Dispatch range = Object().Object(L"Range", {RangeAddress(first, last)});
   const ComValue values = range.Get(L"Value");
   const GridView grid(values);
-  // Value tells dates from numbers but rounds currency; Value2 does neither.
+  // Value gives dates as dates but rounds currency; Value2 gives both as plain numbers.
   const ComValue exact_values = grid.HoldsCurrency() ? range.Get(L"Value2") : ComValue();
   const GridView exact(exact_values);
   std::string text;

@@ -11,7 +11,6 @@
 #include "automation/cell_grid.h"
 #include "automation/installed_sheet.h"
 #include "automation/installed_workbook.h"
-#include "automation/range_address.h"
 #include "text/utf8.h"
 #include "workbook/output_rules.h"
 
@@ -19,7 +18,7 @@ namespace korvex {
 namespace {
 
 constexpr int kCellsPerBlock = 32768;
-// Longer texts are not taken as elements of a block by every version of the application.
+// Some versions of the application refuse longer texts within a block.
 constexpr std::size_t kLongestInBlock = 911;
 
 bool IsLongText(const CellValue& cell) {
@@ -27,7 +26,7 @@ bool IsLongText(const CellValue& cell) {
          Utf16Length(cell.text) > kLongestInBlock;
 }
 
-// A first apostrophe says "this is text" and goes; what follows it is the text.
+// The application takes a leading apostrophe as a mark for text and drops it: put one before it.
 bool StartsWithApostrophe(const CellValue& cell) {
   return cell.kind == CellKind::kText && cell.text.starts_with('\'');
 }

@@ -1,8 +1,8 @@
 // A worksheet of the installed spreadsheet application.
 //
-// The program works cell by cell, and a call across the border of a process costs milliseconds.
-// So the cells are kept here: those of an input are fetched together when the first one is asked
-// for, those of an output are written together before it is saved.
+// The engine works cell by cell, and a call into another process costs milliseconds. So the cells
+// are kept here: those of an input are fetched together at the first access, those of an output are
+// written together before it is saved.
 #pragma once
 
 #include <memory>
@@ -40,8 +40,8 @@ class InstalledSheet : public Worksheet {
   std::string name_;
 };
 
-// A sheet of a workbook that was opened. Its cells are the workbook's at the first look; to change
-// them is refused with error 1004. A cell outside of what is used is Empty.
+// A sheet of a workbook that was opened, as it was at the first access. Changing a cell is error
+// 1004. A cell outside of the used range is Empty.
 class InstalledInputSheet : public InstalledSheet {
  public:
   using InstalledSheet::InstalledSheet;
@@ -63,8 +63,8 @@ class InstalledInputSheet : public InstalledSheet {
   mutable std::unique_ptr<CellTable> cells_;
 };
 
-// A sheet of a new workbook. Takes what the format of the workbook holds and refuses the rest at
-// once, with error 1004.
+// A sheet of a new workbook. A cell that the format of the workbook cannot hold is refused at once,
+// with error 1004.
 class InstalledOutputSheet : public InstalledSheet {
  public:
   using InstalledSheet::InstalledSheet;

@@ -11,8 +11,8 @@ namespace korvex {
 
 class FileSystem;
 
-// Makes its thread a place for COM for its own lifetime; its applications are used on that thread
-// and do not outlive it.
+// Initializes COM on its thread for its own lifetime; its applications are used on that thread and
+// must not outlive it.
 class InstalledSpreadsheet : public SpreadsheetProgram {
  public:
   static constexpr char kProgramId[] = "Excel.Application";

@@ -74,7 +74,7 @@ void InstalledWorkbook::SaveAs(const std::string& full_name) {
   Save(full_name, false);
 }
 
-// The application replaces without asking, so that a file is looked for just before it saves.
+// The application replaces files without asking: check for one just before it saves.
 void InstalledWorkbook::SaveAsNew(const std::string& full_name) {
   Save(full_name, true);
 }

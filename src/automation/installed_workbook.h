@@ -21,8 +21,8 @@ class InstalledWorkbook : public Workbook {
   InstalledWorkbook(InstalledApplication& application, Dispatch workbook, std::string full_name,
                     const OutputFormat& format);
 
-  // Of a file, from the name by which it was opened or saved: the application may know the file by
-  // the address of the place where the folder is mirrored.
+  // From the name by which the file was opened or saved: in a folder that is mirrored on a server
+  // the application answers with the address on the server.
   std::string Name() const override;
   std::string Path() const override;
   int WorksheetCount() const override;

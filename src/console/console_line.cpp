@@ -8,7 +8,7 @@
 namespace korvex {
 namespace {
 
-// What a terminal shows of Ctrl-C behind the drawn line: "^C".
+// A terminal shows "^C" behind the drawn line when Ctrl-C is pressed.
 constexpr std::size_t kEcho = 2;
 
 bool IsControl(char32_t code) {

@@ -1,4 +1,4 @@
-// The last line of the terminal, which progress draws over and messages need free.
+// The last line of the terminal: progress is drawn there, and cleared before a message is written.
 //
 // Everything that a program without a window says goes through here: line ends become LF, and
 // control characters of file names and cells become "?", since a terminal would obey them.
@@ -16,8 +16,8 @@ class ConsoleLine {
   // `terminal` must outlive the line.
   explicit ConsoleLine(Terminal& terminal) : terminal_(terminal) {}
 
-  // Shows one line of text that the next call draws over, cut to the width of the window. Does
-  // nothing when that text stands there already.
+  // Shows one line of text, cut to the width of the window, in place of the one drawn before. Does
+  // nothing when the text is the same.
   void Draw(std::string_view text);
   // Frees the line of what was drawn.
   void Clear();

@@ -19,8 +19,8 @@ struct FolderEntry {
   bool is_folder = false;
   bool is_link = false;    // and may lead back to where it stands
   bool is_hidden = false;  // from people who choose among files, not from a run
-  // What keeps a link from being followed, so that it may or may not be a folder; empty when it
-  // could be, or leads nowhere.
+  // Why a link could not be followed, so that nobody knows whether it is a folder; empty when it
+  // was followed, or its target does not exist.
   std::string obstacle = {};
 };
 
@@ -31,8 +31,8 @@ class AppendFile {
   virtual void Write(std::string_view bytes) = 0;
 };
 
-// A file being written beside its target, which it replaces as a whole on Commit. Destroyed without
-// Commit it vanishes, and the target stays as it was.
+// A file being written beside its target, which it replaces as a whole on Commit. Without Commit it
+// is deleted, and the target stays as it was.
 class ReplacementFile {
  public:
   virtual ~ReplacementFile() = default;
@@ -40,7 +40,7 @@ class ReplacementFile {
   // Flushes to the disk and takes the target's place. The target's permissions stay, or become
   // fewer.
   virtual void Commit() = 0;
-  // The same, but what has come to stand in the target's place is left there: error 58.
+  // The same, but never replaces: error 58 when there is a file of the target's name now.
   virtual void CommitAsNew() = 0;
 };
 
@@ -63,7 +63,7 @@ struct FileVersion {
   friend bool operator==(const FileVersion&, const FileVersion&) = default;
 };
 
-// A folder of its own for files of the moment, deleted with all that is in it when this is.
+// A folder for temporary files, deleted with its content at the end of its lifetime.
 class ScratchFolder {
  public:
   virtual ~ScratchFolder() = default;
@@ -112,8 +112,8 @@ class FileSystem {
   // Raises what would keep a file from being made there or appended to. Neither makes nor changes
   // anything under that name.
   virtual void CheckWritable(const std::string& path) = 0;
-  // Refuses what could not be replaced in the end. A link is followed; one that leads nowhere is
-  // refused (76).
+  // Fails now if Commit could not replace the file. A link is followed; error 76 for one whose
+  // target does not exist.
   virtual std::unique_ptr<ReplacementFile> Replace(const std::string& path) = 0;
   // The same, but a file that is new is for this user alone where the system tells users apart.
   virtual std::unique_ptr<ReplacementFile> ReplacePrivately(const std::string& path) = 0;

@@ -5,9 +5,9 @@
 
 namespace korvex {
 
-// To be called before anything is opened: a stream that the program was started without would
-// otherwise lend its number to the next file, and messages would be written into that. Such a
-// stream goes on to fail when it is used.
+// Call this before anything is opened: the next file would otherwise get the number of a standard
+// stream that the program was started without, and messages would be written into it. Using such a
+// stream fails as before.
 void OccupyStandardStreams();
 
 // Both write through the stdout of C, and throw when nobody takes what is written (57, 61, 75): a

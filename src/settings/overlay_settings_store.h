@@ -1,5 +1,5 @@
-// The settings of one call of a program: what the call gives or changes stands above another store,
-// which stays as it is unless the changes are kept.
+// The settings of one call of a program: its changes hide the values of another store, which is not
+// changed until Keep.
 #pragma once
 
 #include <map>

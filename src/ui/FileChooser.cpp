@@ -49,7 +49,7 @@ wxArrayString Shown(const std::vector<std::string>& names) {
   return shown;
 }
 
-// Whether the folder, and not this program, is why something failed.
+// Whether an error is about the folder, not about this program.
 bool IsFolderError(int number) {
   switch (number) {
     case error_number::kDeviceIo:
@@ -86,8 +86,8 @@ FileChooser::FileChooser(wxWindow* parent, const std::string& name)
   BindSplitter();
 }
 
-// The lists take the room that there is: their contents have no say in it, and measuring thousands
-// of names would take its time.
+// The lists fill the space that there is. Their contents do not count for the layout, since
+// measuring thousands of names would take long.
 void FileChooser::LayOut() {
   for (wxWindow* list : std::initializer_list<wxWindow*>{dirMain_, filMain_})
     list->SetMinSize(FromDIP(wxSize(40, 40)));
@@ -96,7 +96,7 @@ void FileChooser::LayOut() {
   Splitter_->SetCursor(wxCursor(wxCURSOR_SIZEWE));
   Splitter_->DisableFocusFromKeyboard();
 
-  // Not everywhere does a tree draw its own border.
+  // Some platforms draw no border around a tree.
   wxWindow* tree_border = dirMain_->GetParent();
   tree_border->SetSizer(new wxBoxSizer(wxVERTICAL));
   tree_border->GetSizer()->Add(dirMain_, wxSizerFlags(1).Expand());
@@ -190,7 +190,7 @@ bool FileChooser::Enabled() const {
   return fraMain_->IsThisEnabled();
 }
 
-// What a run has left behind shows as soon as it is over.
+// The chooser is enabled again at the end of a run: show the files that the run has written.
 void FileChooser::SetEnabled(bool enabled) {
   const bool again = enabled && !Enabled();
   EnableFrame(*fraMain_, enabled);
@@ -242,7 +242,7 @@ void FileChooser::ShowFiles(const std::vector<FolderEntry>& entries) {
   ShowMatchingFiles();
 }
 
-// A file of another folder is another file, whatever its name.
+// In another folder a file of the same name is another file, so nothing stays selected.
 void FileChooser::ForgetFiles() {
   files_.clear();
   filMain_->Clear();
@@ -385,7 +385,7 @@ void FileChooser::OnActivate(wxActivateEvent& event) {
   if (event.GetActive() && Enabled()) Attempt([&] { LookAgain(); });
 }
 
-// The message waits until the lists have done with the click that led to it.
+// Shown after the event, since the lists are still handling the click.
 void FileChooser::ShowFailure(const TrappedError& error) {
   if (!IsFolderError(error.Number())) return error.Report();
   CallAfter([text = PendingError().Description()] {

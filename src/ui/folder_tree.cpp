@@ -65,7 +65,7 @@ void FolderTree::Open(const std::string& drive, const std::string& folder,
   wxTreeItemId id = GetRootItem();
   for (const std::string& name : NamesBelow(drive, folder)) {
     FillFromDisk(id);
-    // A folder may well be in use and yet missing from the list of the one above it.
+    // A folder can be open and yet be missing from the listing of its parent (hidden, or deleted).
     if (!Child(id, name).IsOk()) SetSubFolders(id, {name});
     Expand(id);
     id = Child(id, name);
@@ -77,8 +77,8 @@ void FolderTree::Open(const std::string& drive, const std::string& folder,
   Reveal();
 }
 
-// Scrolls to the current folder, and to as much of what lies in it as there is room for: again when
-// there is more room or less. A window may well show before it has its size.
+// Scrolls to the current folder and as many of its sub-folders as fit. Repeated when the size
+// changes, since a window may be shown before it has its final size.
 void FolderTree::Reveal() {
   const wxTreeItemId id = GetSelection();
   if (!id.IsOk()) return;
@@ -137,7 +137,7 @@ wxTreeItemId FolderTree::Child(const wxTreeItemId& parent, const std::string& na
   return child;
 }
 
-// The sub-folder through which the way leads from a folder to the current one; empty off the way.
+// The sub-folder of `folder` that holds the current folder; empty when none does.
 std::string FolderTree::NameOnWay(const std::string& folder) const {
   const std::vector<std::string> names = NamesBelow(folder, folder_);
   return names.empty() ? std::string() : names.front();
@@ -153,7 +153,7 @@ void FolderTree::Fill(const wxTreeItemId& id, const std::vector<FolderEntry>& en
   SetSubFolders(id, names);
 }
 
-// Of a folder that cannot be listed only the way to the current one is known.
+// In a folder that cannot be listed only the sub-folder that leads to the current one is shown.
 void FolderTree::FillFromDisk(const wxTreeItemId& id) {
   const std::string path = ItemOf(id).path;
   if (Attempt([&] { Fill(id, SortedEntries(path)); })) return;

@@ -65,7 +65,7 @@ void frmMain::Form_Load() {
         SetProgress(0, 1);
         const std::string complaint = ShowFolder(basSettings::LastPathAtStart());
         if (!complaint.empty()) SetMessage(complaint);
-        // Whatever is not the text for sub-folders means files.
+        // Any stored text but the one for sub-folders means files.
         optFiles_->SetValue(true);
         SharedControls().SetSelectedOption(basSettings::EverySheetRepresents(), *fraCurrentMode_,
                                            kByCaption);
@@ -107,7 +107,7 @@ void frmMain::Form_Resize() {
   Trap("frmMain.Form_Resize", [&] {
     const wxSize size = GetSize();
     if (IsIconized() || IsMaximized() || size == design_size_) return;
-    // A window manager that insists on a size would be asked for ever.
+    // Asked once only: a window manager that insists on its own size would be asked for ever.
     if (size == refused_size_) return;
     refused_size_ = size;
     CallAfter([this] {
@@ -168,7 +168,7 @@ void frmMain::mnuRegistry_Click() {
       return;
     }
     basSettings::DeleteAllSettings();
-    // The new window may show messages, and while it does this one goes away.
+    // The new window may show messages, during which this one is destroyed.
     if (Close()) wxTheApp->CallAfter(show_afresh_);
   });
 }
@@ -223,7 +223,7 @@ void frmMain::Timer1_Timer() {
   if (GetSize() == design_size_) refused_size_ = {};
   const std::string folder = FileChooser_->Path();
   const wxString full_name = ToWx(folder);
-  // The short form takes a look at the disk: a share that does not answer would stop the window.
+  // Shortening the path asks the disk: a share that does not answer would block the window.
   if (full_name == lblFolder_->GetToolTipText()) return;
   lblFolder_->SetToolTip(full_name);
   std::string shown = Shown(folder);  // which will do when the folder has just vanished
@@ -265,12 +265,12 @@ void frmMain::LeaveRunning() {
   SetCursor(wxNullCursor);
 }
 
-// GTK can lose the text of a button that is given the one that it has.
+// GTK can lose the text of a button when the same text is set again.
 void frmMain::SetProcessCaption(const wxString& caption) {
   if (cmdProcess_->GetLabel() != caption) cmdProcess_->SetLabel(caption);
 }
 
-// The keys of a menu's entries work on when only the menu is disabled.
+// The shortcut keys of a menu's entries still work when only the menu is disabled.
 void frmMain::EnableForRun(bool enable) {
   for (std::size_t menu = 0; menu < GetMenuBar()->GetMenuCount(); ++menu) {
     GetMenuBar()->EnableTop(menu, enable);

@@ -22,7 +22,7 @@ namespace korvex {
 
 class frmMain : public wxFrame, private RunView {
  public:
-  // `show_afresh` opens a new main window when this one has been unloaded for that.
+  // `show_afresh` opens a new main window in place of this one, after the settings were deleted.
   explicit frmMain(std::function<void()> show_afresh);
 
   // The folder that the file chooser shows.

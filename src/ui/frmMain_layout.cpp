@@ -70,8 +70,8 @@ void frmMain::CreateControls() {
   SetSizer(frame);
 }
 
-// The folder stands beside the option that it belongs to. Its label is made before the options: the
-// search for the selected one begins at the end and ends at what is no option.
+// The folder stands beside its option. Its label is created before the options: the search for the
+// selected option runs from the last control and stops at one that is no option.
 wxSizer* frmMain::ModeRows() {
   lblFolder_ = new wxStaticText(fraCurrentMode_, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
                                 wxST_ELLIPSIZE_MIDDLE | wxST_NO_AUTORESIZE, "lblFolder");

@@ -94,14 +94,15 @@ void frmMessageBox::cmdMain_Click(std::size_t index) {
   EndModal(wxID_OK);
 }
 
-// The text is for reading; whatever changes it all the same is undone, when the change is complete.
+// The text is read-only; a change that gets through (by drag and drop) is undone once it is
+// complete.
 void frmMessageBox::txtMessage_Change(wxCommandEvent&) {
   CallAfter([this] {
     if (txtMessage_->GetValue() != text_) txtMessage_->ChangeValue(text_);
   });
 }
 
-// The text box would keep Enter to itself.
+// The text box would swallow Enter.
 void frmMessageBox::OnKey(wxKeyEvent& event) {
   const int key = event.GetKeyCode();
   const bool is_enter = key == WXK_RETURN || key == WXK_NUMPAD_ENTER;
@@ -113,7 +114,7 @@ void frmMessageBox::OnKey(wxKeyEvent& event) {
   }
 }
 
-// Only the end of the program or of the session cannot be refused.
+// The end of the program or of the session cannot be refused.
 void frmMessageBox::OnClose(wxCloseEvent& event) {
   if (event.CanVeto()) {
     event.Veto();
@@ -177,7 +178,7 @@ std::vector<int> frmMessageBox::CaptionWidths(const std::vector<std::string>& ca
 
 int frmMessageBox::MessageHeight(int width) const {
   const int line_height = lblMessage_->GetCharHeight();
-  // The text box keeps a little for itself, and measures a little differently.
+  // The text box has inner margins, and measures text a little differently.
   const int usable = twips_.ToPixels(width) - 2 * lblMessage_->GetCharWidth();
   int height = 0;
   wxStringTokenizer paragraphs(text_, "\n", wxTOKEN_RET_EMPTY_ALL);

@@ -27,8 +27,8 @@ bool MayTakePlaceOf(const std::string& file) {
          BoxAnswer::kOk;
 }
 
-// Asks itself about a file that exists: the platform's dialog would ask about the name as it stands
-// there, which need not be the one that is meant.
+// Asks before replacing a file by itself: the platform's dialog would ask about the name as typed,
+// before the chosen ending is added.
 std::string AskWithFileDialog(wxWindow& owner, std::string shown) {
   for (;;) {
     wxFileDialog dialog(
@@ -42,8 +42,8 @@ std::string AskWithFileDialog(wxWindow& owner, std::string shown) {
   }
 }
 
-// A name without a folder is meant in the one that the program works in now, not in that of another
-// day. What names no file is refused when it is used.
+// Completes a name without a folder by the current folder, which may be another one when the name
+// is used. A text that names no file is refused when it is used.
 std::string WithFolder(const std::string& name) {
   const FileSystem& files = *Platform().files;
   if (TrimBlanks(name).empty() || name.ends_with(files.Separator())) return name;
@@ -118,7 +118,7 @@ void frmOptions::OnKey(wxKeyEvent& event) {
   }
 }
 
-// An option that is selected here does what a click on it does.
+// Selecting an option here has the effects of a click on it.
 void frmOptions::LoadGeneralOptions() {
   const std::string method = basSettings::OutputFileMethod();
   if (method == basSettings::kByConstantName) {
@@ -248,7 +248,7 @@ void frmOptions::cmdBrowse_Click() {
     const std::string chosen = ask_for_output_file(*this, txtOutputFile_.Name());
     const std::string_view name = TrimBlanks(chosen);
     if (name.empty()) return;
-    // Who chooses a file means that one, whichever option was selected before.
+    // Choosing a file also selects the option for a constant name.
     if (!optOutputFileByName_->GetValue()) {
       optOutputFileByName_->SetValue(true);
       optOutputFileByName_Click();

@@ -137,7 +137,7 @@ void frmOptions::OpenLarger() {
   CentreWhenShown(*this);
 }
 
-// The face of the button, shortened to its width.
+// The caption of the button, shortened to its width.
 void frmOptions::ShowSampleName() {
   wxString name = ToWx(SharedFileSys().GetFileTitle(structure_.SampleFileUsed(false), false));
   if (name.empty()) name = "...";
@@ -166,7 +166,8 @@ void frmOptions::AddPage(wxWindow& page, const wxString& caption) {
 }
 
 void frmOptions::BuildOutputFile(FramePanel& frame) {
-  // One option of a group is always selected. Nobody sees this one, which is when no other is.
+  // One option of a group is always selected. This hidden one is selected while none of the visible
+  // ones is.
   optOutputFileUnknown_ = NewOption(frame, "optOutputFileUnknown", "", wxRB_GROUP);
   optOutputFileUnknown_->Hide();
   optOutputFileByFolder_ = NewOption(frame, "optOutputFileByFolder",

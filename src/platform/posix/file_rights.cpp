@@ -14,7 +14,7 @@ namespace {
 
 constexpr char kAccessList[] = "system.posix_acl_access";
 
-// What the system says of the content itself, which is another one now.
+// Attributes that the system keeps about the former content.
 constexpr std::string_view kOfTheContent[] = {"security.capability", "security.ima",
                                               "security.evm"};
 
@@ -53,10 +53,10 @@ void ForEachEntry(const std::string& list, Take take) {
   }
 }
 
-// What is left of a list in the permissions that every file has. Whoever an entry of the list was
-// for counts among the group or the others then, so that these may do no more than any entry lets
-// its user or group do. The bits of the group in a file's mode are of no use here: under a list
-// they are the mask, the most that any entry can give.
+// The permissions (mode) that replace an access list. Users and groups with an entry of their own
+// fall back to those of the owning group or the others then, so these get no more than every entry
+// allows. The group bits of `mode` are no help: under a list they are the mask, the most that any
+// entry can give.
 mode_t WithoutList(mode_t mode, const std::string& list) {
   mode_t mask = kAll;
   mode_t named = kAll;
@@ -72,8 +72,8 @@ mode_t WithoutList(mode_t mode, const std::string& list) {
   return mode | (group & mask & named) << 3 | (others & mask & named);
 }
 
-// The list for a file of another group, whose members were among the others so far, or had an entry
-// of their own.
+// The list for a file that gets another owning group. Its members counted among the others so far,
+// or had an entry of their own.
 std::string ForAnotherGroup(std::string list, mode_t mode) {
   const mode_t least = WithoutList(mode, list);
   ForEachEntry(list, [&](unsigned kind, mode_t permissions, std::size_t at) {
@@ -155,7 +155,7 @@ int FileRights::GiveTo(int fd) const {
   }
   for (const auto& [name, value] : attributes_) {
     const bool given = fsetxattr(fd, name.c_str(), value.data(), value.size(), 0) == 0;
-    // Lists of another make, which say more than the mode can.
+    // Access lists of other kinds (NFSv4), which can restrict more than the mode.
     if (!given && name.starts_with("system.")) mode &= ~(kOfGroup | kOfOthers);
   }
   // The folder may have given the new file a list of its own, which the mode would put into force.

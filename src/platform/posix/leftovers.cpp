@@ -44,7 +44,7 @@ bool LeadsTo(const std::string& path, const struct stat& open_file) {
          named.st_ino == open_file.st_ino;
 }
 
-// The administrator's programs also give files away, before these get their last name.
+// Programs of the administrator give a temporary file to its later owner before it is renamed.
 bool IsOurs(const struct stat& status) {
   return status.st_uid == geteuid() || (geteuid() == 0 && S_ISREG(status.st_mode));
 }

@@ -1,5 +1,5 @@
-// Files and folders that the program makes for the moment, and what a killed program has left of
-// them.
+// Temporary files and folders of the program, and the removal of those that a killed program has
+// left.
 //
 // Their names are PREFIX, a mark of this machine, "-" and random digits. Whoever made one holds a
 // lock (flock) on it, which the system takes back when the process ends, however that comes: what

@@ -39,7 +39,7 @@ const char* EventOf(const std::string& alias) {
 
 void IgnoreAlsaError(const char*, int, const char*, int, const char*, ...) {}
 
-// Sound libraries tell about missing sound cards on standard error, which belongs to messages.
+// Sound libraries complain about missing sound cards on standard error; messages belong there.
 class QuietStandardError {
  public:
   QuietStandardError() : former_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)) {

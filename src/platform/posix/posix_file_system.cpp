@@ -101,7 +101,8 @@ void RefuseIfInUse(int fd, const std::string& path) {
   flock(fd, LOCK_UN);
 }
 
-// Refuses what is open for appending, or could not be opened with `error`, by what it is.
+// Throws unless the file, which is open for appending or could not be opened because of `error`, is
+// an ordinary one that may be written and is not in use.
 void CheckForAppending(Descriptor& file, int error, const std::string& path) {
   // Asked about the path, since a pipe without a reader cannot even be opened.
   struct stat status {};
@@ -116,8 +117,8 @@ void CheckForAppending(Descriptor& file, int error, const std::string& path) {
   RefuseIfInUse(file.Get(), path);
 }
 
-// Where a path leads in the end. Filling the place of a missing file from afar is nothing that
-// whoever made the link can have meant.
+// The file that a path means, links followed. A link whose target does not exist is refused:
+// writing there would create a file in a place that the user did not name.
 std::string TargetOf(const std::string& path) {
   const std::string target = FollowLinks(path);
   struct stat status {};
@@ -129,7 +130,7 @@ std::string TargetOf(const std::string& path) {
   return target;
 }
 
-// O_EXCL keeps a link that leads nowhere from being filled behind the user's back.
+// O_EXCL refuses a link whose target does not exist, instead of creating the target.
 Descriptor OpenOrCreate(const std::string& path) {
   Descriptor file = OpenFile(path, O_WRONLY | O_APPEND);
   if (file.IsOpen() || errno != ENOENT) return file;
@@ -156,9 +157,8 @@ FolderEntry EntryOf(int folder, const dirent& entry) {
   return found;
 }
 
-// Disks by their device, shares by "server:folder" or "//server/share", and what a virtual machine
-// or a program of the user's lends; not what the kernel shows of itself, nor the images of
-// programs.
+// Disks by their device, shares by "server:folder" or "//server/share", and folders shared by a
+// virtual machine or mounted by the user; not the kernel's own file systems or images of programs.
 bool HoldsUserFiles(const mntent& mount) {
   const std::string_view device = mount.mnt_fsname;
   const std::string_view kind = mount.mnt_type;

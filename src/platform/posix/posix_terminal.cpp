@@ -16,7 +16,7 @@ namespace {
 constexpr int kDefaultColumns = 80;
 constexpr int kWriteTimeout = 1000;  // milliseconds that a stopped terminal can hold up the program
 
-// All that a signal handler can reach.
+// A signal handler has no arguments, so these are global.
 std::atomic<int> interrupts = 0;  // that nobody has taken yet
 std::atomic<int> wake_descriptor = -1;
 
@@ -110,7 +110,7 @@ bool PosixTerminal::TakeInterrupt() {
   return true;
 }
 
-// False when Ctrl-C ended the wait; that answers the question which was waited for.
+// False when Ctrl-C ended the wait; that press counts as the answer and is taken.
 bool PosixTerminal::WaitForInput() {
   for (;;) {
     if (TakeInterrupt()) return false;

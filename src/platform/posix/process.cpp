@@ -24,7 +24,7 @@ bool IsExecutable(const std::string& path) {
          access(path.c_str(), X_OK) == 0;
 }
 
-// What this process ignores or handles must not change how the other program behaves.
+// The signals that this process ignores or blocks must not be ignored or blocked in the other.
 class SpawnAttributes {
  public:
   SpawnAttributes() {
@@ -95,7 +95,7 @@ pid_t StartProgram(const std::vector<std::string>& arguments, int standard_input
   return error == 0 ? program : -1;
 }
 
-// The program's parent ends at once, so that the system's first process takes the program over.
+// The process in between exits at once, so that init adopts the program and later reaps it.
 void StartDetached(const std::vector<std::string>& arguments) {
   const pid_t parent = fork();
   if (parent == 0) {

@@ -26,8 +26,8 @@ bool IsOfPermission(int error) {
   return error == EACCES || error == EPERM || error == EROFS || error == EBUSY;
 }
 
-// Ends like the target's name, as far as a name can be that long: a file system that does not take
-// that name refuses this one, too.
+// Ends like the target's name, as far as a name can be that long: a file system that refuses the
+// characters of that name refuses this one, too.
 std::string NameLike(const std::string& target) {
   std::string name = TemporaryName(kPrefix) + "-";
   const std::string wanted = target.substr(target.rfind('/') + 1);
@@ -38,7 +38,7 @@ std::string NameLike(const std::string& target) {
   return name + wanted.substr(start);
 }
 
-// A file can be the place where another one is mounted, which no rename can change.
+// Another file can be mounted over a file, and no rename replaces that.
 bool IsMountPoint(const std::string& path) {
   struct statx status {};
   return statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_TYPE, &status) == 0 &&
@@ -67,7 +67,7 @@ void PosixReplacementFile::ExamineTarget() {
     throw Failure(errno);
   }
   RequireOrdinaryFile(status.st_mode, "write to", target_);
-  // Renaming asks for no permission on the file itself, but who protected it meant it.
+  // rename() ignores the permissions of the file that it replaces, so they are checked here.
   if (IsWriteProtected(status.st_mode) ||
       faccessat(AT_FDCWD, target_.c_str(), W_OK, AT_EACCESS) != 0) {
     throw Failure(EACCES);
@@ -76,9 +76,9 @@ void PosixReplacementFile::ExamineTarget() {
   former_.emplace(target_, status);
 }
 
-// Whether the folder lets the file go from its name, which files of others in a shared folder and
-// protected ones do not. The system looks for the right to take a name away before it looks at what
-// the name stands for; so rmdir, which cannot remove a file, tells without touching it.
+// Whether the folder allows replacing the file: not for files of other users in a shared folder,
+// nor for protected ones. rmdir() checks the right to remove a name before it notices that the name
+// is no folder, so it answers this without touching the file.
 void PosixReplacementFile::CheckPlace() const {
   if (IsMountPoint(target_)) throw FolderFailure(EBUSY);
   if (rmdir(target_.c_str()) != 0 && IsOfPermission(errno)) throw FolderFailure(errno);
@@ -112,7 +112,7 @@ void PosixReplacementFile::Write(std::span<const std::byte> bytes) {
 
 void PosixReplacementFile::Commit() {
   Finish();
-  // Straight to a free place: a folder that only grows (chattr +a) allows no renaming.
+  // A free name is taken without renaming, which an append-only folder (chattr +a) forbids.
   if (former_ || !name_.empty() || TakeFreePlace() != 0) {
     if (name_.empty()) GiveName();
     if (Rename() != 0) throw Failure(errno);
@@ -157,8 +157,8 @@ void PosixReplacementFile::GiveName() {
   throw Failure(errno);
 }
 
-// Takes the target's place if nobody has it: by the one call that does both where there is one.
-// Returns 0 or an errno, EEXIST when somebody has.
+// Takes the target's name unless a file has it, in one step where the system can. Returns 0 or an
+// errno, EEXIST when the name is taken.
 int PosixReplacementFile::TakeFreePlace() {
   const char* const target = target_.c_str();
   if (name_.empty()) {
@@ -172,7 +172,7 @@ int PosixReplacementFile::TakeFreePlace() {
     return 0;
   }
   if (errno == EEXIST) return errno;
-  // Neither of them is known here: an empty file keeps the place for the moment.
+  // The file system has neither call: reserve the name with an empty file, then rename over it.
   const Descriptor place = OpenFile(target_, O_CREAT | O_EXCL | O_WRONLY, 0600);
   if (!place.IsOpen()) return errno;
   if (Rename() == 0) return 0;

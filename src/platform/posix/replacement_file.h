@@ -1,13 +1,13 @@
 // A file written beside its target that takes the target's place as a whole.
 //
-// While it is written it has no name at all where the file system allows that (O_TMPFILE), so that
-// not even a killed program leaves it behind; elsewhere its name begins with ".korvex-", and the
-// next one in that folder removes what a killed program has left. While it exists the signals that
-// end a program wait. It lies in the target's own folder, since a file is only ever renamed within
-// one file system.
+// It lies in the target's own folder, since a file can only be renamed within one file system.
+// Where the file system allows it (O_TMPFILE) it has no name while it is written, so that not even
+// a killed program leaves it behind; elsewhere its name begins with ".korvex-", and the next
+// replacement in that folder removes what a killed program has left. Signals that end the program
+// wait until it is done.
 //
-// To make one says whether the target can be replaced: a folder, a file system or a protection that
-// forbids it is refused before the first byte.
+// The constructor checks that the target can be replaced, so that a folder, file system or
+// protection that forbids it is reported before the first byte.
 #pragma once
 
 #include <sys/types.h>

@@ -85,7 +85,8 @@ std::string BodyText(std::string_view text) {
   return result;
 }
 
-// A file in memory: however slowly it is read, nobody waits and nobody writes into a closed pipe.
+// A file in memory instead of a pipe: a slow reader does not make us wait, and one that exits early
+// raises no signal.
 Descriptor InMemory(const std::string& content) {
   Descriptor file(memfd_create("message", MFD_CLOEXEC));
   if (!file.IsOpen()) throw Error(error_number::kDeviceIo, "Cannot hold the message to be mailed.");

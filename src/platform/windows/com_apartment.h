@@ -1,5 +1,5 @@
-// Makes a thread a place for COM, and for the components of the shell, while it lives. Where
-// somebody has chosen another kind of apartment for the thread before, that one serves.
+// Initializes COM on a thread, for components of the shell too, for its own lifetime. A thread that
+// has an apartment of another kind already keeps that one.
 #pragma once
 
 #include "platform/windows/windows_api.h"

@@ -7,7 +7,7 @@
 namespace korvex {
 namespace {
 
-// A text that was put there by hand may name environment variables; it is taken as it stands.
+// A value that a user typed may name environment variables; they are not replaced.
 constexpr DWORD kTexts = RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND;
 
 DWORD Bytes(std::size_t letters) {

@@ -19,7 +19,7 @@ constexpr wchar_t kPrefix[] = L".korvex-";
 constexpr int kMoveAttempts = 20;
 constexpr DWORD kMoveInterval = 25;  // milliseconds
 
-// Where the system comes out when it opens a path, links followed.
+// The path of an open file, links followed.
 std::string FinalPath(HANDLE file, const std::string& path) {
   std::wstring final(MAX_PATH, L'\0');
   for (;;) {
@@ -45,7 +45,7 @@ DWORD ResultOf(BOOL done) {
   return done ? DWORD{ERROR_SUCCESS} : GetLastError();
 }
 
-// Calls `step` until it returns something else than a cause that may pass.
+// Repeats `step` while it fails for a cause that may pass.
 template <class Step>
 DWORD Patiently(Step step) {
   for (int attempt = 1;; ++attempt) {
@@ -130,7 +130,7 @@ void WindowsReplacementFile::ExamineTarget() {
     CheckNewName(target_, path_);
     return;
   }
-  // Whoever protected the file meant it, and whoever has it open would lose it.
+  // Moving a file over a protected one, or over one that a program has open, is refused here.
   const Handle former = OpenFile(target_, path_, "write to", GENERIC_WRITE, OPEN_EXISTING);
   if (GetFileAttributesW(target_.c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) {
     target_ = SystemPath(FinalPath(former.Get(), path_));
@@ -139,8 +139,7 @@ void WindowsReplacementFile::ExamineTarget() {
   replaces_ = true;
 }
 
-// Whether the file can be taken from its name, which its folder or a program that has it open may
-// not let happen.
+// Whether the folder, and the programs that have the file open, allow replacing it.
 void WindowsReplacementFile::CheckPlace() const {
   const DWORD code = Patiently([&] {
     return ResultOf(Handle(CreateFileW(target_.c_str(), GENERIC_READ | DELETE, kShareAll, nullptr,
@@ -155,7 +154,7 @@ void WindowsReplacementFile::CheckPlace() const {
 
 void WindowsReplacementFile::Create() {
   const std::string folder = FromWide(FolderOf(AbsoluteWide(FromWide(target_)))) + "\\";
-  // Its length decides about the form of a path, and that of the folder itself is shorter.
+  // Long paths need another form, so the form is chosen for the whole name, not for the folder.
   std::wstring name = SystemPath(folder + FromWide(owned_name_.Text()));
   RemoveLeftovers(name.substr(0, name.size() - owned_name_.Text().size()), kPrefix);
   file_ = Handle(CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
@@ -163,12 +162,12 @@ void WindowsReplacementFile::Create() {
   if (!file_.IsOpen()) throw Failure(GetLastError());
   name_ = std::move(name);
   if (replaces_) TakeOverRights();
-  // Not before: what is to be deleted cannot be opened any more.
+  // Not before: a file that is marked for deletion cannot be opened.
   MarkForDeletion(file_.Get(), true);
 }
 
-// Where the list cannot be set, the new file has the one that the folder gives. That will do for a
-// file that had nothing else.
+// If the list cannot be set, the new file keeps the list that the folder gives, which is right when
+// the former file had no entries of its own.
 void WindowsReplacementFile::TakeOverRights() {
   const AccessList former(target_);
   if (!former.IsKnown()) return;
@@ -218,13 +217,13 @@ DWORD WindowsReplacementFile::TakeItsPlace() {
     return Move(kReplace);
   });
   if (code == ERROR_SUCCESS || !replaces_) return code;
-  // Not everywhere can a file take over what else belongs to the former one.
+  // ReplaceFile is not supported everywhere: move without the attributes and streams then.
   const DWORD moved = Move(kReplace);
   return moved == ERROR_SUCCESS || !IsPassing(code) ? moved : code;
 }
 
-// With the attributes and streams of the file in its place. Whether that can be replaced is found
-// out first: a replacement that fails on the way may leave files of its own.
+// Keeps the attributes and streams of the former file. Checks first that it can be replaced:
+// ReplaceFile may leave files of its own behind when it fails half-way.
 DWORD WindowsReplacementFile::TakeOver() const {
   Handle former(CreateFileW(target_.c_str(), GENERIC_READ | DELETE, kShareAll, nullptr,
                             OPEN_EXISTING, 0, nullptr));

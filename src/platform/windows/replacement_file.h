@@ -1,12 +1,12 @@
 // A file written beside its target that takes the target's place as a whole.
 //
-// Its name begins with ".korvex-", in the target's own folder, since a file only moves as a whole
-// within one volume. While it is written it is marked for deletion, so that the system takes it
-// away even when the program is killed. What a program that is killed in the moment after leaves,
-// the next one in that folder removes.
+// Its name begins with ".korvex-", in the target's own folder, since a file can only be renamed
+// within one volume. While it is written it is marked for deletion, so that the system deletes it
+// even when the program is killed. The next replacement in that folder removes what a program
+// leaves that is killed just after that.
 //
-// To make one says whether the target can be replaced: what forbids it is refused before the first
-// byte.
+// The constructor checks that the target can be replaced, so that what forbids it is reported
+// before the first byte.
 #pragma once
 
 #include <string>

@@ -13,7 +13,7 @@ namespace {
 constexpr std::wstring_view kVerbatim = L"\\\\?\\";
 constexpr std::wstring_view kDevice = L"\\\\.\\";
 constexpr std::wstring_view kVerbatimShare = L"\\\\?\\UNC\\";
-// A folder's path must leave room for a short file name in the 260 characters of a path.
+// Windows wants room for a short file name behind a folder's path, within 260 characters.
 constexpr std::size_t kLongestPlain = MAX_PATH - 13;
 
 std::wstring Native(std::string_view path) {

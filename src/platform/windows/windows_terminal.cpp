@@ -17,8 +17,7 @@ constexpr std::size_t kLargestConsoleWrite = 8192;
 constexpr DWORD kPipeInterval = 20;  // milliseconds between two looks into a pipe
 constexpr DWORD kHandlerPatience = 1000;
 
-// Counts the presses of Ctrl-C that nobody has taken: all that the handler, on a thread of its own,
-// can reach.
+// Counts the presses of Ctrl-C that were not taken yet. Global, since the handler has no arguments.
 HANDLE interrupts = nullptr;
 
 BOOL WINAPI HandleControl(DWORD event) {
@@ -116,8 +115,8 @@ bool WindowsTerminal::TakeInterrupt() {
   return TakeWithin(0);
 }
 
-// kMore when reading will tell, kInterrupted when Ctrl-C ended the wait; that answers the question
-// which was waited for.
+// kMore when there is something to read, kInterrupted when Ctrl-C ended the wait; that press counts
+// as the answer and is taken.
 WindowsTerminal::Input WindowsTerminal::WaitForInput() {
   const HANDLE input = StandardInput();
   if (TakeInterrupt()) return Input::kInterrupted;
@@ -127,7 +126,7 @@ WindowsTerminal::Input WindowsTerminal::WaitForInput() {
     return ready == WAIT_OBJECT_0 ? Input::kInterrupted : Input::kMore;
   }
   if (GetFileType(input) != FILE_TYPE_PIPE) return Input::kMore;
-  // Nothing can be waited for together with a pipe.
+  // Windows cannot wait for a pipe and another object together, so look at both in turn.
   for (;;) {
     DWORD available = 0;
     if (!PeekNamedPipe(input, nullptr, 0, nullptr, &available, nullptr)) return Input::kMore;

@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "automation/cell_grid.h"
-#include "automation/range_address.h"
 #include "platform/error.h"
 #include "text/text.h"
 #include "workbook/cell_text.h"

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/windows/program_folder.h"
+#include "platform/native_platform.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_api.h"
 #include "tests/platform/temp_folder.h"
@@ -35,7 +35,7 @@ class MapiMailTest : public testing::Test {
 
   TempFolder folder_;
   // By its path: the mail program of the machine must not be reached.
-  MapiMail mail_{ProgramFolder() + "\\recording_mapi.dll"};
+  MapiMail mail_{NativePlatform().Provided().program_folder + "\\recording_mapi.dll"};
 };
 
 TEST_F(MapiMailTest, HandsTheMessageToTheMailProgramWithoutDialogs) {
@@ -113,7 +113,7 @@ TEST_F(MapiMailTest, SendsNothingWithoutASession) {
 
 TEST_F(MapiMailTest, SignsOffWhenItIsGivenUp) {
   {
-    MapiMail mail(ProgramFolder() + "\\recording_mapi.dll");
+    MapiMail mail(NativePlatform().Provided().program_folder + "\\recording_mapi.dll");
     mail.SignOn();
     mail.SetPrimaryRecipient("lab");
     mail.ResolveName();
