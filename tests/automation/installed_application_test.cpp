@@ -174,7 +174,7 @@ TEST_F(InstalledApplicationTest, WritesOverWhatItSavedBefore) {
   EXPECT_EQ(workbook.Path(), "C:\\plates");
 }
 
-TEST_F(InstalledApplicationTest, SavesNothingOverAFileThatStandsInTheWay) {
+TEST_F(InstalledApplicationTest, NeverSavesOverAnExistingFileAsNew) {
   Workbook& workbook = application->AddWorkbook("out.xls");
   workbook.SaveAsNew(kOutput);
   scripted.program.calls.clear();
@@ -211,7 +211,7 @@ TEST_F(InstalledApplicationTest, PassesOnWhatTheApplicationSays) {
 }
 
 // The numbers 17 and 18 would say that the user knows already, or has asked to stop.
-TEST_F(InstalledApplicationTest, TakesNoNumberForOneOfItsOwnMeanings) {
+TEST_F(InstalledApplicationTest, MapsNumbersThatMeanSomethingElseHere) {
   for (const int number : {17, 18, 0}) {
     ScriptedProgram program;
     const Dispatch object(new ScriptedObject(

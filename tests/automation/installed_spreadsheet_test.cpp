@@ -7,7 +7,6 @@
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_file_system.h"
 #include "platform/windows/windows_handle.h"
-#include "spreadsheet/embedded_application.h"
 #include "structure/basFuncs_workbooks.h"
 #include "tests/platform/temp_folder.h"
 #include "tests/support/errors.h"
@@ -68,42 +67,6 @@ TEST_F(InstalledSpreadsheetTest, IsInstalledWhenItsNameIsRegistered) {
             error_number::kNoSuchApplication);
   Register();
   EXPECT_TRUE(InstalledSpreadsheet::IsInstalled(program_id));
-}
-
-TEST_F(InstalledSpreadsheetTest, ConvertsAcrossTheBorderOfTheProcessAndEndsIt) {
-  Register();
-  {
-    EmbeddedApplication writer(files);
-    Worksheet& data = writer.AddWorkbook("out.xls").Worksheets(1);
-    for (int row = 1; row <= 384; ++row) {
-      data.SetValue(row, 1, CellValue::Date(37593.25 + row));
-      data.SetValue(row, 2, CellValue::Text("0017"));
-      data.SetValue(row, 3, CellValue::ErrorCode(42));
-      data.SetValue(row, 4, CellValue::Boolean(true));
-      data.SetValue(row, 5, CellValue::Number(row / 7.0));
-    }
-    writer.Workbooks(1).SaveAs(folder / "P1-3-2.xls");
-  }
-  InstalledSpreadsheet spreadsheet(files, program_id);
-  std::unique_ptr<Application> application = spreadsheet.CreateApplication();
-  application->SetVisible(false);
-  const Worksheet& data =
-      application->OpenWorkbook(folder / "P1-3-2.xls", {.read_only = true}).Worksheets(1);
-  Workbook& output = application->AddWorkbook("out.xls");
-  Worksheet& sheet = output.Worksheets(1);
-  for (int row = 1; row <= data.LastCell().row; ++row) {
-    for (int column = 1; column <= 5; ++column) {
-      sheet.SetValue(row, column, data.Value(row, column));
-    }
-  }
-  const Handle server = Server();
-  ASSERT_TRUE(server.IsOpen());
-  output.SaveAs(folder / "out.xls");
-  QuitExcel(application);
-  EXPECT_EQ(WaitForSingleObject(server.Get(), kLongestWait), WAIT_OBJECT_0);
-  EXPECT_EQ(Content(folder / "out.xls"), Content(folder / "P1-3-2.xls"));
-  EXPECT_EQ(Log().back(), "Application.Quit");
-  EXPECT_LT(Log().size(), 40u);
 }
 
 TEST_F(InstalledSpreadsheetTest, StartsAnewAfterTheApplicationHasDied) {

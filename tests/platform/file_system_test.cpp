@@ -82,7 +82,7 @@ TEST_F(FileSystemTest, AppendsTogetherWithOtherPrograms) {
   EXPECT_EQ(Content(log), "old\r\n1\n2\n3\n");
 }
 
-TEST_F(FileSystemTest, TakesAnOfficeProgramsOwnerFileForUse) {
+TEST_F(FileSystemTest, TreatsAnOfficeProgramsOwnerFileAsInUse) {
   const std::string file = folder_.Put("out.xls", "x");
   const std::string owner_file = folder_.Put(".~lock.out.xls#", ",anna,lab1;");
   const Error error = ErrorOf([&] { files_.OpenForAppending(file); });
@@ -106,7 +106,7 @@ TEST_F(FileSystemTest, ReplacesAFileOnlyOnCommit) {
   EXPECT_EQ(folder_.EntryCount(), 2u);
 }
 
-TEST_F(FileSystemTest, LeavesWhatHasComeToStandInThePlaceOfANewFile) {
+TEST_F(FileSystemTest, NeverReplacesAFileThatIsCommittedAsNew) {
   const std::string file = folder_ / "out.xls";
   files_.CheckWritable(file);
   EXPECT_EQ(folder_.EntryCount(), 0u);
@@ -152,7 +152,7 @@ TEST_F(FileSystemTest, CreatesOneFolderLevelAndDeletesFiles) {
   EXPECT_EQ(ErrorOf([&] { files_.DeleteFile(file); }).Number(), 53);
 }
 
-TEST_F(FileSystemTest, LendsAFolderForTheMoment) {
+TEST_F(FileSystemTest, MakesAFolderForTemporaryFiles) {
   auto folder = files_.MakeScratchFolder();
   const std::string path = folder->Path();
   std::FILE* const file = std::fopen((path + "/x").c_str(), "wb");
@@ -205,7 +205,7 @@ void ExpectRules(const FileSystem& files) {
   }
 }
 
-TEST_F(FileSystemTest, HasThePathRulesThatTestsPlayElsewhere) {
+TEST_F(FileSystemTest, AgreesOnPathsWithTheFileSystemInMemory) {
   ExpectRules(files_);
   ExpectRules(MemoryFileSystem(PathStyle::kLinux));
   ExpectRules(MemoryFileSystem(PathStyle::kWindows));

@@ -92,7 +92,7 @@ TEST(FileChooser, ListsTheFilesThatThePatternLetsThrough) {
   EXPECT_EQ(form.chooser.Pattern(), "*.xls");
 }
 
-TEST(FileChooser, HandsOverTheSelectedFilesByteForByte) {
+TEST(FileChooser, ReturnsTheSelectedNamesByteForByte) {
   Chooser form;
   form.platform.files.AddFile(form.In("z\xff.xls"));
   form.chooser.LookAgain();
@@ -189,7 +189,7 @@ TEST(FileChooser, FollowsTheDiskWhenTheUserComesBack) {
   EXPECT_THAT(form.platform.dialogs.plain, IsEmpty());
 }
 
-TEST(FileChooser, RestsWhileItIsDisabled) {
+TEST(FileChooser, LeavesItsListsAloneWhileDisabled) {
   Chooser form;
   form.chooser.SetEnabled(false);
   for (const char* name : {"fraMain", "drvMain", "dirMain", "filMain", "cmdNetWork"})

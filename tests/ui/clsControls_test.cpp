@@ -41,79 +41,43 @@ class Lists : public testing::Test {};
 using ListClasses = testing::Types<wxListBox, wxChoice, wxComboBox>;
 TYPED_TEST_SUITE(Lists, ListClasses);
 
-TYPED_TEST(Lists, LeaveOutEmptyTextsWithTheirData) {
+TYPED_TEST(Lists, TakeTextsWithTheirDataAndSelectByEither) {
   ListForm<TypeParam> form;
-  form.controls.ArrayToList(form.list, {"a", "", "c"}, {1, 2, -3});
+  form.controls.ArrayToList(form.list, {"a", "", "b", "b"}, {7, 8, -3, 7});
   form.controls.ArrayToList(form.list, {"d"});
-  ASSERT_EQ(late_bound::ListCount(form.list), 3);
-  EXPECT_EQ(late_bound::List(form.list, 1), "c");
-  EXPECT_EQ(late_bound::ItemData(form.list, 0), 1);
+  ASSERT_EQ(late_bound::ListCount(form.list), 4) << "an empty text is left out";
+  EXPECT_EQ(late_bound::List(form.list, 3), "d");
   EXPECT_EQ(late_bound::ItemData(form.list, 1), -3);
-  EXPECT_EQ(late_bound::ItemData(form.list, 2), 0);
-}
-
-TYPED_TEST(Lists, SelectTheFirstOfATextAndTheLastOfADatum) {
-  ListForm<TypeParam> form;
-  form.controls.ArrayToList(form.list, {"a", "b", "b", "c"}, {7, 8, 7, 9});
+  EXPECT_EQ(late_bound::ItemData(form.list, 3), 0);
   EXPECT_TRUE(form.controls.SelectInList(form.list, "b"));
-  EXPECT_EQ(form.list.GetSelection(), 1);
+  EXPECT_EQ(form.list.GetSelection(), 1) << "the first of a text";
   EXPECT_TRUE(form.controls.SelectInList(form.list, "", 7));
-  EXPECT_EQ(form.list.GetSelection(), 2);
-  EXPECT_TRUE(form.controls.SelectInList(form.list, "", 5));
-}
-
-TEST(ClsControls, RefuseToFillWhatIsNoList) {
-  Form form;
+  EXPECT_EQ(form.list.GetSelection(), 2) << "the last of a datum";
+  EXPECT_TRUE(form.controls.SelectInList(form.list, "", 5)) << "no match";
   EXPECT_EQ(ErrorOf([&] { form.controls.ArrayToList(form.first, {"a"}); }).Number(),
             error_number::kNoSuchMember);
-  EXPECT_EQ(ErrorOf([&] { form.controls.SelectInList(form.first, "a"); }).Number(),
-            error_number::kNoSuchMember);
-}
-
-TEST(ClsControls, IdentifyTheSelectedOption) {
-  Form form;
-  EXPECT_EQ(form.controls.GetSelectedOption(form.group, kByName), OptionId()) << "none selected";
-  form.first.SetValue(true);
-  form.first.SetName("chkFirst");
-  late_bound::SetTag(form.first, "tag");
-  const std::vector<std::pair<obWhatData, OptionId>> cases = {
-      {kByPosition, std::int16_t{2}}, {kByName, "chkFirst"},
-      {kByCaption, "&First"},         {kByTag, "tag"},
-      {kByControl, &form.first},      {6, OptionId()},
-  };
-  for (const auto& [what, id] : cases)
-    EXPECT_EQ(form.controls.GetSelectedOption(form.group, what), id) << what;
-}
-
-TEST(ClsControls, SelectAnOptionByAnyOfItsMarks) {
-  for (const auto& [what, value] :
-       std::vector<std::pair<obWhatData, OptionId>>{{kByName, "chkFirst"},
-                                                    {kByCaption, "&First"},
-                                                    {kByTag, "4"},
-                                                    {kByTag, std::int16_t{4}}}) {
-    Form form;
-    form.first.SetName("chkFirst");
-    late_bound::SetTag(form.first, "4");
-    EXPECT_TRUE(form.controls.SetSelectedOption(value, form.group, what));
-    EXPECT_TRUE(form.first.GetValue()) << what;
-    EXPECT_FALSE(form.second.GetValue()) << what;
-  }
-  Form form;
-  form.controls.SetSelectedOption(&form.second, form.group, kByControl);
-  EXPECT_TRUE(form.second.GetValue());
 }
 
 // Reading counts the controls of the container, setting those of the whole form.
-TEST(ClsControls, CountPositionsInTwoWays) {
+TEST(ClsControls, IdentifyAndSelectAnOptionByEachOfItsMarks) {
   Form form;
-  form.second.SetValue(true);
-  const OptionId position = form.controls.GetSelectedOption(form.group, kByPosition);
-  EXPECT_EQ(position, OptionId(std::int16_t{1}));
-  form.second.SetValue(false);
-  form.controls.SetSelectedOption(position, form.group, kByPosition);
-  EXPECT_FALSE(form.second.GetValue());
-  form.controls.SetSelectedOption("2", form.group, kByPosition);
-  EXPECT_TRUE(form.second.GetValue());
+  form.first.SetName("chkFirst");
+  late_bound::SetTag(form.first, "4");
+  EXPECT_EQ(form.controls.GetSelectedOption(form.group, kByName), OptionId()) << "none selected";
+  const struct {
+    obWhatData what;
+    OptionId read, set;
+  } cases[] = {{kByPosition, std::int16_t{2}, "3"},    {kByName, "chkFirst", "chkFirst"},
+               {kByCaption, "&First", "&First"},       {kByTag, "4", std::int16_t{4}},
+               {kByControl, &form.first, &form.first}, {6, OptionId(), OptionId()}};
+  for (const auto& c : cases) {
+    form.first.SetValue(true);
+    EXPECT_EQ(form.controls.GetSelectedOption(form.group, c.what), c.read) << c.what;
+    form.first.SetValue(false);
+    EXPECT_TRUE(form.controls.SetSelectedOption(c.set, form.group, c.what));
+    EXPECT_EQ(form.first.GetValue(), c.read != OptionId()) << c.what;
+    EXPECT_FALSE(form.second.GetValue()) << c.what;
+  }
 }
 
 TEST(ClsControls, EndQuietlyAtAControlWithoutAValue) {

@@ -114,7 +114,7 @@ TEST(PosixTerminal, NoticesInterruptsThatAScriptHadIgnored) {
   EXPECT_EQ(signal(SIGINT, former), SIG_IGN);
 }
 
-TEST(PosixTerminal, OutlivesWhoeverReadItsErrors) {
+TEST(PosixTerminal, SurvivesAClosedErrorStream) {
   Pipe pipe;
   pipe.reader.Close();
   const StandardStreams streams(STDIN_FILENO, pipe.writer.Get());
@@ -131,7 +131,7 @@ void ExpectInChild(Action action) {
   EXPECT_EQ(status, 0);
 }
 
-TEST(PosixStandardStreams, LendTheirNumbersToNoFile) {
+TEST(PosixStandardStreams, KeepTheirNumbersFromOtherFiles) {
   ExpectInChild([] {
     for (const int stream : {0, 1, 2}) close(stream);
     OccupyStandardStreams();

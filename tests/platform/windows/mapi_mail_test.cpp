@@ -88,7 +88,7 @@ TEST_F(MapiMailTest, TellsWhichStepTheMailProgramRefuses) {
   }
 }
 
-TEST_F(MapiMailTest, RefusesAddressesThatAreNone) {
+TEST_F(MapiMailTest, RefusesEmptyAndMultiLineAddresses) {
   mail_.SignOn();
   for (const char* address : {"", "  ", "a@b\r\nBcc: c@d"}) {
     Write(address, "s", "t");
@@ -111,7 +111,7 @@ TEST_F(MapiMailTest, SendsNothingWithoutASession) {
   }
 }
 
-TEST_F(MapiMailTest, SignsOffWhenItIsGivenUp) {
+TEST_F(MapiMailTest, SignsOffWhenDestroyed) {
   {
     MapiMail mail(NativePlatform().Provided().program_folder + "\\recording_mapi.dll");
     mail.SignOn();

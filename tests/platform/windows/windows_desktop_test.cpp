@@ -13,7 +13,7 @@
 namespace korvex {
 namespace {
 
-TEST(WideText, CrossesTheBorderUnchanged) {
+TEST(WideText, ConvertsToUtf16AndBack) {
   const std::pair<std::string, std::wstring> texts[] = {
       {"", L""},
       {"Größe 漢 🔬", L"Gr\u00F6\u00DFe \u6F22 \U0001F52C"},

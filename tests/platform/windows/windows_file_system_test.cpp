@@ -105,7 +105,7 @@ TEST_F(WindowsFileSystemTest, ReachesEveryFileWhateverItsName) {
 }
 
 // The C library knows file names in the code page of the system only.
-TEST_F(WindowsFileSystemTest, LendsTheCLibraryAFolderWhateverTheUserIsCalled) {
+TEST_F(WindowsFileSystemTest, MakesATemporaryFolderThatTheCLibraryCanOpen) {
   std::wstring former(MAX_PATH, L'\0');
   former.resize(GetEnvironmentVariableW(L"TMP", former.data(), MAX_PATH));
   SetEnvironmentVariableW(L"TMP", ToWide(folder_.PutFolder("Ωμέγα 漢字")).c_str());
@@ -157,7 +157,7 @@ TEST_F(WindowsFileSystemTest, SharesAFileThatAnotherProgramHasOpenAsFarAsThatLet
             "Cannot read " + file + ": The file is in use by another program.");
 }
 
-TEST_F(WindowsFileSystemTest, TakesAnOfficeProgramsOwnerFileForUse) {
+TEST_F(WindowsFileSystemTest, TreatsAnOfficeProgramsOwnerFileAsInUse) {
   const std::string owner_file = folder_.Put("~$out.xls", "anna");
   const Error error = ErrorOf([&] { files_.OpenForAppending(folder_.Put("out.xls", "x")); });
   EXPECT_EQ(error.Number(), 70);

@@ -128,7 +128,7 @@ TEST(WindowsTerminal, EndsTheWaitForALineOnCtrlC) {
   EXPECT_EQ(terminal.ReadLine(), "x") << "an interrupt that was taken is over";
 }
 
-TEST(WindowsTerminal, OutlivesWhoeverReadItsErrors) {
+TEST(WindowsTerminal, SurvivesAClosedErrorStream) {
   Pipe pipe;
   pipe.reader.Close();
   const StandardStreams streams(nullptr, pipe.writer.Get());
@@ -173,7 +173,7 @@ TEST(WindowsStandardStreams, TellWhenTheOutputIsLost) {
   EXPECT_EQ(error.Description(), "Cannot write to standard output: Broken pipe.");
 }
 
-TEST(WindowsStandardStreams, LendTheirHandlesToNoFile) {
+TEST(WindowsStandardStreams, KeepTheirHandlesFromOtherFiles) {
   Handle closed(CreateEventW(nullptr, FALSE, FALSE, nullptr));
   const StandardStreams streams(GetStdHandle(STD_INPUT_HANDLE), closed.Get());
   closed.Close();

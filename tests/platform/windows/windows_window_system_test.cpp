@@ -30,7 +30,7 @@ class WindowsWindowSystemTest : public testing::Test {
   WindowsWindowSystem system_;
 };
 
-TEST_F(WindowsWindowSystemTest, TakesTheCloseItemOutOfUseAndPutsItBack) {
+TEST_F(WindowsWindowSystemTest, DisablesAndEnablesTheCloseItem) {
   const struct {
     bool enable;
     UINT close, unused_close;
