@@ -6,7 +6,6 @@
 
 #include "tests/support/campaign.h"
 #include "tests/support/errors.h"
-#include "workbook/sheet_rules.h"
 
 namespace korvex {
 namespace {
@@ -157,14 +156,19 @@ TEST_F(Engine, LeavesAnOutputColumnBlankThatALaterFileLacks) {
   EXPECT_THAT(campaign.OutputRow(3), ElementsAre("", "K2", "", "0.2"));
 }
 
-// Another program may change the settings during a run.
-TEST_F(Engine, KeepsTheOutputThatItBegan) {
+// Other programs may change the settings and the folders during a run.
+TEST_F(Engine, KeepsTheOutputAndTheFilesThatItBeganWith) {
   campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
   campaign.Put("a/P-1-2.xls", {{1, "K1", 7, 0.2}});
   std::function<void()> change;
   campaign.platform.message_loop.on_yield = [&] { change(); };
-  change = [&] { campaign.Set("Main Section", "Output File", "precious.xls"); };
+  change = [&] {
+    campaign.Set("Main Section", "Output File", "precious.xls");
+    campaign.platform.files.AddFile(campaign.Path("a/P-1-3.xls"), "half of it");
+  };
   EXPECT_EQ(Run(), 0);
+  EXPECT_EQ(events.processed, 2);
+  campaign.platform.files.DeleteFile(campaign.Path("a/P-1-3.xls"));
   EXPECT_EQ(engine->OutputFullName(), "/out/all.xls");
   EXPECT_TRUE(campaign.HasOutput());
   change = [&] { campaign.SetOutputs({"compound ID", "#", "plate"}); };
@@ -366,58 +370,51 @@ TEST_F(Engine, KeepsAFileThatAppearsDuringTheRunAndItsOwnOutput) {
   EXPECT_GT(campaign.platform.files.Content("/out/all (3).xls").size(), 1000u);
 }
 
-// Before anything is read, and never an output that lacks what could not be listed.
-TEST_F(Engine, FailsWhenItsFoldersCannotBeListed) {
-  const auto put = [&] {
-    for (const char* name : {"a/P-1-1.xls", "b/P-1-2.xls"}) campaign.Put(name, {});
+TEST_F(Engine, SavesNothingWhenItCannotGoOn) {
+  MemoryFileSystem& files = campaign.platform.files;
+  const auto put = [&](const char* name) { campaign.Put(name, {{1, "K1", 7, 0.1}}); };
+  const struct {
+    const char* cause;
+    std::function<void()> prepare;
+    int processed;
+  } cases[] = {
+      {"/data/screen/io",
+       [&] {
+         put("io/P-1-2.xls");
+         files.Fail(FileOperation::kList, campaign.Path("io"), error_number::kDeviceIo);
+       },
+       0},
+      {"There are 32,768 files in /data/screen/many, and a run takes at most 32,767. Spread them "
+       "over several runs.",
+       [&] {
+         for (int i = 0; i < 32'768; ++i) files.AddFile(campaign.Path("many/" + std::to_string(i)));
+       },
+       0},
+      // A share that goes away can leave its folder behind, empty.
+      {"The sub-folder /data/screen/a has gone since the run was started.",
+       [&] { campaign.spreadsheet.on_quit = [&] { files.Remove(campaign.Path("a")); }; }, 0},
+      {"The sub-folder /data/screen/b has gone since the run was started.",
+       [&] {
+         put("b/P-1-2.xls");
+         campaign.platform.message_loop.on_yield = [&] { files.Remove(campaign.Path("b")); };
+       },
+       1},
+      {"Disk full", [&] { files.LimitSpace(1000); }, 1},
   };
-  put();
-  campaign.platform.files.Fail(FileOperation::kList, campaign.Path("b"), error_number::kDeviceIo);
-  EXPECT_EQ(Run(), 17);
-  EXPECT_THAT(Cause(), HasSubstr(campaign.Path("b")));
-  EXPECT_EQ(events.processed, 0);
-  // As a share that goes away leaves its folder: there, and empty.
-  engine.reset();
-  campaign.spreadsheet.on_quit = [&] {
-    for (const char* name : {"a", "b"}) campaign.platform.files.Remove(campaign.Path(name));
-  };
-  put();
-  EXPECT_EQ(Run(), 17);
-  EXPECT_THAT(Cause(), HasSubstr("sub-folder /data/screen/a has gone since the run was started"));
-  EXPECT_FALSE(campaign.HasOutput());
-}
-
-TEST_F(Engine, SaysHowManyFilesAreTooMany) {
-  for (int i = 0; i < 32'768; ++i) {
-    campaign.platform.files.AddFile(campaign.Path("b/" + std::to_string(i)));
+  for (const auto& c : cases) {
+    engine.reset();
+    campaign.spreadsheet.on_quit = nullptr;
+    campaign.platform.message_loop.on_yield = nullptr;
+    files.Remove(campaign.folder);
+    put("a/P-1-1.xls");
+    c.prepare();
+    events.processed = 0;
+    EXPECT_EQ(Run(), 17);
+    EXPECT_THAT(Texts(), ElementsAre(HasSubstr("\"frmMain.ProcessFolders\".")));
+    EXPECT_THAT(Cause(), HasSubstr(c.cause));
+    EXPECT_EQ(events.processed, c.processed) << c.cause;
+    EXPECT_FALSE(campaign.HasOutput());
   }
-  campaign.Put("a/P-1-1.xls", {});
-  EXPECT_EQ(Run(), 17);
-  EXPECT_EQ(Cause(),
-            "There are 32,768 files in /data/screen/b, and a run takes at most 32,767. Spread them "
-            "over several runs.");
-}
-
-TEST_F(Engine, ReportsAFailingSave) {
-  campaign.Put("a/P-1-1.xls", {{1, "K1", 7, 0.1}});
-  campaign.platform.files.LimitSpace(1000);
-  EXPECT_EQ(Run(), 17);
-  EXPECT_THAT(Texts(), ElementsAre(HasSubstr("\"frmMain.ProcessFolders\".")));
-  EXPECT_THAT(Cause(), HasSubstr("Disk full"));
-}
-
-TEST(SheetNameFromFolder, HoldsOnlyWhatASheetNameCan) {
-  const std::string thirty(30, 'x');
-  const std::pair<std::string, std::string> names[] = {
-      {"Screen 12 (b)", "Screen 12 (b)"},
-      {"a\\b/c?d*e[f]g:h\x01", "a_b_c_d_e_f_g_h_"},
-      {"'it's'", "_it's_"},
-      {"caf\xE9 [1]", "caf_ _1_"},
-      {thirty + "äb", thirty + "ä"},
-      {thirty + "\U0001F9EA", thirty},
-      {thirty + "'z", thirty + "_"},
-  };
-  for (const auto& [folder, name] : names) EXPECT_EQ(SheetNameFromFolder(folder), name);
 }
 
 }  // namespace

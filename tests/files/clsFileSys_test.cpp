@@ -2,8 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+
+#include "files/basGeneral.h"
 #include "files/folder_listing.h"
 #include "tests/support/fakes.h"
+#include "text/clsStrings.h"
 
 namespace korvex {
 namespace {
@@ -37,25 +41,59 @@ TEST(FileSys, SplitsPathsAtTheLastSeparator) {
     EXPECT_EQ(file_sys.GetFileTitle(c.path, true), c.bare_title) << c.path;
     EXPECT_EQ(file_sys.DropExtention(c.path), folder + c.bare_title) << c.path;
   }
-  const TestPlatform platform;
-  for (const auto& [name, extension] :
-       {std::pair{"a.b.c", "c"}, {"archive.backup", ""}, {"README", ""}, {"a.äöü", "äöü"}}) {
-    EXPECT_EQ(clsFileSys().GetFileExtention(name, false, 3), extension) << name;
-    EXPECT_EQ(clsFileSys().GetFileExtention(name, true, 3), std::string(".") + extension) << name;
-  }
 }
 
-TEST(FileSys, FindsAFileDepthFirstInListingOrder) {
+TEST(Helpers, DoWhatTheirNamesSay) {
   TestPlatform platform(PathStyle::kWindows);
   for (const char* file : {"c.xls", "Beta\\deep\\C.XLS", "alpha\\c.xls\\other.xls"}) {
     platform.files.AddFile("D:\\runs\\" + std::string(file));
   }
+  platform.dialogs.folder_answers = {"D:\\Runs", "D:\\", ""};
+  const clsFileSys& file_sys = SharedFileSys();
   std::string folder = "D:\\runs";
-  EXPECT_EQ(clsFileSys().FindFile(folder, "c.xls", true), "D:\\runs\\Beta\\deep\\c.xls");
-  EXPECT_EQ(folder, "D:\\runs\\");
-  platform.files.Deny("D:\\runs\\Beta");
-  EXPECT_EQ(clsFileSys().FindFile(folder, "c.xls", false), "D:\\runs\\c.xls");
-  EXPECT_EQ(clsFileSys().FindFile(folder, "none.xls", false), "");
+  auto& environment = platform.shell.environment;
+  const struct {
+    const char* result;
+    std::function<std::string()> call;
+  } cases[] = {
+      {"D:\\runs\\Beta\\deep\\c.xls", [&] { return file_sys.FindFile(folder, "c.xls", true); }},
+      {"D:\\runs\\", [&] { return folder; }},  // the separator is added in the caller's variable
+      {"D:\\runs\\c.xls",
+       [&] {
+         platform.files.Deny("D:\\runs\\Beta");
+         return file_sys.FindFile(folder, "c.xls", false);
+       }},
+      {"", [&] { return file_sys.FindFile(folder, "none.xls", false); }},
+      {"D:\\Runs\\", [&] { return file_sys.BrowseFolder(nullptr); }},
+      {"D:\\", [&] { return file_sys.BrowseFolder(nullptr); }},
+      {"", [&] { return file_sys.BrowseFolder(nullptr); }},
+      {"c", [&] { return file_sys.GetFileExtention("a.b.c", false, 3); }},
+      {".äöü", [&] { return file_sys.GetFileExtention("a.äöü", true, 3); }},
+      {"", [&] { return file_sys.GetFileExtention("archive.backup", false, 3); }},
+      {".", [&] { return file_sys.GetFileExtention("archive.backup", true, 3); }},
+      {".", [&] { return file_sys.GetFileExtention("README", true, 3); }},
+      {"C:\\all.xls",
+       [&] {
+         file_sys.OpenFile("C:\\all.xls");
+         return platform.shell.opened.back();
+       }},
+      {"C:\\TEMP", [] { return GetTempFolder(false); }},  // made when it is missing
+      {"C:\\TEMP\\",
+       [&] { return platform.files.FolderExists("C:\\TEMP") ? GetTempFolder(true) : ""; }},
+      {"E:\\u\\",
+       [&] {
+         environment = {{"TEMP", ""}, {"TMP", "E:\\u"}};
+         return GetTempFolder(true);
+       }},
+      {"E:\\t\\\\",  // a second separator is not avoided
+       [&] {
+         environment["TEMP"] = "E:\\t\\";
+         return GetTempFolder(true);
+       }},
+      {"a é z", [] { return clsStrings().TrimJunk("\té a é z€\r\n"); }},
+      {"", [] { return clsStrings().TrimJunk("\r\n é\t"); }},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.call(), c.result);
 }
 
 TEST(FolderListing, SortsByUpperCasedNameThenByBytes) {

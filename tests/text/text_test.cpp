@@ -7,7 +7,6 @@
 
 #include "platform/error.h"
 #include "platform/shown_text.h"
-#include "text/clsStrings.h"
 #include "text/code_page.h"
 
 namespace korvex {
@@ -58,11 +57,9 @@ TEST(Text, SplitsAtEverySeparator) {
   EXPECT_EQ(Join(Split("a;;b", ";"), ";"), "a;;b");
 }
 
-TEST(Text, TrimsWhatItShouldAndNothingElse) {
+TEST(Text, TrimsBlanksAlone) {
   EXPECT_EQ(TrimBlanks("  a b \t "), "a b \t");
   EXPECT_EQ(TrimBlanks("   "), "");
-  EXPECT_EQ(clsStrings().TrimJunk("\té a é z€\r\n"), "a é z");
-  EXPECT_EQ(clsStrings().TrimJunk("\r\n é\t"), "");
 }
 
 TEST(Text, ShowsControlCharactersAsTheirEscapes) {
