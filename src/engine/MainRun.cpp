@@ -27,7 +27,8 @@ constexpr int kSuccessIcon = 13;
   throw Error(error_number::kCannotPerform);
 }
 
-// Whether the output can be saved under that name when the work is done, and if not, why.
+// Whether the output can be saved under that name when the work is done, and if not, why. A run may
+// take an hour: everything that can refuse the file is asked first, without leaving a trace.
 bool IsUsableOutput(const std::string& full_name, std::string& cause) {
   try {
     Platform().spreadsheet->CheckOutputName(full_name);
@@ -37,7 +38,7 @@ bool IsUsableOutput(const std::string& full_name, std::string& cause) {
   }
   if (!FileIsWritable(full_name, &cause)) return false;
   try {
-    // A folder can forbid what the file in it would allow.
+    // A folder can forbid to replace a file that could be written to.
     Platform().files->Replace(full_name).reset();
     return true;
   } catch (const Error& error) {
@@ -46,7 +47,7 @@ bool IsUsableOutput(const std::string& full_name, std::string& cause) {
   }
 }
 
-// Lets the user in now and then while much is listed.
+// Handles what the user does now and then while many folders are counted.
 class Interlude {
  public:
   explicit Interlude(clsKorvex& engine) : engine_(engine) {}
@@ -107,6 +108,8 @@ ExistingOutput CheckOutputFile() {
 RunOutcome MainRun::Start(const RunSelection& selection) {
   RunOutcome outcome = RunOutcome::kFinished;
   moKorvex_.reset(new clsKorvex(view_));
+  // The engine reports its own failures and ends with error 17: only what goes wrong around it is
+  // reported here.
   Trap(
       "Form1.MainRun", [&] { Run(selection); },
       [&](const TrappedError& error) {
@@ -140,7 +143,8 @@ void MainRun::Run(const RunSelection& selection) {
   if (basSettings::LaunchOutputFile()) ShellOpen(OutputFullName());
 }
 
-// One step before the first file and one after the last, so that the bar moves at once.
+// One step before the first file and one after the last, so that the bar moves at once. Files in
+// folders below the sub-folders count too, although no run reads them.
 std::int32_t MainRun::ProgressMaximum(const RunSelection& selection) {
   auto files = static_cast<std::int32_t>(selection.files.size());
   if (basSettings::ProcessingSubFolders()) {
@@ -155,7 +159,7 @@ std::int32_t MainRun::ProgressMaximum(const RunSelection& selection) {
         files += CountFiles(sub_folder, entries, [&] { interlude(); });
       } catch (const Error& error) {
         if (error.Number() == error_number::kUserInterrupt) throw;
-        // A folder deeper down, which no run reads, may be closed to the user.
+        // The user may not list one of those folders: that keeps nobody from running.
         files += static_cast<std::int32_t>(folders.Workbooks(sub_folder).size());
       }
     }

@@ -107,6 +107,7 @@ void clsKorvex::Run() {
   SaveOutputWorkbook();
 }
 
+// The sample is read in an application of its own, which the structure starts and quits.
 void clsKorvex::CheckStructure() {
   structure_.Constructor(processing_folder_, files_, nullptr, &folders_);
   if (!structure_.Discrepancy()) return;
@@ -115,6 +116,8 @@ void clsKorvex::CheckStructure() {
               structure_.SampleFileUsed(true));
 }
 
+// The name of the output is read from the settings once: a change during the run is for the next
+// one. Without alerts, neither deleting sheets nor saving over a file asks anybody.
 void clsKorvex::CreateOutputWorkbook() {
   application_->SetVisible(false);
   application_->SetScreenUpdating(false);
@@ -260,6 +263,7 @@ void clsKorvex::AskWhetherToStop() {
   stop_requested_ = false;
 }
 
+// The last step of a run that succeeded; after a failure nothing is saved.
 void clsKorvex::SaveOutputWorkbook() {
   if (keep_existing_output_) {
     SaveUnlessTaken();

@@ -29,6 +29,7 @@ bool IsBlank(const CellValue& value) {
 DataSheet::DataSheet(Workbook& workbook, clsStructure& structure)
     : workbook_(workbook), sheet_(GetDataSheet(workbook)), structure_(structure) {}
 
+// Columns are looked up by their names here, once a sheet; rows are read by their numbers.
 void DataSheet::ReadLayout(int output_columns) {
   header_row_ = GetHeaderRow(workbook_);
   replication_ = GetReplicationNum();

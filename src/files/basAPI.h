@@ -1,3 +1,4 @@
+// The folder browser of the platform.
 #pragma once
 
 #include <string>

@@ -19,7 +19,7 @@ std::int64_t CountFilesBelow(const std::string& folder, const std::vector<Folder
   for (const FolderEntry& entry : entries) {
     if (!entry.is_folder) {
       ++count;
-    } else if (!entry.is_link) {
+    } else if (!entry.is_link) {  // which could lead back to a folder above
       if (on_folder) on_folder();
       const std::string inner = JoinPath(folder, entry.name);
       count += CountFilesBelow(inner, Platform().files->List(inner), on_folder);
@@ -30,6 +30,8 @@ std::int64_t CountFilesBelow(const std::string& folder, const std::vector<Folder
 
 }  // namespace
 
+// A root and a folder right below one keep the caller's spelling; others are written anew from
+// their absolute path.
 std::string ShortenPath(const std::string& path, bool with_slash) {
   const FileSystem& files = *Platform().files;
   if (!files.FolderExists(path)) {

@@ -53,7 +53,7 @@ const clsFileSys& SharedFileSys() {
 std::string ShowMessageBox(const std::string& prompt, const std::vector<std::string>& buttons,
                            const std::optional<std::string>& title, int icon, int& default_button,
                            int sound) {
-  if (default_button >= 1) --default_button;
+  if (default_button >= 1) --default_button;  // the box counts its buttons from zero
   return Platform().dialogs->ShowButtons(
       {prompt, buttons, title.value_or("Message"), icon, default_button, sound});
 }

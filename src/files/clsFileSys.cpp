@@ -16,6 +16,7 @@
 namespace korvex {
 namespace {
 
+// Bytes that continue a character of UTF-8 are not counted.
 std::ptrdiff_t CharacterCount(std::string_view text) {
   return std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; });
 }
@@ -26,8 +27,9 @@ std::string clsFileSys::FindFile(std::string& folder, const std::string& filenam
                                  bool with_do_events) const {
   folder = WithSeparator(std::move(folder));
   std::vector<FolderEntry> entries;
-  Attempt([&] { entries = SortedEntries(folder); });
+  Attempt([&] { entries = SortedEntries(folder); });  // without it, there are no entries
   for (const FolderEntry& entry : entries) {
+    // A link to a folder could lead back to where it stands, and the search would never end.
     if (entry.is_folder && !entry.is_link) {
       std::string sub_folder = folder + entry.name;
       std::string found = FindFile(sub_folder, filename, with_do_events);
@@ -71,6 +73,7 @@ std::string clsFileSys::GetFilePath(std::string_view path, bool with_slash) cons
 }
 
 std::string clsFileSys::DropExtention(std::string_view path) const {
+  // The dot is looked for in the title alone: folders have dots, too.
   const std::string title = GetFileTitle(path, false);
   const std::size_t dot = title.rfind('.');
   if (dot == std::string::npos) return std::string(path);

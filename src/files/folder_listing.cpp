@@ -13,6 +13,7 @@ namespace korvex {
 std::vector<FolderEntry> SortedEntries(const std::string& folder) {
   std::vector<FolderEntry> entries = Platform().files->List(folder);
   std::sort(entries.begin(), entries.end(), [](const FolderEntry& a, const FolderEntry& b) {
+    // Names that differ in letter case alone need an order of their own, the same on every machine.
     const int order = CompareText(a.name, b.name);
     return order != 0 ? order < 0 : a.name < b.name;
   });

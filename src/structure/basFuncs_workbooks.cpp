@@ -28,6 +28,7 @@ void CheckSheetExists(Workbook& workbook) {
       });
 }
 
+// Rows that only have formats count in the last cell, but hold nothing.
 int GetLastRow(const Worksheet& sheet) {
   int row = sheet.LastCell().row;
   while (row > 1 && sheet.CountA(row) == 0) --row;

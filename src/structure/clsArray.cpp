@@ -10,6 +10,7 @@
 namespace korvex {
 namespace {
 
+// The text form that values are compared by. Null has none, and matches nothing.
 struct TextForm {
   std::string operator()(clsArray::Null) const { throw Error(error_number::kTypeMismatch); }
   std::string operator()(const std::string& text) const { return text; }
@@ -25,8 +26,8 @@ std::string TextOf(const clsArray::Value& value) {
   return std::visit(TextForm{}, value);
 }
 
-// Runs the body of one procedure; what goes wrong in it reaches the caller under the name of that
-// procedure and of this class.
+// Runs the body of one procedure. Its errors get a first line that names the procedure and this
+// class.
 template <class Body>
 auto Named(std::string_view procedure, Body body) {
   try {
@@ -63,7 +64,7 @@ void clsArray::Add(Values values) {
   for (Value& value : values) {
     if (compare_mode_ != kAcceptDuplicates) {
       const bool known = Named("Add", [&] { return Exists(value); });
-      // A duplicate reaches the caller as it is, not under the procedure's name.
+      // Raised outside of Named: a duplicate is an answer to the caller, not a failure in here.
       if (known) throw Error(error_number::kDuplicateKey);
     }
     Append(std::move(value));

@@ -39,10 +39,10 @@ class clsArray {
   // ignored: the search always begins at the first element.
   std::int32_t GetPos(const Value& item, const Value& start_from = Null{}) const;
   std::int32_t Count() const;
-  // Removes every match and returns how many there were, by adding the others anew: what cannot be
-  // compared, or is a duplicate by a mode that was set later, ends that, and the list holds what
-  // came before it. With RaiseIfNotFound set, error 5 ("Item not found", source "clsArray") when
-  // there was no match.
+  // Removes every match and returns how many there were. The others are added anew, one by one: an
+  // element that cannot be compared, or that is a duplicate in a mode that was set later, raises
+  // its error, and the list keeps only what came before it. With RaiseIfNotFound set, error 5
+  // ("Item not found", source "clsArray") when there was no match.
   std::int32_t Remove(const Value& item);
   std::int32_t CompareMode() const { return compare_mode_; }
   void SetCompareMode(std::int32_t mode) { compare_mode_ = mode; }

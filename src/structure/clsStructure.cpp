@@ -24,7 +24,8 @@ constexpr char kBadSample[] =
     "click the folder or parent-folder you want to process, and make sure it has the files with a "
     "correct format in them.";
 
-// Column and setting in words: the lists are stored as texts, which anybody can write.
+// Lists are stored as texts that anybody can edit, so a column that is named twice gets a message
+// that names the setting, too.
 void AddColumn(KeyedCollection<std::int16_t>& columns, const std::string& name, std::int16_t number,
                const char* setting) {
   if (columns.Exists(name)) {
@@ -35,6 +36,7 @@ void AddColumn(KeyedCollection<std::int16_t>& columns, const std::string& name, 
   columns.Add(name, number);
 }
 
+// Through a list, since an element may be anything that has a text form.
 std::vector<std::string> TextsOf(const std::optional<clsArray::Values>& values) {
   if (!values) throw Error(error_number::kTypeMismatch);
   clsArray list;
@@ -115,7 +117,8 @@ void clsStructure::RefreshAvailableCols(Workbook& workbook) {
     fail(error_number::kAutomation,
          "has no header row: the first column holds nothing but numbers and blanks.");
   }
-  const int last_column = sheet.LastCell().column;  // the names can reach to the edge of the sheet
+  // Names end at the first blank; in a sheet that is full to its last column there is none.
+  const int last_column = sheet.LastCell().column;
   for (std::int16_t column = 1; column <= last_column; ++column) {
     const std::string name = CellText(sheet.Value(header_row, column));
     if (TrimBlanks(name).empty()) break;
@@ -125,6 +128,7 @@ void clsStructure::RefreshAvailableCols(Workbook& workbook) {
     }
     available_columns_.Add(name, column);
   }
+  // Reading the lists builds them anew from the settings, and notes what is not available.
   output_columns_.RemoveAll();
   key_columns_.RemoveAll();
   OutputColsArray();
@@ -137,6 +141,7 @@ std::vector<std::string> clsStructure::OutputColsArray() {
     clsArray names;
     names.AddTexts(basSettings::OutputColumns());
     names.Remove(DataColumn());
+    // A name that is left out keeps its position, so that the others stay where the user put them.
     std::int16_t position = 0;
     for (const std::string& name : names.Texts()) {
       ++position;

@@ -18,6 +18,8 @@ std::uint32_t NameIndex::Hash(std::string_view name) const {
   return HashOf(upper_);
 }
 
+// Linear probing: from the slot of the hash onwards. The table is never more than half full, so
+// that an empty slot comes soon.
 std::size_t NameIndex::SlotOf(std::string_view name, std::uint32_t hash) const {
   const std::size_t mask = slots_.size() - 1;
   for (std::size_t slot = hash & mask;; slot = (slot + 1) & mask) {
@@ -34,10 +36,10 @@ std::size_t NameIndex::Find(std::string_view name) const {
 }
 
 std::pair<std::size_t, bool> NameIndex::FindOrAdd(std::string_view name) {
-  // The sheets of a plate repeat its keys in the same order: the name behind the one found last is
-  // tried before the table is.
+  // The workbooks of one plate hold its keys in the same order, so the name after the one found
+  // last is tried first; that saves the hash.
   if (++last_found_ < names_.size() && Name(last_found_) == name) return {last_found_, false};
-  if (2 * (names_.size() + 1) > slots_.size()) Grow();
+  if (2 * (names_.size() + 1) > slots_.size()) Grow();  // before a slot is chosen
   const std::uint32_t hash = Hash(name);
   std::uint32_t& slot = slots_[SlotOf(name, hash)];
   if (slot != 0) return {last_found_ = slot - 1, false};

@@ -1,3 +1,4 @@
+// Trims texts.
 #pragma once
 
 #include <string>

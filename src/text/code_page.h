@@ -1,3 +1,4 @@
+// Code page 1252, the single-byte text of the error log and of old workbooks.
 #pragma once
 
 #include <array>

@@ -17,6 +17,7 @@ constexpr char UpperAscii(char c) {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
 }
 
+// Finds the only range that can hold the letter: the first that does not end before it.
 char32_t UpperLetter(char32_t code) {
   const CaseRange* range = std::lower_bound(
       std::begin(kCaseRanges), std::end(kCaseRanges), code,
@@ -71,6 +72,8 @@ bool EqualText(std::string_view a, std::string_view b) {
 int CompareText(std::string_view a, std::string_view b) {
   const std::size_t common = std::min(a.size(), b.size());
   for (std::size_t i = 0; i < common; ++i) {
+    // A character beyond ASCII has several bytes, and its upper case may have another number of
+    // them: from here on the texts are compared as whole upper-cased texts.
     if (!IsAscii(a[i]) || !IsAscii(b[i]))
       return UpperCase(a.substr(i)).compare(UpperCase(b.substr(i)));
     const int difference = UpperAscii(a[i]) - UpperAscii(b[i]);

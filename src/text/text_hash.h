@@ -1,7 +1,7 @@
 // The hash of a text for tables in memory.
 //
-// It differs from run to run: who writes an input file cannot make its texts meet in one place of a
-// table, where each would be compared with all before it.
+// It differs from run to run. Otherwise somebody could write an input file whose texts all fall
+// into one slot of a table, where finding one means comparing it with all the others.
 #pragma once
 
 #include <cstdint>

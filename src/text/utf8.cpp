@@ -8,6 +8,7 @@ Utf8Character FirstUtf8(std::string_view text) {
   const unsigned char lead = byte(0);
   if (lead < 0x80) return {lead, 1};
 
+  // Below C2 are continuation bytes and the starts of overlong forms; nothing beyond F4 is Unicode.
   const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
   if (lead < 0xC2 || lead > 0xF4 || length > text.size()) return kInvalid;
   char32_t code = lead & (0x7Fu >> length);

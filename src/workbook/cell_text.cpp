@@ -102,6 +102,8 @@ void AppendFixed(const Decimal& decimal, std::string& out) {
   }
 }
 
+// A number is written out while 15 places on either side of the point are enough, and with an
+// exponent beyond that. Whole numbers, most of all data, take a shorter way.
 void AppendNumber(double number, std::string& out) {
   if (std::abs(number) < kFirstScientific && number == std::trunc(number)) {
     AppendInteger(static_cast<std::int64_t>(number), out);
@@ -249,6 +251,7 @@ std::optional<double> ParsePlain(std::string_view text) {
   if (result.ptr != end) return std::nullopt;
   if (result.ec == std::errc()) return value;
   if (result.ec != std::errc::result_out_of_range) return std::nullopt;
+  // Too small for a double counts as 0, too large is no number.
   const bool vanishes = text.find("e-") != text.npos || text.find("E-") != text.npos;
   return vanishes ? std::optional<double>(0.0) : std::nullopt;
 }
@@ -384,7 +387,7 @@ std::int16_t ToInt16(std::string_view text) {
     throw Error(error_number::kTypeMismatch,
                 "Type mismatch: \"" + std::string(text) + "\" is not a number.");
   }
-  const double rounded = std::nearbyint(*number);
+  const double rounded = std::nearbyint(*number);  // halves to even
   if (rounded < INT16_MIN || rounded > INT16_MAX) {
     throw Error(error_number::kOverflow,
                 "Overflow: \"" + std::string(text) + "\" lies outside -32768 to 32767.");
@@ -400,6 +403,7 @@ CellValue CellFromText(std::string_view text) {
   double number = 0;
   const char* end = text.data() + text.size();
   if (std::from_chars(text.data(), end, number).ptr != end) return CellValue::Text(text);
+  // Only a text that reads back the same becomes a number: "0017" is a name, and stays one.
   std::string plain;
   AppendNumber(number, plain);
   return plain == text ? CellValue::Number(number) : CellValue::Text(text);

@@ -40,6 +40,7 @@ void AppendField(const CellValue& value, std::string& out) {
   const std::size_t start = out.size();
   AppendDataText(value, out);
   if (out.find_first_of(",\"\r\n", start) == std::string::npos) return;
+  // First the quotation marks inside are doubled, then the field gets its own.
   for (std::size_t quote = out.find('"', start); quote != std::string::npos;
        quote = out.find('"', quote + 2)) {
     out.insert(quote, 1, '"');

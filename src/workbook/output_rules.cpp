@@ -12,6 +12,7 @@
 namespace korvex {
 namespace {
 
+// Endings by which other programs would expect a format that is not written here.
 constexpr const char* kOtherFormats[] = {".xlsm", ".xlsb", ".xltx", ".ods", ".tsv",
                                          ".txt",  ".htm",  ".html", ".xml", ".pdf"};
 

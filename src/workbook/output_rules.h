@@ -39,20 +39,20 @@ inline constexpr OutputFormat kCsvFormat = {".csv", "", std::numeric_limits<int>
 // ending could not open the file.
 const OutputFormat& OutputFormatOf(std::string_view file_name);
 
-// The ending, and that the file is none of `inputs`, which would be lost.
+// Checks the ending of the name, and that the file is none of `inputs`: an input would be lost.
 void CheckOutputTarget(const FileSystem& files, const std::string& target,
                        const std::vector<std::string>& inputs);
 
-// What becomes of an error that a workbook cannot be saved by: 1004 with the target and the cause;
-// 58 for a file that stands in its place stays that.
+// The error to raise when saving failed: 1004, which names the target and the cause. Error 58 (a
+// file of that name exists) keeps its number.
 Error SaveFailure(const std::string& target, const Error& cause);
 
 // Rows and columns count from 1.
 void CheckCellPosition(int row, int column);
-// That a sheet of the format reaches that far.
+// Checks that a sheet of the format reaches that far.
 void CheckOutputPlace(const OutputFormat& format, CellAddress place);
-// The place, the length of a text, finite numbers, error codes of one byte. `sheet` is the sheet's
-// name.
+// Checks the place, the length of a text, that a number is finite and an error code one byte.
+// `sheet` is the sheet's name.
 void CheckOutputCell(const OutputFormat& format, const std::string& sheet, CellAddress place,
                      const CellValue& value);
 
