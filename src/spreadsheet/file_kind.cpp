@@ -37,7 +37,8 @@ bool Contains(std::string_view text, std::string_view part) {
 
 enum class TextForm { kBytes, kUtf16, kUtf16Swapped };
 
-// Of a text without a mark, UTF-16 is told by the zero halves of its ASCII characters.
+// UTF-16 without a byte order mark shows in the upper halves of its ASCII characters: only every
+// second byte is zero, and many are.
 TextForm FormWithoutMark(std::string_view text) {
   std::size_t zeros[2] = {0, 0};
   for (std::size_t i = 0; i < text.size(); ++i) zeros[i % 2] += text[i] == '\0';
@@ -62,8 +63,8 @@ TextForm TakeMark(std::string_view& text) {
   return FormWithoutMark(text.substr(0, kTextHead));
 }
 
-// The beginning of a text in lower case, without byte order mark and blanks in front. Of UTF-16
-// only the ASCII characters are told apart.
+// The beginning of a text in lower case, without byte order mark and leading blanks. Of UTF-16 only
+// ASCII characters are kept; the others become a byte that no test looks for.
 std::string TextHead(std::span<const std::byte> bytes, std::size_t limit) {
   std::string_view raw = Characters(bytes, limit);
   const TextForm form = TakeMark(raw);
@@ -80,7 +81,8 @@ std::string TextHead(std::span<const std::byte> bytes, std::size_t limit) {
   return head;
 }
 
-// The tag of the first element, as far as it is there; empty when there is none.
+// The tag of the first element, behind comments and declarations; cut where the text ends, and
+// empty when there is none.
 std::string_view RootTag(std::string_view head) {
   std::size_t at = 0;
   for (;;) {
@@ -102,7 +104,7 @@ std::string_view NameIn(std::string_view tag) {
 }
 
 // The beginning of a file, in the forms that the tests below look at. Texts are decoded when the
-// first test asks for them: most files are told by their signature.
+// first test asks for them: most files have a signature.
 class FileStart {
  public:
   explicit FileStart(std::span<const std::byte> bytes) : bytes_(bytes) {}

@@ -31,7 +31,7 @@ void CheckType(const ZipArchive& archive, const ReadBuffers& buffers) {
   }
 }
 
-// Workbooks in a zip archive are told apart by the parts that the archive has. OpenDocument files
+// The parts of an archive show which format its workbook has. OpenDocument files
 // say their type in a part of its own, but some programs leave it out.
 std::unique_ptr<WorkbookReader> OpenPackedWorkbook(ReadBuffers& buffers) {
   ZipArchive archive(buffers.file);

@@ -102,7 +102,7 @@ TEST(SheetReader, TakesTheResultsOfFormulas) {
 
 TEST(SheetReader, DecodesTextsOfOldWorkbooksByTheirCodePage) {
   const std::tuple<unsigned, const char*, std::string> cases[] = {
-      {0, "\xB5M \x80", "µM €"},  // none is told
+      {0, "\xB5M \x80", "µM €"},  // no CODEPAGE record
       {32769, "\x80", "€"},
       {32768, "\xB5M \xC6OD", "µM ∆OD"},
       {1250, "\x9C", "ś"},
