@@ -18,6 +18,13 @@ inline constexpr CellError kCellErrors[] = {
     {0, "#NULL!"},  {7, "#DIV/0!"},          {kNoValueError, "#VALUE!"},  {23, "#REF!"},
     {29, "#NAME?"}, {kNumberError, "#NUM!"}, {kNotAvailableError, "#N/A"}};
 
+constexpr bool IsErrorCode(int code) {
+  for (const CellError& error : kCellErrors) {
+    if (error.code == code) return true;
+  }
+  return false;
+}
+
 // "#N/A" for 42; "#VALUE!" for a code that is not in the table.
 constexpr std::string_view ErrorName(int code) {
   for (const CellError& error : kCellErrors) {

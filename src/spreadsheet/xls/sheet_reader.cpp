@@ -447,19 +447,8 @@ void SheetReader::AddBoolean(const std::byte* cell, std::uint8_t value) {
 
 // Unknown codes become #VALUE!: no other part of the program knows them.
 void SheetReader::AddError(const std::byte* cell, std::uint8_t code) {
-  switch (code) {
-    case 0:
-    case 7:
-    case 15:
-    case 23:
-    case 29:
-    case 36:
-    case 42:
-      break;
-    default:
-      code = kNoValueError;
-  }
-  cells_.AddNumber(Row(cell), Column(cell), CellKind::kError, code);
+  const int known = IsErrorCode(code) ? code : kNoValueError;
+  cells_.AddNumber(Row(cell), Column(cell), CellKind::kError, known);
 }
 
 }  // namespace korvex
