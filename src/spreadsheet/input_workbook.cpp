@@ -71,6 +71,7 @@ class InputWorkbook::Sheet : public Worksheet {
 
 CellValue InputWorkbook::Sheet::Value(int row, int column) const {
   CheckPlace(row, column);
+  // Callers walk a sheet row by row: the row is looked up once for all its columns.
   if (row != last_row_) {
     last_cells_ = Cells().RowOf(row);
     last_row_ = row;
@@ -111,6 +112,7 @@ InputWorkbook::InputWorkbook(const FileSystem& files, const std::string& full_na
     ReadWorkbookFile(files, full_name, buffers_->file);
     return OpenWorkbookReader(*buffers_);
   });
+  // Charts and macro sheets keep their place among the tabs, but are no worksheets.
   const std::vector<SheetInfo>& sheets = reader_->Sheets();
   for (std::size_t i = 0; i < sheets.size(); ++i) {
     if (sheets[i].kind == SheetKind::kWorksheet) {
@@ -120,6 +122,7 @@ InputWorkbook::InputWorkbook(const FileSystem& files, const std::string& full_na
 }
 
 InputWorkbook::~InputWorkbook() {
+  // What uses the buffers goes first.
   worksheets_.clear();
   reader_.reset();
   pool_.GiveBack(std::move(buffers_));

@@ -42,6 +42,7 @@ CellValue OutputSheet::Value(int row, int column) const {
 void OutputSheet::SetValue(int row, int column, const CellValue& value) {
   CheckOutputCell(workbook_.Format(), name_, {row, column}, value);
   StoredCell cell = {value.kind, std::bit_cast<std::uint64_t>(value.number)};
+  // A text is stored once in the workbook and by its id in the cell.
   if (value.kind == CellKind::kText) {
     cell = value.text.empty() ? StoredCell{}
                               : StoredCell{CellKind::kText, workbook_.Texts().Intern(value.text)};
@@ -62,6 +63,7 @@ void OutputSheet::CheckRoom(CellAddress place) const {
   CheckOutputPlace(workbook_.Format(), place);
 }
 
+// For a format other than the one that SetValue checked against.
 void OutputSheet::CheckFits(const OutputFormat& format) const {
   for (int column = 1; column <= cells_.ColumnCount(); ++column) {
     const int last_row = cells_.RowEnd(column - 1);

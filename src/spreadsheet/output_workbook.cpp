@@ -18,6 +18,7 @@ namespace korvex {
 namespace {
 
 void WriteXls(const TextPool& texts, std::vector<SheetContent> sheets, ReplacementFile& file) {
+  // The container's header needs the size of the stream, which the writer has measured.
   Biff8Writer workbook(texts, std::move(sheets));
   ByteWriter out(&file);
   CompoundFileWriter container(out, workbook.StreamSize());
@@ -94,6 +95,7 @@ void OutputWorkbook::Save(const std::string& full_name, bool as_new) {
   } catch (const Error& error) {
     throw SaveFailure(target, error);
   }
+  // Only now: a workbook that could not be saved keeps its former name.
   const std::size_t name_start = target.rfind(files_.Separator()) + 1;
   name_ = target.substr(name_start);
   path_ = target.substr(0, name_start == 0 ? 0 : name_start - 1);
@@ -104,6 +106,7 @@ void OutputWorkbook::WriteFile(const OutputFormat& format, const std::string& ta
   if (&format != &format_) {
     for (const auto& sheet : sheets_) sheet->CheckFits(format);
   }
+  // The target changes only with the commit; after an error before it the former file stays.
   const std::unique_ptr<ReplacementFile> file = files_.Replace(target);
   if (&format == &kCsvFormat) {
     WriteCsv(*this, *file);

@@ -44,6 +44,7 @@ int CellStore::BlockCount() const {
   return static_cast<int>(count);
 }
 
+// From the end: cells can have been emptied, and blocks in between may be missing.
 int CellStore::RowEnd(int column) const {
   const Column& blocks = columns_[static_cast<std::size_t>(column)];
   for (auto block = static_cast<int>(blocks.size()); block-- > 0;) {

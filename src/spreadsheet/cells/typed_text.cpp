@@ -52,6 +52,7 @@ std::optional<double> TakeTime(std::string_view& text) {
   return hours * 3600.0 + minutes * 60 + seconds;
 }
 
+// Days since 1899-12-30 of "2002-12-03"; none for a day that the calendar does not have.
 std::optional<int> TakeDay(std::string_view& text) {
   using std::chrono::sys_days;
   constexpr sys_days kFirst{std::chrono::year{1899} / 12 / 30};
@@ -82,6 +83,7 @@ std::optional<double> ReadNumber(std::string_view text) {
   const char* const end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, number);
   if (rest != end || error == std::errc::invalid_argument) return {};
+  // Too large or too small for a double; only the exponent's sign tells which.
   if (error == std::errc::result_out_of_range) {
     const bool is_small = text.find("e-") != text.npos || text.find("E-") != text.npos;
     return is_small ? 0 : std::numeric_limits<double>::infinity();
@@ -106,6 +108,7 @@ int ErrorCode(std::string_view name) {
 std::optional<DayAndTime> ReadIsoDate(std::string_view text) {
   text = TrimBlanks(text, " \t\r\n");
   DayAndTime date{0, 0};
+  // "10:15" is a time alone.
   if (text.size() < 3 || text[2] != ':') {
     const std::optional<int> day = TakeDay(text);
     if (!day) return {};

@@ -215,6 +215,7 @@ void OdsReader::StartCell(const XmlElement& element) {
   string_value_.reset();
   text_.Clear();
   const char* const type = element.Attribute(ods::kOffice, "value-type");
+  // A formula that was not calculated is written without a type.
   lacks_value_ = has_formula_ && type == nullptr;
   if (type != nullptr) ReadValue(element, type);
 }

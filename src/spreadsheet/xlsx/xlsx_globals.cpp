@@ -102,8 +102,8 @@ SheetKind KindOf(const Relationship& relationship) {
   return SheetKind::kWorksheet;
 }
 
-// <workbook><workbookPr date1904="1"/><sheets><sheet name="data" state="hidden"
-// r:id="rId1"/></sheets>
+// <workbook><workbookPr date1904="1"/>
+//   <sheets><sheet name="data" state="hidden" r:id="rId1"/></sheets>
 //   <calcPr fullCalcOnLoad="1"/>
 class WorkbookHandler : public XmlHandler {
  public:
@@ -230,6 +230,7 @@ XlsxGlobals ReadXlsxGlobals(const ZipArchive& archive, ReadBudget& budget) {
   if (part.ends_with(".bin")) {
     Refuse("is an .xlsb workbook, which cannot be read: save it as .xlsx");
   }
+  // Other documents are packages of the same form; their main part has a folder of its own.
   if (part.starts_with("word/")) RefuseAs("a Word document");
   if (part.starts_with("ppt/")) RefuseAs("a PowerPoint presentation");
   const std::vector<Relationship> relationships = ReadRelationships(archive, part, budget);

@@ -130,6 +130,7 @@ void XlsxRowWriter::AppendRow(int row, std::size_t row_in_block) {
       is_empty = false;
     }
     AppendCell(column, block->kinds[row_in_block], block->bits[row_in_block]);
+    // Within a row, too: one row of 16,384 long texts takes half a gigabyte.
     if (text_.size() >= kBlock) Flush();
   }
   if (!is_empty) text_.append("</row>");

@@ -55,6 +55,7 @@ bool XlsxSheetReader::StartElement(const XmlElement& element) {
   }
 }
 
+// A number that cannot be read is as good as none: the row follows the one before.
 void XlsxSheetReader::StartRow(const XmlElement& element) {
   row_ = next_row_;
   if (const char* const number = element.Attribute("r")) {
@@ -82,6 +83,7 @@ void XlsxSheetReader::StartCell(const XmlElement& element) {
   value_.clear();
 }
 
+// An empty <v/> counts as a value: a formula that gives "" has one.
 bool XlsxSheetReader::StartContent(const XmlElement& element) {
   if (element.Is(xlsx::kMain, "v")) return has_value_ = is_in_value_ = true;
   if (element.Is(xlsx::kMain, "f")) has_formula_ = true;
@@ -91,6 +93,7 @@ bool XlsxSheetReader::StartContent(const XmlElement& element) {
   return true;
 }
 
+// The parser may cut a text into pieces, so that values are collected.
 void XlsxSheetReader::Text(std::string_view text) {
   if (is_in_value_) {
     value_ += text;
@@ -170,6 +173,7 @@ void XlsxSheetReader::AddSharedText() {
   cells_.AddSharedText(row_, static_cast<std::uint16_t>(column_), strings_.Range(*index));
 }
 
+// Whether the results are right is decided when the sheet is complete (XlsxWorkbook::ReadSheet).
 void XlsxSheetReader::DoubtFormula(bool is_zero) {
   if (has_formula_ && globals_.calculates_on_load) {
     cells_.DoubtLast(DoubtGround::kAsksForCalculation, is_zero);
