@@ -9,11 +9,11 @@
 #include "platform/file_system.h"
 #include "platform/services.h"
 #include "text/code_page.h"
+#include "text/text.h"
 
 namespace korvex {
 namespace {
 
-constexpr char kLineEnd[] = "\r\n";
 constexpr std::string_view kBanner =
     "<<<<<<<<<<<<<<<<<<<<<<<<<<<<<<ERROR>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>>";
 
@@ -32,7 +32,7 @@ void clsAppLog::Error(const std::optional<std::string>& func_name, int err_num,
                                err_source.value_or(pending.Source()));
   std::string record;
   const auto add_line = [&record](std::string_view label, std::string_view value) {
-    record.append(label).append(value).append(kLineEnd);
+    record.append(label).append(value).append(kLineBreak);
   };
 
   add_line("", "");
@@ -56,10 +56,10 @@ void clsAppLog::AddText(std::string_view text, std::string_view more_info, bool 
   const std::string tab = indent ? "\t" : "";
   std::string body = tab;
   body.append(text);
-  if (insert_time) body.append(kLineEnd).append(tab).append("Time: ").append(FormatNow(false));
+  if (insert_time) body.append(kLineBreak).append(tab).append("Time: ").append(FormatNow(false));
   if (!more_info.empty())
-    body.append(kLineEnd).append(tab).append("Additional Data: ").append(more_info);
-  for (int i = 0; i < end_crlf; ++i) body.append(kLineEnd);
+    body.append(kLineBreak).append(tab).append("Additional Data: ").append(more_info);
+  for (int i = 0; i < end_crlf; ++i) body.append(kLineBreak);
   Write(body);
 }
 
