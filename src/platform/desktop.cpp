@@ -1,7 +1,10 @@
 #include "platform/desktop.h"
 
+#include <algorithm>
 #include <array>
-#include <cstddef>
+
+#include "platform/error.h"
+#include "platform/shown_text.h"
 
 namespace korvex {
 namespace {
@@ -19,6 +22,15 @@ void PlayMessageSound(Sound& sound, int number) {
   if (number <= kBeep) return;
   const auto alias = static_cast<std::size_t>(number - kFirstAlias);
   sound.PlayAlias(alias < kAliases.size() ? kAliases[alias] : "");
+}
+
+void CheckMailAddress(const std::string& address, std::size_t longest) {
+  if (address.find_first_not_of(' ') == std::string::npos) {
+    throw Error(error_number::kInvalidCall, "There is no e-mail address to send to.");
+  }
+  if (address.size() > longest || std::ranges::any_of(address, IsControl)) {
+    throw Error(error_number::kInvalidCall, "The e-mail address to send to is not one line.");
+  }
 }
 
 }  // namespace korvex

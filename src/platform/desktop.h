@@ -2,6 +2,7 @@
 // the window system can do beyond the toolkit. Texts are UTF-8.
 #pragma once
 
+#include <cstddef>
 #include <ctime>
 #include <string>
 
@@ -57,6 +58,10 @@ class Mail {
   virtual void Send() = 0;  // without a dialog
   virtual void SignOff() = 0;
 };
+
+// Error 5 for an address that is blank, or is not one line of at most `longest` bytes: further
+// lines would become headers of the message.
+void CheckMailAddress(const std::string& address, std::size_t longest = std::string::npos);
 
 // Windows are passed by their native handle.
 class WindowSystem {

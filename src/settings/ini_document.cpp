@@ -4,6 +4,7 @@
 #include <charconv>
 #include <utility>
 
+#include "platform/shown_text.h"
 #include "text/text.h"
 
 namespace korvex {
@@ -13,10 +14,6 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 std::string_view Trim(std::string_view text) {
   return TrimBlanks(text, " \t\r\n");
-}
-
-bool IsControl(char c) {
-  return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
 }
 
 std::string Quoted(std::string_view text, std::string_view special) {

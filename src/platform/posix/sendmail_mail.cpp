@@ -9,6 +9,7 @@
 #include "platform/error.h"
 #include "platform/posix/posix_io.h"
 #include "platform/posix/process.h"
+#include "platform/shown_text.h"
 #include "text/utf8.h"
 
 namespace korvex {
@@ -18,10 +19,6 @@ namespace {
 constexpr std::size_t kMaxLine = 900;
 // What fits, encoded, into one encoded word beside the header's name (at most 76 characters).
 constexpr std::size_t kMaxWord = 39;
-
-bool IsControl(char c) {
-  return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
-}
 
 std::string Base64(std::string_view bytes) {
   constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -108,12 +105,7 @@ void SendmailMail::Compose() {
 }
 
 void SendmailMail::ResolveName() {
-  const bool blank = recipient_.find_first_not_of(' ') == std::string::npos;
-  if (!blank && recipient_.size() <= kMaxLine && std::ranges::none_of(recipient_, IsControl)) {
-    return;
-  }
-  throw Error(error_number::kInvalidCall, blank ? "There is no e-mail address to send to."
-                                                : "The e-mail address to send to is not one line.");
+  CheckMailAddress(recipient_, kMaxLine);
 }
 
 void SendmailMail::Send() {

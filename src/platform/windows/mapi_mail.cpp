@@ -1,6 +1,5 @@
 #include "platform/windows/mapi_mail.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "platform/error.h"
@@ -23,16 +22,6 @@ std::string InCodePage(const std::string& text) {
   std::string bytes(static_cast<std::size_t>(convert(nullptr, 0)), '\0');
   convert(bytes.data(), static_cast<int>(bytes.size()));
   return bytes;
-}
-
-void CheckAddress(const std::string& address) {
-  if (address.find_first_not_of(' ') == std::string::npos) {
-    throw Error(error_number::kInvalidCall, "There is no e-mail address to send to.");
-  }
-  const auto is_control = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
-  if (std::ranges::any_of(address, is_control)) {
-    throw Error(error_number::kInvalidCall, "The e-mail address to send to is not one line.");
-  }
 }
 
 void Check(ULONG result, const std::string& action) {
@@ -153,14 +142,14 @@ void MapiMail::SetPrimaryRecipient(const std::string& address) {
 }
 
 void MapiMail::ResolveName() {
-  CheckAddress(recipient_);
+  CheckMailAddress(recipient_);
   resolved_ = std::make_unique<Recipient>(SignedOn(), recipient_);
 }
 
 void MapiMail::Send() {
   // Without a session the mail program would sign on by itself, with a dialog perhaps.
   Session& session = SignedOn();
-  CheckAddress(recipient_);
+  CheckMailAddress(recipient_);
   std::string name = InCodePage(recipient_);
   std::string subject = InCodePage(subject_);
   std::string text = InCodePage(text_);
