@@ -132,7 +132,7 @@ TEST(OdsWorkbook, RefusesWhatCannotBeRead) {
        "ends after 102 bytes, in the middle of its XML"},
   };
   for (const auto& test : cases) EXPECT_EQ(RefusalOf(test.file), test.cause);
-  EXPECT_THAT(RefusalOf(Ods(full)), MatchesRegex("takes more than 268,[0-9,]* bytes of memory"));
+  EXPECT_THAT(RefusalOf(Ods(full)), MatchesRegex("takes more than 268,.* bytes of memory"));
 }
 
 // One changed byte in a document without a check sum makes names that a reader would skip, and with

@@ -219,10 +219,10 @@ TEST(XlsxWorkbook, RefusesWhatIsDamagedOrHostile) {
   };
   for (const auto& test : cases) EXPECT_EQ(RefusalOf(test.file), test.cause);
   EXPECT_THAT(RefusalOf(one_text_everywhere(1'000'000)),
-              MatchesRegex("shows more than 537,[0-9,]* bytes of text in one sheet"));
+              MatchesRegex("shows more than 537,.* bytes of text in one sheet"));
   EXPECT_THAT(RefusalOf(Zip(two_sheets)),
               MatchesRegex("is damaged: its zip archive has 2 parts named "
-                           "xl/worksheets/sheet1.xml, at bytes [0-9,]*, [0-9,]*"));
+                           "xl/worksheets/sheet1.xml, at bytes .*, .*"));
 }
 
 // Sheets can share a part; each reading of it costs time and counts.
