@@ -8,7 +8,7 @@ BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libwxgtk3.2-dev libgcrypt20-d
 TEST_PACKAGES=(libgtest-dev libgmock-dev xvfb openbox)
 PEER_PACKAGES=(libreoffice-calc gnumeric python3-xlrd python3-openpyxl)
 FUZZ_PACKAGES=(clang-14 libclang-rt-14-dev xz-utils)
-CHECK_PACKAGES=(clang-format clang-tidy shellcheck git)
+CHECK_PACKAGES=(clang-format clang-tidy shellcheck git python3)
 
 # Installs the named Debian packages that are not there yet. Silent when none is missing.
 install_missing() {
