@@ -20,9 +20,8 @@ inline bool IsDateKind(CellKind kind) {
 //   kError    number = the application's code: 0 #NULL!, 7 #DIV/0!, 15 #VALUE!, 23 #REF!,
 //             29 #NAME?, 36 #NUM!, 42 #N/A
 //   kText     text, which may be empty (a formula that gives "" is not an empty cell)
-//   kElapsed  a date whose format shows the time that has passed ("[h]:mm"); only a .csv file,
-//   which
-//             has no formats, makes a difference: there it is a number of days
+//   kElapsed  a date whose format shows the time that has passed ("[h]:mm"); it makes a difference
+//             for .csv alone, which has no formats: there it is a number of days
 struct CellValue {
   CellKind kind = CellKind::kEmpty;
   double number = 0;
