@@ -57,6 +57,7 @@ void SheetReader::Read(std::span<const std::byte> stream, std::size_t offset) {
 void SheetReader::ReadRecords() {
   depth_ = 0;
   null_records_ = 0;
+  nulls_end_ = 0;
   awaits_string_ = false;
   maybe_lost_.reset();
   has_rows_ = false;
@@ -140,9 +141,7 @@ void SheetReader::ReadRecord(std::uint16_t number, std::span<const std::byte> da
 // an earlier header was damaged, and the reader is in the middle of other records, where it loses
 // cells.
 void SheetReader::PassOver(std::uint16_t number, std::span<const std::byte> data) {
-  const bool is_null = number == 0 && data.empty();
-  null_records_ = is_null ? null_records_ + 1 : 0;
-  if (null_records_ > kMostNullRecords) RefuseRecord("is one of many that are nothing but zeros");
+  if (number == 0 && data.empty()) return PassOverNull();
   if (IsTooLong(number, data.size())) RefuseTooLong();
   if (number == biff::kRow) {
     has_rows_ = true;
@@ -152,6 +151,14 @@ void SheetReader::PassOver(std::uint16_t number, std::span<const std::byte> data
   if (!BelongsBetweenCells(number)) CheckIsNoCell(number, data);
 }
 
+// Some writers leave a few zeros between records. More of them without anything between stand where
+// other records were.
+void SheetReader::PassOverNull() {
+  null_records_ = records_.Offset() == nulls_end_ ? null_records_ + 1 : 1;
+  nulls_end_ = records_.NextOffset();
+  if (null_records_ > kMostNullRecords) RefuseRecord("is one of many that are nothing but zeros");
+}
+
 // Looks for cells whose record number is damaged. Such a record is of an unknown kind; or one bit
 // of its number makes a cell of it whose length it has, and it begins with the place where the next
 // cell is due. It is refused when another cell follows: behind the last cell there may be records
@@ -159,7 +166,7 @@ void SheetReader::PassOver(std::uint16_t number, std::span<const std::byte> data
 // cells, whose records begin with a row and a column, too.
 void SheetReader::CheckIsNoCell(std::uint16_t number, std::span<const std::byte> data) {
   if (maybe_lost_) return;
-  const bool is_unknown = !IsKnown(number) && (number != 0 || !data.empty());
+  const bool is_unknown = !IsKnown(number);
   if (cells_.IsUnfilled()) {
     // A stream without globals may hold their records here.
     if (globals_.is_single_sheet) return;

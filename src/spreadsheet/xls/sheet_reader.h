@@ -57,6 +57,7 @@ class SheetReader {
   void StartFixedCell(std::span<const std::byte> data, std::size_t size);
   static void CheckColumn(std::uint16_t row, std::uint16_t column);
   void PassOver(std::uint16_t number, std::span<const std::byte> data);
+  void PassOverNull();
   void CheckIsNoCell(std::uint16_t number, std::span<const std::byte> data);
   static bool IsNearCell(std::uint16_t number, std::span<const std::byte> data);
   bool HoldsNextPlace(std::span<const std::byte> data) const;
@@ -95,9 +96,10 @@ class SheetReader {
   SheetCells& cells_;
   RecordReader records_{{}, 0};
   std::size_t bytes_read_ = 0;
-  int depth_ = 0;          // of sub-streams
-  int null_records_ = 0;   // in a row
-  bool has_rows_ = false;  // ROW records so far
+  int depth_ = 0;              // of sub-streams
+  int null_records_ = 0;       // without anything between
+  std::size_t nulls_end_ = 0;  // behind the last of them
+  bool has_rows_ = false;      // ROW records so far
   bool awaits_string_ = false;
   // The last formula.
   bool asks_for_calculation_ = false;

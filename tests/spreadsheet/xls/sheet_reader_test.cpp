@@ -71,6 +71,17 @@ TEST(SheetReader, ReadsEveryKindOfCell) {
   }
 }
 
+// A habit of some writers is no damage, however often it shows.
+TEST(SheetReader, ReadsAnyNumberOfCellsWithZerosBetweenThem) {
+  Bytes records;
+  Bytes cells;
+  for (unsigned row = 0; row < 30; ++row) {
+    records += NumberCell(row, 0, 1) + U32(0);
+    cells += (row > 0 ? " | " : "") + std::to_string(row + 1) + ",1 number 1";
+  }
+  EXPECT_EQ(ListingOfRecords(records), cells);
+}
+
 TEST(SheetReader, TakesTheResultsOfFormulas) {
   const Bytes text_follows = FormulaCell(0, 0, SpecialResult(0));
   const Bytes string = Record(0x0207, NarrowText("result"));
