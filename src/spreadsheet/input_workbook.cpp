@@ -42,6 +42,7 @@ class InputWorkbook::Sheet : public Worksheet {
   void Activate() override {}
   void Delete() override { workbook_.RefuseChange(); }
   CellValue Value(int row, int column) const override;
+  bool ReadRow(int row, std::span<const int> columns, std::span<CellValue> values) const override;
   void SetValue(int, int, const CellValue&) override { workbook_.RefuseChange(); }
   CellAddress LastCell() const override { return Cells().LastCell(); }
   void CheckRoom(CellAddress) const override { workbook_.RefuseChange(); }
@@ -78,6 +79,15 @@ CellValue InputWorkbook::Sheet::Value(int row, int column) const {
   }
   if (cells_->IsUncalculated(row, column)) RefuseUncalculated(row, column);
   return cells_->Value(last_cells_, column);
+}
+
+bool InputWorkbook::Sheet::ReadRow(int row, std::span<const int> columns,
+                                   std::span<CellValue> values) const {
+  const SheetCells& cells = Cells();
+  if (cells.HasUncalculated()) return false;
+  for (const int column : columns) CheckPlace(row, column);
+  cells.Values(cells.RowOf(row), columns, values);
+  return true;
 }
 
 void InputWorkbook::Sheet::RefuseUncalculated(int row, int column) const {

@@ -5,7 +5,9 @@
 // error 1004 with the cause in its description; a look-up by a name that does not exist is error 9.
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -28,6 +30,12 @@ class Worksheet {
 
   // A cell that was never filled is Empty, anywhere within the sheet. Row or column 0 is refused.
   virtual CellValue Value(int row, int column) const = 0;
+  // The values of several cells of a row at once; `values` has an element for each column. False
+  // when one of them may not be read: Value says which, and why.
+  virtual bool ReadRow(int row, std::span<const int> columns, std::span<CellValue> values) const {
+    for (std::size_t i = 0; i < columns.size(); ++i) values[i] = Value(row, columns[i]);
+    return true;
+  }
   // Text is stored as that text, whatever it looks like.
   virtual void SetValue(int row, int column, const CellValue& value) = 0;
   // The bottom right corner of everything used, formatted blanks included (special cells type 11);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "spreadsheet/bytes/read_budget.h"
@@ -41,12 +42,14 @@ class SheetCells {
   };
   Row RowOf(int row) const;
   CellValue Value(const Row& row, int column) const;
+  void Values(const Row& row, std::span<const int> columns, std::span<CellValue> values) const;
   // Whether a cell has a formula that was never calculated. Its value is #N/A and must not be used.
   bool IsUncalculated(int row, int column) const {
     if (!has_uncalculated_) return false;
     const Cell* const cell = Find(RowOf(row), column);
     return cell != nullptr && cell->is_uncalculated;
   }
+  bool HasUncalculated() const { return has_uncalculated_; }
   CellAddress LastCell() const { return {static_cast<int>(last_row_) + 1, last_column_ + 1}; }
   // Cells of a row that are not empty.
   int CountA(int row) const;
@@ -203,6 +206,22 @@ inline const SheetCells::Cell* SheetCells::Find(const Row& row, int column) cons
 inline CellValue SheetCells::Value(const Row& row, int column) const {
   const Cell* const cell = Find(row, column);
   return cell != nullptr ? View(*cell) : CellValue();
+}
+
+inline void SheetCells::Values(const Row& row, std::span<const int> columns,
+                               std::span<CellValue> values) const {
+  const std::uint32_t count = row.end - row.begin;
+  const Cell* const begin = cells_.data() + row.begin;
+  const bool has_gaps = count == 0 || begin[count - 1].column - begin->column + 1u != count;
+  CellValue* value = values.data();
+  for (const int column : columns) {
+    const auto skipped = static_cast<std::uint32_t>(column - 1) - (count == 0 ? 0 : begin->column);
+    if (has_gaps) {
+      *value++ = Value(row, column);
+    } else {
+      *value++ = skipped < count ? View(begin[skipped]) : CellValue();
+    }
+  }
 }
 
 inline CellValue SheetCells::View(const Cell& cell) const {
