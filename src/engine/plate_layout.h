@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -27,26 +28,38 @@ struct PlateFormat {
 };
 inline constexpr PlateFormat kPlateFormats[] = {{96, 8, 12}, {384, 16, 24}, {1536, 32, 48}};
 
-// "A01", "a1", "AF48": letters are rows (AA follows Z), numbers columns; blanks around it do not
-// count. None for anything else, and for what lies outside the largest plate.
+// "A01", "a1", "AF48", "A001": letters are rows (AA follows Z), numbers columns; blanks around it
+// do not count, non-breaking ones neither. None for anything else, and for what lies outside the
+// largest plate.
 std::optional<Well> WellFromName(std::string_view text);
 // "1" to "1536": wells counted row by row on a plate of that format. None outside of it.
 std::optional<Well> WellFromNumber(std::string_view text, const PlateFormat& format);
 // "A01", "AF48".
 std::string NameOf(Well well);
 
+// Plates are the texts of the plate column, in their order.
 struct PlateLayout {
-  const PlateFormat* format = nullptr;
-  std::size_t well_column = 0;  // indexes into the columns of the readings
-  std::size_t plate_column = 0;
-  std::vector<std::optional<Well>> well_of_key;  // none outside of the plate
+  std::size_t well_column = 0;              // indexes into the columns of the readings
+  std::optional<std::size_t> plate_column;  // none: all wells are of plate 0
+  std::vector<const PlateFormat*> format_of_plate;
+  std::vector<std::uint32_t> plate_of_key;
+  std::vector<std::optional<Well>> well_of_key;  // none outside of the key's plate
 };
 
-// The layout of the readings. Without `plate` and `well` (names of columns) they are found: the
-// well column is the one whose values are wells in at least 95 % of the readings; the plate column
-// is the key column with which plate, well and replication name each reading once, the one with the
-// fewest values first. The format is the smallest that holds 95 % of the wells. When there is none,
-// `why_not` says so in a sentence.
+// The layout of the readings. Without `plate` and `well` (names of columns in the inputs) they are
+// found:
+// - The well column is a key or output column whose values are wells in at least 95 % of the
+//   readings. Names go before numbers, unless they are all in one row, as the names of plates may
+//   be (P1, P2). Numbers count only when they are at least half of a plate's, since plates and
+//   doses have numbers, too. Then the column that fills its plates most is taken.
+// - Plate, well and replication name each reading once; the plate column is the key column with the
+//   fewest values for which that holds. Where it holds without a plate there is one plate. A column
+//   with far more values than there are keys to a well does not name plates.
+//
+// A plate's format is the smallest that holds 95 % of its wells. Numbers, which mean different
+// wells on different formats, have one format for all plates.
+//
+// When there is no layout, `why_not` says in a sentence or two why, and what to do.
 std::optional<PlateLayout> FindPlateLayout(const RunReadings& readings,
                                            const std::vector<InputRecord>& inputs,
                                            std::string_view plate, std::string_view well,
