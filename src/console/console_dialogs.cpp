@@ -74,6 +74,7 @@ BoxAnswer ConsoleDialogs::ShowPlain(const PlainMessage& message) {
 
 std::string ConsoleDialogs::ShowButtons(const ButtonMessage& message) {
   line_.WriteLine(message.prompt);
+  if (!message.cause.empty()) line_.WriteLine("Cause: " + message.cause);
   if (message.buttons.empty()) return "";
   Sound* sound = Platform().sound;
   if (sound && terminal_.CanAsk()) PlayMessageSound(*sound, message.sound);

@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string_view>
+
+#include "text/text.h"
 
 namespace korvex {
 namespace {
 
 constexpr std::int64_t kBarWidth = 20;
+constexpr std::size_t kPlacesShown = 10;  // of a finding
 
 std::string Repeated(char c, std::int64_t count) {
   return std::string(static_cast<std::size_t>(count), c);
@@ -16,7 +20,73 @@ std::string PaddedLeft(const std::string& text, std::size_t width) {
   return std::string(width - std::min(width, text.size()), ' ') + text;
 }
 
+// "Set 1/KIN01-1-1.xls row 12, column Delta OD, key ...: detail".
+std::string PlaceText(const FindingPlace& place) {
+  std::string text = place.file;
+  const auto add = [&](const std::string& what, const char* separator) {
+    if (what.empty()) return;
+    if (!text.empty()) text += separator;
+    text += what;
+  };
+  if (place.row > 0) add("row " + std::to_string(place.row), " ");
+  if (!place.column.empty()) add("column " + place.column, ", ");
+  add(place.key, ", ");
+  add(place.detail, ": ");
+  return text;
+}
+
+// A message of several lines as one.
+std::string OneLine(const std::string& text) {
+  std::string line;
+  for (const std::string& part : Split(text, kLineBreak)) {
+    const std::string_view trimmed = TrimBlanks(part);
+    if (trimmed.empty()) continue;
+    if (!line.empty()) line += ' ';
+    line += trimmed;
+  }
+  return line;
+}
+
+std::string Counted(std::size_t count, const std::string& what) {
+  return GroupedDigits(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 }  // namespace
+
+void ConsoleRunView::RunEnded(const RunRecord& record) {
+  using Outcome = RunRecord::Outcome;
+  if (record.outcome == Outcome::kStopped) return;
+  if (record.outcome == Outcome::kChecked) {
+    for (const Problem& problem : record.problems) {
+      std::string line = "Problem: ";
+      if (!problem.place.file.empty()) line += problem.place.file + ": ";
+      line += OneLine(problem.text);
+      if (!problem.cause.empty()) line += " Cause: " + OneLine(problem.cause);
+      line_.WriteLine(line);
+    }
+  }
+  if (record.outcome != Outcome::kFailed || record.options.strict) WriteFindings(record);
+  if (record.outcome == Outcome::kChecked && !quiet_) {
+    line_.WriteLine("Checked " + Counted(record.inputs.size(), "file") + ": " +
+                    Counted(record.problems.size(), "problem") + ", " +
+                    Counted(record.findings.All().size(), "note") + ".");
+  }
+}
+
+// Findings are no progress: they are written when quiet, too.
+void ConsoleRunView::WriteFindings(const RunRecord& record) {
+  for (const Finding& finding : record.findings.All()) {
+    std::string line = "Note: " + finding.text;
+    const std::size_t shown = std::min(finding.places.size(), kPlacesShown);
+    for (std::size_t i = 0; i < shown; ++i) {
+      line += (i == 0 ? " (" : "; ") + PlaceText(finding.places[i]);
+    }
+    if (finding.count > shown) {
+      line += "; and " + GroupedDigits(finding.count - shown) + " more";
+    }
+    line_.WriteLine(line + ")");
+  }
+}
 
 void ConsoleRunView::LeaveRunning() {
   running_ = false;

@@ -25,10 +25,14 @@ class ConsoleRunView : public RunView {
   void ProcessedFile() override;
   void SetMessage(const std::string& text) override;
   void SetProgress(std::int32_t value, std::int32_t maximum) override;
+  // Writes a line for each finding of a run that finished or was strict, also when quiet; of a
+  // check its problems, too, and unless quiet a line when there is nothing.
+  void RunEnded(const RunRecord& record) override;
 
  private:
   void Redraw();
   std::string Bar() const;
+  void WriteFindings(const RunRecord& record);
 
   Terminal& terminal_;
   ConsoleLine& line_;

@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "engine/refusal_recorder.h"
 #include "errors/trap.h"
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
@@ -105,17 +106,27 @@ ExistingOutput CheckOutputFile() {
   return ExistingOutput::kReplace;
 }
 
-RunOutcome MainRun::Start(const RunSelection& selection) {
+RunOutcome MainRun::Start(const RunSelection& selection, const RunOptions& options) {
   RunOutcome outcome = RunOutcome::kFinished;
-  moKorvex_.reset(new clsKorvex(view_));
+  moKorvex_.reset(new clsKorvex(view_, options));
   // The engine reports its own failures and ends with error 17: only what goes wrong around it is
   // reported here.
   Trap(
-      "Form1.MainRun", [&] { Run(selection); },
+      "Form1.MainRun",
+      [&] {
+        Run(selection);
+        const RunRecord& record = moKorvex_->Record();
+        const bool is_clean = record.findings.IsEmpty() && record.problems.empty();
+        if (options.check && !is_clean) outcome = RunOutcome::kFailed;
+      },
       [&](const TrappedError& error) {
-        if (!error.IsTold()) error.Report();
+        if (!error.IsTold()) {
+          error.Report();
+          moKorvex_->Record().problems.push_back({PendingError().Description(), {}, {}});
+        }
         const bool stopped = moKorvex_->Stopped() || error.Number() == error_number::kUserInterrupt;
         outcome = stopped ? RunOutcome::kStopped : RunOutcome::kFailed;
+        EndRun(stopped ? RunRecord::Outcome::kStopped : RunRecord::Outcome::kFailed);
         view_.LeaveRunning();
         view_.SetMessage("Ready");
         view_.SetProgress(0, progress_maximum_);
@@ -124,23 +135,38 @@ RunOutcome MainRun::Start(const RunSelection& selection) {
   return outcome;
 }
 
+void MainRun::EndRun(RunRecord::Outcome outcome) {
+  moKorvex_->Record().outcome = outcome;
+  view_.RunEnded(moKorvex_->Record());
+}
+
 void MainRun::Run(const RunSelection& selection) {
+  const bool check = moKorvex_->Record().options.check;
+  Convert(selection);
+  view_.SetProgress(progress_maximum_, progress_maximum_);
+  if (!check) ShowMessageBox("Process finished!", {"OK"}, kProgramTitle, kSuccessIcon);
+  EndRun(check ? RunRecord::Outcome::kChecked : RunRecord::Outcome::kFinished);
+  view_.LeaveRunning();
+  view_.SetMessage("Ready");
+  if (!check && basSettings::LaunchOutputFile()) ShellOpen(OutputFullName());
+}
+
+// Everything that can be refused, so that the record has it.
+void MainRun::Convert(const RunSelection& selection) {
+  RunRecord& record = moKorvex_->Record();
+  RefusalRecorder recorder(Platform(), record, moKorvex_->Place());
+  const InstalledServices recorded(recorder.Recording());
   CheckSelection(selection, moKorvex_->Folders());
-  basSettings::SetLastPath(selection.folder);
+  if (!record.options.check) basSettings::SetLastPath(selection.folder);
   view_.EnterRunning();
   view_.SetMessage("Initializing...");
   progress_maximum_ = ProgressMaximum(selection);
   view_.SetProgress(1, progress_maximum_);
-  if (CheckOutputFile() == ExistingOutput::kKeep) moKorvex_->KeepExistingOutput();
-
+  if (!record.options.check && record.options.wide && CheckOutputFile() == ExistingOutput::kKeep) {
+    moKorvex_->KeepExistingOutput();
+  }
   std::string folder = selection.folder;
   moKorvex_->ProcessFolders(folder, selection.files);
-
-  view_.SetProgress(progress_maximum_, progress_maximum_);
-  ShowMessageBox("Process finished!", {"OK"}, kProgramTitle, kSuccessIcon);
-  view_.LeaveRunning();
-  view_.SetMessage("Ready");
-  if (basSettings::LaunchOutputFile()) ShellOpen(OutputFullName());
 }
 
 // One step before the first file and one after the last, so that the bar moves at once. Files in

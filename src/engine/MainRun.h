@@ -25,6 +25,9 @@ class RunView : public KorvexEvents {
   virtual void LeaveRunning() = 0;
   virtual void SetMessage(const std::string& text) = 0;
   virtual void SetProgress(std::int32_t value, std::int32_t maximum) = 0;
+  // The run has ended, and in a finished one the user has been told so; the running state is still
+  // on. Shows what was found, and makes the reports.
+  virtual void RunEnded(const RunRecord& record) = 0;
 };
 
 // Error 17, the user told, when nothing is there to process.
@@ -44,16 +47,20 @@ class MainRun {
   // `view` must outlive the run.
   explicit MainRun(RunView& view) : view_(view) {}
 
-  // Runs to the end and says how it went; the user has been told of everything.
-  RunOutcome Start(const RunSelection& selection);
+  // Runs to the end and says how it went; the user has been told of everything. A check that found
+  // anything has failed.
+  RunOutcome Start(const RunSelection& selection, const RunOptions& options = {});
   // Asks for a stop of the run that is on the stack, if there is one.
   void Stop();
   bool Running() const { return moKorvex_ && moKorvex_->Running(); }
-  // Where the run that finished last saved its output.
+  // Where the run that finished last saved its output: the output workbook, or the long form when
+  // there is no other.
   const std::string& OutputFullName() const { return moKorvex_->OutputFullName(); }
 
  private:
   void Run(const RunSelection& selection);
+  void Convert(const RunSelection& selection);
+  void EndRun(RunRecord::Outcome outcome);
   std::int32_t ProgressMaximum(const RunSelection& selection);
 
   RunView& view_;

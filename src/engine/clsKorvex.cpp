@@ -1,8 +1,10 @@
 #include "engine/clsKorvex.h"
 
+#include <algorithm>
 #include <limits>
 #include <utility>
 
+#include "errors/basFuncs.h"
 #include "errors/trap.h"
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
@@ -72,6 +74,11 @@ void CheckIsThere(const std::string& sub_folder) {
 
 }  // namespace
 
+clsKorvex::clsKorvex(KorvexEvents& events, RunOptions options) : events_(events) {
+  if (options.keep_readings) record_.readings.emplace();
+  record_.options = std::move(options);
+}
+
 clsKorvex::~clsKorvex() {
   QuitExcel(application_);
 }
@@ -95,16 +102,60 @@ void clsKorvex::ProcessFolders(std::string& folder, const std::vector<std::strin
 
 void clsKorvex::Run() {
   application_ = Platform().spreadsheet->CreateApplication();
-  CheckStructure();
-  CreateOutputWorkbook();
-  output_->WriteHeaders();
+  Step([&] { CheckStructure(); });
+  BeginRecord();
+  if (record_.options.wide) {
+    Step([&] {
+      CreateOutputWorkbook();
+      output_->WriteHeaders();
+    });
+  }
   if (basSettings::ProcessingSubFolders()) {
     ProcessSubFolders();
   } else {
     ProcessSelectedFiles();
   }
-  output_->RemoveEmptyColumns();
+  if (output_) {
+    output_->RemoveEmptyColumns();
+    output_->NoteMisplaced(record_.findings);
+  }
+  watch_->EndRun();
+  if (record_.options.check) return;
+  CheckStrict();
   SaveOutputWorkbook();
+}
+
+template <class Body>
+void clsKorvex::Step(Body&& body) {
+  if (!record_.options.check) {
+    std::forward<Body>(body)();
+    return;
+  }
+  try {
+    std::forward<Body>(body)();
+  } catch (...) {
+    const Error error = PendingError();
+    if (error.Number() == error_number::kUserInterrupt) throw;
+    // What was told has been recorded on its way.
+    if (error.Number() != error_number::kCannotPerform) {
+      record_.problems.push_back({"An error occurred while processing the file " +
+                                      (place_.file.empty() ? processing_folder_ : place_.file),
+                                  error.Description(), place_});
+    }
+  }
+}
+
+// The columns as the settings name them; the sample has them all when the run has come this far.
+void clsKorvex::BeginRecord() {
+  record_.processing_folder = processing_folder_;
+  record_.sub_folders = basSettings::ProcessingSubFolders();
+  record_.key_columns = basSettings::KeysColumns();
+  record_.data_column = basSettings::DataColumn();
+  clsArray names;
+  names.AddTexts(basSettings::OutputColumns());
+  names.Remove(record_.data_column);
+  record_.output_columns = names.Texts();
+  watch_.emplace(record_, keys_);
 }
 
 // The sample is read in an application of its own, which the structure starts and quits.
@@ -139,17 +190,26 @@ void clsKorvex::ProcessSubFolders() {
   std::vector<std::string> names;
   for (const std::string& sub_folder : sub_folders) {
     const std::string path = JoinPath(processing_folder_, sub_folder);
-    CheckIsThere(path);
-    const std::vector<std::string> found = folders_.Workbooks(path);
-    Int16(found.size(), "files in " + path);
-    if (sub_folder == sub_folders.front()) output_->CheckFoldersAhead(found, folder_count_);
-    names.insert(names.end(), found.begin(), found.end());
+    Step([&] {
+      CheckIsThere(path);
+      const std::vector<std::string> found = folders_.Workbooks(path);
+      Int16(found.size(), "files in " + path);
+      if (output_ && sub_folder == sub_folders.front()) {
+        output_->CheckFoldersAhead(found, folder_count_);
+      }
+      names.insert(names.end(), found.begin(), found.end());
+    });
   }
-  output_->CheckReplicationsAhead(names);
+  record_.input_count = names.size();
+  if (output_) Step([&] { output_->CheckReplicationsAhead(names); });
   for (const std::string& sub_folder : sub_folders) {
     ++current_folder_;
-    ProcessFiles(FilesOf(sub_folder));
-    output_->CheckFoldersAhead(current_folder_, folder_count_);
+    Step([&] {
+      const std::vector<std::string> files = FilesOf(sub_folder);
+      NoteSkippedFolders(sub_folder);
+      ProcessFiles(files);
+    });
+    if (output_) Step([&] { output_->CheckFoldersAhead(current_folder_, folder_count_); });
   }
 }
 
@@ -166,6 +226,17 @@ std::vector<std::string> clsKorvex::FilesOf(const std::string& sub_folder) {
   return files.Texts();
 }
 
+// Folders named like workbooks are among the files, and refused by name.
+void clsKorvex::NoteSkippedFolders(const std::string& sub_folder) {
+  const std::string path = JoinPath(processing_folder_, sub_folder);
+  const std::vector<std::string> files = folders_.Workbooks(path);
+  for (const FolderEntry& entry : folders_.Entries(path)) {
+    if (!entry.is_folder || entry.is_hidden) continue;
+    if (std::ranges::find(files, entry.name) != files.end()) continue;
+    watch_->SkippedFolder(sub_folder + "/" + entry.name);
+  }
+}
+
 void clsKorvex::ProcessSelectedFiles() {
   folder_count_ = 1;
   current_folder_ = 1;
@@ -173,8 +244,9 @@ void clsKorvex::ProcessSelectedFiles() {
   for (const std::string& path : files_) {
     names.push_back(SharedFileSys().GetFileTitle(path, false));
   }
-  output_->CheckReplicationsAhead(names);
-  ProcessFiles(files_);
+  record_.input_count = names.size();
+  if (output_) Step([&] { output_->CheckReplicationsAhead(names); });
+  Step([&] { ProcessFiles(files_); });
 }
 
 // One batch: a sub-folder, or the selected files.
@@ -184,10 +256,14 @@ void clsKorvex::ProcessFiles(const std::vector<std::string>& files) {
     std::int16_t number = 0;
     for (const std::string& path : files) {
       const std::string base_name = SharedFileSys().GetFileTitle(path, true);
-      ProcessFile(path, base_name, ++number, count);
+      ++number;
+      Step([&] { ProcessFile(path, base_name, number, count); });
     }
-    output_->RemoveEmptyColumns();
-    output_->AddExtraHeaders();
+    if (output_) {
+      output_->RemoveEmptyColumns();
+      output_->AddExtraHeaders();
+    }
+    watch_->EndBatch();
   } catch (...) {
     if (basSettings::ProcessingSubFolders()) {
       const std::string folder = SharedFileSys().GetFilePath(files.front(), false);
@@ -202,13 +278,14 @@ void clsKorvex::ProcessFiles(const std::vector<std::string>& files) {
 void clsKorvex::ProcessFile(const std::string& path, const std::string& base_name,
                             std::int16_t file_number, std::int16_t file_count) {
   Workbook* input = nullptr;
+  TakeDownInput(path);
   Trap(
       "frmMain.ProcessFile",
       [&] {
         input = &OpenInput(path);
         CheckSheetExists(*input);
         structure_.RefreshAvailableCols(*input);
-        DataSheet sheet(*input, structure_);
+        DataSheet sheet(*input, structure_, record_.options.decimal_comma);
         Platform().message_loop->Yield();
         AskWhetherToStop();
         ProcessSheet(sheet, base_name, file_number, file_count);
@@ -217,8 +294,9 @@ void clsKorvex::ProcessFile(const std::string& path, const std::string& base_nam
       },
       [&](const TrappedError& error) {
         const bool stopped = error.Number() == error_number::kUserInterrupt;
-        if (error.IsTold()) {
-          if (input != nullptr) input->Close();
+        if (error.IsTold() || record_.options.check) {
+          if (input != nullptr) Attempt([&] { input->Close(); });
+          if (record_.options.check) throw;
         } else if (!stopped) {
           error.Report("An error occurred while processing the file " + FailedPath(path));
         }
@@ -244,15 +322,123 @@ void clsKorvex::ProcessSheet(DataSheet& sheet, const std::string& base_name,
                   std::to_string(file_number) + " of " + std::to_string(file_count) + ")" +
                   ", Sheet " + std::to_string(sheet.Index()) + " of " +
                   std::to_string(sheet.SheetCount()));
-  sheet.ReadLayout(output_->ColumnCount());
-  output_->BeginSheet();
-  std::string key;
-  for (int row = sheet.FirstRow(); sheet.HasRow(row); ++row) {
-    sheet.BuildKey(row, key);
-    const OutputTable::KeyPlace place = output_->CheckKey(key, sheet);
-    output_->WriteData(key, place.row, sheet, row);
-    if (place.is_new) output_->WriteOutputColumns(place.row, sheet, row);
+  sheet.ReadLayout(output_ ? output_->ColumnCount()
+                           : static_cast<int>(record_.output_columns.size()));
+  InputRecord& input = record_.inputs.back();
+  input.replication = sheet.Replication();
+  input.day = sheet.DayField();
+  input.date = sheet.DateOrNothing();
+  const auto number = static_cast<std::uint32_t>(record_.inputs.size() - 1);
+  keys_.BeginSheet(number, sheet.Replication(), current_folder_, sheet.FirstRow());
+  if (output_) output_->BeginSheet(input.path, current_folder_);
+  watch_->BeginSheet(sheet, output_ ? &*output_ : nullptr);
+  int row = sheet.FirstRow();
+  for (; sheet.HasRow(row); ++row) {
+    if (record_.options.check) {
+      CheckRow(sheet, row);
+    } else {
+      ProcessRow(sheet, row);
+    }
   }
+  place_.row = 0;
+  place_.key.clear();
+  watch_->EndSheet(row);
+}
+
+void clsKorvex::ProcessRow(DataSheet& sheet, int row) {
+  sheet.BuildKey(row, key_);
+  const KeyTable::Found key = keys_.Add(key_);
+  if (key.is_duplicate) RefuseDuplicate(sheet, row, key.key);
+  const CellValue value = sheet.MeasuredValue(row);
+  if (output_) {
+    if (!output_->WriteData(key.key, sheet, value)) RefuseOverwriting(sheet, row, key.key);
+    if (key.is_new) output_->WriteOutputColumns(key.key, sheet, row);
+  }
+  watch_->Row(key, row, value);
+}
+
+// The rows of a sheet count one by one, with a reading or without.
+void clsKorvex::CheckRow(DataSheet& sheet, int row) {
+  const std::size_t sheet_number = keys_.Sheets().size() - 1;
+  const std::size_t rows = keys_.ReadingsOf(sheet_number);
+  place_.row = row;
+  place_.key.clear();
+  Step([&] { ProcessRow(sheet, row); });
+  if (keys_.ReadingsOf(sheet_number) == rows) keys_.SkipRow();
+}
+
+void clsKorvex::TakeDownInput(const std::string& path) {
+  place_ = {};
+  place_.file = RelativePath(path);
+  InputRecord& input = record_.inputs.emplace_back();
+  input.path = place_.file;
+  input.full_name = path;
+  input.batch = current_folder_ - 1;
+  if (const auto version = Platform().files->VersionOf(path)) {
+    input.size = static_cast<std::uint64_t>(version->size);
+  }
+}
+
+std::string clsKorvex::RelativePath(const std::string& path) const {
+  const std::string folder = WithSeparator(processing_folder_);
+  std::string relative = path.starts_with(folder) ? path.substr(folder.size()) : path;
+  std::ranges::replace(relative, Platform().files->Separator(), '/');
+  return relative;
+}
+
+void clsKorvex::RefuseDuplicate(const DataSheet& sheet, int row, std::uint32_t key) {
+  place_.row = row;
+  place_.key = key_;
+  const std::uint32_t input = keys_.Sheets().back().input;
+  const auto first =
+      keys_.FindRow(key, [&](const KeyTable::Sheet& other) { return other.input == input; });
+  RefuseKey(std::string("Duplicate key in file ") + kLineBreak + "'" + sheet.DisplayPath() + "'" +
+                kLineBreak + kLineBreak + "Key name:   " + Shown(key_),
+            first, row);
+}
+
+void clsKorvex::RefuseOverwriting(const DataSheet& sheet, int row, std::uint32_t key) {
+  place_.row = row;
+  place_.key = key_;
+  const std::string letter = ReplicationLetter(sheet.Replication());
+  const auto first = keys_.Find(key, [&](const KeyTable::Sheet& other) {
+    return EqualText(ReplicationLetter(other.replication), letter);
+  });
+  RefuseKey(std::string("The same key, with the same replication number was found in ") +
+                "different files, and data would be overwritten. Please check that all key " +
+                "fields are truely unique." + kLineBreak + kLineBreak +
+                "Current file: " + sheet.DisplayPath() + kLineBreak + kLineBreak +
+                "Key name:   " + Shown(key_) + output_->SharedLetter(sheet.Replication()),
+            first, row);
+}
+
+// The message is the user's; where the key was first stands below it and, with the whole refusal,
+// in the log.
+void clsKorvex::RefuseKey(const std::string& message, const std::optional<KeyTable::Place>& first,
+                          int row) {
+  std::string cause;
+  if (first) {
+    cause = "Row " + std::to_string(row) + " repeats what row " + std::to_string(first->row) +
+            " of " + FailedPath(record_.inputs[first->input].full_name) + " held first.";
+  }
+  if (!record_.options.check) {
+    try {
+      throw Error(error_number::kCannotPerform,
+                  "The key " + Shown(key_) + " was refused in " + place_.file + ". " + cause);
+    } catch (const Error&) {
+      ReportError("frmMain.ProcessFile", std::nullopt, false, true, true, false);
+    }
+  }
+  TellAndFail(message, cause);
+}
+
+// Findings are failures of a strict run.
+void clsKorvex::CheckStrict() {
+  if (!record_.options.strict || record_.findings.IsEmpty()) return;
+  place_ = {};
+  TellAndFail(
+      "The data could be converted, but they do not look right, and this run is strict. "
+      "No output was written.");
 }
 
 void clsKorvex::AskWhetherToStop() {
@@ -265,6 +451,7 @@ void clsKorvex::AskWhetherToStop() {
 
 // The last step of a run that succeeded; after a failure nothing is saved.
 void clsKorvex::SaveOutputWorkbook() {
+  place_ = {};
   if (keep_existing_output_) {
     SaveUnlessTaken();
   } else {

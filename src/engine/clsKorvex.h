@@ -9,7 +9,11 @@
 #include <vector>
 
 #include "engine/data_sheet.h"
+#include "engine/key_table.h"
 #include "engine/output_table.h"
+#include "engine/refusal_recorder.h"
+#include "engine/run_record.h"
+#include "engine/run_watch.h"
 #include "files/folder_listing.h"
 #include "structure/clsStructure.h"
 #include "workbook/spreadsheet.h"
@@ -34,7 +38,7 @@ class KorvexEvents {
 class clsKorvex {
  public:
   // `events` must outlive the engine.
-  explicit clsKorvex(KorvexEvents& events) : events_(events) {}
+  explicit clsKorvex(KorvexEvents& events, RunOptions options = {});
   // Quits the spreadsheet application of a run that failed.
   ~clsKorvex();
   clsKorvex(const clsKorvex&) = delete;
@@ -60,6 +64,10 @@ class clsKorvex {
   ListedFolders& Folders() { return folders_; }
   // Whether the run ended because the user confirmed a stop.
   bool Stopped() const { return stopped_; }
+  // What is known of the run so far.
+  RunRecord& Record() { return record_; }
+  // What the run works on at this moment: messages that are recorded belong there.
+  const FindingPlace& Place() const { return place_; }
 
  private:
   void Run();
@@ -73,6 +81,21 @@ class clsKorvex {
   void ProcessFile(const std::string& path, const std::string& base_name, std::int16_t file_number,
                    std::int16_t file_count);
   Workbook& OpenInput(const std::string& path);
+  // Does one step of a run. In a check a step that fails is taken down as a problem the file or
+  // row that the run works on, and the check goes on.
+  template <class Body>
+  void Step(Body&& body);
+  void BeginRecord();
+  void NoteSkippedFolders(const std::string& sub_folder);
+  std::string RelativePath(const std::string& path) const;
+  void ProcessRow(DataSheet& sheet, int row);
+  void CheckRow(DataSheet& sheet, int row);
+  [[noreturn]] void RefuseDuplicate(const DataSheet& sheet, int row, std::uint32_t key);
+  [[noreturn]] void RefuseOverwriting(const DataSheet& sheet, int row, std::uint32_t key);
+  [[noreturn]] void RefuseKey(const std::string& message,
+                              const std::optional<KeyTable::Place>& first, int row);
+  void CheckStrict();
+  void TakeDownInput(const std::string& path);
   void ProcessSheet(DataSheet& sheet, const std::string& base_name, std::int16_t file_number,
                     std::int16_t file_count);
   void SaveOutputWorkbook();
@@ -83,6 +106,11 @@ class clsKorvex {
   Workbook* output_workbook_ = nullptr;
   clsStructure structure_;
   std::optional<OutputTable> output_;  // from the moment its workbook is there
+  KeyTable keys_;
+  RunRecord record_;
+  std::optional<RunWatch> watch_;  // from the moment the columns of the run are known
+  FindingPlace place_;
+  std::string key_;  // of the current row
   ListedFolders folders_;
   std::string processing_folder_;
   std::string output_full_name_;

@@ -1,6 +1,9 @@
 #include "engine/data_sheet.h"
 
 #include <algorithm>
+#include <charconv>
+#include <string_view>
+#include <system_error>
 
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
@@ -19,6 +22,26 @@ std::vector<std::string> FileNameFields(const std::string& workbook_name) {
   return Split(SharedFileSys().DropExtention(workbook_name), "-");
 }
 
+// "0,110", "-3,5": sign, digits, one comma, digits, and nothing else.
+std::optional<double> DecimalCommaNumber(std::string_view text) {
+  const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
+  const std::size_t start = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
+  const std::size_t comma = text.find(',', start);
+  if (comma == std::string_view::npos || comma == start || comma + 1 == text.size()) return {};
+  std::string number(text.substr(start == 1 && text[0] == '+' ? 1 : 0));
+  std::ranges::replace(number, ',', '.');
+  const std::string_view digits = text.substr(start);
+  const std::size_t end = comma - start;
+  if (!std::ranges::all_of(digits.substr(0, end), is_digit) ||
+      !std::ranges::all_of(digits.substr(end + 1), is_digit)) {
+    return {};
+  }
+  double value = 0;
+  const auto read = std::from_chars(number.data(), number.data() + number.size(), value);
+  if (read.ec != std::errc()) return {};
+  return value;
+}
+
 bool IsBlank(const CellValue& value) {
   return value.kind == CellKind::kEmpty ||
          (value.kind == CellKind::kText && TrimBlanks(value.text).empty());
@@ -26,8 +49,11 @@ bool IsBlank(const CellValue& value) {
 
 }  // namespace
 
-DataSheet::DataSheet(Workbook& workbook, clsStructure& structure)
-    : workbook_(workbook), sheet_(GetDataSheet(workbook)), structure_(structure) {}
+DataSheet::DataSheet(Workbook& workbook, clsStructure& structure, bool decimal_comma)
+    : workbook_(workbook),
+      sheet_(GetDataSheet(workbook)),
+      structure_(structure),
+      decimal_comma_(decimal_comma) {}
 
 // Columns are looked up by their names here, once a sheet; rows are read by their numbers.
 void DataSheet::ReadLayout(int output_columns) {
@@ -38,8 +64,9 @@ void DataSheet::ReadLayout(int output_columns) {
 }
 
 void DataSheet::FindColumns(int output_columns) {
+  ReadAlways(1);
   for (const std::string& name : structure_.KeyColsArray()) {
-    key_columns_.push_back({name + "=", FindColumn(name)});
+    key_columns_.push_back({name + "=", SourceOf(name)});
   }
   for (const std::string& name : structure_.OutputColsArray()) {
     const int position = structure_.OutputColPosition(name);
@@ -49,7 +76,7 @@ void DataSheet::FindColumns(int output_columns) {
                   "The output was begun without a column for \"" + name +
                       "\": the sample file could not be read, or the settings have changed since.");
     }
-    output_columns_.push_back({position, FindColumn(name)});
+    output_columns_.push_back({position, SourceOf(name)});
   }
   // Checked for a sheet without rows, too: a text below the data is taken for the header row, and
   // all rows above it would be left out without a word.
@@ -62,29 +89,46 @@ void DataSheet::FindColumns(int output_columns) {
                     ", which counts as the header row: it is the lowest whose first cell is no " +
                     "number.");
   }
+  data_index_ = ReadAlways(data_column_);
 }
 
 // The sheet's own columns come first; a sheet may not name one like those that the file supplies.
-ColumnSource DataSheet::FindColumn(const std::string& name) {
+ColumnSource DataSheet::SourceOf(const std::string& name) {
   using Kind = ColumnSource::Kind;
   const int sheet_column = structure_.AvailableColPosition(name);
-  if (sheet_column > 0) return {Kind::kSheetColumn, sheet_column};
+  if (sheet_column > 0) return {Kind::kSheetColumn, sheet_column, ReadAlways(sheet_column)};
   if (EqualText(name, kDateColumn)) return {Kind::kDate};
   if (EqualText(name, kFilenameColumn)) return {Kind::kFilename};
   if (EqualText(name, kDayNumColumn)) return {Kind::kDayNum};
   return {Kind::kNothing};
 }
 
+std::size_t DataSheet::ReadAlways(int sheet_column) {
+  const auto known = std::ranges::find(read_columns_, sheet_column);
+  const auto index = static_cast<std::size_t>(known - read_columns_.begin());
+  if (known == read_columns_.end()) read_columns_.push_back(sheet_column);
+  return index;
+}
+
 // The last row is asked for, since a sheet that is full has no blank below its data.
-bool DataSheet::HasRow(int row) const {
-  return row <= last_row_ && !IsBlank(sheet_.Value(row, 1));
+bool DataSheet::HasRow(int row) {
+  if (row > last_row_) return false;
+  row_values_.resize(read_columns_.size());
+  current_row_ = row;
+  has_row_values_ = sheet_.ReadRow(row, read_columns_, row_values_);
+  return !IsBlank(ValueOf(row, 1, 0));
 }
 
 void DataSheet::BuildKey(int row, std::string& key) {
   key.clear();
+  const bool is_read = row == current_row_ && has_row_values_;
   for (const KeyColumn& column : key_columns_) {
     key += column.label;
-    AppendCellText(GetColumnValue(column.source, row), key);
+    if (is_read && column.source.kind == ColumnSource::Kind::kSheetColumn) {
+      AppendCellText(row_values_[column.source.index], key);
+    } else {
+      AppendCellText(GetColumnValue(column.source, row), key);
+    }
     key += ';';
   }
 }
@@ -93,7 +137,7 @@ CellValue DataSheet::GetColumnValue(const ColumnSource& source, int row) {
   using Kind = ColumnSource::Kind;
   switch (source.kind) {
     case Kind::kSheetColumn:
-      return sheet_.Value(row, source.sheet_column);
+      return ValueOf(row, source.sheet_column, source.index);
     case Kind::kDate:
       if (!date_) date_ = GetDate();
       return CellValue::Text(*date_);
@@ -109,7 +153,31 @@ CellValue DataSheet::GetColumnValue(const ColumnSource& source, int row) {
   return CellValue::Text("");
 }
 
+CellValue DataSheet::MeasuredValue(int row) const {
+  const CellValue value = ValueOf(row, data_column_, data_index_);
+  if (decimal_comma_ && value.kind == CellKind::kText) {
+    if (const auto number = DecimalCommaNumber(value.text)) return CellValue::Number(*number);
+  }
+  return value;
+}
+
 // The first cell holds date and time, "12/03/2002 10:15".
+std::string DataSheet::DateOrNothing() const {
+  const std::string text = CellText(sheet_.Value(1, 1));
+  const std::size_t blank = text.find(' ');
+  return blank == std::string::npos ? std::string() : text.substr(0, blank);
+}
+
+std::string DataSheet::DayField() const {
+  const std::vector<std::string> fields = FileNameFields(workbook_.Name());
+  return fields.size() < 2 ? std::string() : fields[fields.size() - 2];
+}
+
+std::string DataSheet::ReplicationField() const {
+  const std::vector<std::string> fields = FileNameFields(workbook_.Name());
+  return fields.empty() ? std::string() : fields.back();
+}
+
 std::string DataSheet::GetDate() const {
   const std::string text = CellText(sheet_.Value(1, 1));
   const std::size_t blank = text.find(' ');

@@ -1,6 +1,7 @@
 // The sheet "data" of one input workbook, while its rows are read.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -17,6 +18,7 @@ struct ColumnSource {
   enum class Kind { kSheetColumn, kDate, kFilename, kDayNum, kNothing };
   Kind kind = Kind::kNothing;
   int sheet_column = 0;
+  std::size_t index = 0;  // of the sheet column among those that are read of every row
 };
 
 // A column that is copied to the output, and its position there.
@@ -29,8 +31,8 @@ struct OutputColumn {
 class DataSheet {
  public:
   // The available columns of `structure` are those of this workbook, which has a sheet "data". Both
-  // must outlive this object.
-  DataSheet(Workbook& workbook, clsStructure& structure);
+  // must outlive this object. `decimal_comma`: measured texts like "0,110" are numbers.
+  DataSheet(Workbook& workbook, clsStructure& structure, bool decimal_comma = false);
 
   // Its position among the sheets of its workbook, and their number.
   int Index() const { return sheet_.Index(); }
@@ -44,15 +46,35 @@ class DataSheet {
 
   std::int16_t Replication() const { return replication_; }
   const std::vector<OutputColumn>& OutputColumns() const { return output_columns_; }
+  int HeaderRow() const { return header_row_; }
   int FirstRow() const { return header_row_ + 1; }
-  // Whether the data go on in this row: they end at a blank in the first column.
-  bool HasRow(int row) const;
+  // The last row that holds anything.
+  int LastRow() const { return last_row_; }
+  int DataColumn() const { return data_column_; }
+  // Goes to a row. Whether the data go on in it: they end at a blank in the first column. The
+  // members below that take a row are quick for this one.
+  bool HasRow(int row);
 
   // Replaces `key` by the row's key, "name=value;" for every key column in order.
   void BuildKey(int row, std::string& key);
+  // Whether `ColumnValue` may be asked for the current row: not in a sheet with cells whose values
+  // refuse the file when somebody asks for them.
+  bool HasColumnValues() const { return has_row_values_; }
+  CellValue ColumnValue(const ColumnSource& source) const { return row_values_[source.index]; }
   // Error 17 (told) for a date that cannot be read, 9 or 13 for a day number.
   CellValue GetColumnValue(const ColumnSource& source, int row);
-  CellValue MeasuredValue(int row) const { return sheet_.Value(row, data_column_); }
+  CellValue MeasuredValue(int row) const;
+  // Where the values of a column of that name come from in this sheet. To be asked before its rows
+  // are read.
+  ColumnSource SourceOf(const std::string& name);
+  const Worksheet& Sheet() const { return sheet_; }
+
+  // The fields of the workbook's name that hold its day and its replication, as they stand; empty
+  // where the name has none.
+  std::string DayField() const;
+  std::string ReplicationField() const;
+  // The text of the first cell up to a blank, its date; empty when there is none.
+  std::string DateOrNothing() const;
 
   // The form in which messages name the workbook.
   std::string DisplayPath() const;
@@ -67,7 +89,11 @@ class DataSheet {
   };
 
   void FindColumns(int output_columns);
-  ColumnSource FindColumn(const std::string& name);
+  std::size_t ReadAlways(int sheet_column);
+  CellValue ValueOf(int row, int sheet_column, std::size_t index) const {
+    if (row == current_row_ && has_row_values_) return row_values_[index];
+    return sheet_.Value(row, sheet_column);
+  }
   std::int16_t GetReplicationNum() const;
   std::string GetDate() const;
   std::int16_t GetDayNum() const;
@@ -76,9 +102,15 @@ class DataSheet {
   Workbook& workbook_;
   Worksheet& sheet_;
   clsStructure& structure_;
+  const bool decimal_comma_;
   int header_row_ = 0;
   int last_row_ = 0;
   int data_column_ = 0;
+  std::vector<int> read_columns_;  // of every row: the first, the data column, all sources
+  std::size_t data_index_ = 0;
+  int current_row_ = 0;
+  bool has_row_values_ = false;  // of the current row
+  std::vector<CellValue> row_values_;
   std::int16_t replication_ = 0;
   std::vector<KeyColumn> key_columns_;
   std::vector<OutputColumn> output_columns_;

@@ -17,66 +17,67 @@ struct Wording {
 
 constexpr std::array<Wording, kFindingKinds> kWordings = {{
     {"misplaced-replication",
-     "The readings of one replication stand under a header that is not its own",
+     "The readings of one replication stand under a header that is not their own",
      "The readings of # replications stand under headers that are not their own",
-     "because columns moved or took a header over between the sub-folders: number the replications "
-     "without gaps and alike in all sub-folders, or take the long form, which has no columns to "
-     "misplace."},
-    {"overwritten-header", "An additional header was written over the letter of a replication",
+     "the columns moved between the sub-folders. Number the replications without gaps and alike in "
+     "all sub-folders, or take the long form, which has a row for every reading"},
+    {"overwritten-header", "An additional header was written over the letter of one replication",
      "Additional headers were written over the letters of # replications",
-     "and the readings below do not belong to it: number the replications without gaps, or take "
-     "the long form, which has no columns to misplace."},
-    {"unread-rows", "One row below a row without a first cell was not read",
-     "# rows below a row without a first cell were not read",
-     "and their wells are missing in the output: fill the first column of every row, or delete the "
-     "rows that do not belong to the data."},
-    {"repeated-header", "One file holds its header row more than once",
-     "# files hold their header row more than once",
-     "and only the rows below the last of them are read: delete the repeated header rows."},
+     "the readings below do not belong to it. Number the replications without gaps, or take the "
+     "long form, which has a row for every reading"},
+    {"unread-rows", "One row below a row with a blank first cell was not read",
+     "# rows below rows with a blank first cell were not read",
+     "their wells are missing in the output. Fill the first column of every row, or delete the "
+     "rows "
+     "that do not belong to the data"},
+    {"repeated-header", "The header row stands more than once in one file",
+     "The header row stands more than once in # files",
+     "only the rows below the last one were read. Delete the repeated header rows"},
     {"missing-key-column", "A key column is missing in one file",
-     "Key columns are missing # times in the files",
-     "and the keys of these files were built without it, so that their wells do not meet those of "
-     "the other files: add the column, or take it out of the key."},
+     "Key columns are missing in the files, # altogether",
+     "the keys of such a file were made without it and do not meet those of the other files. Add "
+     "the column, or take it out of the key"},
     {"missing-output-column", "An output column is missing in one file",
-     "Output columns are missing # times in the files",
-     "and keys that were met there first have a blank in it: add the column to the file, or take "
-     "it out of the output."},
+     "Output columns are missing in the files, # altogether",
+     "it is blank in the output for keys that were met there first. Add the column to the file, or "
+     "take it out of the output"},
     {"near-equal-keys", "One key differs from another in blanks or leading zeros alone",
      "# keys differ from others in blanks or leading zeros alone",
-     "and stands in a row of its own: write the key in one form in all files if one well is "
-     "meant."},
-    {"conflicting-output", "One output value differs from that of the key's first replicate",
-     "# output values differ from those of the keys' first replicates",
-     "and the output shows the first alone: check which of the files is right."},
-    {"incomplete-replication", "One key lacks a reading that other keys of its sub-folder have",
+     "each has a row of its own in the output. Write the key in one form in all files if one well "
+     "is meant"},
+    {"conflicting-output", "One row names another output value than the key's first row",
+     "# output values are not those of the key's first row",
+     "the output shows the first alone. Check which file is right"},
+    {"incomplete-replication", "One reading is lacking that other keys of its sub-folder have",
      "# readings are lacking that other keys of their sub-folders have",
-     "and the cell in the output is blank: check whether the well was measured or the file is "
-     "whole."},
+     "their cells in the output are blank. Check whether the well was measured and the file is "
+     "whole"},
     {"not-a-number", "One measured value is no number", "# measured values are no numbers",
-     "and stands in the output as it is: leave it out of calculations, or mend it in the file."},
+     "they stand in the output as they are. Leave them out of calculations, or mend the file"},
     {"number-as-text", "One measured value is a number written as text",
      "# measured values are numbers written as text",
-     "and stays text in the output, which calculations pass over: store numbers in the file, or "
-     "convert with --decimal-comma where the comma is the only reason."},
+     "they stay texts in the output, which calculations pass over. Store numbers in the file; "
+     "where "
+     "a decimal comma is the only reason, --decimal-comma reads them as numbers"},
     {"skipped-folder", "One folder inside a sub-folder was not read",
      "# folders inside sub-folders were not read",
-     "since only files directly in a sub-folder count: move its files up, or make it a sub-folder "
-     "of the processing folder."},
+     "only files that lie directly in a sub-folder are. Move its files up, or make it a sub-folder "
+     "of the processing folder"},
     {"rounded-number", "One field of a file name counts as a whole number that it is not",
      "# fields of file names count as whole numbers that they are not",
-     "and its readings may stand with those of another replication or day: write whole numbers "
-     "into "
-     "the file names."},
+     "the readings may stand with those of another replication or day. Write whole numbers into "
+     "the "
+     "file names"},
     {"key-outside-plate", "One key names a well that its plate does not have",
      "# keys name wells that their plates do not have",
-     "and cannot be placed on the plate: correct the well in the file."},
+     "they cannot be placed on a plate. Correct the well in the file"},
 }};
 
 std::string TextOf(const Wording& wording, std::size_t count) {
   std::string text(count == 1 ? wording.one : wording.several);
   const std::size_t mark = text.find('#');
   if (mark != std::string::npos) text.replace(mark, 1, GroupedDigits(count));
-  return text + ", " + std::string(wording.advice);
+  return text + ": " + std::string(wording.advice) + ".";
 }
 
 }  // namespace

@@ -28,43 +28,9 @@ constexpr std::array<std::array<const char*, 2>, 4> kRenamedHeaders = {{
 constexpr std::array<const char*, 6> kExtraHeaders = {"screen_num", "row_num",  "vic_num",
                                                       "plate_384",  "well_384", "plate_id"};
 
-std::string HeaderOf(const std::string& column) {
-  for (const auto& [name, header] : kRenamedHeaders) {
-    if (EqualText(column, name)) return header;
-  }
-  return column;
-}
-
 // Letters are bytes of code page 1252.
 constexpr int kLastReplication = 255 - 64;
 constexpr int kFirstSharing = 'a' - 64;  // its letter is another's in lower case
-
-// The character whose code is 64 + the replication number: "A" for 1, "B" for 2.
-std::string ReplicationLetter(std::int16_t replication) {
-  if (replication < 1 || replication > kLastReplication) throw Error(error_number::kInvalidCall);
-  return Utf8FromCodePage1252(static_cast<unsigned char>(64 + replication));
-}
-
-// What a cell holds after the text of `value` was written into it. A number becomes the number that
-// its text reads as, which has at most 15 digits. `text` is scratch storage, which the result may
-// refer to.
-CellValue WrittenAsText(const CellValue& value, std::string& text) {
-  if (value.kind == CellKind::kEmpty) return value;
-  if (value.kind == CellKind::kText) {
-    return value.text.empty() ? CellValue() : CellFromText(value.text);
-  }
-  // A whole number reads back from its text as it was.
-  if (value.kind == CellKind::kNumber && std::abs(value.number) < 1e15 &&
-      value.number == std::trunc(value.number)) {
-    return CellValue::Number(value.number + 0.0);
-  }
-  text.clear();
-  AppendCellText(value, text);
-  if (value.kind == CellKind::kNumber) {
-    return CellValue::Number(ParseNumber(text).value_or(value.number));
-  }
-  return CellFromText(text);
-}
 
 // How many columns the replications of those workbooks will get, and the highest replication that
 // gives one its place. A number without a letter is passed over: its file is refused when it is
@@ -89,43 +55,65 @@ Replications ReplicationsOf(const std::vector<std::string>& workbook_names) {
 
 }  // namespace
 
+std::string OutputHeaderOf(const std::string& column) {
+  for (const auto& [name, header] : kRenamedHeaders) {
+    if (EqualText(column, name)) return header;
+  }
+  return column;
+}
+
+std::string ReplicationLetter(std::int16_t replication) {
+  if (replication < 1 || replication > kLastReplication) throw Error(error_number::kInvalidCall);
+  return Utf8FromCodePage1252(static_cast<unsigned char>(64 + replication));
+}
+
+CellValue WrittenAsText(const CellValue& value, std::string& text) {
+  if (value.kind == CellKind::kEmpty) return value;
+  if (value.kind == CellKind::kText) {
+    return value.text.empty() ? CellValue() : CellFromText(value.text);
+  }
+  // A whole number reads back from its text as it was.
+  if (value.kind == CellKind::kNumber && std::abs(value.number) < 1e15 &&
+      value.number == std::trunc(value.number)) {
+    return CellValue::Number(value.number + 0.0);
+  }
+  text.clear();
+  AppendCellText(value, text);
+  if (value.kind == CellKind::kNumber) {
+    return CellValue::Number(ParseNumber(text).value_or(value.number));
+  }
+  return CellFromText(text);
+}
+
 void OutputTable::WriteHeaders() {
   for (const std::string& name : structure_.OutputColsArray()) {
-    sheet_.SetValue(1, ++column_count_, CellFromText(HeaderOf(name)));
+    sheet_.SetValue(1, ++column_count_, CellFromText(OutputHeaderOf(name)));
   }
 }
 
-void OutputTable::BeginSheet() {
-  ++sheet_number_;
+void OutputTable::BeginSheet(const std::string& file, int batch) {
+  file_ = file;
+  batch_ = batch;
   replication_column_ = 0;
 }
 
-// One table serves both checks: a key's row, and the last data sheet that the key was met in.
-OutputTable::KeyPlace OutputTable::CheckKey(const std::string& key, const DataSheet& sheet) {
-  KeyRow& known = key_table_.Item(key);
-  if (known.last_sheet == sheet_number_) {
-    TellAndFail(std::string("Duplicate key in file ") + kLineBreak + "'" + sheet.DisplayPath() +
-                "'" + kLineBreak + kLineBreak + "Key name:   " + Shown(key));
+bool OutputTable::WriteData(std::uint32_t key, const DataSheet& sheet, const CellValue& value) {
+  if (replication_column_ == 0) {
+    replication_column_ = ReplicationColumn(sheet);
+    TakeDownPlace(sheet.Replication(), replication_column_);
   }
-  known.last_sheet = sheet_number_;
-  const bool is_new = known.row == 0;
-  if (is_new) known.row = next_row_;
-  return {known.row, is_new};
+  const CellValue present = sheet_.Value(RowOf(key), replication_column_);
+  if (present.kind != CellKind::kEmpty && !TrimBlanks(CellText(present)).empty()) return false;
+  sheet_.SetValue(RowOf(key), replication_column_, value);
+  return true;
 }
 
-void OutputTable::WriteData(const std::string& key, int output_row, const DataSheet& sheet,
-                            int row) {
-  if (replication_column_ == 0) replication_column_ = ReplicationColumn(sheet);
-  const int column = replication_column_;
-  const CellValue present = sheet_.Value(output_row, column);
-  if (present.kind != CellKind::kEmpty && !TrimBlanks(CellText(present)).empty()) {
-    TellAndFail(std::string("The same key, with the same replication number was found in ") +
-                "different files, and data would be overwritten. Please check that all key " +
-                "fields are truely unique." + kLineBreak + kLineBreak +
-                "Current file: " + sheet.DisplayPath() + kLineBreak + kLineBreak +
-                "Key name:   " + Shown(key) + SharedLetter(sheet.Replication()));
+void OutputTable::TakeDownPlace(std::int16_t replication, int column) {
+  for (auto placed = placed_.rbegin(); placed != placed_.rend() && placed->batch == batch_;
+       ++placed) {
+    if (placed->replication == replication && placed->column == column) return;
   }
-  sheet_.SetValue(output_row, column, sheet.MeasuredValue(row));
+  placed_.push_back({replication, batch_, column, file_});
 }
 
 // A replication keeps the column that it was given when it was first met, even after columns have
@@ -143,14 +131,12 @@ int OutputTable::ReplicationColumn(const DataSheet& sheet) {
     TellAndFail(
         "The data of replication " + std::to_string(replication) +
         " would be lost: its column moved when the empty columns of an earlier sub-folder were " +
-        "removed. Number the replications without gaps, or process all files as selected files." +
-        kLineBreak + kLineBreak + "Current file: " + sheet.DisplayPath());
+        "removed. Number the replications without gaps, or take the long form, which has a row " +
+        "for every reading." + kLineBreak + kLineBreak + "Current file: " + sheet.DisplayPath());
   }
   return column;
 }
 
-// Explains why a cell can be taken although no other file has the replication number: letters are
-// compared without their case, so that 33 ("a") goes to the column of 1 ("A").
 std::string OutputTable::SharedLetter(std::int16_t replication) {
   const std::set<std::int16_t>& sharing =
       replication_table_.Item(ReplicationLetter(replication)).replications;
@@ -164,12 +150,11 @@ std::string OutputTable::SharedLetter(std::int16_t replication) {
          "below " + std::to_string(kFirstSharing) + ".";
 }
 
-void OutputTable::WriteOutputColumns(int output_row, DataSheet& sheet, int row) {
+void OutputTable::WriteOutputColumns(std::uint32_t key, DataSheet& sheet, int row) {
   for (const OutputColumn& column : sheet.OutputColumns()) {
     const CellValue value = sheet.GetColumnValue(column.source, row);
-    sheet_.SetValue(output_row, column.position, WrittenAsText(value, written_text_));
+    sheet_.SetValue(RowOf(key), column.position, WrittenAsText(value, written_text_));
   }
-  ++next_row_;
 }
 
 bool OutputTable::HeaderIsEmpty(int column) const {
@@ -181,6 +166,10 @@ void OutputTable::RemoveEmptyColumns() {
   for (int column = 1; column <= kLastHeaderColumn && deleted_in_a_row < kEmptyColumnsAtEnd;) {
     if (HeaderIsEmpty(column)) {
       sheet_.DeleteColumn(column);  // the next column takes its number
+      for (Placed& placed : placed_) {
+        if (placed.column == column) placed.column = 0;
+        if (placed.column > column) --placed.column;
+      }
       ++deleted_in_a_row;
     } else {
       deleted_in_a_row = 0;
@@ -196,7 +185,32 @@ void OutputTable::AddExtraHeaders() {
   while (column <= kLastHeaderColumn && !HeaderIsEmpty(column)) ++column;
   if (column > kLastHeaderColumn) return;
   for (const std::string& header : extra_headers_.Texts()) {
+    const std::string present = CellText(sheet_.Value(1, column));
+    for (Placed& placed : placed_) {
+      const bool is_below =
+          placed.column == column && present == ReplicationLetter(placed.replication);
+      if (is_below) placed.taken_by = header;
+    }
     sheet_.SetValue(1, column++, CellValue::Text(header));
+  }
+}
+
+void OutputTable::NoteMisplaced(Findings& findings) const {
+  for (const Placed& placed : placed_) {
+    const std::string letter = ReplicationLetter(placed.replication);
+    const std::string header =
+        placed.column == 0 ? std::string() : CellText(sheet_.Value(1, placed.column));
+    if (header == letter) continue;
+    const bool is_taken = !placed.taken_by.empty() && placed.taken_by == header;
+    findings.Note(
+        is_taken ? FindingKind::kOverwrittenHeader : FindingKind::kMisplacedReplication, [&] {
+          return FindingPlace{placed.file,
+                              0,
+                              {},
+                              header,
+                              "replication " + std::to_string(placed.replication) + " (\"" +
+                                  letter + "\") stands under \"" + header + "\""};
+        });
   }
 }
 

@@ -77,6 +77,18 @@ struct OutputRecord {
   int columns = 0;
 };
 
+// What a run is asked for beside the settings.
+struct RunOptions {
+  bool wide = true;               // write the output workbook
+  std::string long_form = {};     // full name of the file with one row per reading; empty for none
+  bool check = false;             // go through everything and write nothing
+  bool strict = false;            // findings are failures
+  bool decimal_comma = false;     // measured texts like "0,110" are numbers
+  bool keep_readings = false;     // for a report
+  std::string plate_column = {};  // as the user named them; empty for found ones
+  std::string well_column = {};
+};
+
 struct RunRecord {
   enum class Outcome { kFinished, kFailed, kStopped, kChecked };
 
@@ -86,9 +98,7 @@ struct RunRecord {
   std::vector<std::string> key_columns;
   std::vector<std::string> output_columns;
   std::string data_column;
-  bool decimal_comma = false;
-  std::string plate_column;  // as the user named them; empty for found ones
-  std::string well_column;
+  RunOptions options;
   std::vector<InputRecord> inputs;
   std::size_t input_count = 0;  // that the run would have read
   Findings findings;

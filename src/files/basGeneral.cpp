@@ -64,8 +64,9 @@ std::string ShowMessageBox(const std::string& prompt, const std::vector<std::str
   return ShowMessageBox(prompt, buttons, title, icon, default_button);
 }
 
-void TellAndFail(const std::string& message) {
-  ShowMessageBox(message, {"OK"}, kProgramTitle);
+void TellAndFail(const std::string& message, const std::string& cause) {
+  Platform().dialogs->ShowButtons(
+      {.prompt = message, .buttons = {"OK"}, .title = kProgramTitle, .cause = cause});
   throw Error(error_number::kCannotPerform);
 }
 

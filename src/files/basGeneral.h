@@ -31,6 +31,7 @@ std::string ShowMessageBox(const std::string& prompt, const std::vector<std::str
 
 // Shows the message under the program's title with the one button "OK", and raises error 17: the
 // user has been told, and nobody reports it again.
-[[noreturn]] void TellAndFail(const std::string& message);
+// The cause, if any, stands below the message.
+[[noreturn]] void TellAndFail(const std::string& message, const std::string& cause = {});
 
 }  // namespace korvex

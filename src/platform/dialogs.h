@@ -30,6 +30,8 @@ struct ButtonMessage {
   int icon = 0;            // 1 to 27, 0 for none
   int default_button = 0;  // zero-based
   int sound = 1;           // 1 beep, 2 to 9 system sounds, 0 silent
+  // What lies behind a refusal, shown below the prompt.
+  std::string cause = {};
 };
 
 // All of them modal.

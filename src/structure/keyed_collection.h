@@ -22,6 +22,8 @@ class NameIndex {
 
   std::size_t Count() const { return names_.size(); }
   std::string_view Name(std::size_t position) const;
+  // All names, one behind the other.
+  const std::string& Text() const { return text_; }
   // Position in insertion order, kNone when the name is absent.
   std::size_t Find(std::string_view name) const;
   // Position of the name, and whether it had to be added.

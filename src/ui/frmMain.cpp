@@ -289,6 +289,8 @@ void frmMain::SetMessage(const std::string& text) {
   lblMessages_->SetLabelText(ToWx(text));
 }
 
+void frmMain::RunEnded(const RunRecord&) {}
+
 void frmMain::SetProgress(std::int32_t value, std::int32_t maximum) {
   prg_->SetRange(std::max<std::int32_t>(maximum, 1));
   prg_->SetValue(std::min(value, prg_->GetRange()));

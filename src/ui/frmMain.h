@@ -71,6 +71,7 @@ class frmMain : public wxFrame, private RunView {
   void LeaveRunning() override;
   void SetMessage(const std::string& text) override;
   void SetProgress(std::int32_t value, std::int32_t maximum) override;
+  void RunEnded(const RunRecord& record) override;
 
   std::function<void()> show_afresh_;
   MainRun run_{*this};

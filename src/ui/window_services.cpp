@@ -8,6 +8,7 @@
 #include "platform/desktop.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
+#include "text/text.h"
 #include "ui/form_helpers.h"
 #include "ui/frmMessageBox.h"
 #include "ui/wx_text.h"
@@ -75,7 +76,11 @@ BoxAnswer WindowDialogs::ShowPlain(const PlainMessage& message) {
 }
 
 std::string WindowDialogs::ShowButtons(const ButtonMessage& message) {
-  return frmMessageBox(ActiveWindow()).ShowMsgBox(message);
+  ButtonMessage shown = message;
+  if (!message.cause.empty()) {
+    shown.prompt += std::string(kLineBreak) + kLineBreak + message.cause;
+  }
+  return frmMessageBox(ActiveWindow()).ShowMsgBox(shown);
 }
 
 std::string WindowDialogs::BrowseForFolder(void* owner, const std::string& prompt) {

@@ -21,8 +21,13 @@ struct RecordedView : RunView {
   void SetProgress(std::int32_t value, std::int32_t maximum) override {
     calls.push_back(std::to_string(value) + "/" + std::to_string(maximum));
   }
+  void RunEnded(const RunRecord& ended) override {
+    calls.push_back("ended");
+    record = ended;
+  }
 
   std::vector<std::string> calls;
+  RunRecord record;  // of the last run
 };
 
 class MainRunTest : public testing::Test {
@@ -48,7 +53,7 @@ TEST_F(MainRunTest, ShowsTheWayOfARunAndOpensItsOutput) {
               ElementsAre("running", "Initializing...", "1/4",
                           "Folder 1 of 2, Filename P-1-1 (1 of 1), Sheet 1 of 1", "processed",
                           "Folder 2 of 2, Filename P-1-2 (1 of 1), Sheet 1 of 1", "processed",
-                          "4/4", "idle", "Ready"));
+                          "4/4", "ended", "idle", "Ready"));
   EXPECT_THAT(Texts(), ElementsAre("Process finished!"));
   EXPECT_THAT(campaign.platform.shell.opened, ElementsAre("/out/all.xls"));
   EXPECT_EQ(campaign.platform.settings.Get("Main Section", "Last Path"), "/data/screen");

@@ -1,0 +1,40 @@
+#include "engine/refusal_recorder.h"
+
+namespace korvex {
+
+RefusalRecorder::RefusalRecorder(const Services& services, RunRecord& record,
+                                 const FindingPlace& place)
+    : services_(services), shown_(*services.dialogs), record_(record), place_(place) {
+  services_.dialogs = this;
+  if (record.options.check) services_.mail = this;
+}
+
+void RefusalRecorder::Record(const std::string& text, const std::string& cause) {
+  if (!record_.problems.empty()) {
+    const Problem& last = record_.problems.back();
+    if (last.text == text && last.cause == cause && last.place.file == place_.file) return;
+  }
+  record_.problems.push_back({text, cause, place_});
+}
+
+BoxAnswer RefusalRecorder::ShowPlain(const PlainMessage& message) {
+  if (message.buttons != BoxButtons::kOk) return shown_.ShowPlain(message);
+  Record(message.text, message.cause);
+  return record_.options.check ? BoxAnswer::kOk : shown_.ShowPlain(message);
+}
+
+std::string RefusalRecorder::ShowButtons(const ButtonMessage& message) {
+  if (message.buttons.size() != 1) return shown_.ShowButtons(message);
+  Record(message.prompt, message.cause);
+  return record_.options.check ? message.buttons.front() : shown_.ShowButtons(message);
+}
+
+std::string RefusalRecorder::BrowseForFolder(void* owner, const std::string& prompt) {
+  return shown_.BrowseForFolder(owner, prompt);
+}
+
+std::string RefusalRecorder::BrowseNetwork(void* owner, const std::string& title) {
+  return shown_.BrowseNetwork(owner, title);
+}
+
+}  // namespace korvex
