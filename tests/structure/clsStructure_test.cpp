@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include "structure/basFuncs_workbooks.h"
 #include "tests/support/campaign.h"
 #include "tests/support/errors.h"
+#include "tests/support/workbook_bytes.h"
 
 namespace korvex {
 namespace {
@@ -11,11 +13,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-constexpr char kBadSample[] =
-    "Problems occurred when opening a file to use as a sample for format settings. Please double "
-    "click the folder or parent-folder you want to process, and make sure it has the files with a "
-    "correct format in them.";
 
 class Structure : public testing::Test {
  protected:
@@ -52,18 +49,11 @@ TEST_F(Structure, ReadsTheHeaderRowOfTheFirstFileOfTheFirstSubFolder) {
 }
 
 TEST_F(Structure, ReadsHeadersUpToTheEdgeOfTheSheet) {
-  std::string headers;
-  for (int i = 1; i <= 16384; ++i) {
-    headers += "<Cell><Data ss:Type='String'>c" + std::to_string(i) + "</Data></Cell>";
-  }
-  const std::string workbook =
-      "<Workbook xmlns='urn:schemas-microsoft-com:office:spreadsheet' "
-      "xmlns:ss='urn:schemas-microsoft-com:office:spreadsheet'><Worksheet ss:Name='data'><Table>"
-      "<Row>";
-  campaign.platform.files.AddFile(campaign.Path("a/P-1-1.xls"),
-                                  workbook + headers + "</Row></Table></Worksheet></Workbook>");
+  TestSheet full{"data", {{"#"}}};
+  for (int column = 2; column <= 256; ++column) full.rows[0].emplace_back(column);
+  campaign.PutSheets("a/P-1-1.xls", {full});
   Construct();
-  EXPECT_EQ(structure.AvailableColPosition("c16384"), 16384);
+  EXPECT_EQ(structure.AvailableColPosition("256"), 256);
   EXPECT_THAT(Messages(), IsEmpty());
 }
 
@@ -103,16 +93,15 @@ TEST_F(Structure, NoticesEveryConfiguredColumnThatTheSampleLacks) {
     EXPECT_THAT(structure.OutputColsArray(), ElementsAre("plate", "compound ID")) << c.condition;
   }
   EXPECT_EQ(structure.OutputColPosition("compound ID"), 2);
-  campaign.SetKeys({});
-  campaign.SetOutputs({});
-  campaign.Set("File Structure", "Data Column", "Delta OD");
-  Construct();
-  EXPECT_FALSE(structure.Discrepancy()) << "nothing is configured";
-  EXPECT_THAT(structure.KeyColsArray(), IsEmpty());
   EXPECT_THAT(Messages(), IsEmpty());
 }
 
 TEST_F(Structure, ReportsASampleThatCannotBeUsed) {
+  Construct();
+  EXPECT_THAT(Messages(),
+              ElementsAre("No file could be used in order to determine structure of file. Please "
+                          "make sure you have files in all sub-folders of chosen processing "
+                          "folder."));
   const TestSheet samples[] = {{"data", {{1, 2}, {3, 4}}},
                                {"data", {{"#", "Well", "WELL"}}},
                                {"data", {{"#", "DATE"}}},
@@ -121,7 +110,9 @@ TEST_F(Structure, ReportsASampleThatCannotBeUsed) {
     campaign.PutSheets("a/P-1-1.xls", {sheet});
     campaign.platform.dialogs.texts.clear();
     Construct();
-    EXPECT_THAT(Messages(), ElementsAre(HasSubstr("\"clsStructure.Constructor\""), kBadSample));
+    EXPECT_THAT(Messages(),
+                ElementsAre(HasSubstr("\"clsStructure.Constructor\""),
+                            HasSubstr("opening a file to use as a sample for format settings")));
     EXPECT_EQ(campaign.spreadsheet.running, 0);
     EXPECT_FALSE(structure.Discrepancy() || structure.SampleUsable());
   }
@@ -153,6 +144,52 @@ TEST_F(Structure, StoresTheUsersChoice) {
   EXPECT_EQ(structure.DataColumn(), "#");
   names.Clear();
   EXPECT_EQ(ErrorOf([&] { structure.SetKeyColsArray(names.Items()); }).Number(), 13);
+}
+
+class WorkbookHelpers : public testing::Test {
+ protected:
+  Workbook& Open(const TestSheet& sheet) {
+    campaign.PutSheets("a.xls", {sheet});
+    return application.OpenWorkbook(campaign.Path("a.xls"), {});
+  }
+
+  Campaign campaign;
+  EmbeddedApplication application{campaign.platform.files};
+};
+
+TEST_F(WorkbookHelpers, FindTheLowestRowThatIsNotNumeric) {
+  const struct {
+    std::vector<std::vector<TestCell>> rows;
+    int last_row;
+    int header_row;
+  } cases[] = {
+      {{{"12/03/2002"}, {"#"}, {1}, {2}}, 4, 2},
+      {{{"#"}, {1}, {"total"}, {3}}, 4, 3},
+      {{{"#"}, {" 7 "}, {{}, "x"}}, 3, 1},
+      {{{1}, {2}}, 2, 0},
+      {{}, 1, 0},
+  };
+  for (const auto& c : cases) {
+    Workbook& workbook = Open({"data", c.rows});
+    EXPECT_EQ(GetLastRow(GetDataSheet(workbook)), c.last_row);
+    EXPECT_EQ(GetHeaderRow(workbook), c.header_row);
+  }
+}
+
+TEST_F(WorkbookHelpers, PassOverRowsThatOnlyHaveFormats) {
+  campaign.platform.files.AddFile(campaign.Path("a.xls"), test::DataFile("writeexcel-charts.xls"));
+  Worksheet& sheet = GetDataSheet(application.OpenWorkbook(campaign.Path("a.xls"), {}));
+  EXPECT_EQ(sheet.LastCell().row, 9);
+  EXPECT_EQ(GetLastRow(sheet), 3);
+}
+
+TEST_F(WorkbookHelpers, TellAboutAMissingDataSheetAndFailSilently) {
+  Workbook& workbook = Open({"results", {{"#"}}});
+  EXPECT_EQ(ErrorOf([&] { GetHeaderRow(workbook); }).Number(), error_number::kCannotPerform);
+  EXPECT_THAT(campaign.platform.dialogs.texts,
+              ElementsAre("No \"data\" sheet found in file /.../data/screen/a.xls"));
+  campaign.platform.files.Remove(campaign.folder);
+  EXPECT_EQ(ErrorOf([&] { CheckSheetExists(workbook); }).Number(), error_number::kPathNotFound);
 }
 
 }  // namespace
