@@ -1,5 +1,6 @@
 #include "files/basGeneral.h"
 
+#include "files/folder_listing.h"
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
@@ -10,7 +11,8 @@
 namespace korvex {
 namespace {
 
-// The existing folder as its parent spells it: asked for "C:\TEMP", the disk may hold "C:\Temp".
+// The existing folder as its parent spells it, since people see the path: asked for "C:\TEMP", the
+// disk may hold "C:\Temp".
 std::string AsListed(const std::string& folder) {
   const std::string parent = SharedFileSys().GetFilePath(folder, true);
   const std::string name = SharedFileSys().GetFileTitle(folder, false);
@@ -41,6 +43,12 @@ std::string GetTempFolder(bool with_slash) {
   return folder;
 }
 
+std::string BrowseForFolder(void* owner) {
+  const std::string folder =
+      Platform().dialogs->BrowseForFolder(owner, "Choose a directory from the list.");
+  return folder.empty() ? folder : WithSeparator(folder);
+}
+
 void ShellOpen(const std::string& file) {
   Platform().shell->Open(file);
 }
@@ -64,6 +72,7 @@ std::string ShowMessageBox(const std::string& prompt, const std::vector<std::str
   return ShowMessageBox(prompt, buttons, title, icon, default_button);
 }
 
+// The number tells every trap on the way up that there is nothing left to say.
 void TellAndFail(const std::string& message, const std::string& cause) {
   Platform().dialogs->ShowButtons(
       {.prompt = message, .buttons = {"OK"}, .title = kProgramTitle, .cause = cause});

@@ -1,4 +1,4 @@
-// Helpers that ask the desktop for something.
+// Helpers that ask the desktop or the user for something.
 #pragma once
 
 #include <optional>
@@ -12,6 +12,10 @@ namespace korvex {
 // The folder for temporary files: of the environment (TEMP, else TMP), else the platform's own,
 // which is created when it is missing. `with_slash` appends a separator, even behind one.
 std::string GetTempFolder(bool with_slash);
+
+// Asks the user for a folder of the file system. Ends in a separator, or is empty after Cancel.
+// `owner` is the native handle of the window in front of which the browser stands.
+std::string BrowseForFolder(void* owner);
 
 // Opens a document with its associated program.
 void ShellOpen(const std::string& file);

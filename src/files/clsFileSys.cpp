@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <exception>
 
-#include "files/basAPI.h"
 #include "files/basGeneral.h"
 #include "files/folder_listing.h"
 #include "platform/dialogs.h"
@@ -27,7 +26,7 @@ std::string clsFileSys::FindFile(std::string& folder, const std::string& filenam
                                  bool with_do_events) const {
   folder = WithSeparator(std::move(folder));
   std::vector<FolderEntry> entries;
-  Attempt([&] { entries = SortedEntries(folder); });  // without it, there are no entries
+  Attempt([&] { entries = SortedEntries(folder); });  // a folder that cannot be listed has none
   for (const FolderEntry& entry : entries) {
     // A link to a folder could lead back to where it stands, and the search would never end.
     if (entry.is_folder && !entry.is_link) {
@@ -50,6 +49,7 @@ std::string clsFileSys::GetFileExtention(std::string_view filename, bool with_do
                                          int extn_maxlen) const {
   std::string_view extension;
   const std::size_t dot = filename.rfind('.');
+  // What is longer belongs to the name: "P1-1-1.second reading".
   if (dot != std::string_view::npos && CharacterCount(filename.substr(dot + 1)) <= extn_maxlen)
     extension = filename.substr(with_dot ? dot : dot + 1);
   if (extension.empty() && with_dot) return ".";
@@ -61,7 +61,7 @@ std::string clsFileSys::GetFileTitle(std::string_view path, bool drop_file_name_
     const std::size_t last = path.rfind(Platform().files->Separator());
     const std::string_view title = last == std::string_view::npos ? path : path.substr(last + 1);
     return drop_file_name_extention ? DropExtention(title) : std::string(title);
-  } catch (const std::exception&) {
+  } catch (const std::exception&) {  // the callers expect a name or none, never an error
     return "";
   }
 }

@@ -17,6 +17,11 @@ constexpr char UpperAscii(char c) {
   return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
 }
 
+// Every byte of a character beyond ASCII is junk by itself, so that whole characters go.
+constexpr bool IsJunk(char c) {
+  return c <= ' ' || c == '\x7F' || !IsAscii(c);
+}
+
 // Finds the only range that can hold the letter: the first that does not end before it.
 char32_t UpperLetter(char32_t code) {
   const CaseRange* range = std::lower_bound(
@@ -65,6 +70,7 @@ void AppendUpperCase(std::string_view text, std::string& out) {
   AppendUpperCaseBeyondAscii(text, out);
 }
 
+// Mostly the bytes are equal already, which is quick to see.
 bool EqualText(std::string_view a, std::string_view b) {
   return a == b || CompareText(a, b) == 0;
 }
@@ -86,6 +92,12 @@ std::string_view TrimBlanks(std::string_view text, std::string_view blanks) {
   const std::size_t first = text.find_first_not_of(blanks);
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+std::string clsStrings::TrimJunk(std::string_view string) const {
+  while (!string.empty() && IsJunk(string.front())) string.remove_prefix(1);
+  while (!string.empty() && IsJunk(string.back())) string.remove_suffix(1);
+  return std::string(string);
 }
 
 std::vector<std::string> Split(std::string_view text, std::string_view separator) {

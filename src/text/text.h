@@ -20,6 +20,12 @@ void AppendUpperCase(std::string_view text, std::string& out);
 bool EqualText(std::string_view a, std::string_view b);
 int CompareText(std::string_view a, std::string_view b);
 
+class clsStrings {
+ public:
+  // Takes everything outside printable ASCII, blanks and accented letters included, off both ends.
+  std::string TrimJunk(std::string_view string) const;
+};
+
 // Takes blanks (U+0020 alone, unless others are named) off both ends.
 std::string_view TrimBlanks(std::string_view text, std::string_view blanks = " ");
 

@@ -10,7 +10,7 @@
 #include "files/folder_paths.h"
 #include "tests/support/errors.h"
 #include "tests/support/fakes.h"
-#include "text/clsStrings.h"
+#include "text/text.h"
 
 namespace korvex {
 namespace {
