@@ -19,7 +19,7 @@ std::int64_t CountFilesBelow(const std::string& folder, const std::vector<Folder
   for (const FolderEntry& entry : entries) {
     if (!entry.is_folder) {
       ++count;
-    } else if (!entry.is_link) {  // which could lead back to a folder above
+    } else if (!entry.is_link) {  // a link could lead back to a folder above, without end
       if (on_folder) on_folder();
       const std::string inner = JoinPath(folder, entry.name);
       count += CountFilesBelow(inner, Platform().files->List(inner), on_folder);
@@ -38,6 +38,7 @@ std::string ShortenPath(const std::string& path, bool with_slash) {
     throw Error(error_number::kPathNotFound,
                 StandardErrorText(error_number::kPathNotFound) + ": \"" + path + "\"");
   }
+  // The share of a network folder counts as its drive; ".." is resolved before names are counted.
   const std::string absolute = files.AbsolutePath(path);
   const std::string drive = files.DriveName(absolute);
   const std::string separator(1, files.Separator());
@@ -72,6 +73,7 @@ int CountFiles(const std::string& folder, const std::vector<FolderEntry>& entrie
 bool FileIsWritable(const std::string& full_name, std::string* cause) {
   FileSystem& files = *Platform().files;
   try {
+    // These two get their own words: the file system's would not say what is wrong.
     if (full_name.empty()) throw Error(error_number::kPathFileAccess, "There is no file name.");
     if (files.FolderExists(full_name)) {
       throw Error(error_number::kPathFileAccess, full_name + " is a folder.");

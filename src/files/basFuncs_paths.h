@@ -1,4 +1,4 @@
-// Paths for display, and what is asked of files and folders.
+// Paths for display, and questions about files and folders. Paths are native.
 #pragma once
 
 #include <functional>
@@ -9,7 +9,7 @@ namespace korvex {
 
 struct FolderEntry;
 
-// Shortens a folder for display to drive, "\...\", parent and folder ("C:\...\Plates\Run1",
+// A folder shortened for display to drive, "\...\", parent and folder ("C:\...\Plates\Run1",
 // "/.../Plates/Run1"); a root folder and a folder right below one stay as they are. `with_slash`
 // makes sure of a separator at the end. Error 76 when the folder does not exist. For messages
 // alone: control characters are escaped.

@@ -12,7 +12,8 @@ class clsFileSys {
   // Searches the folder and everything below it, depth first and in listing order, for a file of
   // that name in any letter case. The result ends in the name as the caller spells it; empty when
   // there is none. Folders that cannot be listed are passed over. Appends the separator that
-  // `folder` lacks in the caller's variable. `with_do_events` lets the user in after every entry.
+  // `folder` lacks in the caller's variable. `with_do_events` handles the user's input after every
+  // entry.
   std::string FindFile(std::string& folder, const std::string& filename, bool with_do_events) const;
 
   // Asks the user for a folder. Ends in a separator, or is empty after Cancel.

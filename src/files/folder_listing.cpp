@@ -21,7 +21,7 @@ std::vector<FolderEntry> SortedEntries(const std::string& folder) {
 }
 
 const std::vector<FolderEntry>& ListedFolders::Entries(const std::string& folder) {
-  const std::string key = WithSeparator(folder);
+  const std::string key = WithSeparator(folder);  // one key for either spelling
   const auto known = entries_.find(key);
   if (known != entries_.end()) return known->second;
   return entries_.emplace(key, SortedEntries(folder)).first->second;
@@ -47,6 +47,7 @@ std::vector<std::string> ListedFolders::SubFolders(const std::string& folder) {
 }
 
 std::vector<std::string> ListedFolders::Workbooks(const std::string& folder) {
+  // ".xls" alone is a name without an ending: hidden folders begin with a dot.
   const auto is_named_like_one = [](const std::string& name) {
     return EqualText(SharedFileSys().GetFileExtention(name, true, 3), ".xls") && name.size() > 4;
   };

@@ -10,6 +10,7 @@
 namespace korvex {
 namespace {
 
+// With separators at the ends, or "/data2" would lie in "/data".
 bool IsWithin(const std::string& inner, const std::string& folder) {
   const std::string prefix = WithSeparator(folder);
   return IsSameName(WithSeparator(inner).substr(0, prefix.size()), prefix);

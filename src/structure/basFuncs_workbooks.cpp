@@ -35,6 +35,7 @@ int GetLastRow(const Worksheet& sheet) {
   return row;
 }
 
+// From below, since notes of any form may stand above the header row.
 int GetHeaderRow(const Worksheet& sheet) {
   int row = GetLastRow(sheet);
   while (row >= 1 && IsNumeric(sheet.Value(row, 1))) --row;
@@ -48,9 +49,10 @@ int GetHeaderRow(Workbook& workbook) {
 
 void QuitExcel(std::unique_ptr<Application>& application) {
   if (!application) return;
+  // Each step is tried by itself: whatever fails in an application that has died, it is released.
   int count = 0;
   Attempt([&] { count = application->WorkbookCount(); });
-  // From the last one, since the ones behind a closed workbook move up.
+  // From the last one on, since closing a workbook renumbers those behind it.
   for (int index = count; index >= 1; --index)
     Attempt([&] { application->Workbooks(index).Close(); });
   Attempt([&] { application->Quit(); });

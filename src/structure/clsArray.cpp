@@ -10,7 +10,7 @@
 namespace korvex {
 namespace {
 
-// The text form that values are compared by. Null has none, and matches nothing.
+// The text form that values are compared by.
 struct TextForm {
   std::string operator()(clsArray::Null) const { throw Error(error_number::kTypeMismatch); }
   std::string operator()(const std::string& text) const { return text; }
@@ -41,6 +41,7 @@ auto Named(std::string_view procedure, Body body) {
 }  // namespace
 
 bool clsArray::Matches(const Value& searched, const Value& element) const {
+  // Before the text forms are made, as Null has none.
   if (std::holds_alternative<Null>(searched) || std::holds_alternative<Null>(element)) return false;
   const std::string a = TextOf(searched);
   const std::string b = TextOf(element);
@@ -90,6 +91,7 @@ std::int32_t clsArray::Count() const {
 }
 
 std::int32_t clsArray::Remove(const Value& item) {
+  // The list is empty while the others are added, so that each is checked against those before it.
   const std::int32_t former_count = Count();
   const Values former = std::exchange(items_, std::nullopt).value_or(Values());
   for (const Value& value : former) {

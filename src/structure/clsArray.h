@@ -1,4 +1,4 @@
-// The program's ordered list: column names, file paths, headers.
+// An ordered list of values: column names, file paths, headers.
 #pragma once
 
 #include <cstdint>
@@ -39,10 +39,10 @@ class clsArray {
   // ignored: the search always begins at the first element.
   std::int32_t GetPos(const Value& item, const Value& start_from = Null{}) const;
   std::int32_t Count() const;
-  // Removes every match and returns how many there were. The others are added anew, one by one: an
-  // element that cannot be compared, or that is a duplicate in a mode that was set later, raises
-  // its error, and the list keeps only what came before it. With RaiseIfNotFound set, error 5
-  // ("Item not found", source "clsArray") when there was no match.
+  // Removes every match and returns how many there were. The other elements are added again, one by
+  // one: an element that cannot be compared, or that is a duplicate in a mode that was set later,
+  // raises its error, and the list keeps only what came before it. Without a match, error 5 ("Item
+  // not found", source "clsArray") if SetRaiseIfNotFound asked for it.
   std::int32_t Remove(const Value& item);
   std::int32_t CompareMode() const { return compare_mode_; }
   void SetCompareMode(std::int32_t mode) { compare_mode_ = mode; }

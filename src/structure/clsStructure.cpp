@@ -24,8 +24,8 @@ constexpr char kBadSample[] =
     "click the folder or parent-folder you want to process, and make sure it has the files with a "
     "correct format in them.";
 
-// Lists are stored as texts that anybody can edit, so a column that is named twice gets a message
-// that names the setting, too.
+// A setting can be edited by hand, so that a column may be named twice. The message says in which
+// setting.
 void AddColumn(KeyedCollection<std::int16_t>& columns, const std::string& name, std::int16_t number,
                const char* setting) {
   if (columns.Exists(name)) {
@@ -36,7 +36,7 @@ void AddColumn(KeyedCollection<std::int16_t>& columns, const std::string& name, 
   columns.Add(name, number);
 }
 
-// Through a list, since an element may be anything that has a text form.
+// The elements as texts; one may be anything that has a text form.
 std::vector<std::string> TextsOf(const std::optional<clsArray::Values>& values) {
   if (!values) throw Error(error_number::kTypeMismatch);
   clsArray list;
@@ -72,6 +72,7 @@ void clsStructure::Constructor(const std::string& path, const std::vector<std::s
         error.Report();
         ShowMessageBox(kBadSample, {"OK"}, kProgramTitle);
       });
+  // Whatever happened. An application that was passed belongs to the caller.
   QuitExcel(started);
 }
 
@@ -110,6 +111,7 @@ void clsStructure::RefreshAvailableCols(Workbook& workbook) {
     throw Error(number, "The sheet \"" + sheet.Name() + "\" of " + workbook.Name() + " " + cause);
   };
   const int header_row = GetHeaderRow(sheet);
+  // Added before a missing header row is refused: the options offer them even then.
   for (const char* name : {kFilenameColumn, kDateColumn, kDayNumColumn}) {
     available_columns_.Add(name, kPseudoColumn);
   }
@@ -128,7 +130,8 @@ void clsStructure::RefreshAvailableCols(Workbook& workbook) {
     }
     available_columns_.Add(name, column);
   }
-  // Reading the lists builds them anew from the settings, and notes what is not available.
+  // The calls below rebuild the lists from the settings and set discrepancy_ for every column that
+  // is not available.
   output_columns_.RemoveAll();
   key_columns_.RemoveAll();
   OutputColsArray();
@@ -140,7 +143,7 @@ std::vector<std::string> clsStructure::OutputColsArray() {
   if (output_columns_.Count() == 0) {
     clsArray names;
     names.AddTexts(basSettings::OutputColumns());
-    names.Remove(DataColumn());
+    names.Remove(DataColumn());  // its values stand in the columns of the replications
     // A name that is left out keeps its position, so that the others stay where the user put them.
     std::int16_t position = 0;
     for (const std::string& name : names.Texts()) {

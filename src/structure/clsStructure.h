@@ -16,7 +16,7 @@ namespace korvex {
 
 class ListedFolders;
 
-// Columns that no sheet holds: the engine supplies their values.
+// Pseudo-columns, which no sheet holds: the engine supplies their values.
 inline constexpr char kFilenameColumn[] = "Filename";
 inline constexpr char kDateColumn[] = "Date";
 inline constexpr char kDayNumColumn[] = "day_num";
@@ -28,9 +28,9 @@ class clsStructure {
  public:
   // Reads the available columns of a sample workbook: the first file of the first sub-folder of
   // `path`, or the first of `files` when single files are processed. Without an `application` it
-  // starts one for the sample and quits it again. Does not fail: it tells the user what is wrong
-  // with the sample and leaves what could be read. A run passes the `folders` that it has listed,
-  // so that the sample is one of the files that it reads.
+  // starts one for the sample and quits it again. Never fails: it tells the user what is wrong with
+  // the sample, and keeps what it could read. A run passes the `folders` that it has listed, so
+  // that the sample is one of the files that it reads.
   void Constructor(const std::string& path, const std::vector<std::string>& files,
                    Application* application, ListedFolders* folders = nullptr);
 
@@ -39,8 +39,8 @@ class clsStructure {
   // pseudo-column, 1004 when no row can be the header row.
   void RefreshAvailableCols(Workbook& workbook);
 
-  // The number or position of a column; 0 for a name that is not there, which stays behind in the
-  // collection with that number. -1 for a pseudo-column among the available ones.
+  // The number or position of a column; 0 for a name that is not there, which is added to the
+  // collection with that number. Among the available columns, -1 for a pseudo-column.
   std::int16_t OutputColPosition(std::string_view name) { return output_columns_.Item(name); }
   std::int16_t AvailableColPosition(std::string_view name) { return available_columns_.Item(name); }
   std::int16_t KeyColPosition(std::string_view name) { return key_columns_.Item(name); }

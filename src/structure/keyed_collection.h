@@ -1,4 +1,5 @@
-// A collection of values under names, in insertion order. Names ignore letter case.
+// A collection of values under names, in insertion order. Names ignore letter case; each keeps the
+// spelling of its first use.
 #pragma once
 
 #include <cstddef>
@@ -61,7 +62,7 @@ class KeyedCollection {
 
   bool Exists(std::string_view name) const { return names_.Find(name) != NameIndex::kNone; }
 
-  // The value of a name. A name that is absent is left behind with an empty value.
+  // The value of a name. A name that is absent is added, with an empty value.
   Value& Item(std::string_view name) {
     const auto [position, added] = names_.FindOrAdd(name);
     if (added) values_.emplace_back();

@@ -25,6 +25,7 @@ namespace {
 
 char CodePageByte(char32_t code) {
   if (code < 0x80) return static_cast<char>(code);
+  // U+FFFD marks the gaps of the table and is itself no character of the page.
   const auto* const found = std::ranges::find(kCodePage1252, code);
   if (found == kCodePage1252.end() || code == kReplacementCharacter) return '?';
   return static_cast<char>(0x80 + (found - kCodePage1252.begin()));

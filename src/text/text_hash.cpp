@@ -14,7 +14,9 @@ std::uint64_t RandomBits() {
 
 }  // namespace
 
-// FNV-1a, eight bytes a step, with a start and a factor of this run.
+// FNV-1a, eight bytes a step, with a random start and factor for each run of the program. The
+// factor is odd, since an even one would shift bits out; the upper half is folded in at the end,
+// since tables use the lowest bits, which a product mixes least.
 std::uint32_t HashOf(std::string_view text) {
   static const std::uint64_t kStart = RandomBits();
   static const std::uint64_t kFactor = RandomBits() | 1;

@@ -11,7 +11,7 @@ Utf8Character FirstUtf8(std::string_view text) {
   // Below C2 are continuation bytes and the starts of overlong forms; nothing beyond F4 is Unicode.
   const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
   if (lead < 0xC2 || lead > 0xF4 || length > text.size()) return kInvalid;
-  char32_t code = lead & (0x7Fu >> length);
+  char32_t code = lead & (0x7Fu >> length);  // without the bits that tell the length
   for (std::size_t i = 1; i < length; ++i) {
     if ((byte(i) & 0xC0) != 0x80) return kInvalid;
     code = code << 6 | (byte(i) & 0x3Fu);

@@ -10,7 +10,7 @@ struct CellError {
   std::string_view name;
 };
 
-inline constexpr int kNoValueError = 15;  // stands in for errors that have no code
+inline constexpr int kNoValueError = 15;  // used for errors that have no code
 inline constexpr int kNumberError = 36;
 inline constexpr int kNotAvailableError = 42;
 

@@ -15,16 +15,18 @@
 namespace korvex {
 namespace {
 
-constexpr std::size_t kBlock = 64 * 1024;
-// Times from here on are dates: nobody measured anything in the year 1900.
+constexpr std::size_t kBlock = 64 * 1024;  // bytes that are gathered before they are written
+// Serial numbers from here on are dates. One below would be a day of the year 1900, long before any
+// plate was read: it is a time.
 constexpr double kFirstDate = 366;
 
 bool IsTime(const CellValue& value) {
   return value.kind == CellKind::kDate && value.number < kFirstDate;
 }
 
-// By column, whether its times are elapsed ones though no format says so: one of them is longer
-// than a day. As dates they would lie in 1899 and 1900.
+// By column, whether its times are elapsed ones: in some formats of the input nothing says so but a
+// time of a day or more, which as a time of day makes no sense. Then all times of the column are
+// elapsed, the short ones too.
 std::vector<bool> FindElapsedTimes(const Worksheet& sheet, CellAddress last) {
   std::vector<bool> is_elapsed(static_cast<std::size_t>(last.column) + 1);
   for (int row = 1; row <= last.row; ++row) {
@@ -50,7 +52,7 @@ void AppendField(const CellValue& value, std::string& out) {
 }
 
 void WriteRecords(const Worksheet& sheet, ReplacementFile& file) {
-  std::string block = "\xEF\xBB\xBF";
+  std::string block = "\xEF\xBB\xBF";  // byte order mark
   const auto flush = [&] {
     file.Write(std::as_bytes(std::span(block)));
     block.clear();

@@ -1,6 +1,6 @@
-// What an output workbook may be called and what it may hold: the limits of its format and a few
-// rules for the user's sake, whichever spreadsheet application writes it. A broken rule is error
-// 1004, which names the rule and what would help.
+// What an output workbook may be called and what it may hold, whichever spreadsheet application
+// writes it: the limits of its format, and that it replaces none of its inputs. What breaks a rule
+// is refused with error 1004, whose description says why and what to do.
 #pragma once
 
 #include <cstddef>

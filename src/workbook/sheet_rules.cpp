@@ -16,6 +16,7 @@ bool IsControl(char c) {
   return static_cast<unsigned char>(c) < 0x20;
 }
 
+// More than CheckSheetName refuses: DEL and broken UTF-8 cannot be read in a name.
 bool CannotStandInSheetName(char32_t code) {
   return code < 0x20 || code == 0x7F || code == kInvalidByte ||
          (code < 0x80 && kNotInSheetNames.find(static_cast<char>(code)) != std::string_view::npos);
@@ -71,6 +72,7 @@ std::string SheetNameFromFolder(std::string_view folder_name) {
     }
     folder_name.remove_prefix(character.length);
   }
+  // After the cut, which can leave an apostrophe at the end.
   if (!name.empty() && name.front() == '\'') name.front() = '_';
   if (!name.empty() && name.back() == '\'') name.back() = '_';
   return name;

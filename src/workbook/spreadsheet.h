@@ -25,7 +25,7 @@ class Worksheet {
   // Position among all sheets of the workbook, charts and macro sheets counted.
   virtual int Index() const = 0;
   virtual void Activate() = 0;
-  // Takes the sheet out of its workbook; this reference is dead afterwards.
+  // Takes the sheet out of its workbook; references to it are invalid afterwards.
   virtual void Delete() = 0;
 
   // A cell that was never filled is Empty, anywhere within the sheet. Row or column 0 is refused.
@@ -41,7 +41,7 @@ class Worksheet {
   // The bottom right corner of everything used, formatted blanks included (special cells type 11);
   // row 1, column 1 for an empty sheet.
   virtual CellAddress LastCell() const = 0;
-  // Refuses when no cell can be filled there, as the sheet does not reach that far.
+  // Refuses a place beyond the last row or column that the sheet can have.
   virtual void CheckRoom(CellAddress place) const = 0;
   // How many cells of a row are not empty (CountA of the entire row).
   virtual int CountA(int row) const = 0;
@@ -63,7 +63,7 @@ class Workbook {
   virtual void SaveAs(const std::string& full_name) = 0;
   // The same for a name that nothing has: error 58 when there is a file of that name.
   virtual void SaveAsNew(const std::string& full_name) = 0;
-  // Closes without saving. The workbook and its worksheets are dead afterwards.
+  // Closes without saving. References to the workbook and its worksheets are invalid afterwards.
   virtual void Close() = 0;
 };
 
@@ -90,7 +90,7 @@ class Application {
   virtual void Quit() = 0;
 };
 
-// Where applications come from.
+// Starts applications.
 class SpreadsheetProgram {
  public:
   virtual ~SpreadsheetProgram() = default;
