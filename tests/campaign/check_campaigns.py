@@ -6,13 +6,13 @@
 Random campaigns, written by up to four programs, are converted by korvex-convert
 and by xlrd_convert.py. Where the model finishes, the cells of the output
 are read back by up to four programs and compared one by one; where it refuses,
-texts, exit status, error log and the absence of an output are. A second part
-does so for every refusal there is.
+the texts, the exit status and the error log are compared, and there must be no
+output. A second part does the same for every refusal.
 
 A check for developers: it needs python3-xlrd and python3-xlwt, and uses the other
-writers and readers where installed (libreoffice-calc, gnumeric, python3-openpyxl,
-libspreadsheet-writeexcel-perl, libspreadsheet-parseexcel-perl). run_samples.sh is
-the check that needs no package.
+writers and readers where they are installed (libreoffice-calc, gnumeric,
+python3-openpyxl, libspreadsheet-writeexcel-perl, libspreadsheet-parseexcel-perl).
+run_samples.sh is the check that needs no package.
 """
 
 import argparse

@@ -32,7 +32,7 @@ fail() {
 ! convert || fail "runs without a spreadsheet application"
 grep -q "no installed spreadsheet application" "$work/told" || fail "does not say that there is none"
 
-# Registered as an installer does it.
+# Registers the program as an installer does.
 class='{7B1C2A60-5D0E-4F7B-9C1F-000000000001}'
 register() { # KEY VALUE
   wine "$WINEPREFIX/drive_c/windows/system32/reg.exe" add "HKLM\\Software\\Classes\\$1" \
