@@ -16,8 +16,8 @@ struct RunSelection {
   std::vector<std::string> files;  // full paths; used when single files are processed
 };
 
-// Where a run shows itself. It hears of the engine's events as they happen; each file that was
-// processed is one step of progress.
+// Shows a run to the user. Gets the engine's events as they happen; each file that was processed is
+// one step of progress.
 class RunView : public KorvexEvents {
  public:
   virtual void EnterRunning() = 0;
@@ -30,14 +30,14 @@ class RunView : public KorvexEvents {
   virtual void RunEnded(const RunRecord& record) = 0;
 };
 
-// Error 17, the user told, when nothing is there to process.
+// Refuses a selection with nothing to process: tells the user and raises error 17.
 void CheckSelection(const RunSelection& selection);
-// The same with what a run has listed, or will.
+// The same for a run, which then reads the folders as they are listed here.
 void CheckSelection(const RunSelection& selection, ListedFolders& folders);
 // Whether a file in the output's place may be replaced at the end of the run.
 enum class ExistingOutput { kReplace, kKeep };
-// Error 17, the user told, when the output file of the settings cannot be written or the user does
-// not want it replaced.
+// Refuses the output file of the settings when it cannot be written, or when the user does not want
+// it replaced: error 17, and the user knows why.
 ExistingOutput CheckOutputFile();
 
 enum class RunOutcome { kFinished, kFailed, kStopped };

@@ -46,7 +46,7 @@ class clsKorvex {
 
   // Converts every file of every sub-folder of `folder`, or `files` when the settings say that
   // single files are processed, and saves the output workbook under the name that the settings
-  // give. Whatever fails, the user has been told when this raises error 17.
+  // give. Raises error 17 when anything fails; the user has been told by then.
   void ProcessFolders(std::string& folder, const std::vector<std::string>& files);
   // Asks for a stop; the user is asked to confirm it before the next file is read.
   void StopProcess() { stop_requested_ = true; }
@@ -60,7 +60,7 @@ class clsKorvex {
   // Where the run saves its output, as the settings named it when the run began; a change during
   // the run is for the next one.
   const std::string& OutputFullName() const { return output_full_name_; }
-  // What the run has listed so far; whoever counts its files ahead asks the same listing.
+  // The folders that the run has listed so far. Its files are counted ahead from the same lists.
   ListedFolders& Folders() { return folders_; }
   // Whether the run ended because the user confirmed a stop.
   bool Stopped() const { return stopped_; }
