@@ -70,11 +70,6 @@ class Interlude {
 
 }  // namespace
 
-void CheckSelection(const RunSelection& selection) {
-  ListedFolders folders;
-  CheckSelection(selection, folders);
-}
-
 void CheckSelection(const RunSelection& selection, ListedFolders& folders) {
   if (basSettings::ProcessingFiles()) {
     if (selection.files.empty()) RefuseRun("Please select at least one file to process.");

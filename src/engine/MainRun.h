@@ -30,9 +30,8 @@ class RunView : public KorvexEvents {
   virtual void RunEnded(const RunRecord& record) = 0;
 };
 
-// Refuses a selection with nothing to process: tells the user and raises error 17.
-void CheckSelection(const RunSelection& selection);
-// The same for a run, which then reads the folders as they are listed here.
+// Refuses a selection with nothing to process: tells the user and raises error 17. `folders` keeps
+// what is listed for it.
 void CheckSelection(const RunSelection& selection, ListedFolders& folders);
 // Whether a file in the output's place may be replaced at the end of the run.
 enum class ExistingOutput { kReplace, kKeep };

@@ -7,6 +7,7 @@
 #include "platform/file_system.h"
 #include "platform/services.h"
 #include "settings/basSettings.h"
+#include "text/text.h"
 
 namespace korvex {
 
@@ -22,8 +23,9 @@ void ReportError(const std::string& location, const std::optional<std::string>& 
   }
   if (show_message) {
     Attempt([&] {
-      const std::string standard_text = "An error occurred in procedure \"" + location +
-                                        "\".\r\n\r\nThe Error has been written to a log file.";
+      const std::string standard_text = "An error occurred in procedure \"" + location + "\"." +
+                                        kLineBreak + kLineBreak +
+                                        "The Error has been written to a log file.";
       Platform().dialogs->ShowPlain({.text = message.value_or(standard_text),
                                      .icon = BoxIcon::kExclamation,
                                      .cause = pending.Description()});
@@ -52,8 +54,8 @@ void SendErrorMail(int err_num, const std::string& err_desc) {
   Attempt([] { Platform().mail->Compose(); });
   Attempt([] { Platform().mail->SetSubject(std::string("Error in ") + kProgramTitle); });
   Attempt([&] {
-    Platform().mail->SetNoteText("Err Number   = " + std::to_string(err_num) +
-                                 "\r\nErr Desc.    = " + err_desc + "\r\n");
+    Platform().mail->SetNoteText("Err Number   = " + std::to_string(err_num) + kLineBreak +
+                                 "Err Desc.    = " + err_desc + kLineBreak);
   });
   Attempt([] { Platform().mail->SetPrimaryRecipient(basSettings::ErrorEmailAddress()); });
   Attempt([] { Platform().mail->ResolveName(); });

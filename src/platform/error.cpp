@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/shown_text.h"
+#include "text/text.h"
 
 namespace korvex {
 
@@ -63,7 +64,7 @@ Error::Error(int number, std::string description, std::string source)
 
 Error Error::WithHeading(std::string_view heading) const {
   Error error = *this;
-  error.description_ = std::string(heading) + "\r\n" + description_;
+  error.description_ = std::string(heading) + kLineBreak + description_;
   return error;
 }
 

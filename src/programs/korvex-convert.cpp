@@ -11,6 +11,7 @@
 #include "engine/MainRun.h"
 #include "errors/clsAppLog.h"
 #include "files/basGeneral.h"
+#include "files/folder_listing.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/native_platform.h"
@@ -112,10 +113,10 @@ bool OpenErrorLog(std::string& complaint) {
   }
 }
 
-int ListColumns(const RunSelection& selection) {
-  CheckSelection(selection);
+int ListColumns(const RunSelection& selection, ListedFolders& folders) {
+  CheckSelection(selection, folders);
   clsStructure structure;
-  structure.Constructor(selection.folder, selection.files, nullptr);
+  structure.Constructor(selection.folder, selection.files, nullptr, &folders);
   if (!structure.SampleUsable()) return kFailed;
   for (const std::string& column : structure.AvailableColsArray())
     WriteOutput(Shown(column) + "\n");
@@ -163,8 +164,9 @@ int Main(const ConvertOptions& options) {
     }
     LayOverSettings(options, selection, files);
     if (!options.list_columns) CheckAhead();
+    ListedFolders folders;  // until the run, which lists them for itself
     if (options.save_settings) {
-      CheckSelection(selection);
+      CheckSelection(selection, folders);
       settings.Keep();
     }
     OpenOnlyWhenChosen();
@@ -173,7 +175,7 @@ int Main(const ConvertOptions& options) {
     const bool logging = OpenErrorLog(log_complaint);
     int status = kFinished;
     if (options.list_columns) {
-      status = ListColumns(selection);
+      status = ListColumns(selection, folders);
     } else {
       status = ExitStatus(run.Start(selection));
       if (status == kFinished) WriteOutput(run.OutputFullName() + "\n");

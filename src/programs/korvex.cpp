@@ -16,8 +16,8 @@
 #include "platform/services.h"
 #include "platform/standard_streams.h"
 #include "programs/spreadsheet_choice.h"
+#include "ui/form_helpers.h"
 #include "ui/window_services.h"
-#include "ui/wx_text.h"
 
 namespace korvex {
 namespace {

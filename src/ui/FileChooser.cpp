@@ -22,7 +22,6 @@
 #include "ui/folder_tree.h"
 #include "ui/form_helpers.h"
 #include "ui/frame_panel.h"
-#include "ui/wx_text.h"
 
 namespace korvex {
 namespace {

@@ -11,7 +11,6 @@
 #include "files/folder_paths.h"
 #include "platform/error.h"
 #include "ui/form_helpers.h"
-#include "ui/wx_text.h"
 
 namespace korvex {
 namespace {

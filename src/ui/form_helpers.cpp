@@ -13,6 +13,7 @@
 #include <memory>
 #include <utility>
 
+#include "text/utf8.h"
 #include "ui/late_bound.h"
 
 namespace korvex {
@@ -35,6 +36,22 @@ wxSystemColour DisabledShade() {
 constexpr int kAroundText = 8;  // device independent pixels, above and below together
 
 }  // namespace
+
+wxString ToWx(std::string_view text) {
+  std::string shown;
+  shown.reserve(text.size());
+  while (!text.empty()) {
+    const Utf8Character character = FirstUtf8(text);
+    AppendUtf8(character.code == kInvalidByte ? kReplacementCharacter : character.code, shown);
+    text.remove_prefix(character.length);
+  }
+  return wxString::FromUTF8(shown.data(), shown.size());
+}
+
+std::string FromWx(const wxString& text) {
+  const wxScopedCharBuffer bytes = text.utf8_str();
+  return std::string(bytes.data(), bytes.length());
+}
 
 Twips::Twips(const wxWindow& window) {
   const double pixels_per_inch = window.GetDPI().GetHeight() / window.GetContentScaleFactor();

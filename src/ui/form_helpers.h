@@ -2,15 +2,24 @@
 #pragma once
 
 #include <wx/iconbndl.h>
+#include <wx/string.h>
 #include <wx/textctrl.h>
 #include <wx/toplevel.h>
 #include <wx/window.h>
+
+#include <string>
+#include <string_view>
 
 class wxButton;
 class wxChoice;
 class wxListBox;
 
 namespace korvex {
+
+// Texts on their way to and from the widgets. Bytes that are not UTF-8 (in a file name from another
+// system) show as U+FFFD and are lost on the way back: who shows file names keeps the names itself.
+wxString ToWx(std::string_view text);
+std::string FromWx(const wxString& text);
 
 // Converts between the pixels of one window's screen and twips, the unit in which forms are
 // designed: 1440 to an inch of the screen. A user who has asked for larger letters gets larger

@@ -2,7 +2,7 @@
 
 #include <wx/settings.h>
 
-#include "ui/wx_text.h"
+#include "ui/form_helpers.h"
 
 namespace korvex {
 

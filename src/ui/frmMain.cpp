@@ -10,16 +10,17 @@
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
 #include "files/folder_listing.h"
+#include "files/folder_paths.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
 #include "platform/shown_text.h"
 #include "settings/basSettings.h"
+#include "text/text.h"
 #include "ui/clsControls.h"
 #include "ui/form_helpers.h"
 #include "ui/frmOptions.h"
-#include "ui/wx_text.h"
 
 namespace korvex {
 namespace {
@@ -74,8 +75,8 @@ void frmMain::Form_Load() {
       },
       [&](const TrappedError& error) {
         Attempt([] { OpenAppLog(); });  // for this very error
-        error.Report(
-            "An error occurred while loading.\r\n\r\nThe Error has been written to a log file.");
+        error.Report(std::string("An error occurred while loading.") + kLineBreak + kLineBreak +
+                     "The Error has been written to a log file.");
         if (!ProcessingFolder().empty()) return;
         Attempt([&] { ShowFolder(""); });
         ListFilesOfMode();
@@ -84,21 +85,21 @@ void frmMain::Form_Load() {
   Timer1_.Start(kFolderLabelInterval);
 }
 
+// A folder can exist and still refuse to be listed, so the way up goes past such folders as well,
+// and in the end to the default folder. Only when nothing opens from there either is it an error.
 std::string frmMain::ShowFolder(const std::string& folder) {
   const FileSystem& files = *Platform().files;
-  std::string last_resort = files.DefaultFolder();
   std::string complaint;
-  std::string candidate = files.AbsolutePath(folder.empty() ? last_resort : folder);
-  for (;;) {
+  std::string candidate = files.AbsolutePath(folder.empty() ? files.DefaultFolder() : folder);
+  for (bool from_default = folder.empty();;) {
     try {
       FileChooser_->SetPath(candidate);
       return complaint;
     } catch (const Error& error) {
       if (complaint.empty()) complaint = error.Description();
-      std::string parent = files.AbsolutePath(JoinPath(candidate, ".."));
-      if (parent == candidate) parent = std::exchange(last_resort, "");
-      if (parent.empty()) throw;
-      candidate = parent;
+      const std::string parent = ParentFolder(files, candidate);
+      if (parent.empty() && std::exchange(from_default, true)) throw;
+      candidate = NearestExistingFolder(parent);
     }
   }
 }
@@ -152,8 +153,9 @@ void frmMain::mnuOptions_Click() {
       "frmMain.mnuOptions_Click",
       [&] {
         const RunSelection selection = Selection();
-        CheckSelection(selection);
-        frmOptions::ShowOptions(selection.folder, selection.files, this);
+        ListedFolders folders;
+        CheckSelection(selection, folders);
+        frmOptions::ShowOptions(selection.folder, selection.files, this, folders);
       },
       [](const TrappedError& error) {
         if (!error.IsTold()) error.Report();

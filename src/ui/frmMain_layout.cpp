@@ -7,7 +7,6 @@
 #include "settings/basSettings.h"
 #include "ui/form_helpers.h"
 #include "ui/frmMain.h"
-#include "ui/wx_text.h"
 
 namespace korvex {
 namespace {

@@ -11,7 +11,6 @@
 #include "platform/error.h"
 #include "platform/services.h"
 #include "ui/form_helpers.h"
-#include "ui/wx_text.h"
 
 namespace korvex {
 namespace {

@@ -13,7 +13,6 @@
 #include "ui/clsControls.h"
 #include "ui/form_helpers.h"
 #include "ui/option_choices.h"
-#include "ui/wx_text.h"
 
 namespace korvex {
 namespace {
@@ -74,11 +73,11 @@ std::optional<clsArray::Values> ItemsOf(const wxListBox& list) {
 frmOptions::AskForFile frmOptions::ask_for_output_file = AskWithFileDialog;
 
 void frmOptions::ShowOptions(const std::string& parent_path, const std::vector<std::string>& files,
-                             wxWindow* owner) {
+                             wxWindow* owner, ListedFolders& folders) {
   Trap("frmOptions.ShowOptions", [&] {
     frmOptions dialog(owner);
     dialog.LoadGeneralOptions();
-    dialog.LoadStructure(parent_path, files);
+    dialog.LoadStructure(parent_path, files, folders);
     dialog.OpenLarger();
     dialog.ShowModal();
   });
@@ -144,8 +143,8 @@ void frmOptions::LoadGeneralOptions() {
 }
 
 void frmOptions::LoadStructure(const std::string& parent_path,
-                               const std::vector<std::string>& files) {
-  structure_.Constructor(parent_path, files, nullptr);
+                               const std::vector<std::string>& files, ListedFolders& folders) {
+  structure_.Constructor(parent_path, files, nullptr, &folders);
   LoadStructureLists();
   if (structure_.Discrepancy()) WarnOfDiscrepancy();
   const std::string sample = structure_.SampleFileUsed(false);
@@ -170,10 +169,9 @@ void frmOptions::LoadStructureLists() {
 void frmOptions::WarnOfDiscrepancy() const {
   int default_button = 0;
   ShowMessageBox(
-      "File format does not correspond to last settings saved. "
-      "Please make sure the "
-      "settings are as desired.\r\n\r\n"
-      "File used for format check:\r\n\r\n" +
+      std::string("File format does not correspond to last settings saved. Please make sure the "
+                  "settings are as desired.") +
+          kLineBreak + kLineBreak + "File used for format check:" + kLineBreak + kLineBreak +
           structure_.SampleFileUsed(false),
       {"OK"}, kProgramTitle, kDiscrepancyIcon, default_button, 1);
 }

@@ -22,12 +22,15 @@
 
 namespace korvex {
 
+class ListedFolders;
+
 class frmOptions : public wxDialog {
  public:
   // Shows the dialog and returns when it has closed. `parent_path` is the folder that the main
-  // window shows, `files` its selected files. Errors are reported here.
+  // window shows, `files` its selected files, and `folders` what has been listed of it; the sample
+  // workbook is chosen from that. Errors are reported here.
   static void ShowOptions(const std::string& parent_path, const std::vector<std::string>& files,
-                          wxWindow* owner);
+                          wxWindow* owner, ListedFolders& folders);
 
   // Asks for the full name of the output workbook, beginning with the one shown; empty when the
   // user cancels. Replaceable, because nothing but a user can drive the platform's file dialog.
@@ -62,7 +65,8 @@ class frmOptions : public wxDialog {
 
   void Form_Load();
   void LoadGeneralOptions();
-  void LoadStructure(const std::string& parent_path, const std::vector<std::string>& files);
+  void LoadStructure(const std::string& parent_path, const std::vector<std::string>& files,
+                     ListedFolders& folders);
   void LoadStructureLists();
   void WarnOfDiscrepancy() const;
   void SaveSettings();

@@ -12,7 +12,6 @@
 #include "files/basGeneral.h"
 #include "ui/form_helpers.h"
 #include "ui/frmOptions.h"
-#include "ui/wx_text.h"
 
 namespace korvex {
 namespace {

@@ -15,8 +15,8 @@
 
 #include "platform/error.h"
 #include "ui/FileChooser.h"
+#include "ui/form_helpers.h"
 #include "ui/frame_panel.h"
-#include "ui/wx_text.h"
 
 namespace korvex::late_bound {
 namespace {

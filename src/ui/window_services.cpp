@@ -11,7 +11,6 @@
 #include "text/text.h"
 #include "ui/form_helpers.h"
 #include "ui/frmMessageBox.h"
-#include "ui/wx_text.h"
 
 namespace korvex {
 namespace {
