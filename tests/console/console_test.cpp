@@ -1,12 +1,11 @@
-// Running without a window.
+// Running without a window: questions, progress and Ctrl-C on a terminal.
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <deque>
+#include <sstream>
 
 #include "console/console_dialogs.h"
 #include "console/console_run_view.h"
-#include "platform/terminal.h"
 #include "tests/support/fakes.h"
 
 namespace korvex {
@@ -14,166 +13,124 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
 
-// A terminal whose screen is a text and whose user has typed everything beforehand.
-class FakeTerminal : public Terminal {
- public:
-  bool CanAsk() const override { return can_ask; }
-  bool CanRedraw() const override { return can_redraw; }
-  int Columns() const override { return columns; }
-  void WriteError(std::string_view text) override { written += text; }
+// A terminal that keeps what is written; its user has typed everything beforehand.
+class ConsoleTest : public testing::Test, public Terminal {
+ protected:
+  bool CanAsk() const override { return can_ask_; }
+  bool CanRedraw() const override { return can_redraw_; }
+  int Columns() const override { return columns_; }
+  void WriteError(std::string_view text) override { written_ += text; }
   std::optional<std::string> ReadLine() override {
-    if (typed.empty()) return std::nullopt;
-    std::string line = typed.front();
-    typed.pop_front();
-    written += "\n";  // the terminal's echo of the user's Enter
+    std::string line;
+    if (!std::getline(typed_, line)) return std::nullopt;
+    written_ += "\n";  // the terminal's echo of the user's Enter
     return line;
   }
-  bool TakeInterrupt() override { return std::exchange(interrupted, false); }
+  bool TakeInterrupt() override { return std::exchange(interrupted_, false); }
 
+  void Type(const std::string& lines) { typed_ = std::istringstream(lines); }
+  std::string Written() { return std::exchange(written_, ""); }
   // The last line as it looks after all carriage returns.
   std::string LastLine() const {
     std::string line;
-    std::size_t column = 0;
-    for (const char c : written.substr(written.rfind('\n') + 1)) {
-      if (c == '\r') {
-        column = 0;
-      } else {
-        line.resize(std::max(line.size(), column + 1), ' ');
-        line[column++] = c;
-      }
-    }
+    for (const auto& drawn : Split(written_.substr(written_.rfind('\n') + 1), "\r"))
+      line = drawn + line.substr(std::min(line.size(), drawn.size()));
     return line.substr(0, line.find_last_not_of(' ') + 1);
   }
-
-  bool can_ask = true;
-  bool can_redraw = true;
-  int columns = 80;
-  std::deque<std::string> typed;
-  bool interrupted = false;
-  std::string written;
-};
-
-class ConsoleDialogsTest : public testing::Test {
- protected:
   std::string AskToStop(int default_button = 0) {
     return dialogs_.ShowButtons(
         {"Stop Process?", {"&Yes, Stop.", "Continue"}, "KORVEX", 13, default_button, 6});
   }
-  BoxAnswer AskToReplace() {
-    return dialogs_.ShowPlain({"Replace?", BoxButtons::kOkCancel, BoxIcon::kExclamation});
-  }
+  BoxAnswer Ask(BoxButtons buttons) { return dialogs_.ShowPlain({"Well?", buttons}); }
 
   TestPlatform platform_;
-  FakeTerminal terminal_;
-  ConsoleLine line_{terminal_};
-  ConsoleDialogs dialogs_{terminal_, line_};
+  std::istringstream typed_;
+  std::string written_;
+  bool can_ask_ = true, can_redraw_ = true, interrupted_ = false;
+  int columns_ = 80;
+  ConsoleLine line_{*this};
+  ConsoleDialogs dialogs_{*this, line_};
+  ConsoleRunView view_{*this, line_, false};
 };
 
-TEST_F(ConsoleDialogsTest, TakesAnAnswerInEveryForm) {
-  const std::pair<std::deque<std::string>, const char*> cases[] = {
-      {{"yes, stop."}, "&Yes, Stop."},
-      {{"y"}, "&Yes, Stop."},
-      {{" C "}, "Continue"},
-      {{"2"}, "Continue"},
-      {{"1"}, "&Yes, Stop."},
-      {{""}, "Continue"},
-      {{"3", "no", "0", "c"}, "Continue"},
-      {{}, "&Yes, Stop."},  // end of input
-      {{"no"}, "&Yes, Stop."},
+TEST_F(ConsoleTest, TakesAnAnswerInEveryForm) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"yes, stop.\n", "&Yes, Stop."}, {"y\n", "&Yes, Stop."},
+      {" C \n", "Continue"},           {"2\n", "Continue"},
+      {"1\n", "&Yes, Stop."},          {"\n", "Continue"},
+      {"3\nno\n0\nc\n", "Continue"},   {"", "&Yes, Stop."},
+      {"no\n", "&Yes, Stop."},
   };
   for (const auto& [typed, answer] : cases) {
-    terminal_.typed = typed;
-    EXPECT_EQ(AskToStop(1), answer) << testing::PrintToString(typed);
-    EXPECT_THAT(terminal_.typed, IsEmpty());
+    Type(typed);
+    EXPECT_EQ(AskToStop(1), answer) << typed;
   }
-  terminal_.typed = {"s", "ä", "skip"};
+  Type("s\nä\nskip\n");
   EXPECT_EQ(dialogs_.ShowButtons({"?", {"Stop", "Skip", "Ändern", "Äußern"}, "", 0, 9}), "Skip")
       << "a first letter that fits several";
+  Type("\nc\nr\nunread\n");
+  EXPECT_EQ(Ask(BoxButtons::kOkCancel), BoxAnswer::kOk) << "Enter is the default button";
+  EXPECT_EQ(Ask(BoxButtons::kOkCancel), BoxAnswer::kCancel);
+  EXPECT_EQ(Ask(BoxButtons::kRetryCancel), BoxAnswer::kRetry);
+  Written();
+  dialogs_.ShowPlain({.text = "Not written.\r\nSorry.", .cause = "Disk full"});
+  EXPECT_EQ(Written(), "Not written.\nSorry.\nCause: Disk full\n[OK]\n");
+  EXPECT_EQ(ReadLine(), "unread") << "nobody waits where nothing is asked";
 }
 
-TEST_F(ConsoleDialogsTest, DecidesByItselfWhenNobodyCanAnswer) {
-  EXPECT_EQ(AskToReplace(), BoxAnswer::kCancel) << "end of input or Ctrl-C";
-  terminal_.can_ask = false;
-  EXPECT_EQ(AskToReplace(), BoxAnswer::kCancel) << "it never agrees";
-  EXPECT_EQ(dialogs_.ShowPlain({"Again?", BoxButtons::kRetryCancel}), BoxAnswer::kCancel);
-  terminal_.written.clear();
-  EXPECT_EQ(AskToStop(1), "&Yes, Stop.");
-  EXPECT_EQ(terminal_.written,
-            "Stop Process?\n[Yes, Stop.] [Continue]\nNobody answered: Yes, Stop.\n");
-  EXPECT_THAT(platform_.sound.played, IsEmpty());
-}
-
-TEST_F(ConsoleDialogsTest, TakesAnswersToPlainQuestions) {
-  terminal_.typed = {"", "c", "r", "unread"};
-  EXPECT_EQ(AskToReplace(), BoxAnswer::kOk) << "Enter is the default button";
-  EXPECT_EQ(AskToReplace(), BoxAnswer::kCancel);
-  EXPECT_EQ(dialogs_.ShowPlain({"Again?", BoxButtons::kRetryCancel}), BoxAnswer::kRetry);
-  terminal_.written.clear();
-  EXPECT_EQ(dialogs_.ShowPlain({.text = "Not written.\r\nSorry.", .cause = "Disk full"}),
-            BoxAnswer::kOk);
-  EXPECT_EQ(terminal_.written, "Not written.\nSorry.\nCause: Disk full\n[OK]\n");
-  EXPECT_EQ(terminal_.typed.size(), 1u) << "nobody waits where nothing is asked";
-}
-
-TEST_F(ConsoleDialogsTest, PlaysAMessagesSoundToWhoCanAnswer) {
-  for (const int sound : {1, 2, 9, 10, 0, -1}) {
-    dialogs_.ShowButtons({"a\x1b[2J\tb\xC2\x9B\re", {"OK"}, "", 0, 0, sound});
+TEST_F(ConsoleTest, DecidesByItselfWhenNobodyCanAnswer) {
+  for (const bool can_ask : {true, false}) {  // the end of the input, or no terminal
+    can_ask_ = can_ask;
+    EXPECT_EQ(Ask(BoxButtons::kOkCancel), BoxAnswer::kCancel) << "it never agrees";
+    EXPECT_EQ(Ask(BoxButtons::kRetryCancel), BoxAnswer::kCancel);
   }
+  Written();
+  EXPECT_EQ(AskToStop(1), "&Yes, Stop.");
+  EXPECT_EQ(Written(), "Stop Process?\n[Yes, Stop.] [Continue]\nNobody answered: Yes, Stop.\n");
+  can_ask_ = true;
+  for (const int sound : {1, 2, 9, 10, 0, -1})
+    dialogs_.ShowButtons({"a\x1b[2J\tb\xC2\x9B\re", {"OK"}, "", 0, 0, sound});
   EXPECT_THAT(platform_.sound.played,
-              ElementsAre("beep", "alias BuildComplete", "alias Open", "alias "));
-  EXPECT_THAT(terminal_.written, StartsWith("a?[2J b?\ne\n")) << "no control characters";
+              ElementsAre("beep", "alias BuildComplete", "alias Open", "alias "))
+      << "only for who can answer";
+  EXPECT_THAT(written_, testing::StartsWith("a?[2J b?\ne\n")) << "no control characters";
 }
 
-TEST_F(ConsoleDialogsTest, FreesTheLineThatProgressOccupies) {
-  ConsoleRunView view(terminal_, line_, false);
-  view.EnterRunning();
-  view.SetProgress(0, 4);
-  view.SetMessage("Processing x.xls");
-  const std::string bar = terminal_.LastLine();
-  terminal_.typed = {"c"};
-  AskToStop();
-  EXPECT_THAT(terminal_.written, HasSubstr(std::string(20, ' ') + "\rStop Process?\n"));
-  view.SetMessage("Processing x.xls");
-  EXPECT_EQ(terminal_.LastLine(), bar) << "drawn again below the question";
-}
-
-class ConsoleRunViewTest : public testing::Test {
- protected:
-  FakeTerminal terminal_;
-  ConsoleLine line_{terminal_};
-  ConsoleRunView view_{terminal_, line_, false};
-};
-
-TEST_F(ConsoleRunViewTest, DrawsOneLineOnATerminalWhileRunning) {
+TEST_F(ConsoleTest, DrawsProgressOnOneLineThatMakesRoomForQuestions) {
   view_.SetMessage("idle");
-  EXPECT_EQ(terminal_.written, "");
+  EXPECT_EQ(written_, "");
   view_.EnterRunning();
   view_.SetMessage("Initializing...");
-  EXPECT_EQ(terminal_.LastLine(), "Initializing...");
+  EXPECT_EQ(LastLine(), "Initializing...");
   view_.SetProgress(2, 12);
   view_.ProcessedFile();
-  EXPECT_EQ(terminal_.LastLine(), "[#####---------------]  25%   3 of 12  Initializing...");
+  const std::string bar = "[#####---------------]  25%   3 of 12  Initializing...";
+  EXPECT_EQ(LastLine(), bar);
+  view_.SetMessage("Initializing...");
   view_.Message("two\nlines");
   view_.SetProgress(99, 12);
-  EXPECT_EQ(terminal_.LastLine(), "[####################] 100%  12 of 12  two lines");
-  const std::string written = terminal_.written;
+  EXPECT_EQ(LastLine(), "[####################] 100%  12 of 12  two lines");
+  const std::string former = Written();
+  EXPECT_EQ(former.find('\n'), std::string::npos);
   view_.SetMessage("two\nlines");
-  EXPECT_EQ(terminal_.written, written) << "nothing has changed";
+  EXPECT_EQ(written_, "") << "nothing has changed";
+  Type("c\n");
+  AskToStop();
+  EXPECT_THAT(written_, HasSubstr(std::string(20, ' ') + "\rStop Process?\n"));
+  view_.SetMessage("two\nlines");
+  EXPECT_THAT(LastLine(), testing::EndsWith("two lines")) << "drawn again below the question";
   view_.LeaveRunning();
-  EXPECT_EQ(terminal_.LastLine(), "");
-  terminal_.columns = 6;
+  EXPECT_EQ(LastLine(), "");
+  columns_ = 6;
   view_.EnterRunning();
   view_.ErrorMessage("µµµµµµµµ");
-  EXPECT_EQ(terminal_.LastLine(), "µµµµµ") << "cut by characters";
-  EXPECT_EQ(terminal_.written.find('\n'), std::string::npos);
+  EXPECT_EQ(LastLine(), "µµµµµ") << "cut by characters";
 }
 
-TEST_F(ConsoleRunViewTest, WritesPlainLinesWithoutATerminalAndNothingWhenQuiet) {
-  terminal_.can_redraw = false;
-  ConsoleRunView quiet(terminal_, line_, true);
+TEST_F(ConsoleTest, WritesPlainLinesWithoutATerminalAndNothingWhenQuiet) {
+  can_redraw_ = false;
+  ConsoleRunView quiet(*this, line_, true);
   for (ConsoleRunView* view : {&view_, &quiet}) {
     view->EnterRunning();
     view->SetProgress(0, 2);
@@ -181,17 +138,16 @@ TEST_F(ConsoleRunViewTest, WritesPlainLinesWithoutATerminalAndNothingWhenQuiet) 
     view->ProcessedFile();
     view->LeaveRunning();
   }
-  EXPECT_EQ(terminal_.written, "a\nb\n");
+  EXPECT_EQ(written_, "a\nb\n");
 }
 
-TEST(ConsoleMessageLoop, PassesOnEachCtrlCOnce) {
-  FakeTerminal terminal;
+TEST_F(ConsoleTest, PassesOnEachCtrlCOnce) {
   int stops = 0;
-  ConsoleMessageLoop loop(terminal, [&] { ++stops; });
-  loop.Yield();
-  terminal.interrupted = true;
-  loop.Yield();
-  loop.Yield();
+  ConsoleMessageLoop loop(*this, [&] { ++stops; });
+  for (const bool pressed : {false, true, false}) {
+    interrupted_ = pressed;
+    loop.Yield();
+  }
   EXPECT_EQ(stops, 1);
 }
 

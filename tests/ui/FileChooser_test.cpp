@@ -1,32 +1,22 @@
 #include "ui/FileChooser.h"
 
-#include <gmock/gmock.h>
 #include <wx/choice.h>
-#include <wx/frame.h>
-#include <wx/listbox.h>
 #include <wx/sizer.h>
 
 #include "tests/support/errors.h"
 #include "tests/support/fakes.h"
 #include "tests/ui/ui_support.h"
 #include "ui/folder_tree.h"
-#include "ui/form_helpers.h"
-#include "ui/wx_text.h"
 
 namespace korvex {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 // A chooser on a window of its own, at /data/run1 or C:\data\run1 with the files A.xls, b.XLS and
 // c.csv and the folders sub and .hidden.
 struct Chooser {
   explicit Chooser(PathStyle style = PathStyle::kLinux) : platform(style) {
-    for (const char* file : {"c.csv", "b.XLS", "A.xls", ".lock.xls"})
-      platform.files.AddFile(In(file));
-    platform.files.AddFolder(In("sub"));
-    platform.files.AddFolder(In(".hidden"));
+    for (const char* file : {"c.csv", "b.XLS", "A.xls", ".lock.xls"}) files.AddFile(In(file));
+    for (const char* name : {"sub", ".hidden"}) files.AddFolder(In(name));
     frame->SetSizer(new wxBoxSizer(wxVERTICAL));
     frame->GetSizer()->Add(&chooser, wxSizerFlags(1).Expand());
     frame->SetClientSize(800, 500);
@@ -36,14 +26,8 @@ struct Chooser {
   }
   ~Chooser() { delete frame; }
 
-  std::string In(const std::string& name) const {
-    return folder + platform.files.Separator() + name;
-  }
-  std::vector<std::string> Files() {
-    std::vector<std::string> names;
-    for (const wxString& name : filMain.GetStrings()) names.push_back(FromWx(name));
-    return names;
-  }
+  std::string In(const std::string& name) const { return folder + files.Separator() + name; }
+  std::vector<std::string> Files() { return Items(chooser, "filMain"); }
   // The item with the names on the way to it, below the root.
   wxTreeItemId Item(const std::vector<std::string>& names) {
     wxTreeItemId item = dirMain.GetRootItem();
@@ -56,6 +40,7 @@ struct Chooser {
     }
     return item;
   }
+  // The user comes back to the window from another one.
   void ComeBack() {
     wxActivateEvent event(wxEVT_ACTIVATE, true, frame->GetId());
     frame->ProcessWindowEvent(event);
@@ -64,18 +49,11 @@ struct Chooser {
     drvMain.SetStringSelection(ToWx(drive));
     Send(drvMain, wxEVT_CHOICE, drvMain.GetSelection());
   }
-  void DragSplitterTo(int x) {
-    auto& splitter = Find<wxWindow>(chooser, "Splitter");
-    for (const wxEventType type : {wxEVT_LEFT_DOWN, wxEVT_MOTION, wxEVT_LEFT_UP}) {
-      wxMouseEvent event(type);
-      event.m_leftDown = type != wxEVT_LEFT_UP;
-      event.m_x = type == wxEVT_LEFT_DOWN ? 2 : 2 + x - splitter.GetPosition().x;
-      splitter.HandleWindowEvent(event);
-    }
-  }
 
   TestPlatform platform;
-  const std::string folder = platform.files.Separator() == '/' ? "/data/run1" : "C:\\data\\run1";
+  MemoryFileSystem& files = platform.files;
+  RecordingDialogs& dialogs = platform.dialogs;
+  const std::string folder = files.Separator() == '/' ? "/data/run1" : "C:\\data\\run1";
   wxFrame* frame = new wxFrame(nullptr, wxID_ANY, "form");
   FileChooser& chooser = *new FileChooser(frame, "FileChooser");
   wxListBox& filMain = Find<wxListBox>(chooser, "filMain");
@@ -83,77 +61,56 @@ struct Chooser {
   wxChoice& drvMain = Find<wxChoice>(chooser, "drvMain");
 };
 
-TEST(FileChooser, ListsTheFilesThatThePatternLetsThrough) {
+TEST(FileChooser, ListsTheFilesOfThePatternAndReturnsTheSelectedOnesByteForByte) {
   Chooser form;
   EXPECT_THAT(form.Files(), ElementsAre("A.xls", "b.XLS", "c.csv"));
+  form.files.AddFile(form.In("z\xff.xls"));
+  form.chooser.LookAgain();
   form.chooser.SetPattern("*.xls");
-  EXPECT_THAT(form.Files(), ElementsAre("A.xls", "b.XLS"));
   EXPECT_EQ(ErrorOf([&] { form.chooser.SetPattern("a/b"); }).Number(), error_number::kInvalidCall);
   EXPECT_EQ(form.chooser.Pattern(), "*.xls");
-}
-
-TEST(FileChooser, ReturnsTheSelectedNamesByteForByte) {
-  Chooser form;
-  form.platform.files.AddFile(form.In("z\xff.xls"));
-  form.chooser.LookAgain();
   EXPECT_THAT(form.chooser.SelFullPaths(), IsEmpty());
-  form.filMain.SetSelection(3);
-  form.filMain.SetSelection(0);
+  for (const int file : {2, 0}) form.filMain.SetSelection(file);
   EXPECT_THAT(form.chooser.SelFilenames(), ElementsAre("A.xls", "z\xff.xls"));
   EXPECT_THAT(form.chooser.SelFullPaths(), ElementsAre("/data/run1/A.xls", "/data/run1/z\xff.xls"));
-}
-
-TEST(FileChooser, SelectsOneFileWhenToldSo) {
-  Chooser form;
   form.chooser.SetMultiSelect(false);
-  form.filMain.SetSelection(0);
   form.filMain.SetSelection(1);
   Send(form.filMain, wxEVT_LISTBOX, 1);
   EXPECT_THAT(form.chooser.SelFilenames(), ElementsAre("b.XLS"));
 }
 
-TEST(FileChooser, ForgetsTheSelectionWithTheFolder) {
+TEST(FileChooser, ShowsTheFolderThatIsClickedOrSaysWhyItCannot) {
   Chooser form;
-  form.platform.files.AddFile(form.In("sub/A.xls"));
+  form.files.AddFile(form.In("sub/A.xls"));
   form.filMain.SetSelection(0);
   form.dirMain.SelectItem(form.Item({"data", "run1", "sub"}));
   EXPECT_EQ(form.chooser.Path(), "/data/run1/sub");
   EXPECT_THAT(form.Files(), ElementsAre("A.xls"));
-  EXPECT_EQ(form.chooser.SelectedCount(), 0);
+  EXPECT_EQ(form.chooser.SelectedCount(), 0) << "the same name, but another file";
+  form.files.Deny(form.folder);
+  form.dirMain.SelectItem(form.Item({"data", "run1"}));
+  WaitUntil([&] { return !form.dialogs.plain.empty(); });
+  EXPECT_THAT(form.Files(), IsEmpty());
+  EXPECT_EQ(form.dialogs.plain[0].icon, BoxIcon::kCritical);
 }
 
-TEST(FileChooser, ChangesNothingWhenAFolderCannotBeListed) {
+TEST(FileChooser, OpensAFolderBelowOneThatCannotBeListedButNotThatOne) {
   Chooser form;
-  form.platform.files.AddFolder("/secret");
-  form.platform.files.Deny("/secret");
+  form.files.AddFile("/secret/open/x.xls");
+  form.files.Deny("/secret");
   EXPECT_EQ(ErrorOf([&] { form.chooser.SetPath("/secret"); }).Number(),
             error_number::kPermissionDenied);
   EXPECT_EQ(ErrorOf([&] { form.chooser.SetPath("/gone"); }).Number(), error_number::kPathNotFound);
   EXPECT_EQ(form.chooser.Path(), form.folder);
   EXPECT_EQ(form.chooser.FileCount(), 3);
-}
-
-TEST(FileChooser, ReachesAFolderBelowOneThatCannotBeListed) {
-  Chooser form;
-  form.platform.files.AddFile("/secret/open/x.xls");
-  form.platform.files.Deny("/secret");
   form.chooser.SetPath("/secret/open/");
   EXPECT_EQ(form.chooser.Path(), "/secret/open");
   EXPECT_EQ(form.dirMain.GetSelection(), form.Item({"secret", "open"}));
 }
 
-TEST(FileChooser, SaysWhyAFolderThatIsClickedShowsNothing) {
-  Chooser form;
-  form.platform.files.Deny(form.In("sub"));
-  form.dirMain.SelectItem(form.Item({"data", "run1", "sub"}));
-  WaitUntil([&] { return !form.platform.dialogs.plain.empty(); });
-  EXPECT_THAT(form.Files(), IsEmpty());
-  EXPECT_EQ(form.platform.dialogs.plain[0].icon, BoxIcon::kCritical);
-}
-
 TEST(FileChooser, LooksIntoAFolderWhenItIsOpened) {
   Chooser form;
-  form.platform.files.AddFolder("/data/run2/plates");
+  form.files.AddFolder("/data/run2/plates");
   form.chooser.LookAgain();
   EXPECT_FALSE(form.Item({"data", "run1", ".hidden"}).IsOk());
   const wxTreeItemId with = form.Item({"data", "run2"});
@@ -170,31 +127,31 @@ TEST(FileChooser, LooksIntoAFolderWhenItIsOpened) {
 
 TEST(FileChooser, FollowsTheDiskWhenTheUserComesBack) {
   Chooser form;
-  form.platform.files.AddFolder("/data/run2/plates");
+  form.files.AddFolder("/data/run2/plates");
   form.ComeBack();
   form.dirMain.Expand(form.Item({"data", "run2"}));
   form.filMain.SetSelection(1);
-  form.platform.files.AddFile(form.In("aa.xls"));
-  form.platform.files.AddFolder("/data/run0");
-  form.platform.files.Remove(form.In("sub"));
+  form.files.AddFile(form.In("aa.xls"));
+  form.files.AddFolder("/data/run0");
+  form.files.Remove(form.In("sub"));
   form.ComeBack();
   EXPECT_THAT(form.Files(), ElementsAre("A.xls", "aa.xls", "b.XLS", "c.csv"));
   EXPECT_THAT(form.chooser.SelFilenames(), ElementsAre("b.XLS"));
   EXPECT_TRUE(form.Item({"data", "run0"}).IsOk());
   EXPECT_FALSE(form.Item({"data", "run1", "sub"}).IsOk());
   EXPECT_TRUE(form.dirMain.IsExpanded(form.Item({"data", "run2"})));
-  form.platform.files.Remove(form.folder);
+  form.files.Remove(form.folder);
   form.ComeBack();
   EXPECT_EQ(form.chooser.Path(), "/data");
-  EXPECT_THAT(form.platform.dialogs.plain, IsEmpty());
+  EXPECT_THAT(form.dialogs.plain, IsEmpty());
 }
 
-TEST(FileChooser, LeavesItsListsAloneWhileDisabled) {
+TEST(FileChooser, LeavesItsListsAloneWhileItIsDisabled) {
   Chooser form;
   form.chooser.SetEnabled(false);
   for (const char* name : {"fraMain", "drvMain", "dirMain", "filMain", "cmdNetWork"})
     EXPECT_FALSE(Find<wxWindow>(form.chooser, name).IsThisEnabled()) << name;
-  form.platform.files.AddFile(form.In("results.xls"));
+  form.files.AddFile(form.In("results.xls"));
   form.ComeBack();
   EXPECT_EQ(form.chooser.FileCount(), 3);
   form.chooser.SetEnabled(true);
@@ -204,35 +161,30 @@ TEST(FileChooser, LeavesItsListsAloneWhileDisabled) {
 
 TEST(FileChooser, ReturnsFromADriveThatIsEmpty) {
   Chooser form(PathStyle::kWindows);
-  form.platform.files.AddFolder("A:\\");
-  form.platform.files.AddFile("D:\\d.xls");
-  form.platform.files.Fail(FileOperation::kList, "A:\\", error_number::kDeviceUnavailable);
+  form.files.AddFolder("A:\\");
+  form.files.AddFile("D:\\d.xls");
+  form.files.Fail(FileOperation::kList, "A:\\", error_number::kDeviceUnavailable);
   form.chooser.LookAgain();
   form.ChooseDrive("A:\\");
-  EXPECT_THAT(form.platform.dialogs.texts, ElementsAre("Drive not available."));
+  EXPECT_THAT(form.dialogs.texts, ElementsAre("Drive not available."));
   EXPECT_EQ(form.drvMain.GetStringSelection(), "C:\\");
   EXPECT_EQ(form.chooser.Path(), form.folder);
   form.ChooseDrive("D:\\");
-  EXPECT_EQ(form.chooser.Path(), "D:\\");
   form.filMain.SetSelection(0);
   EXPECT_THAT(form.chooser.SelFullPaths(), ElementsAre("D:\\d.xls"));
 }
 
 TEST(FileChooser, AsksForAShareUntilItGetsOneOrIsCancelled) {
   Chooser form(PathStyle::kWindows);
-  form.platform.files.AddFolder("\\\\lab\\plates");
-  auto& cmdNetWork = Find<wxButton>(form.chooser, "cmdNetWork");
-  RecordingDialogs& dialogs = form.platform.dialogs;
-  dialogs.folder_answers = {""};
-  dialogs.plain_answers = {BoxAnswer::kCancel};
-  Click(cmdNetWork);
-  EXPECT_EQ(form.chooser.Path(), form.folder);
-  dialogs.folder_answers = {"", "\\\\lab\\plates"};
-  dialogs.plain_answers = {BoxAnswer::kRetry};
-  Click(cmdNetWork);
-  EXPECT_EQ(form.chooser.Path(), "\\\\lab\\plates");
+  form.files.AddFolder("\\\\lab\\plates");
+  form.dialogs.folder_answers = {"", "", "\\\\lab\\plates"};
+  form.dialogs.plain_answers = {BoxAnswer::kCancel, BoxAnswer::kRetry};
+  for (const std::string& path : {form.folder, std::string("\\\\lab\\plates")}) {
+    Click(form.chooser, "cmdNetWork");
+    EXPECT_EQ(form.chooser.Path(), path);
+  }
   EXPECT_EQ(form.drvMain.GetStringSelection(), "\\\\lab\\plates");
-  EXPECT_THAT(dialogs.texts,
+  EXPECT_THAT(form.dialogs.texts,
               ElementsAre("Did not select specific drive.", "Did not select specific drive."));
 }
 
@@ -240,8 +192,7 @@ TEST(FileChooser, ShowsTheNameUnderThePointer) {
   Chooser form;
   const auto point_at = [&](int y) {
     wxMouseEvent event(wxEVT_MOTION);
-    event.m_x = 5;
-    event.m_y = y;
+    event.SetPosition({5, y});
     form.filMain.HandleWindowEvent(event);
     return FromWx(form.filMain.GetToolTipText());
   };
@@ -251,16 +202,22 @@ TEST(FileChooser, ShowsTheNameUnderThePointer) {
 
 TEST(FileChooser, KeepsTheSplitterBetweenItsBounds) {
   Chooser form;
+  auto& splitter = Find<wxWindow>(form.chooser, "Splitter");
+  const auto drag_to = [&](int x) {
+    for (const wxEventType type : {wxEVT_LEFT_DOWN, wxEVT_MOTION, wxEVT_LEFT_UP}) {
+      wxMouseEvent event(type);
+      event.m_leftDown = type != wxEVT_LEFT_UP;
+      event.m_x = type == wxEVT_LEFT_DOWN ? 2 : 2 + x - splitter.GetPosition().x;
+      splitter.HandleWindowEvent(event);
+    }
+    return splitter.GetPosition().x;
+  };
   const Twips twips(form.chooser);
-  const auto& splitter = Find<wxWindow>(form.chooser, "Splitter");
-  form.DragSplitterTo(300);
-  EXPECT_EQ(splitter.GetPosition().x, 300);
+  EXPECT_EQ(drag_to(300), 300);
   EXPECT_EQ(form.drvMain.GetRect().GetRight() + 1, 300);
-  form.DragSplitterTo(-100);
-  EXPECT_EQ(splitter.GetPosition().x, twips.ToPixels(1320));
-  form.DragSplitterTo(2000);
+  EXPECT_EQ(drag_to(-100), twips.ToPixels(1320));
   const int right = form.filMain.GetRect().GetRight() + 1;
-  EXPECT_NEAR(splitter.GetPosition().x, right - twips.ToPixels(830), 1);
+  EXPECT_NEAR(drag_to(2000), right - twips.ToPixels(830), 1);
   EXPECT_GE(form.filMain.GetPosition().x, splitter.GetRect().GetRight());
 }
 

@@ -1,193 +1,172 @@
 #include "ui/frmOptions.h"
 
-#include <gmock/gmock.h>
-
+#include "files/folder_listing.h"
 #include "tests/support/campaign.h"
 #include "tests/ui/ui_support.h"
-#include "ui/wx_text.h"
 
 namespace korvex {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr char kByFolder[] = "Output File by Folder";
 
 // The sample workbook offers "Filename", "Date", "day_num", "#", "compound ID", "plate" and
 // "Delta OD".
 struct Options : testing::Test {
+  using Settings = std::vector<std::pair<const char*, std::string>>;
+
   Options() { campaign.Put("Set 1/a & b.xls", {}); }
 
   // Opens the dialog, lets the step use it, and closes it unless the step has.
-  void Use(const ModalDriver::Step& step) {
+  void Use(const std::function<void()>& step) {
     ModalDriver driver;
-    driver.Expect([&step](wxDialog& dialog) {
-      step(dialog);
-      if (dialog.IsShown()) dialog.Close();
+    driver.Expect([&](wxDialog& shown) {
+      dialog = &shown;
+      step();
+      if (dialog->IsShown()) dialog->Close();
     });
-    frmOptions::ShowOptions(campaign.folder, {}, nullptr);
+    Open();
   }
-  std::string Main(const char* key) { return Stored("Main Section", key); }
-  std::string Structure(const char* key) { return Stored("File Structure", key); }
-  std::string Stored(const char* section, const char* key) {
-    return campaign.platform.settings.Get(section, key).value_or("(none)");
+  void Open() {
+    ListedFolders folders;
+    frmOptions::ShowOptions(campaign.folder, {}, nullptr, folders);
+  }
+  template <class Control>
+  Control& The(const char* name) {
+    return Find<Control>(*dialog, name);
+  }
+  wxTextCtrl& Box(const char* name) { return The<wxTextCtrl>(name); }
+  bool Selected(const char* name) { return The<wxRadioButton>(name).GetValue(); }
+  std::vector<std::string> Names(const char* list) { return Items(*dialog, list); }
+  void Pick(const char* option) { Choose(*dialog, option); }
+  void Press(const char* button) { Click(*dialog, button); }
+  void Check(const char* name) {
+    The<wxCheckBox>(name).SetValue(true);
+    Send(The<wxCheckBox>(name), wxEVT_CHECKBOX, 1);
+  }
+  void TurnToStructure() { The<wxNotebook>("tabOptions").SetSelection(1); }
+  // Selects a column in a list and presses a button.
+  void Move(const char* list, const char* column, const char* button) {
+    ASSERT_TRUE(The<wxListBox>(list).SetStringSelection(column));
+    Press(button);
+  }
+  void ExpectStored(const char* section, const Settings& settings) {
+    for (const auto& [key, value] : settings)
+      EXPECT_EQ(campaign.platform.settings.Get(section, key).value_or("(none)"), value) << key;
   }
 
   Campaign campaign;
+  const std::vector<std::string>& texts = campaign.platform.dialogs.texts;
+  wxDialog* dialog = nullptr;
 };
-
-wxTextCtrl& Box(wxWindow& dialog, const char* name) {
-  return Find<wxTextCtrl>(dialog, name);
-}
-std::string Text(wxWindow& dialog, const char* name) {
-  return FromWx(Box(dialog, name).GetValue());
-}
-bool Selected(wxWindow& dialog, const char* name) {
-  return Find<wxRadioButton>(dialog, name).GetValue();
-}
-void Choose(wxWindow& dialog, const char* name) {
-  Find<wxRadioButton>(dialog, name).SetValue(true);
-  Send(Find<wxRadioButton>(dialog, name), wxEVT_RADIOBUTTON, 1);
-}
-void Check(wxWindow& dialog, const char* name, bool checked) {
-  Find<wxCheckBox>(dialog, name).SetValue(checked);
-  Send(Find<wxCheckBox>(dialog, name), wxEVT_CHECKBOX, checked);
-}
-void Press(wxWindow& dialog, const char* name) {
-  Click(Find<wxButton>(dialog, name));
-}
-void TurnToStructure(wxWindow& dialog) {
-  Find<wxNotebook>(dialog, "tabOptions").SetSelection(1);
-}
-void SelectIn(wxWindow& dialog, const char* list, const char* column) {
-  ASSERT_TRUE(Find<wxListBox>(dialog, list).SetStringSelection(column));
-}
-std::vector<std::string> Items(wxWindow& dialog, const char* list) {
-  std::vector<std::string> items;
-  for (const wxString& item : Find<wxListBox>(dialog, list).GetStrings()) {
-    items.push_back(FromWx(item));
-  }
-  return items;
-}
 
 TEST_F(Options, ShowsTheStoredChoicesAndTheSample) {
   campaign.Set("Main Section", "Output File Method", kByFolder);
   campaign.Set("Main Section", "Auto-Replace Output files", "0");
   campaign.Set("Main Section", "Error Email Address", "lab@example.org");
-  Use([](wxDialog& dialog) {
-    EXPECT_EQ(dialog.GetTitle(), "KORVEX - Options");
-    EXPECT_TRUE(Selected(dialog, "optOutputFileByFolder"));
-    EXPECT_TRUE(Selected(dialog, "optAutoReplaceFalse"));
-    EXPECT_EQ(Text(dialog, "txtFilename"), "all.xls");
-    EXPECT_EQ(Text(dialog, "txtOutputFile"), "/data/screen/all.xls");
-    EXPECT_FALSE(Box(dialog, "txtOutputFile").IsEnabled());
-    EXPECT_FALSE(Find<wxCheckBox>(dialog, "chkLaunchOutputFile").GetValue());
-    EXPECT_FALSE(Find<wxCheckBox>(dialog, "chkErrMail").GetValue());
-    EXPECT_EQ(Text(dialog, "txtEmailAddress"), "lab@example.org");
-    EXPECT_FALSE(Box(dialog, "txtEmailAddress").IsEnabled());
-    EXPECT_THAT(Items(dialog, "lstAvailableCols"), ElementsAre("Filename", "Date", "day_num", "#",
-                                                               "compound ID", "plate", "Delta OD"));
-    EXPECT_THAT(Items(dialog, "lstKeyColumns"), ElementsAre("compound ID"));
-    EXPECT_THAT(Items(dialog, "lstOutputColumns"), ElementsAre("compound ID", "plate"));
-    EXPECT_EQ(Find<wxChoice>(dialog, "cboDataCol").GetStringSelection(), "Delta OD");
-    TurnToStructure(dialog);
-    auto& sample = Find<wxButton>(dialog, "cmdSampleFile");
-    EXPECT_EQ(sample.GetLabelText(), "a & b.xls");
-    EXPECT_EQ(sample.GetToolTipText(), "/data/screen/Set 1/a & b.xls");
-    Click(sample);
+  Use([&] {
+    EXPECT_EQ(dialog->GetTitle(), "KORVEX - Options");
+    EXPECT_TRUE(Selected("optOutputFileByFolder") && Selected("optAutoReplaceFalse"));
+    EXPECT_EQ(Box("txtFilename").GetValue(), "all.xls");
+    EXPECT_EQ(Box("txtOutputFile").GetValue(), "/data/screen/all.xls");
+    EXPECT_EQ(Box("txtEmailAddress").GetValue(), "lab@example.org");
+    EXPECT_FALSE(Box("txtOutputFile").IsEnabled() || Box("txtEmailAddress").IsEnabled());
+    for (const char* name : {"chkLaunchOutputFile", "chkErrMail"})
+      EXPECT_FALSE(The<wxCheckBox>(name).GetValue()) << name;
+    EXPECT_THAT(Names("lstAvailableCols"), ElementsAre("Filename", "Date", "day_num", "#",
+                                                       "compound ID", "plate", "Delta OD"));
+    EXPECT_THAT(Names("lstKeyColumns"), ElementsAre("compound ID"));
+    EXPECT_THAT(Names("lstOutputColumns"), ElementsAre("compound ID", "plate"));
+    EXPECT_EQ(The<wxChoice>("cboDataCol").GetStringSelection(), "Delta OD");
+    TurnToStructure();
+    EXPECT_EQ(The<wxButton>("cmdSampleFile").GetLabelText(), "a & b.xls");
+    Press("cmdSampleFile");
   });
   EXPECT_THAT(campaign.platform.shell.opened, ElementsAre("/data/screen/Set 1/a & b.xls"));
-  EXPECT_THAT(campaign.platform.dialogs.texts, IsEmpty());
+  EXPECT_THAT(texts, IsEmpty());
 }
 
 TEST_F(Options, OkStoresEveryChoice) {
-  Use([](wxDialog& dialog) {
-    Choose(dialog, "optOutputFileByFolder");
-    Box(dialog, "txtFilename").SetValue("day.xls");
-    Choose(dialog, "optAutoReplaceFalse");
-    Check(dialog, "chkLaunchOutputFile", true);
-    Check(dialog, "chkErrMail", true);
-    EXPECT_TRUE(Box(dialog, "txtEmailAddress").IsEnabled());
-    Box(dialog, "txtEmailAddress").SetValue("lab@example.org");
-    TurnToStructure(dialog);
-    SelectIn(dialog, "lstAvailableCols", "Date");
-    SelectIn(dialog, "lstOutputColumns", "plate");
-    Press(dialog, "cmdToKeys");
-    for (int press = 0; press < 2; ++press) Press(dialog, "cmdToOutput");
-    SelectIn(dialog, "lstAvailableCols", "#");
-    Press(dialog, "cmdToOutput");
-    EXPECT_THAT(Items(dialog, "lstOutputColumns"),
-                ElementsAre("compound ID", "Date", "#", "plate"));
-    Press(dialog, "cmdFromOutput");
-    EXPECT_EQ(Find<wxListBox>(dialog, "lstOutputColumns").GetStringSelection(), "#");
-    Find<wxChoice>(dialog, "cboDataCol").SetStringSelection("#");
-    Press(dialog, "cmdOK");
-    EXPECT_FALSE(dialog.IsShown());
+  Use([&] {
+    Pick("optOutputFileByFolder");
+    Box("txtFilename").SetValue("day.xls");
+    Pick("optAutoReplaceFalse");
+    Check("chkLaunchOutputFile");
+    Check("chkErrMail");
+    EXPECT_TRUE(Box("txtEmailAddress").IsEnabled());
+    Box("txtEmailAddress").SetValue("lab@example.org");
+    TurnToStructure();
+    Press("cmdToKeys");  // nothing is selected
+    Move("lstAvailableCols", "Date", "cmdToKeys");
+    Move("lstOutputColumns", "plate", "cmdToOutput");
+    Press("cmdToOutput");  // it is there already
+    Move("lstAvailableCols", "#", "cmdToOutput");
+    EXPECT_THAT(Names("lstOutputColumns"), ElementsAre("compound ID", "Date", "#", "plate"));
+    // Removing a column selects the next one, else the last.
+    for (const auto& [column, next] : {std::pair("compound ID", "Date"), {"plate", "#"}}) {
+      Move("lstOutputColumns", column, "cmdFromOutput");
+      EXPECT_EQ(The<wxListBox>("lstOutputColumns").GetStringSelection(), next);
+    }
+    The<wxChoice>("cboDataCol").SetStringSelection("#");
+    Press("cmdOK");
+    EXPECT_FALSE(dialog->IsShown());
   });
-  EXPECT_EQ(Main("Last Path"), "/data/screen");
-  EXPECT_EQ(Main("Output File Method"), kByFolder);
-  EXPECT_EQ(Main("Output File"), "day.xls");
-  EXPECT_EQ(Main("Output Path"), "/out/");
-  EXPECT_EQ(Main("Auto-Replace Output files"), "0");
-  EXPECT_EQ(Main("Launch Output File"), "1");
-  EXPECT_EQ(Main("Send Email on Error"), "-1");
-  EXPECT_EQ(Main("Error Email Address"), "lab@example.org");
-  EXPECT_EQ(Structure("Keys Columns"), "compound ID<-- -->Date");
-  EXPECT_EQ(Structure("Output Columns"), "compound ID<-- -->Date<-- -->#");
-  EXPECT_EQ(Structure("Data Column"), "#");
+  ExpectStored("Main Section", {{"Last Path", "/data/screen"},
+                                {"Output File Method", kByFolder},
+                                {"Output File", "day.xls"},
+                                {"Output Path", "/out/"},
+                                {"Auto-Replace Output files", "0"},
+                                {"Launch Output File", "1"},
+                                {"Send Email on Error", "-1"},
+                                {"Error Email Address", "lab@example.org"}});
+  ExpectStored("File Structure", {{"Keys Columns", "compound ID<-- -->Date"},
+                                  {"Output Columns", "Date<-- -->#"},
+                                  {"Data Column", "#"}});
 }
 
 TEST_F(Options, ClickingAMethodOffersItsStoredName) {
-  Use([](wxDialog& dialog) {
+  Use([&] {
     for (const bool by_folder : {true, false}) {
-      Box(dialog, by_folder ? "txtFilename" : "txtOutputFile").SetValue("typed");
-      Choose(dialog, by_folder ? "optOutputFileByFolder" : "optOutputFileByName");
-      EXPECT_EQ(Box(dialog, "txtFilename").IsEnabled(), by_folder);
-      EXPECT_EQ(Box(dialog, "txtOutputFile").IsEnabled(), !by_folder);
+      Box(by_folder ? "txtFilename" : "txtOutputFile").SetValue("typed");
+      Pick(by_folder ? "optOutputFileByFolder" : "optOutputFileByName");
+      EXPECT_EQ(Box("txtFilename").IsEnabled(), by_folder);
+      EXPECT_EQ(Box("txtOutputFile").IsEnabled(), !by_folder);
     }
-    EXPECT_EQ(Text(dialog, "txtFilename"), "all.xls");
-    EXPECT_EQ(Text(dialog, "txtOutputFile"), "/out/all.xls");
+    EXPECT_EQ(Box("txtFilename").GetValue(), "all.xls");
+    EXPECT_EQ(Box("txtOutputFile").GetValue(), "/out/all.xls");
   });
 }
 
 TEST_F(Options, AnUnknownMethodSelectsNeitherOptionAndStaysStored) {
   campaign.Set("Main Section", "Output File Method", "by moonlight");
-  Use([](wxDialog& dialog) {
-    EXPECT_FALSE(Selected(dialog, "optOutputFileByFolder"));
-    EXPECT_FALSE(Selected(dialog, "optOutputFileByName"));
-    Box(dialog, "txtFilename").SetValue("other.xls");
-    Press(dialog, "cmdOK");
+  Use([&] {
+    EXPECT_FALSE(Selected("optOutputFileByFolder") || Selected("optOutputFileByName"));
+    Box("txtFilename").SetValue("other.xls");
+    Press("cmdOK");
   });
-  EXPECT_EQ(Main("Last Path"), "/data/screen");
-  EXPECT_EQ(Main("Output File Method"), "by moonlight");
-  EXPECT_EQ(Main("Output File"), "all.xls");
+  ExpectStored("Main Section", {{"Last Path", "/data/screen"},
+                                {"Output File Method", "by moonlight"},
+                                {"Output File", "all.xls"}});
 }
 
 TEST_F(Options, BrowsingReplacesTheOutputFileUnlessCancelled) {
   const auto former = frmOptions::ask_for_output_file;
-  std::string asked_with;
-  std::string answer;
+  std::string answer = "  ";
   frmOptions::ask_for_output_file = [&](wxWindow&, const std::string& shown) {
-    asked_with = shown;
+    EXPECT_THAT(shown, HasSubstr("/all.xls"));
     return answer;
   };
-  Use([&](wxDialog& dialog) {
-    answer = "  ";
-    Press(dialog, "cmdBrowse");
-    EXPECT_EQ(asked_with, "/out/all.xls");
-    EXPECT_EQ(Text(dialog, "txtOutputFile"), "/out/all.xls");
-    Choose(dialog, "optOutputFileByFolder");
+  Use([&] {
+    Press("cmdBrowse");
+    EXPECT_EQ(Box("txtOutputFile").GetValue(), "/out/all.xls");
+    Pick("optOutputFileByFolder");
     answer = " /data/r\xE9sultat/day.xls ";  // no UTF-8
-    Press(dialog, "cmdBrowse");
-    EXPECT_THAT(Text(dialog, "txtOutputFile"), HasSubstr("/data/r"));
-    Press(dialog, "cmdOK");
+    Press("cmdBrowse");
+    Press("cmdOK");
   });
   frmOptions::ask_for_output_file = former;
-  EXPECT_EQ(Main("Output File Method"), "Output File by constant name");
-  EXPECT_EQ(Main("Output Path"), "/data/r\xE9sultat/");
-  EXPECT_EQ(Main("Output File"), "day.xls");
+  ExpectStored("Main Section", {{"Output File Method", "Output File by constant name"},
+                                {"Output Path", "/data/r\xE9sultat/"},
+                                {"Output File", "day.xls"}});
 }
 
 TEST_F(Options, GivesATypedNameItsFolder) {
@@ -195,79 +174,68 @@ TEST_F(Options, GivesATypedNameItsFolder) {
   const struct {
     std::string typed, path, file;
   } cases[] = {{"day.xls", home + "/", "day.xls"}, {"", "", ""}, {"/out/", "/out/", ""}};
-  for (const auto& c : cases) {
-    Use([&](wxDialog& dialog) {
-      Box(dialog, "txtOutputFile").SetValue(c.typed);
-      Press(dialog, "cmdOK");
+  for (const auto& [typed, path, file] : cases) {
+    Use([&] {
+      Box("txtOutputFile").SetValue(typed);
+      Press("cmdOK");
     });
-    EXPECT_EQ(Main("Output Path"), c.path);
-    EXPECT_EQ(Main("Output File"), c.file);
+    ExpectStored("Main Section", {{"Output Path", path}, {"Output File", file}});
   }
 }
 
 TEST_F(Options, StaysOpenWithoutAKeyColumnAndStoresNothingMoreWhenClosed) {
-  Use([this](wxDialog& dialog) {
-    Choose(dialog, "optOutputFileByFolder");
-    Check(dialog, "chkErrMail", true);
-    TurnToStructure(dialog);
-    SelectIn(dialog, "lstKeyColumns", "compound ID");
-    for (int press = 0; press < 2; ++press) Press(dialog, "cmdFromKeys");
-    SelectIn(dialog, "lstOutputColumns", "plate");
-    Press(dialog, "cmdFromOutput");
-    Press(dialog, "cmdOK");
-    EXPECT_TRUE(dialog.IsShown());
-    EXPECT_THAT(
-        campaign.platform.dialogs.texts,
-        ElementsAre("Please select at least one column for key columns, and output columns."));
+  Use([&] {
+    Pick("optOutputFileByFolder");
+    Check("chkErrMail");
+    TurnToStructure();
+    Move("lstKeyColumns", "compound ID", "cmdFromKeys");
+    Press("cmdFromKeys");
+    Move("lstOutputColumns", "plate", "cmdFromOutput");
+    Press("cmdOK");
+    EXPECT_TRUE(dialog->IsShown());
   });
-  EXPECT_EQ(Structure("Output Columns"), "compound ID");
-  EXPECT_EQ(Structure("Keys Columns"), "compound ID");
-  EXPECT_EQ(Main("Last Path"), "(none)");
-  EXPECT_EQ(Main("Output File Method"), "(none)");
-  EXPECT_EQ(Main("Send Email on Error"), "0");
+  EXPECT_THAT(texts, ElementsAre("Please select at least one column for key columns, and output "
+                                 "columns."));
+  ExpectStored("File Structure",
+               {{"Output Columns", "compound ID"}, {"Keys Columns", "compound ID"}});
+  ExpectStored(
+      "Main Section",
+      {{"Last Path", "(none)"}, {"Output File Method", "(none)"}, {"Send Email on Error", "0"}});
 }
 
 TEST_F(Options, WarnsOfASampleThatDoesNotFitTheSettings) {
   campaign.Set("File Structure", "Data Column", "delta od");
   campaign.SetKeys({"compound ID", "batch"});
-  Use([this](wxDialog& dialog) {
-    ASSERT_EQ(campaign.platform.dialogs.buttons.size(), 1u);
-    const ButtonMessage& warning = campaign.platform.dialogs.buttons[0];
-    EXPECT_EQ(warning.prompt,
-              "File format does not correspond to last settings saved. Please make sure the "
-              "settings are as desired.\r\n\r\nFile used for format check:\r\n\r\n"
-              "/data/screen/Set 1/a & b.xls");
-    EXPECT_EQ(warning.icon, 17);
-    EXPECT_EQ(warning.title, "KORVEX");
-    EXPECT_THAT(Items(dialog, "lstKeyColumns"), ElementsAre("compound ID"));
-    EXPECT_EQ(Find<wxChoice>(dialog, "cboDataCol").GetSelection(), wxNOT_FOUND);
-    Press(dialog, "cmdOK");
+  Use([&] {
+    EXPECT_THAT(Names("lstKeyColumns"), ElementsAre("compound ID"));
+    EXPECT_EQ(The<wxChoice>("cboDataCol").GetSelection(), wxNOT_FOUND);
+    Press("cmdOK");
   });
-  EXPECT_EQ(Structure("Data Column"), "");
+  ExpectStored("File Structure", {{"Data Column", ""}});
+  EXPECT_THAT(texts, ElementsAre("File format does not correspond to last settings saved. Please "
+                                 "make sure the settings are as desired.\r\n\r\nFile used for "
+                                 "format check:\r\n\r\n/data/screen/Set 1/a & b.xls"));
+  EXPECT_EQ(campaign.platform.dialogs.buttons[0].icon, 17);
 }
 
 TEST_F(Options, OpensWithoutASample) {
   campaign.platform.files.Remove(campaign.Path("Set 1"));
-  Use([](wxDialog& dialog) {
-    EXPECT_THAT(Items(dialog, "lstAvailableCols"), IsEmpty());
-    EXPECT_FALSE(Find<wxButton>(dialog, "cmdSampleFile").IsEnabled());
+  Use([&] {
+    EXPECT_THAT(Names("lstAvailableCols"), IsEmpty());
+    EXPECT_FALSE(The<wxButton>("cmdSampleFile").IsEnabled());
   });
 }
 
-TEST_F(Options, ReportsSettingsThatCannotBeStoredAndStaysOpen) {
-  Use([this](wxDialog& dialog) {
-    campaign.platform.settings.failure = 70;
-    Press(dialog, "cmdOK");
-    EXPECT_TRUE(dialog.IsShown());
+TEST_F(Options, ReportsSettingsThatCannotBeStoredOrRead) {
+  Use([&] {
+    campaign.platform.settings.failure = error_number::kPermissionDenied;
+    Press("cmdOK");
+    EXPECT_TRUE(dialog->IsShown());
   });
-  EXPECT_THAT(campaign.platform.dialogs.texts, ElementsAre(HasSubstr("frmStructure.SaveSettings"),
-                                                           HasSubstr("frmStructure.cmdOK_Click")));
-}
-
-TEST_F(Options, ReportsSettingsThatCannotBeReadInsteadOfOpening) {
-  campaign.Set("Main Section", "Launch Output File", "often");
-  frmOptions::ShowOptions(campaign.folder, {}, nullptr);
-  EXPECT_THAT(campaign.platform.dialogs.texts, ElementsAre(HasSubstr("frmOptions.ShowOptions")));
+  Open();
+  EXPECT_THAT(texts, ElementsAre(HasSubstr("frmStructure.SaveSettings"),
+                                 HasSubstr("frmStructure.cmdOK_Click"),
+                                 HasSubstr("frmOptions.ShowOptions")));
 }
 
 }  // namespace

@@ -1,26 +1,39 @@
 #include "tests/ui/ui_support.h"
 
-#include <wx/evtloop.h>
 #include <wx/menu.h>
 #include <wx/stopwatch.h>
 
 namespace korvex {
 
 void Send(wxWindow& control, wxEventType type, int number) {
-  ASSERT_TRUE(control.IsEnabled()) << control.GetName().utf8_string() << " is disabled";
-  ASSERT_TRUE(control.IsShownOnScreen()) << control.GetName().utf8_string() << " is hidden";
+  ASSERT_TRUE(control.IsEnabled()) << FromWx(control.GetName()) << " is disabled";
+  ASSERT_TRUE(control.IsShownOnScreen()) << FromWx(control.GetName()) << " is hidden";
   wxCommandEvent event(type, control.GetId());
   event.SetEventObject(&control);
   event.SetInt(number);
   control.HandleWindowEvent(event);
 }
 
+void Choose(wxWindow& form, const std::string& option) {
+  auto& button = Find<wxRadioButton>(form, option);
+  button.SetValue(true);
+  Send(button, wxEVT_RADIOBUTTON, 1);
+}
+
+std::vector<std::string> Items(wxWindow& form, const std::string& list) {
+  std::vector<std::string> items;
+  for (const wxString& item : Find<wxListBox>(form, list).GetStrings()) {
+    items.push_back(FromWx(item));
+  }
+  return items;
+}
+
 void ChooseMenu(wxFrame& window, const std::string& menu, const std::string& entry) {
   wxMenuBar& bar = *window.GetMenuBar();
-  const int id = bar.FindMenuItem(wxString::FromUTF8(menu), wxString::FromUTF8(entry));
+  const int id = bar.FindMenuItem(ToWx(menu), ToWx(entry));
   ASSERT_NE(id, wxNOT_FOUND) << menu << ", " << entry;
-  const int position = bar.FindMenu(wxString::FromUTF8(menu));
-  ASSERT_TRUE(bar.IsEnabledTop(static_cast<std::size_t>(position))) << menu << " is disabled";
+  const auto position = static_cast<std::size_t>(bar.FindMenu(ToWx(menu)));
+  ASSERT_TRUE(bar.IsEnabledTop(position)) << menu << " is disabled";
   ASSERT_TRUE(bar.IsEnabled(id)) << entry << " is disabled";
   wxCommandEvent event(wxEVT_MENU, id);
   event.SetEventObject(&bar);
@@ -52,7 +65,7 @@ ModalDriver::~ModalDriver() {
 
 int ModalDriver::Enter(wxDialog* dialog) {
   if (steps_.empty()) {
-    ADD_FAILURE() << "unexpected dialog: " << dialog->GetTitle().utf8_string();
+    ADD_FAILURE() << "unexpected dialog: " << FromWx(dialog->GetTitle());
     return wxID_CANCEL;
   }
   const Step step = std::move(steps_.front());

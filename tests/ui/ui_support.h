@@ -1,25 +1,34 @@
 // How tests use a window: as a user would, through the events of its controls.
 #pragma once
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <wx/app.h>
 #include <wx/button.h>
 #include <wx/dialog.h>
 #include <wx/frame.h>
+#include <wx/listbox.h>
 #include <wx/modalhook.h>
+#include <wx/radiobut.h>
 #include <wx/window.h>
 
 #include <deque>
 #include <functional>
 #include <string>
+#include <vector>
+
+#include "ui/form_helpers.h"
 
 namespace korvex {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
 
 // The descendant of that name; fails the test when there is none or it is of another class.
 template <class Control>
 Control& Find(wxWindow& form, const std::string& name) {
-  auto* control =
-      dynamic_cast<Control*>(wxWindow::FindWindowByName(wxString::FromUTF8(name), &form));
+  auto* control = dynamic_cast<Control*>(wxWindow::FindWindowByName(ToWx(name), &form));
   if (!control) {
     ADD_FAILURE() << "no control " << name;
     std::abort();
@@ -29,9 +38,13 @@ Control& Find(wxWindow& form, const std::string& name) {
 
 // What a click or a key sends when it reaches the control, which must be enabled and visible.
 void Send(wxWindow& control, wxEventType type, int number = 0);
-inline void Click(wxButton& button) {
-  Send(button, wxEVT_BUTTON);
+inline void Click(wxWindow& form, const std::string& button) {
+  Send(Find<wxButton>(form, button), wxEVT_BUTTON);
 }
+// Selects an option by a click on it.
+void Choose(wxWindow& form, const std::string& option);
+// The names in a list box, in its order.
+std::vector<std::string> Items(wxWindow& form, const std::string& list);
 
 // Chooses an entry of a menu, both named without their access keys; it must be enabled.
 void ChooseMenu(wxFrame& window, const std::string& menu, const std::string& entry);

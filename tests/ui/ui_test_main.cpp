@@ -32,11 +32,10 @@ class UiTests : public wxApp {
     return status_;
   }
   bool OnExceptionInMainLoop() override { throw; }
-  void OnAssertFailure(const wxChar* file, int line, const wxChar* function,
-                       const wxChar* condition, const wxChar* message) override {
-    ADD_FAILURE() << "wx assertion " << wxString(condition).utf8_string() << " in "
-                  << wxString(function).utf8_string() << ", " << wxString(file).utf8_string() << ":"
-                  << line << ": " << wxString(message).utf8_string();
+  void OnAssertFailure(const wxChar* file, int line, const wxChar*, const wxChar* condition,
+                       const wxChar* message) override {
+    ADD_FAILURE_AT(wxString(file).utf8_str(), line)
+        << "wx assertion " << wxString(condition) << ": " << wxString(message);
   }
 
  private:
