@@ -41,6 +41,7 @@ std::string_view FirstLetter(std::string_view text) {
   return text.empty() ? text : text.substr(0, FirstUtf8(text).length);
 }
 
+// An answer that fits several captions chooses none of them.
 std::optional<std::size_t> OnlyMatch(const std::vector<std::string>& captions, auto matches) {
   const auto first = std::ranges::find_if(captions, matches);
   if (first == captions.end() || std::find_if(first + 1, captions.end(), matches) != captions.end())
@@ -50,6 +51,7 @@ std::optional<std::size_t> OnlyMatch(const std::vector<std::string>& captions, a
 
 std::optional<std::size_t> Choice(const std::vector<std::string>& captions,
                                   std::string_view answer) {
+  // The whole caption first: another one may begin with it, or it may be a number.
   const auto whole = OnlyMatch(captions, [&](const auto& c) { return EqualText(c, answer); });
   if (whole) return whole;
   std::size_t number = 0;
@@ -69,6 +71,7 @@ BoxAnswer ConsoleDialogs::ShowPlain(const PlainMessage& message) {
   const std::vector<PlainChoice> choices = Choices(message.buttons);
   std::vector<std::string> captions;
   for (const PlainChoice& choice : choices) captions.push_back(choice.caption);
+  // Without an answer it is the last caption: Cancel, where there is a choice.
   return choices[Answer(captions, 0, captions.size() - 1)].answer;
 }
 
@@ -81,6 +84,7 @@ std::string ConsoleDialogs::ShowButtons(const ButtonMessage& message) {
 
   std::vector<std::string> captions;
   for (const std::string& button : message.buttons) captions.push_back(WithoutMarks(button));
+  // A default that is none of the buttons counts as the first one.
   const auto wanted = static_cast<std::size_t>(std::max(message.default_button, 0));
   return message.buttons[Answer(captions, wanted < captions.size() ? wanted : 0, 0)];
 }
@@ -114,6 +118,7 @@ std::optional<std::size_t> ConsoleDialogs::Ask(const std::vector<std::string>& c
     line_.Write("Your choice (Enter: " + captions[default_button] + ")? ");
     const std::optional<std::string> line = terminal_.ReadLine();
     if (!line) {
+      // The cursor still stands behind the question.
       line_.WriteLine("");
       return std::nullopt;
     }

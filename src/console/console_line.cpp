@@ -21,6 +21,7 @@ std::string Printable(std::string_view text, bool keep_line_ends) {
     const Utf8Character character = FirstUtf8(text);
     const std::string_view bytes = text.substr(0, character.length);
     text.remove_prefix(character.length);
+    // CR LF is one line end.
     if (bytes == "\r" && text.starts_with('\n')) continue;
     if (keep_line_ends && (bytes == "\r" || bytes == "\n")) {
       result += '\n';
@@ -55,6 +56,7 @@ void ConsoleLine::Draw(std::string_view text) {
   if (line == drawn_) return;
   const std::size_t length = Length(line);
   const std::size_t former = drawn_.empty() ? 0 : std::min(Length(drawn_) + kEcho, width);
+  // Blanks cover what the former text leaves on the right.
   const std::string rest(former > length ? former - length : 0, ' ');
   terminal_.WriteError("\r" + line + rest);
   drawn_ = line;

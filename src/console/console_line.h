@@ -19,11 +19,11 @@ class ConsoleLine {
   // Shows one line of text, cut to the width of the window, in place of the one drawn before. Does
   // nothing when the text is the same.
   void Draw(std::string_view text);
-  // Frees the line of what was drawn.
+  // Wipes what was drawn.
   void Clear();
-  // Frees the line and writes a text on lines of its own.
+  // Wipes what was drawn and writes a text on lines of its own.
   void WriteLine(std::string_view text);
-  // Frees the line and writes a text without ending its line: a question.
+  // The same without a line end, for a question.
   void Write(std::string_view text);
 
  private:

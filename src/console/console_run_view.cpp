@@ -104,6 +104,7 @@ void ConsoleRunView::ProcessedFile() {
 
 void ConsoleRunView::SetMessage(const std::string& text) {
   if (!running_) return;
+  // Without a terminal each message is a line, and the same one is not repeated.
   const bool is_new = text != message_;
   message_ = text;
   if (quiet_) return;
@@ -128,6 +129,7 @@ void ConsoleRunView::Redraw() {
 std::string ConsoleRunView::Bar() const {
   if (maximum_ == 0) return "";
   const std::int32_t value = std::clamp(value_, 0, maximum_);
+  // A count of files times 100 may need more than 32 bits, hence the wider type.
   const std::int64_t filled = kBarWidth * value / maximum_;
   const std::int64_t percent = std::int64_t{100} * value / maximum_;
   const std::string maximum = std::to_string(maximum_);

@@ -50,6 +50,7 @@ class UsageOfBothForms : public CLI::Formatter {
 };
 
 void Describe(CLI::App& app, ConvertOptions& options) {
+  // One name for each mention: the argument after it may be the folder.
   const auto each_name = [](CLI::Option* option) {
     option->type_name("NAME")->allow_extra_args(false)->take_all();
   };

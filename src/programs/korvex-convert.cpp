@@ -167,8 +167,10 @@ int Main(const ConvertOptions& options) {
     ListedFolders folders;  // until the run, which lists them for itself
     if (options.save_settings) {
       CheckSelection(selection, folders);
+      // Before the run, since the choices stay right when a run fails.
       settings.Keep();
     }
+    // After Keep, since this is no choice of the user.
     OpenOnlyWhenChosen();
 
     std::string log_complaint;

@@ -139,6 +139,7 @@ void FileChooser::BindEvents() {
 
 void FileChooser::BindSplitter() {
   Splitter_->Bind(wxEVT_LEFT_DOWN, [this](wxMouseEvent& event) {
+    // Within the splitter, which follows the pointer: that distance is what stays the same.
     drag_start_ = event.GetX();
     Splitter_->SetBackgroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_BTNSHADOW));
     Splitter_->Refresh();
@@ -158,9 +159,11 @@ void FileChooser::BindSplitter() {
     Splitter_->SetBackgroundColour(wxNullColour);
     Splitter_->Refresh();
     const Twips twips(*this);
+    // From where it stands: the layout may have stopped it short of the pointer.
     splitter_left_ = twips.FromPixels(Splitter_->GetPosition().x);
   };
   Splitter_->Bind(wxEVT_LEFT_UP, end_drag);
+  // A window that comes up in front takes the mouse away; that ends a drag, too.
   Splitter_->Bind(wxEVT_MOUSE_CAPTURE_LOST, end_drag);
 }
 
@@ -181,6 +184,7 @@ void FileChooser::SetCaption(const std::string& caption) {
 }
 
 void FileChooser::SetPattern(const std::string& pattern) {
+  // Throws before anything has changed: a refused pattern leaves the former one.
   pattern_ = FilePattern(pattern);
   ShowMatchingFiles();
 }
@@ -214,6 +218,7 @@ void FileChooser::SetPath(const std::string& new_path) {
 }
 
 void FileChooser::Open(const std::string& drive, const std::string& folder) {
+  // Listed first: a folder that cannot be listed must leave everything as it was.
   const std::vector<FolderEntry> entries = SortedEntries(folder);
   ShowDrives(drive);
   dirMain_->Open(drive, folder, entries);
@@ -223,6 +228,7 @@ void FileChooser::Open(const std::string& drive, const std::string& folder) {
 
 void FileChooser::ShowDrives(const std::string& drive) {
   std::vector<std::string> drives = Platform().files->Drives();
+  // A share is no drive of this machine. It stands behind the drives while it is shown.
   auto selected = std::find(drives.begin(), drives.end(), drive);
   if (selected == drives.end()) selected = drives.insert(drives.end(), drive);
   const auto index = static_cast<int>(selected - drives.begin());
@@ -252,6 +258,7 @@ void FileChooser::ShowMatchingFiles() {
   std::vector<std::string> files;
   std::copy_if(all_files_.begin(), all_files_.end(), std::back_inserter(files),
                [&](const std::string& name) { return pattern_.Matches(name); });
+  // Most looks at the disk find nothing new, and then the list must not move.
   if (files == files_) return;
   const std::vector<std::string> names = SelFilenames();
   const std::set<std::string> selected(names.begin(), names.end());
@@ -300,6 +307,7 @@ void FileChooser::LookAgain() {
   } else {
     ShowDrives(dirMain_->Drive());
     std::vector<FolderEntry> entries;
+    // A folder that cannot be listed now shows nothing; nobody asked for it, so nobody is told.
     Attempt([&] { entries = SortedEntries(folder); });
     dirMain_->ShowEntries(entries);
     ShowFiles(entries);
@@ -312,9 +320,11 @@ void FileChooser::drvMain_Change() {
       "FileChooser.drvMain_Change",
       [&] {
         const std::string& drive = drives_[static_cast<std::size_t>(drvMain_->GetSelection())];
+        // Copies, since Open may refill the list that `drive` is an element of.
         if (drive != dirMain_->Drive()) Open(std::string(drive), std::string(drive));
       },
       [&](const TrappedError& error) {
+        // An empty drive has a message of its own. The box goes back to the drive that is shown.
         const bool is_unavailable = error.Number() == error_number::kDeviceUnavailable ||
                                     error.Number() == error_number::kPathNotFound;
         if (is_unavailable) {
@@ -328,6 +338,7 @@ void FileChooser::drvMain_Change() {
 }
 
 void FileChooser::dirMain_Change() {
+  // The tree shows the new folder already: no file of the former one may stay, whatever happens.
   ForgetFiles();
   Trap(
       "FileChooser.dirMain_Change",
@@ -343,6 +354,7 @@ void FileChooser::dirMain_Change() {
 }
 
 void FileChooser::filMain_Click(int item) {
+  // A list cannot lose its multiple selection later, so the other items are deselected by hand.
   if (!multi_select_ && item != wxNOT_FOUND && filMain_->IsSelected(item))
     filMain_->DeselectAll(item);
 }
@@ -352,6 +364,7 @@ void FileChooser::filMain_MouseMove(const wxPoint& position) {
   const wxString tip = item < 0 || item >= FileCount()
                            ? wxString()
                            : filMain_->GetString(static_cast<unsigned>(item));
+  // The pointer moves often and the tip seldom changes.
   if (tip == filMain_->GetToolTipText()) return;
   if (tip.empty()) {
     filMain_->UnsetToolTip();
@@ -368,6 +381,7 @@ void FileChooser::cmdNetWork_Click() {
         for (;;) {
           const std::string share = dialogs.BrowseNetwork(wxGetTopLevelParent(this)->GetHandle(),
                                                           "Select a network computer or share.");
+          // Nothing comes back from a cancelled dialog, nor from a computer in place of a share.
           if (!share.empty()) {
             SetPath(share);
             return;
@@ -381,6 +395,7 @@ void FileChooser::cmdNetWork_Click() {
 
 void FileChooser::OnActivate(wxActivateEvent& event) {
   event.Skip();
+  // During a run the chooser is disabled and keeps showing what the run was started with.
   if (event.GetActive() && Enabled()) Attempt([&] { LookAgain(); });
 }
 

@@ -24,6 +24,7 @@ std::string TextOf(const OptionId& value) {
 }
 
 bool IsPosition(std::int16_t counter, const std::string& value) {
+  // Positions arrive as text. One that is no number ends the search like any other failure.
   const std::optional<double> position = ParseNumber(value);
   if (!position) throw Error(error_number::kTypeMismatch);
   return *position == counter;
@@ -71,6 +72,7 @@ void clsControls::ArrayToList(wxWindow& control, const std::vector<std::string>&
                               const std::vector<std::int32_t>& ids) {
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (values[i].empty()) continue;
+    // A sorted list chooses the place of the item and returns its index.
     const int new_index = late_bound::AddItem(control, values[i]);
     if (ids.empty()) continue;
     if (i >= ids.size()) throw Error(error_number::kSubscript);
@@ -80,8 +82,10 @@ void clsControls::ArrayToList(wxWindow& control, const std::vector<std::string>&
 
 bool clsControls::SelectInList(wxWindow& control, const std::string& value,
                                std::optional<std::int32_t> item_data) {
+  // Clears what was typed into a combo box. Other lists have no such text, which does not matter.
   Attempt([&] { late_bound::SetText(control, ""); });
   const int count = late_bound::ListCount(control);
+  // By data the last match wins, by text the first one. Callers rely on both.
   for (int i = 0; i < count; ++i) {
     if (item_data) {
       if (late_bound::ItemData(control, i) == *item_data) late_bound::SetListIndex(control, i);
@@ -98,6 +102,8 @@ OptionId clsControls::GetSelectedOption(wxWindow& container, obWhatData what) {
   Attempt([&] {
     counter_ = 1;
     for (wxWindow* control : FromLastToFirst(container)) {
+      // Only controls of the container count here. One without a value, a label for example, raises
+      // an error that ends the search with nothing found.
       if (!IsInContainer(*control, container)) continue;
       if (late_bound::Value(*control)) {
         selected = Identify(*control, counter_, what);
@@ -113,6 +119,7 @@ bool clsControls::SetSelectedOption(const OptionId& value, wxWindow& container, 
   Attempt([&] {
     counter_ = 1;
     for (wxWindow* control : FromLastToFirst(container)) {
+      // Unlike above, the controls outside of the container count, too.
       if (IsInContainer(*control, container) && IsOption(*control, counter_, value, what)) {
         late_bound::SetValue(*control, true);
         break;

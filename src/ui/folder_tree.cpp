@@ -63,6 +63,7 @@ void FolderTree::Open(const std::string& drive, const std::string& folder,
   }
   wxTreeItemId id = GetRootItem();
   for (const std::string& name : NamesBelow(drive, folder)) {
+    // Each folder on the way is filled, so that the user sees what lies beside it.
     FillFromDisk(id);
     // A folder can be open and yet be missing from the listing of its parent (hidden, or deleted).
     if (!Child(id, name).IsOk()) SetSubFolders(id, {name});
@@ -97,6 +98,7 @@ void FolderTree::LookAgain() {
 
 void FolderTree::LookAgainBelow(const wxTreeItemId& id) {
   if (!id.IsOk() || !IsExpanded(id)) return;
+  // The owner has listed the current folder itself and shows its files from that list.
   if (id != GetSelection()) FillFromDisk(id);
   wxTreeItemIdValue cookie;
   for (wxTreeItemId child = GetFirstChild(id, cookie); child.IsOk();
@@ -107,6 +109,7 @@ void FolderTree::LookAgainBelow(const wxTreeItemId& id) {
 
 void FolderTree::OnSelect(wxTreeEvent& event) {
   event.Skip();
+  // What the tree selects by itself is no choice of the user.
   if (updating_ || !event.GetItem().IsOk()) return;
   folder_ = ItemOf(event.GetItem()).path;
   if (Change) Change();
@@ -121,6 +124,7 @@ void FolderTree::OnOpen(wxTreeEvent& event) {
   } catch (...) {
     if (Failed) Failed();
   }
+  // Nothing to open: the item stays closed and loses its arrow.
   if (ItemOf(id).names.empty()) event.Veto();
 }
 
@@ -186,6 +190,7 @@ void FolderTree::SetSubFolders(const wxTreeItemId& id, const std::vector<std::st
     previous = previous.IsOk() ? InsertItem(id, previous, ToWx(name), kFolderImage, -1, item)
                                : PrependItem(id, ToWx(name), kFolderImage, -1, item);
     SetItemImage(previous, kOpenFolderImage, wxTreeItemIcon_Expanded);
+    // Every folder gets an arrow: only opening it tells whether there are folders in it.
     SetItemHasChildren(previous);
   }
   while (old.IsOk()) drop_old();

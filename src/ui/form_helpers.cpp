@@ -23,11 +23,11 @@ extern const char kAppIconSvg[];  // icons/korvex.svg, by src/CMakeLists.txt
 namespace {
 
 constexpr double kTwipsPerInch = 1440;
-// Of an ordinary desktop font: the height of a line at 96 pixels to the inch.
+// The height of a line in an ordinary desktop font, 17 pixels at 96 to the inch.
 constexpr double kUsualLineInches = 17.0 / 96.0;
 
-// Under GTK the text colour of an inactive caption is nearly black in many themes: nothing to put
-// behind a text.
+// Forms shade with the colour of inactive captions. Under GTK many themes have it nearly black,
+// which would hide the text.
 wxSystemColour DisabledShade() {
   return wxPlatformInfo::Get().GetPortId() == wxPORT_GTK ? wxSYS_COLOUR_BTNFACE
                                                          : wxSYS_COLOUR_INACTIVECAPTIONTEXT;
@@ -71,6 +71,7 @@ wxIconBundle AppIcons() {
   constexpr int kSide = 64;  // of the picture as designed
   const auto picture = wxBitmapBundle::FromSVG(kAppIconSvg, wxSize(kSide, kSide));
   wxIconBundle icons;
+  // Title bars, task bars and window lists each take the size that fits them.
   for (const int size : {16, 24, 32, 48, 64, 128}) {
     icons.AddIcon(picture.GetIcon(wxSize(size, size)));
   }
@@ -109,6 +110,8 @@ void IgnoreWheel(wxChoice& box) {
 }
 
 void IgnoreSecondClick(wxButton& button) {
+  // A double click is reported as a press of its own, and each press is followed by a button event:
+  // the flag marks the event that is one too many.
   const auto is_second = std::make_shared<bool>(false);
   const auto press = [is_second](wxMouseEvent& event) {
     *is_second = event.LeftDClick();
@@ -126,6 +129,7 @@ void SelectOnlyWhenAsked(wxListBox& list) {
     event.Skip();
     const bool is_clicked = wxGetMouseState().LeftIsDown();
     if (is_clicked || list.GetSelection() != wxNOT_FOUND) return;
+    // GTK selects once this event has been handled.
     list.CallAfter([&list] { list.SetSelection(wxNOT_FOUND); });
   });
 }

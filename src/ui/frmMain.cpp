@@ -74,9 +74,12 @@ void frmMain::Form_Load() {
         OpenAppLog();
       },
       [&](const TrappedError& error) {
+        // The log opens at the end of the steps above, so it is not open yet when one of them
+        // fails.
         Attempt([] { OpenAppLog(); });  // for this very error
         error.Report(std::string("An error occurred while loading.") + kLineBreak + kLineBreak +
                      "The Error has been written to a log file.");
+        // The window must be usable in any case: with the default folder.
         if (!ProcessingFolder().empty()) return;
         Attempt([&] { ShowFolder(""); });
         ListFilesOfMode();
@@ -135,6 +138,8 @@ void frmMain::Form_Unload(wxCloseEvent& event) {
 
 void frmMain::StartOrStop(const char* location) {
   Trap(location, [&] {
+    // The flag covers more than the run itself: its checks and its last message let the user click
+    // as well, and a second run must not start then.
     if (run_on_stack_) {
       run_.Stop();
     } else {
@@ -158,6 +163,7 @@ void frmMain::mnuOptions_Click() {
         frmOptions::ShowOptions(selection.folder, selection.files, this, folders);
       },
       [](const TrappedError& error) {
+        // CheckSelection has told the user what is missing.
         if (!error.IsTold()) error.Report();
       });
 }
@@ -214,6 +220,8 @@ std::string frmMain::TypedPattern() const {
 
 void frmMain::txtPattern_Change() {
   Trap(
+      // Each letter that is typed counts. While the text is no pattern the list keeps the former
+      // one.
       "frmMain.txtPattern_Change", [&] { FileChooser_->SetPattern(TypedPattern()); },
       [](const TrappedError&) {
         Platform().dialogs->ShowPlain(
@@ -222,6 +230,7 @@ void frmMain::txtPattern_Change() {
 }
 
 void frmMain::Timer1_Timer() {
+  // Back at its own size, the window may object to the next change.
   if (GetSize() == design_size_) refused_size_ = {};
   const std::string folder = FileChooser_->Path();
   const wxString full_name = ToWx(folder);
@@ -258,6 +267,7 @@ void frmMain::EnterRunning() {
   EnableForRun(false);
   SetProcessCaption("Stop");
   SetCursor(wxCURSOR_WAIT);
+  // What had the focus is disabled now, and keys should reach the button that stops.
   cmdProcess_->SetFocus();
 }
 
@@ -295,6 +305,7 @@ void frmMain::RunEnded(const RunRecord&) {}
 
 void frmMain::SetProgress(std::int32_t value, std::int32_t maximum) {
   prg_->SetRange(std::max<std::int32_t>(maximum, 1));
+  // A gauge refuses values beyond its range.
   prg_->SetValue(std::min(value, prg_->GetRange()));
 }
 

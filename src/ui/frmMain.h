@@ -54,7 +54,7 @@ class frmMain : public wxFrame, private RunView {
 
   void StartOrStop(const char* location);
   void StoreSelectedMode();
-  // While sub-folders are processed there is no file to choose from.
+  // Lists no file while sub-folders are processed: there is nothing to choose from.
   void ListFilesOfMode();
   std::string TypedPattern() const;
   // Opens the folder, or the nearest one above it that can be opened; says what was wrong with it.
@@ -75,9 +75,9 @@ class frmMain : public wxFrame, private RunView {
 
   std::function<void()> show_afresh_;
   MainRun run_{*this};
-  bool run_on_stack_ = false;  // from its first check to its last message
+  bool run_on_stack_ = false;  // from the first check of a run to its last message
   wxSize design_size_;
-  wxSize refused_size_;  // what it was given against its design, until it has had that for a while
+  wxSize refused_size_;  // the size last objected to; none once the design size is back
 
   FramePanel* fraCurrentMode_;
   wxRadioButton* optFolders_;

@@ -68,7 +68,7 @@ frmMessageBox::frmMessageBox(wxWindow* owner)
 std::string frmMessageBox::ShowMsgBox(const ButtonMessage& message) {
   Check(message);
   SetTitle(ToWx(message.title));
-  TakeCloseBox();
+  DisableCloseButton();
   text_ = wxTextBuffer::Translate(ToWx(message.prompt), wxTextFileType_Unix);
   while (cmdMain_.size() < message.buttons.size()) AddButton();
   for (std::size_t i = 0; i < cmdMain_.size(); ++i) {
@@ -78,6 +78,7 @@ std::string frmMessageBox::ShowMsgBox(const ButtonMessage& message) {
 
   wxButton* chosen = cmdMain_[static_cast<std::size_t>(message.default_button)];
   chosen->SetDefault();
+  // Platforms that give the focus to the first control shall find this one.
   chosen->MoveBeforeInTabOrder(GetChildren().GetFirst()->GetData());
   chosen->SetFocus();
   imgIcon_->SetIcon(message.icon);
@@ -122,7 +123,7 @@ void frmMessageBox::OnClose(wxCloseEvent& event) {
   }
 }
 
-void frmMessageBox::TakeCloseBox() {
+void frmMessageBox::DisableCloseButton() {
   if (WindowSystem* system = Platform().window_system) {
     system->EnableCloseButton(GetHandle(), false);
   } else {
@@ -167,6 +168,7 @@ MessageBoxLayout frmMessageBox::LayOut(const ButtonMessage& message) {
 std::vector<int> frmMessageBox::CaptionWidths(const std::vector<std::string>& captions) {
   std::vector<int> widths;
   for (std::size_t i = 0; i < captions.size(); ++i) {
+    // Measured on a hidden label, in the font of the form.
     lblButtons_->SetLabel(ToWx(captions[i]));
     const int label = twips_.FromPixels(lblButtons_->GetBestSize().x);
     const int button = twips_.FromPixels(cmdMain_[i]->GetBestSize().x);

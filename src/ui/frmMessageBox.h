@@ -34,7 +34,7 @@ class frmMessageBox : public wxDialog {
   void OnKey(wxKeyEvent& event);
   void OnClose(wxCloseEvent& event);
 
-  void TakeCloseBox();
+  void DisableCloseButton();
   void AddButton();
   MessageBoxDesign Design() const;
   MessageBoxLayout LayOut(const ButtonMessage& message);

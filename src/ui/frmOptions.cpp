@@ -78,6 +78,7 @@ void frmOptions::ShowOptions(const std::string& parent_path, const std::vector<s
     frmOptions dialog(owner);
     dialog.LoadGeneralOptions();
     dialog.LoadStructure(parent_path, files, folders);
+    // Last: the names in the lists decide how wide it opens.
     dialog.OpenLarger();
     dialog.ShowModal();
   });
@@ -133,6 +134,7 @@ void frmOptions::LoadGeneralOptions() {
   }
   (basSettings::AutoReplaceOutputFiles() ? optAutoReplaceTrue_ : optAutoReplaceFalse_)
       ->SetValue(true);
+  // Both names show, whichever method is stored; a click shows only the name of its own.
   txtOutputFile_.Show(basSettings::OutputFullName());
   txtFilename_.Show(basSettings::OutputFile());
   chkLaunchOutputFile_->SetValue(basSettings::LaunchOutputFileNumber() != 0);
@@ -144,6 +146,8 @@ void frmOptions::LoadGeneralOptions() {
 
 void frmOptions::LoadStructure(const std::string& parent_path,
                                const std::vector<std::string>& files, ListedFolders& folders) {
+  // Tells the user what is wrong with the sample. The dialog opens in any case: most of its options
+  // need no sample.
   structure_.Constructor(parent_path, files, nullptr, &folders);
   LoadStructureLists();
   if (structure_.Discrepancy()) WarnOfDiscrepancy();
@@ -180,6 +184,7 @@ void frmOptions::cmdOK_Click() {
   Trap(
       "frmStructure.cmdOK_Click",
       [&] {
+        // The columns first: when they are refused, the other options stay as they are stored.
         SaveSettings();
         SaveGeneralOptions();
         EndModal(wxID_OK);
@@ -200,6 +205,7 @@ void frmOptions::SaveSettings() {
         structure_.SetDataColumn(FromWx(cboDataCol_->GetStringSelection()));
       },
       [](const TrappedError& error) {
+        // A list without a column has no array to store, which is the error of a wrong type.
         if (error.Number() == error_number::kTypeMismatch) {
           Platform().dialogs->ShowPlain(
               {"Please select at least one column for key columns, and output columns."});
@@ -215,6 +221,7 @@ void frmOptions::SaveGeneralOptions() {
   basSettings::SetLaunchOutputFileNumber(chkLaunchOutputFile_->GetValue() ? 1 : 0);
   basSettings::SetSendEmailOnError(chkErrMail_->GetValue());
   basSettings::SetErrorEmailAddress(FromWx(txtEmailAddress_->GetValue()));
+  // While neither option is selected the stored method stays: another version may know it.
   if (optOutputFileByFolder_->GetValue()) {
     basSettings::SetOutputFileMethod(basSettings::kByFolder);
     basSettings::SetOutputFile(txtFilename_.Name());
@@ -284,6 +291,7 @@ void frmOptions::AddSelected(wxListBox& list) {
   ColumnList columns = ColumnsOf(list);
   const auto position = AddToList(ColumnsOf(*lstAvailableCols_), columns);
   if (!position) return;
+  // One item changes and the others stay: a list that is filled anew would scroll to its top.
   list.Insert(ToWx(columns.names[*position]), static_cast<unsigned>(*position));
   ShowSelection(list, columns);
   list.EnsureVisible(static_cast<int>(*position));

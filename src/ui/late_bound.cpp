@@ -34,6 +34,8 @@ Class& As(Window& control, const char* property) {
   return *found;
 }
 
+// Dialogs that belong to a form are forms of their own, and the label that a frame draws for its
+// caption is part of the frame.
 void AppendControls(const wxWindow& container, std::vector<wxWindow*>& controls) {
   const auto* frame = dynamic_cast<const FramePanel*>(&container);
   for (wxWindow* control : container.GetChildren()) {
@@ -61,6 +63,7 @@ int AddItem(wxWindow& control, const std::string& text) {
 
 std::int32_t ItemData(const wxWindow& control, int index) {
   const auto& list = As<const wxItemContainer>(control, "ItemData");
+  // The number travels in the pointer that a list keeps with each item.
   if (!list.HasClientUntypedData()) return 0;
   return static_cast<std::int32_t>(
       reinterpret_cast<std::intptr_t>(list.GetClientData(static_cast<unsigned>(index))));
@@ -74,6 +77,7 @@ void SetItemData(wxWindow& control, int index, std::int32_t data) {
 
 void SetListIndex(wxWindow& control, int index) {
   auto& list = As<wxItemContainer>(control, "ListIndex");
+  // A list with multiple selection would only add the item to those that are selected.
   if (auto* list_box = dynamic_cast<wxListBox*>(&control);
       list_box && list_box->HasMultipleSelection()) {
     list_box->DeselectAll(index);
@@ -82,6 +86,7 @@ void SetListIndex(wxWindow& control, int index) {
 }
 
 void SetText(wxWindow& control, const std::string& text) {
+  // To wx it is a text entry all the same, though nobody can type into it.
   if (dynamic_cast<wxComboBox*>(&control) && control.HasFlag(wxCB_READONLY))
     RaiseNoSuchProperty(control, "Text");
   As<wxTextEntry>(control, "Text").ChangeValue(ToWx(text));
@@ -89,6 +94,7 @@ void SetText(wxWindow& control, const std::string& text) {
 
 bool Value(const wxWindow& control) {
   if (const auto* option = dynamic_cast<const wxRadioButton*>(&control)) return option->GetValue();
+  // A command button has the property as well, but is never a selected option.
   if (dynamic_cast<const wxButton*>(&control)) return false;
   return As<const wxCheckBox>(control, "Value").GetValue();
 }

@@ -56,6 +56,7 @@ void PlaceBelow(int further_rows, int most_height, MessageBoxLayout& layout, Twi
     layout.form_height = first.Bottom() + kBelowButtons;
   }
   layout.form_height += further_rows;
+  // Only the message gives way to the screen: every button must stay in reach.
   const int excess = std::min(layout.form_height - most_height, layout.message.height);
   layout.scrolls = excess > 0;
   if (!layout.scrolls) return;
@@ -76,6 +77,7 @@ MessageBoxLayout LayOutMessageBox(const MessageBoxDesign& design,
   const int needed_width = NeededWidth(first, grid.columns);
   layout.form_width = std::max(design.form_width, needed_width);
   layout.form_height = design.form_height;
+  // Centred as long as the form keeps its width; one that grew for its buttons just fits them.
   if (needed_width <= design.form_width) {
     const int span = needed_width - kRightOfButtons - 2 * first.left;
     first.left += (design.form_width - span) / 2 - kRightOfButtons;
@@ -105,6 +107,7 @@ int WrappedLines(std::wstring_view paragraph, std::span<const int> ends, int wid
       continue;
     }
     while (i > line && ends[i] - start_of(line) > width) {
+      // A word that fills the line alone is broken at this character.
       line = word > line ? word : i;
       ++lines;
     }

@@ -55,6 +55,8 @@ int OutputFilterOf(const std::string& file) {
 
 std::string OutputFileChosen(const std::string& name, int offered, int chosen) {
   const std::string ending = EndingOf(name);
+  // An ending that differs from the offered one was typed. With the filter unchanged there is no
+  // other ending to give.
   if (!ending.empty() && (chosen == offered || !EqualText(ending, kEndings[offered]))) return name;
   return name.substr(0, name.size() - ending.size()).append(kEndings[chosen]);
 }

@@ -16,8 +16,8 @@ struct ColumnList {
 };
 
 // Copies the selected name of one list into another, just before the name that is selected there,
-// else to its end; what was selected stays so. Returns where the name now stands: nowhere when
-// there is none to add, or the list has it already.
+// else to its end; the same name stays selected. Returns where the copy stands, or nothing when no
+// name is selected in the source or the list has it already.
 std::optional<std::size_t> AddToList(const ColumnList& source, ColumnList& destination);
 
 // Takes the selected name out and selects the one that moves up into its place, or the last one.

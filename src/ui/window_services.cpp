@@ -94,6 +94,7 @@ std::string WindowDialogs::BrowseNetwork(void* owner, const std::string& title) 
 }
 
 void WindowMessageLoop::Yield() {
+  // An event that is served here can ask for a yield of its own.
   if (serving_) return;
   const RaisedFlag serving(serving_);
   wxTheApp->Yield(true);
