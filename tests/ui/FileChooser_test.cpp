@@ -125,7 +125,7 @@ TEST(FileChooser, LooksIntoAFolderWhenItIsOpened) {
   EXPECT_EQ(form.dirMain.GetSelection(), form.Item({"data", "run1", ".hidden"}));
 }
 
-TEST(FileChooser, FollowsTheDiskWhenTheUserComesBack) {
+TEST(FileChooser, FollowsTheDiskWhenTheUserComesBackUnlessItIsDisabled) {
   Chooser form;
   form.files.AddFolder("/data/run2/plates");
   form.ComeBack();
@@ -134,7 +134,12 @@ TEST(FileChooser, FollowsTheDiskWhenTheUserComesBack) {
   form.files.AddFile(form.In("aa.xls"));
   form.files.AddFolder("/data/run0");
   form.files.Remove(form.In("sub"));
+  form.chooser.SetEnabled(false);
+  for (const char* name : {"fraMain", "drvMain", "dirMain", "filMain", "cmdNetWork"})
+    EXPECT_FALSE(Find<wxWindow>(form.chooser, name).IsThisEnabled()) << name;
   form.ComeBack();
+  EXPECT_EQ(form.chooser.FileCount(), 3);
+  form.chooser.SetEnabled(true);  // as at the end of a run
   EXPECT_THAT(form.Files(), ElementsAre("A.xls", "aa.xls", "b.XLS", "c.csv"));
   EXPECT_THAT(form.chooser.SelFilenames(), ElementsAre("b.XLS"));
   EXPECT_TRUE(form.Item({"data", "run0"}).IsOk());
@@ -144,19 +149,6 @@ TEST(FileChooser, FollowsTheDiskWhenTheUserComesBack) {
   form.ComeBack();
   EXPECT_EQ(form.chooser.Path(), "/data");
   EXPECT_THAT(form.dialogs.plain, IsEmpty());
-}
-
-TEST(FileChooser, LeavesItsListsAloneWhileItIsDisabled) {
-  Chooser form;
-  form.chooser.SetEnabled(false);
-  for (const char* name : {"fraMain", "drvMain", "dirMain", "filMain", "cmdNetWork"})
-    EXPECT_FALSE(Find<wxWindow>(form.chooser, name).IsThisEnabled()) << name;
-  form.files.AddFile(form.In("results.xls"));
-  form.ComeBack();
-  EXPECT_EQ(form.chooser.FileCount(), 3);
-  form.chooser.SetEnabled(true);
-  EXPECT_TRUE(form.chooser.Enabled());
-  EXPECT_EQ(form.chooser.FileCount(), 4);
 }
 
 TEST(FileChooser, ReturnsFromADriveThatIsEmpty) {

@@ -57,15 +57,8 @@ TEST(OutputFilters, GiveTheEndingThatTheUserMeans) {
     EXPECT_EQ(OutputFileChosen(name, offered, chosen), meant) << name;
 }
 
-constexpr MessageBoxDesign kDesign{6000, 2000, {100, 1200, 1000, 400}, 900, 150};
-
-MessageBoxLayout LayOut(const std::vector<int>& captions, int message_height,
-                        bool has_icon = true) {
-  return LayOutMessageBox(
-      kDesign, {captions, has_icon, [=](int) { return message_height; }, 20'000, 15'000});
-}
-
 TEST(MessageBoxLayout, GrowsWithTheMessageAndTheButtonsAndNeverShrinks) {
+  constexpr MessageBoxDesign kDesign{6000, 2000, {100, 1200, 1000, 400}, 900, 150};
   const struct {
     std::vector<int> captions;
     int message_height;
@@ -82,7 +75,9 @@ TEST(MessageBoxLayout, GrowsWithTheMessageAndTheButtonsAndNeverShrinks) {
       {{2000, 2000, 2000}, 100, true, 7300, 2000, 900, {100, 1200, 2200, 400}},
   };
   for (const auto& c : cases) {
-    const MessageBoxLayout layout = LayOut(c.captions, c.message_height, c.has_icon);
+    const auto message_height = [&](int) { return c.message_height; };
+    const MessageBoxLayout layout =
+        LayOutMessageBox(kDesign, {c.captions, c.has_icon, message_height, 20'000, 15'000});
     EXPECT_EQ(layout.form_width, c.form_width);
     EXPECT_EQ(layout.form_height, c.form_height);
     const int message_width = c.form_width - c.message_left - 250;

@@ -128,8 +128,7 @@ TEST(AppIcons, LookLikeTheIconOfTheProgramsFile) {
     return bitmap.ConvertToImage();
   };
   const wxImage drawn = picture(AppIcons());
-  const wxImage shipped =
-      picture(wxIconBundle(wxString(SAMPLES "/../icons/korvex.ico"), wxBITMAP_TYPE_ICO));
+  const wxImage shipped = picture({SAMPLES "/../icons/korvex.ico", wxBITMAP_TYPE_ICO});
   ASSERT_TRUE(drawn.IsOk() && shipped.IsOk());
   constexpr int kBytes = 3 * kSide * kSide;
   int difference = 0;

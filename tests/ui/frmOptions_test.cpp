@@ -66,8 +66,6 @@ TEST_F(Options, ShowsTheStoredChoicesAndTheSample) {
   Use([&] {
     EXPECT_EQ(dialog->GetTitle(), "KORVEX - Options");
     EXPECT_TRUE(Selected("optOutputFileByFolder") && Selected("optAutoReplaceFalse"));
-    EXPECT_EQ(Box("txtFilename").GetValue(), "all.xls");
-    EXPECT_EQ(Box("txtOutputFile").GetValue(), "/data/screen/all.xls");
     EXPECT_EQ(Box("txtEmailAddress").GetValue(), "lab@example.org");
     EXPECT_FALSE(Box("txtOutputFile").IsEnabled() || Box("txtEmailAddress").IsEnabled());
     for (const char* name : {"chkLaunchOutputFile", "chkErrMail"})
@@ -77,6 +75,14 @@ TEST_F(Options, ShowsTheStoredChoicesAndTheSample) {
     EXPECT_THAT(Names("lstKeyColumns"), ElementsAre("compound ID"));
     EXPECT_THAT(Names("lstOutputColumns"), ElementsAre("compound ID", "plate"));
     EXPECT_EQ(The<wxChoice>("cboDataCol").GetStringSelection(), "Delta OD");
+    for (const bool by_folder : {false, true}) {  // each offers its stored name anew
+      Box(by_folder ? "txtFilename" : "txtOutputFile").SetValue("typed");
+      Pick(by_folder ? "optOutputFileByFolder" : "optOutputFileByName");
+      EXPECT_EQ(Box("txtFilename").IsEnabled(), by_folder);
+      EXPECT_EQ(Box("txtOutputFile").IsEnabled(), !by_folder);
+    }
+    EXPECT_EQ(Box("txtFilename").GetValue(), "all.xls");
+    EXPECT_EQ(Box("txtOutputFile").GetValue(), "/data/screen/all.xls");
     TurnToStructure();
     EXPECT_EQ(The<wxButton>("cmdSampleFile").GetLabelText(), "a & b.xls");
     Press("cmdSampleFile");
@@ -121,19 +127,6 @@ TEST_F(Options, OkStoresEveryChoice) {
   ExpectStored("File Structure", {{"Keys Columns", "compound ID<-- -->Date"},
                                   {"Output Columns", "Date<-- -->#"},
                                   {"Data Column", "#"}});
-}
-
-TEST_F(Options, ClickingAMethodOffersItsStoredName) {
-  Use([&] {
-    for (const bool by_folder : {true, false}) {
-      Box(by_folder ? "txtFilename" : "txtOutputFile").SetValue("typed");
-      Pick(by_folder ? "optOutputFileByFolder" : "optOutputFileByName");
-      EXPECT_EQ(Box("txtFilename").IsEnabled(), by_folder);
-      EXPECT_EQ(Box("txtOutputFile").IsEnabled(), !by_folder);
-    }
-    EXPECT_EQ(Box("txtFilename").GetValue(), "all.xls");
-    EXPECT_EQ(Box("txtOutputFile").GetValue(), "/out/all.xls");
-  });
 }
 
 TEST_F(Options, AnUnknownMethodSelectsNeitherOptionAndStaysStored) {
