@@ -4,8 +4,9 @@
 
 #include <cstdlib>
 
+#include "platform/ciphers.h"
 #include "platform/desktop.h"
-#include "platform/file_system.h"
+#include "tests/support/memory_file_system.h"
 
 namespace korvex {
 namespace {
@@ -32,6 +33,20 @@ TEST(NativePlatform, ReadsVariablesOfTheEnvironment) {
   const NativePlatform native;
   EXPECT_EQ(native.Provided().shell->EnvironmentVariable("KORVEX_TEST"), "plates");
   EXPECT_EQ(native.Provided().shell->EnvironmentVariable("KORVEX_TEST_MISSING"), "");
+}
+
+TEST(NativePlatform, DigestsFiles) {
+  const std::pair<std::string, const char*> cases[] = {
+      {"", "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855"},
+      {"abc", "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad"},
+      {std::string(1'000'000, 'a'),
+       "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0"},
+  };
+  MemoryFileSystem files(PathStyle::kLinux);
+  for (const auto& [content, digest] : cases) {
+    files.AddFile("/P1-1-1.xls", content);
+    EXPECT_EQ(Sha256OfFile(files, "/P1-1-1.xls"), digest) << content.size();
+  }
 }
 
 }  // namespace

@@ -21,6 +21,18 @@ void PrepareLibrary() {
   }();
 }
 
+int AlgorithmOf(DigestKind kind) {
+  switch (kind) {
+    case DigestKind::kMd5:
+      return GCRY_MD_MD5;
+    case DigestKind::kSha1:
+      return GCRY_MD_SHA1;
+    case DigestKind::kSha256:
+      return GCRY_MD_SHA256;
+  }
+  return GCRY_MD_NONE;
+}
+
 void Check(gcry_error_t error) {
   if (error == 0) return;
   throw Error(error_number::kAutomation,
@@ -31,7 +43,7 @@ void Check(gcry_error_t error) {
 
 std::vector<std::byte> Digest(DigestKind kind, std::span<const std::byte> bytes) {
   PrepareLibrary();
-  const int algorithm = kind == DigestKind::kMd5 ? GCRY_MD_MD5 : GCRY_MD_SHA1;
+  const int algorithm = AlgorithmOf(kind);
   std::vector<std::byte> digest(gcry_md_get_algo_dlen(algorithm));
   gcry_md_hash_buffer(algorithm, digest.data(), bytes.data(), bytes.size());
   return digest;

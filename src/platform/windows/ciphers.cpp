@@ -48,7 +48,8 @@ using Key = CryptoHandle<HCRYPTKEY, CryptDestroyKey>;
 HCRYPTPROV SharedProvider() {
   static const struct Opened {
     Opened() {
-      Check(CryptAcquireContextW(provider.Out(), nullptr, MS_ENHANCED_PROV_W, PROV_RSA_FULL,
+      // The older providers know no SHA-256.
+      Check(CryptAcquireContextW(provider.Out(), nullptr, MS_ENH_RSA_AES_PROV_W, PROV_RSA_AES,
                                  CRYPT_VERIFYCONTEXT | CRYPT_SILENT));
     }
     Provider provider;
@@ -59,13 +60,21 @@ HCRYPTPROV SharedProvider() {
 }  // namespace
 
 std::vector<std::byte> Digest(DigestKind kind, std::span<const std::byte> bytes) {
+  constexpr struct {
+    ALG_ID algorithm;
+    DWORD size;
+  } kKinds[] = {{CALG_MD5, 16}, {CALG_SHA1, 20}, {CALG_SHA_256, 32}};
+  auto [algorithm, size] = kKinds[static_cast<int>(kind)];
   Hash hash;
-  Check(CryptCreateHash(SharedProvider(), kind == DigestKind::kMd5 ? CALG_MD5 : CALG_SHA1, 0, 0,
-                        hash.Out()));
-  Check(CryptHashData(hash.Get(), reinterpret_cast<const BYTE*>(bytes.data()),
-                      static_cast<DWORD>(bytes.size()), 0));
-  std::vector<std::byte> digest(kind == DigestKind::kMd5 ? 16 : 20);
-  auto size = static_cast<DWORD>(digest.size());
+  Check(CryptCreateHash(SharedProvider(), algorithm, 0, 0, hash.Out()));
+  while (!bytes.empty()) {
+    // One call takes fewer than 4 GiB.
+    const auto piece = bytes.first(std::min<std::size_t>(bytes.size(), std::size_t{1} << 30));
+    Check(CryptHashData(hash.Get(), reinterpret_cast<const BYTE*>(piece.data()),
+                        static_cast<DWORD>(piece.size()), 0));
+    bytes = bytes.subspan(piece.size());
+  }
+  std::vector<std::byte> digest(size);
   Check(
       CryptGetHashParam(hash.Get(), HP_HASHVAL, reinterpret_cast<BYTE*>(digest.data()), &size, 0));
   return digest;
