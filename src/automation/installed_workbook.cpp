@@ -7,7 +7,7 @@
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "text/text.h"
-#include "workbook/csv_writer.h"
+#include "workbook/delimited_writer.h"
 #include "workbook/output_rules.h"
 
 namespace korvex {
@@ -85,9 +85,9 @@ void InstalledWorkbook::Save(const std::string& full_name, bool as_new) {
   try {
     CheckOutputTarget(files, target, application_.Inputs());
     const OutputFormat& format = OutputFormatOf(target);
-    if (&format == &kCsvFormat) {
+    if (format.separator != 0) {
       const std::unique_ptr<ReplacementFile> file = files.Replace(target);
-      WriteCsv(*this, *file);
+      WriteDelimited(*this, format, *file);
       as_new ? file->CommitAsNew() : file->Commit();
     } else {
       for (const auto& sheet : sheets_) {

@@ -28,9 +28,10 @@ class InstalledWorkbook : public Workbook {
   int WorksheetCount() const override;
   Worksheet& Worksheets(int index) override;
   Worksheet& Worksheets(std::string_view name) override;
-  // Saves in the format of the name, whatever the application's own is; .csv is written here, since
-  // the application would write its numbers as they are shown, rounded. Refuses to write over a
-  // file that the application has read in its life. Every failure is error 1004 with the cause.
+  // Saves in the format of the name, whatever the application's own is; .csv and .tsv are written
+  // here, since the application would write their numbers as they are shown, rounded. Refuses to
+  // write over a file that the application has read in its life. Every failure is error 1004 with
+  // the cause.
   void SaveAs(const std::string& full_name) override;
   void SaveAsNew(const std::string& full_name) override;
   void Close() override;

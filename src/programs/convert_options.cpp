@@ -63,7 +63,8 @@ void Describe(CLI::App& app, ConvertOptions& options) {
   each_name(app.add_option("-k,--key", options.keys, "Key column; repeat, in order"));
   each_name(app.add_option("-c,--column", options.columns, "Output column; repeat, in order"));
   app.add_option("-d,--data", options.data, "Data column")->type_name("NAME");
-  app.add_option("-o,--output", options.output, "Output workbook (full name; .xls, .xlsx or .csv)")
+  app.add_option("-o,--output", options.output,
+                 "Output workbook (full name; .xls, .xlsx, .csv or .tsv)")
       ->type_name("FILE");
   app.add_flag("--no-replace", options.no_replace, "Ask before replacing an output file");
   app.add_flag("--open", options.open, "Open the output workbook at the end");

@@ -10,7 +10,7 @@
 #include "spreadsheet/xls/compound_file_writer.h"
 #include "spreadsheet/xlsx/xlsx_writer.h"
 #include "text/text.h"
-#include "workbook/csv_writer.h"
+#include "workbook/delimited_writer.h"
 #include "workbook/output_rules.h"
 
 namespace korvex {
@@ -108,8 +108,8 @@ void OutputWorkbook::WriteFile(const OutputFormat& format, const std::string& ta
   }
   // The target changes only with the commit; after an error before it the former file stays.
   const std::unique_ptr<ReplacementFile> file = files_.Replace(target);
-  if (&format == &kCsvFormat) {
-    WriteCsv(*this, *file);
+  if (format.separator != 0) {
+    WriteDelimited(*this, format, *file);
   } else if (&format == &kXlsxFormat) {
     WriteXlsx(files_, texts_, Contents(), *file);
   } else {

@@ -9,7 +9,7 @@
 
 namespace korvex {
 
-// The line break of messages, of the error log and of .csv files, on every platform.
+// The line break of messages, of the error log and of .csv and .tsv files, on every platform.
 inline constexpr char kLineBreak[] = "\r\n";
 
 // Upper case by simple one-to-one mappings of Latin, Greek and Cyrillic letters.

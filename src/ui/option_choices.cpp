@@ -15,7 +15,8 @@ auto At(std::vector<std::string>& names, std::size_t position) {
   return names.begin() + static_cast<std::ptrdiff_t>(position);
 }
 
-constexpr std::string_view kEndings[] = {kXlsFormat.ending, kXlsxFormat.ending, kCsvFormat.ending};
+constexpr std::string_view kEndings[] = {kXlsFormat.ending, kXlsxFormat.ending, kCsvFormat.ending,
+                                         kTsvFormat.ending};
 
 // With its dot; empty when there is none.
 std::string EndingOf(const std::string& file) {

@@ -27,7 +27,7 @@ std::optional<std::size_t> RemoveFromList(ColumnList& list);
 // The kinds of output that the dialog for the output file offers; their filters count from 0.
 inline constexpr char kOutputFilters[] =
     "Excel Workbooks (*.xls)|*.xls|Excel Workbooks (*.xlsx)|*.xlsx|"
-    "Comma-separated values (*.csv)|*.csv";
+    "Comma-separated values (*.csv)|*.csv|Tab-separated values (*.tsv)|*.tsv";
 
 // The filter that a file is shown with: its own, or the first one.
 int OutputFilterOf(const std::string& file);

@@ -21,7 +21,7 @@ inline bool IsDateKind(CellKind kind) {
 //             29 #NAME?, 36 #NUM!, 42 #N/A
 //   kText     text, which may be empty (a formula that gives "" is not an empty cell)
 //   kElapsed  a date whose format shows the time that has passed ("[h]:mm"); it makes a difference
-//             for .csv alone, which has no formats: there it is a number of days
+//             for .csv and .tsv alone, which have no formats: there it is a number of days
 struct CellValue {
   CellKind kind = CellKind::kEmpty;
   double number = 0;

@@ -13,8 +13,8 @@ namespace korvex {
 namespace {
 
 // Endings by which other programs would expect a format that is not written here.
-constexpr const char* kOtherFormats[] = {".xlsm", ".xlsb", ".xltx", ".ods", ".tsv",
-                                         ".txt",  ".htm",  ".html", ".xml", ".pdf"};
+constexpr const char* kOtherFormats[] = {".xlsm", ".xlsb", ".xltx", ".ods", ".txt",
+                                         ".htm",  ".html", ".xml",  ".pdf"};
 
 [[noreturn]] void Refuse(const std::string& cause) {
   throw Error(error_number::kAutomation, cause);
@@ -35,14 +35,14 @@ const OutputFormat& OutputFormatOf(std::string_view file_name) {
   const std::size_t dot = file_name.rfind('.');
   if (dot == std::string_view::npos) return kXlsFormat;
   const std::string ending(file_name.substr(dot));
-  for (const OutputFormat* format : {&kXlsxFormat, &kCsvFormat}) {
+  for (const OutputFormat* format : {&kXlsxFormat, &kCsvFormat, &kTsvFormat}) {
     if (EqualText(ending, format->ending)) return *format;
   }
   for (const char* format : kOtherFormats) {
     if (!EqualText(ending, format)) continue;
-    Refuse("Only .xls, .xlsx and .csv files can be written, but the output file " +
+    Refuse("Only .xls, .xlsx, .csv and .tsv files can be written, but the output file " +
            std::string(file_name) + " is named like " + format +
-           ". Choose a name that ends with .xls, .xlsx or .csv.");
+           ". Choose a name that ends with .xls, .xlsx, .csv or .tsv.");
   }
   return kXlsFormat;
 }

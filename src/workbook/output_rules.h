@@ -24,19 +24,25 @@ struct OutputFormat {
   int rows;
   int columns;
   std::size_t characters;  // of a text, in UTF-16 units
+  char separator = 0;      // of the fields, in a text file; 0 for a workbook
 };
 inline constexpr std::size_t kLongestCellText = 32'767;  // of .xls and .xlsx
 inline constexpr OutputFormat kXlsFormat = {".xls", ".xlsx", kXlsRows, kXlsColumns,
                                             kLongestCellText};
 inline constexpr OutputFormat kXlsxFormat = {".xlsx", ".csv", kXlsxRows, kXlsxColumns,
                                              kLongestCellText};
-inline constexpr OutputFormat kCsvFormat = {".csv", "", std::numeric_limits<int>::max(),
+inline constexpr OutputFormat kCsvFormat = {".csv",
+                                            "",
                                             std::numeric_limits<int>::max(),
-                                            std::numeric_limits<std::size_t>::max()};
+                                            std::numeric_limits<int>::max(),
+                                            std::numeric_limits<std::size_t>::max(),
+                                            ','};
+inline constexpr OutputFormat kTsvFormat = {
+    ".tsv", "", kCsvFormat.rows, kCsvFormat.columns, kCsvFormat.characters, '\t'};
 
-// The format that a file of that name gets: .xlsx and .csv by the ending, .xls for any other and
-// for none. Refuses a name that ends like a format that is not written: a program that trusts the
-// ending could not open the file.
+// The format that a file of that name gets: .xlsx, .csv and .tsv by the ending, .xls for any other
+// and for none. Refuses a name that ends like a format that is not written: a program that trusts
+// the ending could not open the file.
 const OutputFormat& OutputFormatOf(std::string_view file_name);
 
 // Checks the ending of the name, and that the file is none of `inputs`: an input would be lost.

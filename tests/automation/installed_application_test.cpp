@@ -291,7 +291,7 @@ TEST(InstalledSpreadsheetRun, GivesTheCellsOfTheEmbeddedApplication) {
   ScriptedSpreadsheet automated(campaign.platform.files);
   NoEvents events;
   std::string folder = campaign.folder;
-  for (const std::string name : {"all.xls", "all.xlsx", "all.csv"}) {
+  for (const std::string name : {"all.xls", "all.xlsx", "all.csv", "all.tsv"}) {
     campaign.Set("Main Section", "Output File", name);
     campaign.platform.SetSpreadsheet(&campaign.spreadsheet);
     clsKorvex(events).ProcessFolders(folder, {});
@@ -304,7 +304,7 @@ TEST(InstalledSpreadsheetRun, GivesTheCellsOfTheEmbeddedApplication) {
   }
   EXPECT_THAT(campaign.platform.dialogs.texts, testing::IsEmpty());
   // The sample's application and the run's, for each name.
-  EXPECT_EQ(automated.scripted.size(), 6u);
+  EXPECT_EQ(automated.scripted.size(), 8u);
   for (const auto& scripted : automated.scripted) {
     EXPECT_EQ(scripted->program.objects, 0);
     EXPECT_EQ(scripted->program.calls.back(), "Application.Quit");

@@ -207,7 +207,7 @@ check "keeps the input" cmp -s "$first/KIN01-1-1.xls" "$work/kept.xls"
 
 start "output of another format"
 convert -o "$campaign/campaign.ods" "$campaign"
-refused "Only .xls, .xlsx and .csv files can be written" 0
+refused "Only .xls, .xlsx, .csv and .tsv files can be written" 0
 check "says so at once" [ "$(grep -c Folder "$work/told")" = 0 ]
 
 start "output as .xlsx"
@@ -228,6 +228,8 @@ awk -F '\t' '
       for (c = 1; c <= columns; ++c) printf "%s%s", cell[r, c], c < columns ? "," : "\r\n"
   }' "$here/expected/samples.tsv" >"$work/expected.csv"
 check "cells" cmp -s "$work/expected.csv" "$campaign/campaign.csv"
+convert -q -o "$campaign/campaign.tsv" "$campaign"
+check "cells of .tsv" cmp -s <(tr , '\t' <"$work/expected.csv") "$campaign/campaign.tsv"
 
 start "more sub-folders than .xls has columns for"
 for number in {10..50}; do

@@ -41,7 +41,7 @@ class OutputFormats : public OutputWorkbookTest, public ::testing::WithParamInte
  protected:
   const std::string file_ = std::string("/plates/out") + GetParam();
 };
-INSTANTIATE_TEST_SUITE_P(All, OutputFormats, ::testing::Values(".xls", ".xlsx", ".csv"),
+INSTANTIATE_TEST_SUITE_P(All, OutputFormats, ::testing::Values(".xls", ".xlsx", ".csv", ".tsv"),
                          [](const auto& format) { return std::string(format.param).substr(1); });
 
 TEST_P(OutputFormats, SaveEqualCellsAsEqualBytes) {
@@ -156,12 +156,13 @@ TEST_F(OutputWorkbookTest, FillsASheetToItsLastRow) {
   }
 }
 
-TEST_F(OutputWorkbookTest, PutsValuesIntoCsvForPrograms) {
+TEST_F(OutputWorkbookTest, PutsValuesIntoTextFilesForPrograms) {
   Workbook& workbook = NewWorkbook("out.csv");
   Worksheet& sheet = workbook.Worksheets(1);
   const std::vector<std::vector<CellValue>> rows = {
       {CellValue::Text("well"), CellValue::Text("a,b"), CellValue::Text("say \"\xC2\xB5\"")},
       {CellValue::Number(0.1 + 0.2), CellValue(), CellValue::Text("two\r\nlines")},
+      {CellValue::Text("a\tb"), CellValue::Text("cr\r"), CellValue::Text("\"")},
       {CellValue::Text("=A1"), CellValue::Date(37593.5 + 0.25 / 86400), CellValue::Date(1.5)},
       {},
       {CellValue::Date(37593.5), CellValue::Date(37593), CellValue::Date(0.25)},
@@ -176,11 +177,22 @@ TEST_F(OutputWorkbookTest, PutsValuesIntoCsvForPrograms) {
   EXPECT_EQ(files_.Content("/plates/out.csv"),
             "\xEF\xBB\xBFwell,\"a,b\",\"say \"\"\xC2\xB5\"\"\"\r\n"
             "0.30000000000000004,,\"two\r\nlines\"\r\n"
+            "a\tb,\"cr\r\",\"\"\"\"\r\n"
             "=A1,2002-12-03 12:00:00.250,1.5\r\n"
             ",,\r\n"
             "2002-12-03 12:00:00,2002-12-03,0.25\r\n"
             "TRUE,#N/A,-100000\r\n"
             "0.25,,\r\n");
+  workbook.SaveAs("/plates/out.TSV");
+  EXPECT_EQ(files_.Content("/plates/out.TSV"),
+            "\xEF\xBB\xBFwell\ta,b\t\"say \"\"\xC2\xB5\"\"\"\r\n"
+            "0.30000000000000004\t\t\"two\r\nlines\"\r\n"
+            "\"a\tb\"\t\"cr\r\"\t\"\"\"\"\r\n"
+            "=A1\t2002-12-03 12:00:00.250\t1.5\r\n"
+            "\t\t\r\n"
+            "2002-12-03 12:00:00\t2002-12-03\t0.25\r\n"
+            "TRUE\t#N/A\t-100000\r\n"
+            "0.25\t\t\r\n");
 }
 
 TEST_F(OutputWorkbookTest, RefusesWhatTheFormatCannotHoldAndNamesTheOneThatCan) {
@@ -205,6 +217,7 @@ TEST_F(OutputWorkbookTest, RefusesWhatTheFormatCannotHoldAndNamesTheOneThatCan) 
       {"a.xlsx", {1, 16385}, one, {"16,384 columns", "ends with .csv"}},
       {"a.xlsx", {1, 1}, long_text, {"32,767", "ends with .csv"}},
       {"a.csv", {1048577, 16385}, long_text, {}},
+      {"a.tsv", {1048577, 16385}, long_text, {}},
   };
   for (const auto& test : cases) {
     Worksheet& sheet = NewWorkbook(test.name).Worksheets(1);
@@ -229,7 +242,7 @@ TEST_F(OutputWorkbookTest, RefusesWhatTheFormatCannotHoldAndNamesTheOneThatCan) 
   EXPECT_THAT(cause_of([&] { large.SaveAs("/plates/a.xls"); }), HasSubstr("ends with .xlsx"));
   EXPECT_THAT(cause_of([&] { large.SaveAs("/plates/a.xlsx"); }), HasSubstr("32,767"));
   EXPECT_THAT(cause_of([&] { application_.AddWorkbook("a.csv").SaveAs("/plates/a.csv"); }),
-              HasSubstr("one sheet"));
+              HasSubstr("A .csv file holds one sheet"));
   EXPECT_TRUE(files_.List("/plates").empty());
 }
 
@@ -277,7 +290,8 @@ TEST_F(OutputWorkbookTest, HasThreeSheetsWhoseNamesDiffer) {
 TEST_F(OutputWorkbookTest, IsSavedOverNothingButItsOwnKind) {
   Workbook& workbook = NewWorkbook("out.xls");
   for (const char* name : {"/plates/out.xlsm", "/plates/out.TXT", "/plates/a.xls.ods"}) {
-    EXPECT_THAT(ErrorOf([&] { workbook.SaveAs(name); }).Description(), HasSubstr("ends with .xls"))
+    EXPECT_THAT(ErrorOf([&] { workbook.SaveAs(name); }).Description(),
+                HasSubstr("ends with .xls, .xlsx, .csv or .tsv."))
         << name;
   }
   files_.AddFolder("/plates.csv");

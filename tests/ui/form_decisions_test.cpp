@@ -52,6 +52,7 @@ TEST(OutputFilters, GiveTheEndingThatTheUserMeans) {
       {"/runs/a.xls", 0, 0, "/runs/a.xls"},     {"/runs/a.XLS", 0, 1, "/runs/a.xlsx"},
       {"/runs/a.csv", 2, 0, "/runs/a.xls"},     {"/runs/a.xlsx", 0, 2, "/runs/a.xlsx"},
       {"/runs/1.2/a", 0, 2, "/runs/1.2/a.csv"}, {"/runs/a.b", 1, 0, "/runs/a.b"},
+      {"/runs/a.tsv", 3, 2, "/runs/a.csv"},     {"/runs/a", 3, 3, "/runs/a.tsv"},
   };
   for (const auto& [name, offered, chosen, meant] : cases)
     EXPECT_EQ(OutputFileChosen(name, offered, chosen), meant) << name;

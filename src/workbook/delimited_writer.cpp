@@ -1,15 +1,15 @@
-#include "workbook/csv_writer.h"
+#include "workbook/delimited_writer.h"
 
 #include <cstddef>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "text/text.h"
 #include "workbook/cell_text.h"
+#include "workbook/output_rules.h"
 #include "workbook/spreadsheet.h"
 
 namespace korvex {
@@ -38,50 +38,61 @@ std::vector<bool> FindElapsedTimes(const Worksheet& sheet, CellAddress last) {
   return is_elapsed;
 }
 
-void AppendField(const CellValue& value, std::string& out) {
-  const std::size_t start = out.size();
-  AppendDataText(value, out);
-  if (out.find_first_of(",\"\r\n", start) == std::string::npos) return;
+}  // namespace
+
+DelimitedWriter::DelimitedWriter(ReplacementFile& file, char separator)
+    : file_(file),
+      separator_(separator),
+      quoted_characters_({separator, '"', '\r', '\n'}),
+      block_("\xEF\xBB\xBF") {}
+
+void DelimitedWriter::AddField(const CellValue& value) {
+  if (record_begun_) block_.push_back(separator_);
+  record_begun_ = true;
+  const std::size_t start = block_.size();
+  AppendDataText(value, block_);
+  if (block_.find_first_of(quoted_characters_, start) == std::string::npos) return;
   // First the quotation marks inside are doubled, then the field gets its own.
-  for (std::size_t quote = out.find('"', start); quote != std::string::npos;
-       quote = out.find('"', quote + 2)) {
-    out.insert(quote, 1, '"');
+  for (std::size_t quote = block_.find('"', start); quote != std::string::npos;
+       quote = block_.find('"', quote + 2)) {
+    block_.insert(quote, 1, '"');
   }
-  out.insert(start, 1, '"');
-  out.push_back('"');
+  block_.insert(start, 1, '"');
+  block_.push_back('"');
 }
 
-void WriteRecords(const Worksheet& sheet, ReplacementFile& file) {
-  std::string block = "\xEF\xBB\xBF";  // byte order mark
-  const auto flush = [&] {
-    file.Write(std::as_bytes(std::span(block)));
-    block.clear();
-  };
+void DelimitedWriter::EndRecord() {
+  block_.append(kLineBreak);
+  record_begun_ = false;
+  if (block_.size() >= kBlock) Finish();
+}
+
+void DelimitedWriter::Finish() {
+  file_.Write(std::as_bytes(std::span(block_)));
+  block_.clear();
+}
+
+void WriteDelimited(Workbook& workbook, const OutputFormat& format, ReplacementFile& file) {
+  if (workbook.WorksheetCount() != 1) {
+    throw Error(error_number::kAutomation, "A " + std::string(format.ending) +
+                                               " file holds one sheet, and the workbook has " +
+                                               std::to_string(workbook.WorksheetCount()) + ".");
+  }
+  const Worksheet& sheet = workbook.Worksheets(1);
   const CellAddress last = sheet.LastCell();
   const std::vector<bool> is_elapsed = FindElapsedTimes(sheet, last);
+  DelimitedWriter writer(file, format.separator);
   for (int row = 1; row <= last.row; ++row) {
     for (int column = 1; column <= last.column; ++column) {
-      if (column > 1) block.push_back(',');
       CellValue value = sheet.Value(row, column);
       if (is_elapsed[static_cast<std::size_t>(column)] && IsTime(value)) {
         value.kind = CellKind::kNumber;
       }
-      AppendField(value, block);
+      writer.AddField(value);
     }
-    block.append(kLineBreak);
-    if (block.size() >= kBlock) flush();
+    writer.EndRecord();
   }
-  flush();
-}
-
-}  // namespace
-
-void WriteCsv(Workbook& workbook, ReplacementFile& file) {
-  if (workbook.WorksheetCount() != 1) {
-    throw Error(error_number::kAutomation, "A .csv file holds one sheet, and the workbook has " +
-                                               std::to_string(workbook.WorksheetCount()) + ".");
-  }
-  WriteRecords(workbook.Worksheets(1), file);
+  writer.Finish();
 }
 
 }  // namespace korvex
