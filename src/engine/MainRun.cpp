@@ -79,7 +79,10 @@ void CheckSelection(const RunSelection& selection, ListedFolders& folders) {
 }
 
 ExistingOutput CheckOutputFile() {
-  const std::string output = basSettings::OutputFullName();
+  return CheckOutputFile(basSettings::OutputFullName());
+}
+
+ExistingOutput CheckOutputFile(const std::string& output) {
   std::string cause;
   if (!IsUsableOutput(output, cause)) {
     RefuseRun(std::string("Please specify a valid filename for the output file. ") + kLineBreak +
@@ -144,6 +147,15 @@ void MainRun::Run(const RunSelection& selection) {
   view_.LeaveRunning();
   view_.SetMessage("Ready");
   if (!check && basSettings::LaunchOutputFile()) ShellOpen(OutputFullName());
+}
+
+void MainRun::CheckOutputs(const RunOptions& options) {
+  if (options.wide && CheckOutputFile() == ExistingOutput::kKeep) moKorvex_->KeepExistingOutput();
+  if (options.long_form.empty()) return;
+  LongForm::CheckName(options.long_form);
+  if (CheckOutputFile(options.long_form) == ExistingOutput::kKeep) {
+    moKorvex_->KeepExistingLongForm();
+  }
 }
 
 // Everything that can be refused, so that the record has it.

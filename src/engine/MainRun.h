@@ -38,6 +38,8 @@ enum class ExistingOutput { kReplace, kKeep };
 // Refuses the output file of the settings when it cannot be written, or when the user does not want
 // it replaced: error 17, and the user knows why.
 ExistingOutput CheckOutputFile();
+// The same for another file that a run writes.
+ExistingOutput CheckOutputFile(const std::string& full_name);
 
 enum class RunOutcome { kFinished, kFailed, kStopped };
 
@@ -59,6 +61,7 @@ class MainRun {
  private:
   void Run(const RunSelection& selection);
   void Convert(const RunSelection& selection);
+  void CheckOutputs(const RunOptions& options);
   void EndRun(RunRecord::Outcome outcome);
   std::int32_t ProgressMaximum(const RunSelection& selection);
 

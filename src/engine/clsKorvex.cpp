@@ -8,6 +8,7 @@
 #include "errors/trap.h"
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
+#include "platform/ciphers.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
@@ -104,6 +105,9 @@ void clsKorvex::Run() {
   application_ = Platform().spreadsheet->CreateApplication();
   Step([&] { CheckStructure(); });
   BeginRecord();
+  HideApplication();
+  output_full_name_ =
+      record_.options.wide ? basSettings::OutputFullName() : record_.options.long_form;
   if (record_.options.wide) {
     Step([&] {
       CreateOutputWorkbook();
@@ -122,7 +126,11 @@ void clsKorvex::Run() {
   watch_->EndRun();
   if (record_.options.check) return;
   CheckStrict();
-  SaveOutputWorkbook();
+  place_ = {};
+  if (output_) SaveOutputWorkbook();
+  if (long_form_) SaveLongForm();
+  application_->Quit();
+  application_.reset();
 }
 
 template <class Body>
@@ -167,20 +175,32 @@ void clsKorvex::CheckStructure() {
               structure_.SampleFileUsed(true));
 }
 
-// The name of the output is read from the settings once: a change during the run is for the next
-// one. Without alerts, neither deleting sheets nor saving over a file asks anybody.
-void clsKorvex::CreateOutputWorkbook() {
+// Without alerts, neither deleting sheets nor saving over a file asks anybody.
+void clsKorvex::HideApplication() {
   application_->SetVisible(false);
   application_->SetScreenUpdating(false);
   application_->SetDisplayAlerts(false);
-  output_full_name_ = basSettings::OutputFullName();
+}
+
+void clsKorvex::CreateOutputWorkbook() {
   output_workbook_ = &application_->AddWorkbook(output_full_name_);
   while (output_workbook_->WorksheetCount() >= 2) output_workbook_->Worksheets(1).Delete();
   Worksheet& sheet = output_workbook_->Worksheets(1);
-  const std::string folder = Platform().files->AbsolutePath(processing_folder_);
-  const std::string name = SheetNameFromFolder(SharedFileSys().GetFileTitle(folder, false));
+  const std::string name = SheetName();
   if (!name.empty()) sheet.SetName(name);
   output_.emplace(sheet, structure_);
+}
+
+// Empty where the folder has no name, as a drive has none.
+std::string clsKorvex::SheetName() const {
+  const std::string folder = Platform().files->AbsolutePath(processing_folder_);
+  return SheetNameFromFolder(SharedFileSys().GetFileTitle(folder, false));
+}
+
+void clsKorvex::BeginLongForm() {
+  if (record_.options.long_form.empty() || record_.options.check) return;
+  long_form_.emplace(record_.options.long_form, SheetName(), *application_, structure_);
+  long_form_->WriteHeaders();
 }
 
 // What cannot be done is refused before the first file is read, since a run may take an hour.
@@ -202,6 +222,7 @@ void clsKorvex::ProcessSubFolders() {
   }
   record_.input_count = names.size();
   if (output_) Step([&] { output_->CheckReplicationsAhead(names); });
+  BeginLongForm();
   for (const std::string& sub_folder : sub_folders) {
     ++current_folder_;
     Step([&] {
@@ -246,6 +267,7 @@ void clsKorvex::ProcessSelectedFiles() {
   }
   record_.input_count = names.size();
   if (output_) Step([&] { output_->CheckReplicationsAhead(names); });
+  BeginLongForm();
   Step([&] { ProcessFiles(files_); });
 }
 
@@ -331,6 +353,7 @@ void clsKorvex::ProcessSheet(DataSheet& sheet, const std::string& base_name,
   const auto number = static_cast<std::uint32_t>(record_.inputs.size() - 1);
   keys_.BeginSheet(number, sheet.Replication(), current_folder_, sheet.FirstRow());
   if (output_) output_->BeginSheet(input.path, current_folder_);
+  if (long_form_) long_form_->BeginSheet(sheet, input.path);
   watch_->BeginSheet(sheet, output_ ? &*output_ : nullptr);
   int row = sheet.FirstRow();
   for (; sheet.HasRow(row); ++row) {
@@ -353,7 +376,10 @@ void clsKorvex::ProcessRow(DataSheet& sheet, int row) {
   if (output_) {
     if (!output_->WriteData(key.key, sheet, value)) RefuseOverwriting(sheet, row, key.key);
     if (key.is_new) output_->WriteOutputColumns(key.key, sheet, row);
+  } else if (!taken_.Take(key.key, sheet.Replication(), value)) {
+    RefuseOverwriting(sheet, row, key.key);
   }
+  if (long_form_) long_form_->Write(row, value);
   watch_->Row(key, row, value);
 }
 
@@ -377,6 +403,7 @@ void clsKorvex::TakeDownInput(const std::string& path) {
   if (const auto version = Platform().files->VersionOf(path)) {
     input.size = static_cast<std::uint64_t>(version->size);
   }
+  if (record_.readings) Attempt([&] { input.sha256 = Sha256OfFile(*Platform().files, path); });
 }
 
 std::string clsKorvex::RelativePath(const std::string& path) const {
@@ -400,15 +427,17 @@ void clsKorvex::RefuseDuplicate(const DataSheet& sheet, int row, std::uint32_t k
 void clsKorvex::RefuseOverwriting(const DataSheet& sheet, int row, std::uint32_t key) {
   place_.row = row;
   place_.key = key_;
-  const std::string letter = ReplicationLetter(sheet.Replication());
+  // In the long form nothing shares a column.
   const auto first = keys_.Find(key, [&](const KeyTable::Sheet& other) {
-    return EqualText(ReplicationLetter(other.replication), letter);
+    if (other.replication == sheet.Replication()) return true;
+    return output_ &&
+           EqualText(ReplicationLetter(other.replication), ReplicationLetter(sheet.Replication()));
   });
   RefuseKey(std::string("The same key, with the same replication number was found in ") +
                 "different files, and data would be overwritten. Please check that all key " +
-                "fields are truely unique." + kLineBreak + kLineBreak +
-                "Current file: " + sheet.DisplayPath() + kLineBreak + kLineBreak +
-                "Key name:   " + Shown(key_) + output_->SharedLetter(sheet.Replication()),
+                "fields are truely unique." + kLineBreak + kLineBreak + "Current file: " +
+                sheet.DisplayPath() + kLineBreak + kLineBreak + "Key name:   " + Shown(key_) +
+                (output_ ? output_->SharedLetter(sheet.Replication()) : std::string()),
             first, row);
 }
 
@@ -449,9 +478,9 @@ void clsKorvex::AskWhetherToStop() {
   stop_requested_ = false;
 }
 
-// The last step of a run that succeeded; after a failure nothing is saved.
+// The last steps of a run that succeeded; after a failure nothing is saved.
 void clsKorvex::SaveOutputWorkbook() {
-  place_ = {};
+  const CellAddress last = output_workbook_->Worksheets(1).LastCell();
   if (keep_existing_output_) {
     SaveUnlessTaken();
   } else {
@@ -459,8 +488,24 @@ void clsKorvex::SaveOutputWorkbook() {
   }
   output_.reset();
   std::exchange(output_workbook_, nullptr)->Close();
-  application_->Quit();
-  application_.reset();
+  record_.output = RecordOf(output_full_name_, last.row, last.column);
+}
+
+void clsKorvex::SaveLongForm() {
+  const int rows = long_form_->RowCount();
+  const int columns = long_form_->ColumnCount();
+  keep_existing_long_form_ ? long_form_->SaveAsNew() : long_form_->Save();
+  long_form_.reset();
+  record_.long_form = RecordOf(record_.options.long_form, rows, columns);
+}
+
+OutputRecord clsKorvex::RecordOf(const std::string& full_name, int rows, int columns) const {
+  OutputRecord output{full_name, 0, {}, rows, columns};
+  if (const auto version = Platform().files->VersionOf(full_name)) {
+    output.size = static_cast<std::uint64_t>(version->size);
+  }
+  if (record_.readings) output.sha256 = Sha256OfFile(*Platform().files, full_name);
+  return output;
 }
 
 // Saves the output under another name when a file has appeared under its own: the work of the run

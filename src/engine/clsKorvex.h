@@ -10,6 +10,7 @@
 
 #include "engine/data_sheet.h"
 #include "engine/key_table.h"
+#include "engine/long_form.h"
 #include "engine/output_table.h"
 #include "engine/refusal_recorder.h"
 #include "engine/run_record.h"
@@ -55,6 +56,7 @@ class clsKorvex {
   // Keeps a file that appears in the output's place during the run: the user wants to be asked
   // before one is replaced, and there was none to ask about.
   void KeepExistingOutput() { keep_existing_output_ = true; }
+  void KeepExistingLongForm() { keep_existing_long_form_ = true; }
   // True from the start of a run to its end.
   bool Running() const { return running_; }
   // Where the run saves its output, as the settings named it when the run began; a change during
@@ -72,7 +74,10 @@ class clsKorvex {
  private:
   void Run();
   void CheckStructure();
+  void HideApplication();
   void CreateOutputWorkbook();
+  std::string SheetName() const;
+  void BeginLongForm();
   void ProcessSubFolders();
   void ProcessSelectedFiles();
   // The sub-folder's files, by their full names. Refuses a folder without any.
@@ -99,6 +104,8 @@ class clsKorvex {
   void ProcessSheet(DataSheet& sheet, const std::string& base_name, std::int16_t file_number,
                     std::int16_t file_count);
   void SaveOutputWorkbook();
+  void SaveLongForm();
+  OutputRecord RecordOf(const std::string& full_name, int rows, int columns) const;
   void SaveUnlessTaken();
 
   KorvexEvents& events_;
@@ -106,6 +113,8 @@ class clsKorvex {
   Workbook* output_workbook_ = nullptr;
   clsStructure structure_;
   std::optional<OutputTable> output_;  // from the moment its workbook is there
+  std::optional<LongForm> long_form_;  // from the moment all inputs are listed
+  TakenReadings taken_;                // without an output workbook
   KeyTable keys_;
   RunRecord record_;
   std::optional<RunWatch> watch_;  // from the moment the columns of the run are known
@@ -117,6 +126,7 @@ class clsKorvex {
   std::vector<std::string> files_;
   bool stop_requested_ = false;
   bool keep_existing_output_ = false;
+  bool keep_existing_long_form_ = false;
   bool running_ = false;
   bool stopped_ = false;
   std::int16_t current_folder_ = 0;

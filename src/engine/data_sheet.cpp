@@ -42,12 +42,12 @@ std::optional<double> DecimalCommaNumber(std::string_view text) {
   return value;
 }
 
+}  // namespace
+
 bool IsBlank(const CellValue& value) {
   return value.kind == CellKind::kEmpty ||
          (value.kind == CellKind::kText && TrimBlanks(value.text).empty());
 }
-
-}  // namespace
 
 DataSheet::DataSheet(Workbook& workbook, clsStructure& structure, bool decimal_comma)
     : workbook_(workbook),
@@ -95,6 +95,8 @@ void DataSheet::FindColumns(int output_columns) {
 // The sheet's own columns come first; a sheet may not name one like those that the file supplies.
 ColumnSource DataSheet::SourceOf(const std::string& name) {
   using Kind = ColumnSource::Kind;
+  // A look-up of a name that is not there would leave it behind among the available ones.
+  if (!structure_.HasAvailableCol(name)) return {};
   const int sheet_column = structure_.AvailableColPosition(name);
   if (sheet_column > 0) return {Kind::kSheetColumn, sheet_column, ReadAlways(sheet_column)};
   if (EqualText(name, kDateColumn)) return {Kind::kDate};
@@ -193,6 +195,14 @@ std::int16_t DataSheet::GetDayNum() const {
   const std::vector<std::string> fields = FileNameFields(workbook_.Name());
   if (fields.size() < 2) throw Error(error_number::kSubscript);
   return ToInt16(fields[fields.size() - 2]);
+}
+
+std::optional<std::int16_t> DataSheet::Day() const {
+  try {
+    return GetDayNum();
+  } catch (const Error&) {
+    return std::nullopt;
+  }
 }
 
 std::int16_t DataSheet::GetReplicationNum() const {

@@ -21,6 +21,9 @@ struct ColumnSource {
   std::size_t index = 0;  // of the sheet column among those that are read of every row
 };
 
+// Whether a cell is empty or holds nothing but blanks.
+bool IsBlank(const CellValue& value);
+
 // A column that is copied to the output, and its position there.
 struct OutputColumn {
   int position = 0;
@@ -68,6 +71,8 @@ class DataSheet {
   // are read.
   ColumnSource SourceOf(const std::string& name);
   const Worksheet& Sheet() const { return sheet_; }
+  // The day number in the file's name; none where that has none, or one that is no number.
+  std::optional<std::int16_t> Day() const;
 
   // The fields of the workbook's name that hold its day and its replication, as they stand; empty
   // where the name has none.
@@ -76,6 +81,7 @@ class DataSheet {
   // The text of the first cell up to a blank, its date; empty when there is none.
   std::string DateOrNothing() const;
 
+  std::string FullName() const;
   // The form in which messages name the workbook.
   std::string DisplayPath() const;
 
@@ -97,7 +103,6 @@ class DataSheet {
   std::int16_t GetReplicationNum() const;
   std::string GetDate() const;
   std::int16_t GetDayNum() const;
-  std::string FullName() const;
 
   Workbook& workbook_;
   Worksheet& sheet_;

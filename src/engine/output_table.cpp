@@ -55,7 +55,7 @@ Replications ReplicationsOf(const std::vector<std::string>& workbook_names) {
 
 }  // namespace
 
-std::string OutputHeaderOf(const std::string& column) {
+std::string HeaderOf(const std::string& column) {
   for (const auto& [name, header] : kRenamedHeaders) {
     if (EqualText(column, name)) return header;
   }
@@ -87,7 +87,7 @@ CellValue WrittenAsText(const CellValue& value, std::string& text) {
 
 void OutputTable::WriteHeaders() {
   for (const std::string& name : structure_.OutputColsArray()) {
-    sheet_.SetValue(1, ++column_count_, CellFromText(OutputHeaderOf(name)));
+    sheet_.SetValue(1, ++column_count_, CellFromText(HeaderOf(name)));
   }
 }
 

@@ -17,7 +17,7 @@
 namespace korvex {
 
 // The header under which a column is written: of some columns the output has another name.
-std::string OutputHeaderOf(const std::string& column);
+std::string HeaderOf(const std::string& column);
 // What a cell holds after the text of `value` was written into it. A number becomes the number that
 // its text reads as, which has at most 15 digits. `text` is scratch storage, which the result may
 // refer to.

@@ -122,7 +122,7 @@ RunWatch::RunWatch(RunRecord& record, KeyTable& keys) : record_(record), keys_(k
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     KeyedColumn& column = record.readings->columns.emplace_back();
     column.name = columns_[i].name;
-    column.header = OutputHeaderOf(column.name);
+    column.header = HeaderOf(column.name);
     column.in_key = columns_[i].in_key;
   }
 }

@@ -44,6 +44,7 @@ class clsStructure {
   std::int16_t OutputColPosition(std::string_view name) { return output_columns_.Item(name); }
   std::int16_t AvailableColPosition(std::string_view name) { return available_columns_.Item(name); }
   std::int16_t KeyColPosition(std::string_view name) { return key_columns_.Item(name); }
+  bool HasAvailableCol(std::string_view name) const { return available_columns_.Exists(name); }
 
   // Pseudo-columns first, then the headers from left to right.
   std::vector<std::string> AvailableColsArray() const { return available_columns_.Keys(); }

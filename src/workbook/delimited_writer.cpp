@@ -20,10 +20,6 @@ constexpr std::size_t kBlock = 64 * 1024;  // bytes that are gathered before the
 // plate was read: it is a time.
 constexpr double kFirstDate = 366;
 
-bool IsTime(const CellValue& value) {
-  return value.kind == CellKind::kDate && value.number < kFirstDate;
-}
-
 // By column, whether its times are elapsed ones: in some formats of the input nothing says so but a
 // time of a day or more, which as a time of day makes no sense. Then all times of the column are
 // elapsed, the short ones too.
@@ -32,13 +28,18 @@ std::vector<bool> FindElapsedTimes(const Worksheet& sheet, CellAddress last) {
   for (int row = 1; row <= last.row; ++row) {
     for (int column = 1; column <= last.column; ++column) {
       const CellValue value = sheet.Value(row, column);
-      if (IsTime(value) && value.number >= 1) is_elapsed[static_cast<std::size_t>(column)] = true;
+      const bool is_longer = IsTimeWithoutDay(value) && value.number >= 1;
+      if (is_longer) is_elapsed[static_cast<std::size_t>(column)] = true;
     }
   }
   return is_elapsed;
 }
 
 }  // namespace
+
+bool IsTimeWithoutDay(const CellValue& value) {
+  return value.kind == CellKind::kDate && value.number < kFirstDate;
+}
 
 DelimitedWriter::DelimitedWriter(ReplacementFile& file, char separator)
     : file_(file),
@@ -85,7 +86,7 @@ void WriteDelimited(Workbook& workbook, const OutputFormat& format, ReplacementF
   for (int row = 1; row <= last.row; ++row) {
     for (int column = 1; column <= last.column; ++column) {
       CellValue value = sheet.Value(row, column);
-      if (is_elapsed[static_cast<std::size_t>(column)] && IsTime(value)) {
+      if (is_elapsed[static_cast<std::size_t>(column)] && IsTimeWithoutDay(value)) {
         value.kind = CellKind::kNumber;
       }
       writer.AddField(value);

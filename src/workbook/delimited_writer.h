@@ -36,6 +36,10 @@ class DelimitedWriter {
   bool record_begun_ = false;
 };
 
+// Whether a value is a time as far as its number tells: as a date it would lie in the year 1900 or
+// before, when nobody measured anything.
+bool IsTimeWithoutDay(const CellValue& value);
+
 // Writes the only sheet of the workbook in a format that has a separator; error 1004 when it has
 // more. All records have as many fields. Elapsed times are numbers of days.
 void WriteDelimited(Workbook& workbook, const OutputFormat& format, ReplacementFile& file);
