@@ -30,9 +30,9 @@ constexpr int kSuccessIcon = 13;
 
 // Whether the output can be saved under that name when the work is done, and if not, why. A run may
 // take an hour: everything that can refuse the file is asked first, without leaving a trace.
-bool IsUsableOutput(const std::string& full_name, std::string& cause) {
+bool IsUsableOutput(const std::string& full_name, OutputKind kind, std::string& cause) {
   try {
-    Platform().spreadsheet->CheckOutputName(full_name);
+    if (kind == OutputKind::kWorkbook) Platform().spreadsheet->CheckOutputName(full_name);
   } catch (const Error& error) {
     cause = error.Description();
     return false;
@@ -79,12 +79,12 @@ void CheckSelection(const RunSelection& selection, ListedFolders& folders) {
 }
 
 ExistingOutput CheckOutputFile() {
-  return CheckOutputFile(basSettings::OutputFullName());
+  return CheckOutputFile(basSettings::OutputFullName(), OutputKind::kWorkbook);
 }
 
-ExistingOutput CheckOutputFile(const std::string& output) {
+ExistingOutput CheckOutputFile(const std::string& output, OutputKind kind) {
   std::string cause;
-  if (!IsUsableOutput(output, cause)) {
+  if (!IsUsableOutput(output, kind, cause)) {
     RefuseRun(std::string("Please specify a valid filename for the output file. ") + kLineBreak +
                   "(File could be in use).",
               cause);
@@ -153,7 +153,7 @@ void MainRun::CheckOutputs(const RunOptions& options) {
   if (options.wide && CheckOutputFile() == ExistingOutput::kKeep) moKorvex_->KeepExistingOutput();
   if (options.long_form.empty()) return;
   LongForm::CheckName(options.long_form);
-  if (CheckOutputFile(options.long_form) == ExistingOutput::kKeep) {
+  if (CheckOutputFile(options.long_form, OutputKind::kWorkbook) == ExistingOutput::kKeep) {
     moKorvex_->KeepExistingLongForm();
   }
 }

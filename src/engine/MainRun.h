@@ -38,8 +38,10 @@ enum class ExistingOutput { kReplace, kKeep };
 // Refuses the output file of the settings when it cannot be written, or when the user does not want
 // it replaced: error 17, and the user knows why.
 ExistingOutput CheckOutputFile();
-// The same for another file that a run writes.
-ExistingOutput CheckOutputFile(const std::string& full_name);
+// The same for another file that a run writes: as a workbook or a text of its cells, or as a
+// report.
+enum class OutputKind { kWorkbook, kReport };
+ExistingOutput CheckOutputFile(const std::string& full_name, OutputKind kind);
 
 enum class RunOutcome { kFinished, kFailed, kStopped };
 

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
+#include <string_view>
 
 #include "platform/services.h"
 #include "settings/basSettings.h"
@@ -27,6 +28,11 @@ std::string CheckColumnNames(const std::vector<std::string>& names) {
   return {};
 }
 
+bool HasEnding(const std::string& name, std::string_view ending) {
+  return name.size() > ending.size() &&
+         EqualText(std::string_view(name).substr(name.size() - ending.size()), ending);
+}
+
 void CheckOptions(const ConvertOptions& options) {
   if (options.folder && !options.files.empty()) {
     throw CLI::ValidationError("FOLDER", "give either a folder or --files, not both");
@@ -34,6 +40,11 @@ void CheckOptions(const ConvertOptions& options) {
   if (options.folder == "") throw CLI::ValidationError("FOLDER", "the folder has no name");
   if (std::ranges::count(options.files, "") > 0) {
     throw CLI::ValidationError("--files", "a file has no name");
+  }
+  for (const std::string& report : options.reports) {
+    if (!HasEnding(report, ".html") && !HasEnding(report, ".json")) {
+      throw CLI::ValidationError("--report", "a report ends with .html or .json: " + report);
+    }
   }
   for (const auto& [option, names] :
        {std::pair{"--key", &options.keys}, std::pair{"--column", &options.columns}}) {
@@ -52,7 +63,7 @@ class UsageOfBothForms : public CLI::Formatter {
 void Describe(CLI::App& app, ConvertOptions& options) {
   // One name for each mention: the argument after it may be the folder.
   const auto each_name = [](CLI::Option* option) {
-    option->type_name("NAME")->allow_extra_args(false)->take_all();
+    return option->type_name("NAME")->allow_extra_args(false)->take_all();
   };
   app.formatter(std::make_shared<UsageOfBothForms>());
   app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
@@ -66,6 +77,25 @@ void Describe(CLI::App& app, ConvertOptions& options) {
   app.add_option("-o,--output", options.output,
                  "Output workbook (full name; .xls, .xlsx, .csv or .tsv)")
       ->type_name("FILE");
+  app.add_option("--long", options.long_form,
+                 "Write one row per reading (.csv, .tsv or .xlsx); without -o nothing else")
+      ->type_name("FILE");
+  each_name(app.add_option("--report", options.reports,
+                           "Write the report of the run (.html or .json; repeat for both)"))
+      ->type_name("FILE");
+  app.add_flag("--check", options.check,
+               "Go through everything, report every problem, write no output");
+  app.add_flag("--strict", options.strict, "Findings are failures: no output is written");
+  app.add_option("--plate", options.plate, "Column that names the plates, for the report")
+      ->type_name("NAME");
+  app.add_option("--well", options.well, "Column that names the wells, for the report")
+      ->type_name("NAME");
+  each_name(app.add_option("--low", options.low, "Wells with this text are low controls; repeat"))
+      ->type_name("[COLUMN=]TEXT");
+  each_name(app.add_option("--high", options.high, "The same for high controls"))
+      ->type_name("[COLUMN=]TEXT");
+  app.add_flag("--decimal-comma", options.decimal_comma,
+               "Texts of the data column like 0,110 are numbers");
   app.add_flag("--no-replace", options.no_replace, "Ask before replacing an output file");
   app.add_flag("--open", options.open, "Open the output workbook at the end");
   app.add_option("--settings", options.settings_file,

@@ -14,8 +14,17 @@ struct ConvertOptions {
   std::vector<std::string> columns;
   std::optional<std::string> data;
   std::optional<std::string> output;
+  std::optional<std::string> long_form;
+  std::vector<std::string> reports;  // .html or .json
+  std::optional<std::string> plate;
+  std::optional<std::string> well;
+  std::vector<std::string> low;  // as given: TEXT or COLUMN=TEXT
+  std::vector<std::string> high;
   std::optional<std::string> settings_file;
   std::optional<std::string> spreadsheet;  // kEmbedded or kInstalled
+  bool check = false;
+  bool strict = false;
+  bool decimal_comma = false;
   bool no_replace = false;
   bool open = false;
   bool save_settings = false;
