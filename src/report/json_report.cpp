@@ -175,9 +175,9 @@ class RecordWriter {
       Texts("key_columns", record_.key_columns);
       Texts("output_columns", record_.output_columns);
       json_.Text("data_column", record_.data_column);
-      json_.Flag("decimal_comma", record_.decimal_comma);
-      json_.TextOrNull("plate_column", record_.plate_column);
-      json_.TextOrNull("well_column", record_.well_column);
+      json_.Flag("decimal_comma", record_.options.decimal_comma);
+      json_.TextOrNull("plate_column", record_.options.plate_column);
+      json_.TextOrNull("well_column", record_.options.well_column);
       json_.Object("controls", [&] {
         Controls("low", options_.low);
         Controls("high", options_.high);

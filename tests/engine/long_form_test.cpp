@@ -174,27 +174,22 @@ TEST(TakenReadings, AreThoseOfOneKeyAndOneReplicationNumber) {
   TakenReadings readings;
   const CellValue value = CellValue::Number(0);
   const struct {
+    std::size_t key;
     std::int16_t replication;
-    const char* file;
-    std::vector<std::pair<std::size_t, CellValue>> readings;
-    std::vector<const char*> taken_by;
-  } sheets[] = {
-      {1, "a-1", {{0, value}, {9, CellValue::Text("x")}, {4, {}}}, {"", "", ""}},
-      {33, "a-33", {{0, value}, {9, value}}, {"", ""}},
-      {1,
-       "b-1",
-       {{1, value}, {0, {}}, {9, value}, {4, CellValue::Text(" ")}},
-       {"", "a-1", "a-1", ""}},
-      {1, "c-1", {{1, value}, {4, value}, {10'000, value}}, {"b-1", "", ""}},
-      {33, "d-33", {{10'000, value}, {9, CellValue::Text("")}}, {"", "a-33"}},
-      {1, "e-1", {{4, value}, {10'000, value}}, {"c-1", "c-1"}},
+    CellValue value;
+    bool is_free;
+  } cases[] = {
+      {0, 1, value, true},       {9, 1, CellValue::Text("x"), true},
+      {4, 1, {}, true},          {0, 33, value, true},
+      {9, 33, value, true},      {0, 1, {}, false},
+      {9, 1, value, false},      {4, 1, CellValue::Text(" "), true},
+      {4, 1, value, true},       {4, 1, value, false},
+      {10'000, 1, value, true},  {10'000, 33, value, true},
+      {10'000, 1, value, false}, {9, 33, CellValue::Text(""), false},
   };
-  for (const auto& sheet : sheets) {
-    readings.BeginSheet(sheet.replication, sheet.file);
-    for (std::size_t i = 0; i < sheet.readings.size(); ++i) {
-      const std::string* taken = readings.Take(sheet.readings[i].first, sheet.readings[i].second);
-      EXPECT_EQ(taken == nullptr ? "" : *taken, sheet.taken_by[i]) << sheet.file << " " << i;
-    }
+  for (const auto& c : cases) {
+    EXPECT_EQ(readings.Take(c.key, c.replication, c.value), c.is_free)
+        << c.key << " " << c.replication;
   }
 }
 

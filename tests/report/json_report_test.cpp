@@ -17,8 +17,8 @@ RunRecord FullRecord() {
   record.key_columns = {"plate", "well"};
   record.output_columns = {"compound"};
   record.data_column = "OD";
-  record.decimal_comma = true;
-  record.well_column = "well";
+  record.options.decimal_comma = true;
+  record.options.well_column = "well";
   record.input_count = 2;
   InputRecord& input = record.inputs.emplace_back();
   input.path = "Set 1/P1-7-2.xls";
