@@ -1,9 +1,6 @@
 // The whole desktop program over the real machine: its windows, files and settings file, and the
 // sample campaign. Only the platform's standard message boxes are answered for the user.
 
-#include <wx/checkbox.h>
-#include <wx/choice.h>
-#include <wx/notebook.h>
 #include <wx/utils.h>
 
 #include "platform/native_platform.h"
@@ -49,33 +46,6 @@ class DesktopTest : public testing::Test {
     WaitUntil([this] { return !main_window_.Window(); });
   }
 
-  // Opens the window on the campaign, as a user who chooses its folder, and makes the choices that
-  // samples/korvex.ini holds.
-  void OpenAndChoose() {
-    main_window_.Show();
-    Find<FileChooser>(*main_window_.Window(), "FileChooser").SetPath(campaign_);
-    UseOptions([](wxDialog& options) {
-      Choose(options, "optOutputFileByFolder");
-      Find<wxTextCtrl>(options, "txtFilename").SetValue("flat.xls");
-      Find<wxCheckBox>(options, "chkLaunchOutputFile").SetValue(false);
-      Find<wxNotebook>(options, "tabOptions").SetSelection(1);
-      const auto pick = [&](const char* column, const char* button) {
-        Find<wxListBox>(options, "lstAvailableCols").SetStringSelection(column);
-        Click(options, button);
-      };
-      for (const char* key : {"compound ID", "cell plate #", "cell plate wells ##"})
-        pick(key, "cmdToKeys");
-      for (const char* column :
-           {"cell plate #", "cell plate wells ##", "compound ID", "compound #", "Date", "day_num"})
-        pick(column, "cmdToOutput");
-      EXPECT_TRUE(Find<wxChoice>(options, "cboDataCol").SetStringSelection("Delta OD"));
-      Click(options, "cmdOK");
-    });
-  }
-  void UseOptions(ModalDriver::Step step) {
-    driver_.Expect(std::move(step));
-    ChooseMenu(*main_window_.Window(), "File", "Options...");
-  }
   // A message box of ours that is to show this text, answered by its button of that number.
   void ExpectMessage(const std::string& text, int button) {
     driver_.Expect([text, button](wxDialog& box) {
@@ -84,11 +54,16 @@ class DesktopTest : public testing::Test {
     });
   }
   void Run() { Click(*main_window_.Window(), "cmdProcess"); }
-  // What the command line makes of the campaign and the settings.
-  void Convert(const std::string& options) {
-    const std::string command = '"' + Utf8Of(fs::absolute(KORVEX_CONVERT).make_preferred()) +
-                                "\" --quiet " + options + " --settings \"" +
-                                folder_ / "korvex.ini" + "\" \"" + campaign_ + '"';
+  // Converts the campaign by the command line, which keeps its choices in the settings.
+  void Convert() {
+    std::string command = '"' + Utf8Of(fs::absolute(KORVEX_CONVERT).make_preferred()) +
+                          "\" --quiet --save-settings --data \"Delta OD\"";
+    for (const char* key : {"compound ID", "cell plate #", "cell plate wells ##"})
+      command += std::string(" --key \"") + key + '"';
+    for (const char* column : {"cell plate #", "compound ID", "compound #", "Date", "day_num"})
+      command += std::string(" --column \"") + column + '"';
+    command += " --settings \"" + folder_ / "korvex.ini" + "\" --output \"" + output_ + "\" \"" +
+               campaign_ + '"';
     wxArrayString printed, told;
     EXPECT_EQ(wxExecute(ToWx(command), printed, told), 0) << FromWx(wxJoin(told, '\n'));
   }
@@ -108,36 +83,29 @@ class DesktopTest : public testing::Test {
   ModalDriver driver_;
 };
 
-TEST_F(DesktopTest, ConvertsACampaignLikeTheCommandLine) {
-  OpenAndChoose();
-  ExpectMessage("Process finished!", 0);
-  Run();
-  EXPECT_THAT(dialogs_.texts, IsEmpty());
-  const std::string by_window = Content(output_);
-  EXPECT_FALSE(by_window.empty());
-  // The settings of the window serve the command line, with the same outcome.
+TEST_F(DesktopTest, ConvertsACampaignLikeTheCommandLineWithItsSettings) {
+  Convert();
+  const std::string by_command = Content(output_);
+  EXPECT_FALSE(by_command.empty());
   fs::remove(PathOf(output_));
-  Convert("");
-  EXPECT_TRUE(by_window == Content(output_));
-}
-
-TEST_F(DesktopTest, TakesTheSettingsOfTheCommandLine) {
-  Convert("--save-settings --output \"" + output_ +
-          "\" --key \"compound ID\" --key \"cell plate #\" --key \"cell plate wells ##\""
-          " --column Date --data \"Delta OD\"");
   main_window_.Show();
   EXPECT_EQ(main_window_.ProcessingFolder(), campaign_);
-  UseOptions([&](wxDialog& options) {
+  driver_.Expect([&](wxDialog& options) {
     EXPECT_EQ(Find<wxTextCtrl>(options, "txtOutputFile").GetValue(), ToWx(output_));
     EXPECT_EQ(Items(options, "lstKeyColumns").at(1), "cell plate #");
-    EXPECT_EQ(Items(options, "lstOutputColumns").at(0), "Date");
-    EXPECT_EQ(Find<wxChoice>(options, "cboDataCol").GetStringSelection(), "Delta OD");
-    options.Close();
+    EXPECT_EQ(Items(options, "lstOutputColumns").at(3), "Date");
+    Click(options, "cmdOK");  // which stores everything anew
   });
+  ChooseMenu(*main_window_.Window(), "File", "Options...");
+  ExpectMessage("Process finished!", 0);
+  Run();
+  EXPECT_TRUE(by_command == Content(output_));
+  EXPECT_THAT(dialogs_.texts, IsEmpty());
 }
 
 TEST_F(DesktopTest, StopsWithinOneFileWhenTheUserConfirms) {
-  OpenAndChoose();
+  Convert();
+  main_window_.Show();
   for (const bool stop : {false, true}) {
     fs::remove(PathOf(output_));
     // Served by the run itself, as a user's click is.

@@ -42,6 +42,12 @@ TEST(FilePattern, MatchesNamesAsFileListsDo) {
         << pattern;
 }
 
+TEST(ColumnList, AddsAndRemovesNothingWhileNothingIsSelected) {
+  ColumnList list{{"ID"}, std::nullopt};
+  EXPECT_EQ(AddToList({{"plate"}, std::nullopt}, list), std::nullopt);
+  EXPECT_EQ(RemoveFromList(list), std::nullopt);
+}
+
 TEST(OutputFilters, GiveTheEndingThatTheUserMeans) {
   const TestPlatform platform;
   const struct {

@@ -35,11 +35,9 @@ void ChooseMenu(wxFrame& window, const std::string& menu, const std::string& ent
   const auto position = static_cast<std::size_t>(bar.FindMenu(ToWx(menu)));
   ASSERT_TRUE(bar.IsEnabledTop(position)) << menu << " is disabled";
   ASSERT_TRUE(bar.IsEnabled(id)) << entry << " is disabled";
-  wxCommandEvent event(wxEVT_MENU, id);
-  event.SetEventObject(&bar);
   wxMenu* owner = nullptr;
   bar.FindItem(id, &owner);
-  owner->ProcessEvent(event);
+  owner->SendEvent(id);
 }
 
 void ServeEvents() {
