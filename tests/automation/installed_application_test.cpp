@@ -1,15 +1,21 @@
-// The installed spreadsheet application as a scripted one in this process: what is called, and what
-// comes of it.
+// The installed spreadsheet application, played by a scripted one: in this process, to see what is
+// called and what comes of it, and as a process of its own, which COM starts.
 
 #include "automation/installed_application.h"
 
 #include <gmock/gmock.h>
 
-#include "engine/clsKorvex.h"
+#include "automation/installed_spreadsheet.h"
+#include "platform/native_platform.h"
+#include "platform/windows/wide_text.h"
+#include "platform/windows/windows_file_system.h"
+#include "platform/windows/windows_handle.h"
 #include "structure/basFuncs_workbooks.h"
 #include "tests/automation/server/scripted_application.h"
-#include "tests/support/campaign.h"
+#include "tests/platform/temp_folder.h"
 #include "tests/support/errors.h"
+#include "tests/support/memory_file_system.h"
+#include "tests/support/watched_spreadsheet.h"
 
 namespace korvex {
 namespace {
@@ -23,6 +29,7 @@ CellValue T(std::string_view text) {
 
 using Rows = std::vector<std::vector<TestCell>>;
 
+constexpr DWORD kLongestWait = 20'000;  // milliseconds
 constexpr char kOutput[] = "C:\\plates\\out.xls";
 
 class InstalledApplicationTest : public testing::Test {
@@ -85,7 +92,7 @@ TEST_F(InstalledApplicationTest, ReadsAPlateInOneTransfer) {
                           "Workbook.Close(SaveChanges:=False)"));
 }
 
-TEST_F(InstalledApplicationTest, ReadsEveryKindOfValue) {
+TEST_F(InstalledApplicationTest, ReadsEveryKindOfValueAndSheet) {
   std::vector<TestCell> row = {"α-K1", {}, 0.123456789, CellValue::Date(37593.427083333336)};
   row.insert(row.end(), {CellValue::ErrorCode(42), CellValue::Boolean(true),
                          CellValue::Boolean(false), 1.23456789});
@@ -96,14 +103,10 @@ TEST_F(InstalledApplicationTest, ReadsEveryKindOfValue) {
   }
   EXPECT_EQ(sheet.CountA(1), 0);
   EXPECT_EQ(sheet.CountA(2), 7);
-}
 
-TEST_F(InstalledApplicationTest, ReadsSheetsOfOneCellAndProtectedOnes) {
   EXPECT_EQ(OpenData({{"12/03/2002 10:15"}}).Value(1, 1).text, "12/03/2002 10:15");
   scripted.is_protected = true;
-  Worksheet& sheet = OpenData({{"a"}, {"b", "c"}});
-  EXPECT_EQ(sheet.LastCell(), (CellAddress{2, 2}));
-  EXPECT_EQ(sheet.Value(2, 2).text, "c");
+  EXPECT_EQ(OpenData({{"a"}, {"b", "c"}}).Value(2, 2).text, "c");
 }
 
 TEST_F(InstalledApplicationTest, WritesTenThousandRowsInFewCalls) {
@@ -174,12 +177,14 @@ TEST_F(InstalledApplicationTest, WritesOverWhatItSavedBefore) {
   EXPECT_EQ(workbook.Path(), "C:\\plates");
 }
 
-TEST_F(InstalledApplicationTest, NeverSavesOverAnExistingFileAsNew) {
-  Workbook& workbook = application->AddWorkbook("out.xls");
-  workbook.SaveAsNew(kOutput);
-  scripted.program.calls.clear();
-  EXPECT_EQ(ErrorOf([&] { workbook.SaveAsNew(kOutput); }).Number(), error_number::kFileExists);
-  EXPECT_THAT(scripted.program.calls, testing::Not(testing::Contains(HasSubstr("SaveAs"))));
+TEST_F(InstalledApplicationTest, SavesInTheFormatOfTheName) {
+  Workbook& workbook = application->AddWorkbook("out.csv");
+  workbook.Worksheets(1).SetValue(1, 1, CellValue::Number(1 / 3.0));
+  for (int i = 0; i < 2; ++i) workbook.Worksheets(2).Delete();
+  workbook.SaveAs("C:\\plates\\out.csv");
+  EXPECT_THAT(files.Content("C:\\plates\\out.csv"), HasSubstr("0.333333333333333"));
+  workbook.SaveAs("C:\\plates\\out.xlsx");
+  EXPECT_THAT(scripted.program.calls.back(), HasSubstr("FileFormat:=51"));
 }
 
 TEST_F(InstalledApplicationTest, RefusesWhatAnOutputWorkbookMustNotBe) {
@@ -192,6 +197,10 @@ TEST_F(InstalledApplicationTest, RefusesWhatAnOutputWorkbookMustNotBe) {
   }
   EXPECT_EQ(ErrorOf([&] { output.Worksheets(1).SetValue(65537, 1, T("x")); }).Number(),
             error_number::kAutomation);
+  output.SaveAsNew(kOutput);
+  scripted.program.calls.clear();
+  EXPECT_EQ(ErrorOf([&] { output.SaveAsNew(kOutput); }).Number(), error_number::kFileExists);
+  EXPECT_THAT(scripted.program.calls, testing::Not(testing::Contains(HasSubstr("SaveAs"))));
 }
 
 TEST_F(InstalledApplicationTest, PassesOnWhatTheApplicationSays) {
@@ -213,10 +222,8 @@ TEST_F(InstalledApplicationTest, PassesOnWhatTheApplicationSays) {
 // The numbers 17 and 18 would say that the user knows already, or has asked to stop.
 TEST_F(InstalledApplicationTest, MapsNumbersThatMeanSomethingElseHere) {
   for (const int number : {17, 18, 0}) {
-    ScriptedProgram program;
-    const Dispatch object(new ScriptedObject(
-        program, "Object",
-        [number](const ScriptedCall&) -> ComValue { throw Error(number, "x"); }));
+    const auto fail = [number](const ScriptedCall&) -> ComValue { throw Error(number, "x"); };
+    const Dispatch object(new ScriptedObject(scripted.program, "Object", {{"Any", fail}}));
     EXPECT_EQ(ErrorOf([&] { object.Call(L"Any"); }).Number(), error_number::kAutomation);
   }
 }
@@ -231,19 +238,6 @@ TEST_F(InstalledApplicationTest, AsksABusyApplicationAgain) {
   EXPECT_EQ(error.Number(), error_number::kAutomation);
   EXPECT_THAT(error.Description(), HasSubstr("busy"));
   scripted.program.busy_calls = 0;
-}
-
-TEST_F(InstalledApplicationTest, SaysThatTheApplicationHasEnded) {
-  scripted.program.dies_at = "Range(A1:A2).Value";
-  Worksheet& sheet = OpenData({{"a"}, {"b"}});
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    const Error error = ErrorOf([&] { sheet.Value(1, 1); });
-    EXPECT_EQ(error.Number(), error_number::kAutomation);
-    EXPECT_THAT(error.Description(), HasSubstr("spreadsheet application has ended"));
-  }
-  std::unique_ptr<Application> dead = std::move(application);
-  QuitExcel(dead);
-  EXPECT_EQ(dead, nullptr);
 }
 
 TEST_F(InstalledApplicationTest, LeavesNothingOpen) {
@@ -262,53 +256,64 @@ TEST_F(InstalledApplicationTest, LeavesNothingOpen) {
             error_number::kAutomation);
 }
 
-struct ScriptedSpreadsheet : EmbeddedSpreadsheet {
-  explicit ScriptedSpreadsheet(FileSystem& file_system)
-      : EmbeddedSpreadsheet(file_system), files(file_system) {}
-  std::unique_ptr<Application> CreateApplication() override {
-    scripted.push_back(std::make_unique<ScriptedApplication>(files));
-    return std::make_unique<InstalledApplication>(Dispatch(scripted.back()->Root()), files);
+// Registers the scripted application, which lies beside the tests, under names of this process.
+// Wine looks for the names of programs only among those of the whole machine.
+class InstalledSpreadsheetTest : public testing::Test {
+ protected:
+  ~InstalledSpreadsheetTest() override {
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ToWide(Key(program_id)).c_str());
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ToWide(Key("CLSID\\" + class_id)).c_str());
   }
 
-  FileSystem& files;
-  std::vector<std::unique_ptr<ScriptedApplication>> scripted;
+  static std::string Key(const std::string& name) { return "Software\\Classes\\" + name; }
+  static void SetKey(const std::string& key, const std::string& value) {
+    const std::wstring text = ToWide(value);
+    ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, ToWide(Key(key)).c_str(), nullptr, REG_SZ,
+                              text.c_str(), static_cast<DWORD>((text.size() + 1) * 2)),
+              ERROR_SUCCESS);
+  }
+  void Register(const std::string& dies_at = "") {
+    const std::string server =
+        NativePlatform().Provided().program_folder + "\\spreadsheet_server.exe";
+    std::string command = "\"" + server + "\" " + class_id + " \"" + log + "\"";
+    if (!dies_at.empty()) command += " \"" + dies_at + "\"";
+    SetKey(program_id + "\\CLSID", class_id);
+    SetKey("CLSID\\" + class_id + "\\LocalServer32", command);
+  }
+
+  TempFolder folder;
+  WindowsFileSystem files;
+  const std::string log = folder / "calls.log";
+  const std::string program_id = "KorvexTest.Spreadsheet." + std::to_string(GetCurrentProcessId());
+  const std::string class_id = "{7B1C2A60-5D0E-4F7B-9C1F-0000" +
+                               std::to_string(10'000'000 + GetCurrentProcessId() % 10'000'000) +
+                               "}";
 };
 
-struct NoEvents : KorvexEvents {
-  void ErrorMessage(const std::string&) override {}
-  void Message(const std::string&) override {}
-  void ProcessedFile() override {}
-};
+TEST_F(InstalledSpreadsheetTest, StartsAndEndsAProcessAndStartsAnewAfterThatHasDied) {
+  InstalledSpreadsheet spreadsheet(files, program_id);
+  EXPECT_FALSE(InstalledSpreadsheet::IsInstalled(program_id));
+  EXPECT_EQ(ErrorOf([&] { spreadsheet.CreateApplication(); }).Number(),
+            error_number::kNoSuchApplication);
+  Register("Worksheet.Index");
+  EXPECT_TRUE(InstalledSpreadsheet::IsInstalled(program_id));
+  std::unique_ptr<Application> application = spreadsheet.CreateApplication();
+  Worksheet& sheet = application->AddWorkbook("out.xls").Worksheets(1);
+  const Error error = ErrorOf([&] { sheet.Index(); });
+  EXPECT_EQ(error.Number(), error_number::kAutomation);
+  EXPECT_THAT(error.Description(), HasSubstr("spreadsheet application has ended"));
+  EXPECT_THAT(ErrorOf([&] { sheet.SetName("x"); }).Description(), HasSubstr("has ended"));
+  QuitExcel(application);
+  EXPECT_EQ(application, nullptr);
 
-TEST(InstalledSpreadsheetRun, GivesTheCellsOfTheEmbeddedApplication) {
-  Campaign campaign(PathStyle::kWindows);
-  campaign.SetOutputs({"compound ID", "plate", "Date", "day_num"});
-  campaign.Put("a/P1-3-1.xls", {{1, "0017", CellValue::Date(37593.25), 1 / 3.0},
-                                {2, "=K2", 7, CellValue::ErrorCode(42)},
-                                {3, "1-2", 7, "n/a"},
-                                {4, "'K4", "α", CellValue::Boolean(true)}});
-  campaign.Put("a/P1-3-3.xls", {{1, "0017", 7, -2}, {2, "α", 7, CellValue::Date(37593.5)}});
-  ScriptedSpreadsheet automated(campaign.platform.files);
-  NoEvents events;
-  std::string folder = campaign.folder;
-  for (const std::string name : {"all.xls", "all.xlsx", "all.csv", "all.tsv"}) {
-    campaign.Set("Main Section", "Output File", name);
-    campaign.platform.SetSpreadsheet(&campaign.spreadsheet);
-    clsKorvex(events).ProcessFolders(folder, {});
-    const std::string expected = campaign.platform.files.Content("/out/" + name);
-    campaign.platform.files.Remove("/out/" + name);
-    campaign.platform.SetSpreadsheet(&automated);
-    clsKorvex(events).ProcessFolders(folder, {});
-    // Equal cells make equal files.
-    EXPECT_EQ(campaign.platform.files.Content("/out/" + name), expected) << name;
-  }
-  EXPECT_THAT(campaign.platform.dialogs.texts, testing::IsEmpty());
-  // The sample's application and the run's, for each name.
-  EXPECT_EQ(automated.scripted.size(), 8u);
-  for (const auto& scripted : automated.scripted) {
-    EXPECT_EQ(scripted->program.objects, 0);
-    EXPECT_EQ(scripted->program.calls.back(), "Application.Quit");
-  }
+  files.DeleteFile(log);
+  Register();
+  application = spreadsheet.CreateApplication();
+  EXPECT_EQ(application->AddWorkbook("out.xls").Worksheets(1).Index(), 1);
+  const auto process = static_cast<DWORD>(std::stoul(Content(log)));  // its first line
+  const Handle server(OpenProcess(SYNCHRONIZE, FALSE, process));
+  application.reset();
+  EXPECT_EQ(WaitForSingleObject(server.Get(), kLongestWait), WAIT_OBJECT_0);
 }
 
 }  // namespace

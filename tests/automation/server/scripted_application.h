@@ -1,22 +1,77 @@
 // A spreadsheet application that is driven by automation: the object model of the real one, as far
 // as this program uses it, over the embedded application, which holds the cells and reads and
-// writes the files.
-//
-// A text that is put into a cell is taken as if it had been typed: a leading apostrophe goes, and
-// without one, or the number format "@" (text), it becomes the number, date or formula that it
-// looks like. A number in a cell of that format becomes a text.
+// writes the files. Every call is recorded.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "automation/com_value.h"
 #include "spreadsheet/embedded_application.h"
-#include "tests/automation/server/scripted_object.h"
 
 namespace korvex {
 
+// One call as it arrived. `arguments` are those without a name, from the first to the last; the
+// value of a property that is put is the last of them.
+struct ScriptedCall {
+  std::string member;
+  bool is_put = false;
+  std::vector<ComValue> arguments;
+  std::map<std::string, ComValue> named;
+
+  // "Open(Filename:=C:\a.xls, ReadOnly:=True)", "Visible = False", "Value = [384 x 10]"
+  std::string Text() const;
+};
+
+// What all objects of one scripted program share.
+struct ScriptedProgram {
+  std::vector<std::string> calls;               // "Range(A1).Value", in order
+  std::function<void(const std::string&)> log;  // for each of them, when there is one
+  int busy_calls = 0;                           // so many calls more are rejected
+  std::string dies_at;                          // a call, as recorded, that never returns
+  std::function<void()> die;                    // how
+  int objects = 0;                              // alive
+  std::function<void()> on_last_release;        // when the last of them goes
+  std::vector<std::wstring> names;              // of members and arguments; their places are ids
+};
+
+// An object for late-bound callers. A member that throws an Error answers with the exception of a
+// program that counts errors the same way, with the source "Scripted"; error 9 is a bad index.
+class ScriptedObject : public IDispatch {
+ public:
+  using Members = std::map<std::string, std::function<ComValue(const ScriptedCall&)>>;
+
+  // Holds one reference, which a Dispatch or a ComValue takes over. `program` must outlive it.
+  ScriptedObject(ScriptedProgram& program, std::string kind, Members members);
+  virtual ~ScriptedObject();
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) override;
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+  ULONG STDMETHODCALLTYPE Release() override;
+  HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID locale,
+                                          DISPID* ids) override;
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID member, REFIID, LCID locale, WORD flags,
+                                   DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
+                                   UINT*) override;
+
+ private:
+  ScriptedCall CallFrom(DISPID member, WORD flags, const DISPPARAMS& parameters) const;
+
+  ScriptedProgram& program_;
+  std::string kind_;
+  Members members_;
+  ULONG references_ = 1;
+};
+
+// A text that is put into a cell is taken as if it had been typed: a leading apostrophe goes, and
+// without one, or the number format "@" (text), it becomes the number, date or formula that it
+// looks like. A number in a cell of that format becomes a text.
 class ScriptedApplication {
  public:
   explicit ScriptedApplication(FileSystem& files) : application_(files) {}
@@ -30,32 +85,17 @@ class ScriptedApplication {
   int currency_column = 0;    // its numbers have a currency format
 
  private:
-  struct Area {
-    CellAddress first;
-    CellAddress last;
-  };
-  using Areas = std::vector<Area>;
-
-  ComValue Object(const std::string& kind, ScriptedObject::Handler handler);
-  ComValue OnApplication(const ScriptedCall& call);
-  ComValue OnWorkbooks(const ScriptedCall& call);
-  ComValue OnWorkbook(Workbook& workbook, const ScriptedCall& call);
-  ComValue OnWorksheets(Workbook& workbook, const ScriptedCall& call);
-  ComValue OnWorksheet(Worksheet& sheet, const ScriptedCall& call);
-  ComValue OnRange(Worksheet& sheet, const Areas& areas, const ScriptedCall& call);
+  ComValue Object(const std::string& kind, ScriptedObject::Members members);
   ComValue OfWorkbook(Workbook& workbook);
+  ComValue OfWorksheets(Workbook& workbook);
   ComValue OfWorksheet(Worksheet& sheet);
   ComValue OfRange(Worksheet& sheet, const std::string& address);
 
-  static Areas ParseAddress(const std::string& address);
-  ComValue ValueOf(const Worksheet& sheet, int row, int column, bool exact) const;
-  ComValue Grid(const Worksheet& sheet, const Area& area, bool exact) const;
-  void PutGrid(Worksheet& sheet, const Area& area, const ComValue& value);
-  void Type(Worksheet& sheet, int row, int column, const VARIANT& value);
+  ComValue ValueOf(const Worksheet& sheet, CellAddress cell, bool exact) const;
+  void Type(Worksheet& sheet, CellAddress cell, const VARIANT& value);
 
-  using Cell = std::pair<int, int>;
   EmbeddedApplication application_;
-  std::map<const Worksheet*, std::set<Cell>> text_cells_;  // with the number format "@"
+  std::map<const Worksheet*, std::set<std::pair<int, int>>> text_cells_;  // of the format "@"
 };
 
 }  // namespace korvex

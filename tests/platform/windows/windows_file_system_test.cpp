@@ -157,13 +157,6 @@ TEST_F(WindowsFileSystemTest, SharesAFileThatAnotherProgramHasOpenAsFarAsThatLet
             "Cannot read " + file + ": The file is in use by another program.");
 }
 
-TEST_F(WindowsFileSystemTest, TreatsAnOfficeProgramsOwnerFileAsInUse) {
-  const std::string owner_file = folder_.Put("~$out.xls", "anna");
-  const Error error = ErrorOf([&] { files_.OpenForAppending(folder_.Put("out.xls", "x")); });
-  EXPECT_EQ(error.Number(), 70);
-  EXPECT_THAT(error.Description(), HasSubstr(owner_file));
-}
-
 // Run by the test below, in a process of its own.
 TEST(WindowsReplacementFile, DISABLED_IsKilledWhileItWrites) {
   wchar_t path[MAX_PATH];
