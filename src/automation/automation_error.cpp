@@ -19,6 +19,8 @@ constexpr auto kBusyWithAnEdit = static_cast<HRESULT>(0x800AC472);
 // In results of this kind the lower 16 bits are an error number of the same series as ours.
 constexpr auto kNumbered = 0x800A0000u;
 
+// The results that COM gives for an object whose process is gone: those of COM itself, and those of
+// the calls between processes that it is built on.
 bool HasEnded(HRESULT result) {
   switch (result) {
     case RPC_E_DISCONNECTED:
@@ -99,6 +101,7 @@ Error AutomationError(HRESULT result, std::string_view member) {
 }
 
 HRESULT TakeResult(EXCEPINFO& exception) {
+  // Whoever gets an EXCEPINFO owns its texts.
   for (const BSTR text :
        {exception.bstrSource, exception.bstrDescription, exception.bstrHelpFile}) {
     SysFreeString(text);
@@ -107,6 +110,7 @@ HRESULT TakeResult(EXCEPINFO& exception) {
 }
 
 Error AutomationError(EXCEPINFO& exception, std::string_view member) {
+  // Programs may put off making the texts until somebody wants them.
   if (exception.pfnDeferredFillIn != nullptr) exception.pfnDeferredFillIn(&exception);
   const std::string source = TakeText(exception.bstrSource);
   std::string description = TakeText(exception.bstrDescription);
@@ -114,9 +118,11 @@ Error AutomationError(EXCEPINFO& exception, std::string_view member) {
       description, [](char c) { return c == '\r' || c == '\n'; }, ' ');
   SysFreeString(exception.bstrHelpFile);
   exception.bstrHelpFile = nullptr;
+  // A program gives either a 16-bit number of its own or an HRESULT, and some give neither.
   const HRESULT result = exception.wCode != 0   ? static_cast<HRESULT>(kNumbered | exception.wCode)
                          : exception.scode != 0 ? exception.scode
                                                 : DISP_E_EXCEPTION;
+  // A description without a text, or from a process that is gone, says less than ours.
   if (HasEnded(result) || description.empty()) return AutomationError(result, member);
   return Error(OwnNumber(ErrorNumber(result)), description, source.empty() ? "KORVEX" : source);
 }

@@ -46,6 +46,7 @@ int Length(SAFEARRAY* array, UINT dimension) {
 GridView::GridView(const ComValue& value) : cells_(&value.Raw()) {
   if ((value.Type() & VT_ARRAY) == 0) return;
   SAFEARRAY* const array = value.Raw().parray;
+  // A range of several cells has a table of values and nothing else.
   if (value.Type() != (VT_ARRAY | VT_VARIANT) || SafeArrayGetDim(array) != 2) {
     RefuseType(value.Type());
   }
@@ -80,6 +81,7 @@ GridBuilder::~GridBuilder() {
 }
 
 void GridBuilder::Set(int row, int column, ComValue value) {
+  // The first dimension runs fastest, so a column lies together in memory.
   cells_[column * rows_ + row] = value.Release();
 }
 
@@ -111,6 +113,7 @@ CellValue CellFrom(const VARIANT& value, std::string& text) {
   VARIANT source = value;
   VARIANT number;
   VariantInit(&number);
+  // In a fixed locale: the user's own would decide what a decimal point is.
   if (FAILED(VariantChangeTypeEx(&number, &source, kAutomationLocale, 0, VT_R8))) {
     RefuseType(value.vt);
   }
@@ -143,6 +146,7 @@ std::string RangeAddress(CellAddress first, CellAddress last) {
 std::vector<std::string> JoinAddresses(const std::vector<std::string>& addresses) {
   std::vector<std::string> joined;
   for (const std::string& address : addresses) {
+    // Each call costs milliseconds, so as many ranges as fit go into one.
     if (joined.empty() || joined.back().size() + 1 + address.size() > kLongestAddress) {
       joined.push_back(address);
     } else {

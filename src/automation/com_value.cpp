@@ -36,6 +36,7 @@ ComValue::ComValue(double value) : ComValue() {
 }
 
 ComValue::ComValue(std::string_view utf8) : ComValue() {
+  // The type follows once there is a text: without memory for it, nothing must be freed.
   variant_.bstrVal = NewComText(utf8);
   variant_.vt = VT_BSTR;
 }
@@ -68,6 +69,7 @@ ComValue ComValue::Object(IDispatch* object) {
 }
 
 ComValue::ComValue(const ComValue& other) : ComValue() {
+  // The system's functions take a pointer to what they only read.
   VARIANT source = other.variant_;
   if (FAILED(VariantCopy(&variant_, &source))) throw Error(error_number::kOutOfMemory);
 }

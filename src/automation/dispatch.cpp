@@ -63,6 +63,7 @@ Dispatch Dispatch::ObjectFrom(const ComValue& answer) const {
   if (answer.Type() == VT_DISPATCH || answer.Type() == VT_UNKNOWN) {
     IUnknown* const held = answer.Raw().punkVal;
     if (held != nullptr) {
+      // The answer keeps its own reference, so this adds one for the new object.
       held->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&object));
     }
   }
@@ -75,6 +76,7 @@ HRESULT Dispatch::Patiently(Attempt&& attempt) const {
   const auto start = std::chrono::steady_clock::now();
   for (Milliseconds pause = kFirstPause;; pause = std::min(pause * 2, kLongestPause)) {
     const HRESULT result = attempt();
+    // An application in which somebody edits a cell, or that shows a box, rejects every call.
     if (!IsBusy(result) || std::chrono::steady_clock::now() - start >= patience_) return result;
     std::this_thread::sleep_for(pause);
   }
@@ -94,6 +96,7 @@ ComValue Dispatch::Invoke(WORD kind, const wchar_t* member, const std::vector<Co
   if (FAILED(result)) throw AutomationError(result, FromWide(member));
 
   std::vector<VARIANTARG> arguments = InCallOrder(positional, named);
+  // The value of a property that is put goes by this name, which IDispatch demands.
   DISPID put = DISPID_PROPERTYPUT;
   DISPPARAMS parameters = {arguments.data(), ids.data() + 1, static_cast<UINT>(arguments.size()),
                            static_cast<UINT>(named.size())};
@@ -107,6 +110,7 @@ ComValue Dispatch::Invoke(WORD kind, const wchar_t* member, const std::vector<Co
     const HRESULT called = object_->Invoke(
         ids.front(), IID_NULL, kAutomationLocale, kind, &parameters,
         kind == DISPATCH_PROPERTYPUT ? nullptr : answer.Receive(), &exception, nullptr);
+    // Some say "busy" as the number of an exception instead of a result.
     return called == DISP_E_EXCEPTION && IsBusy(exception.scode) ? TakeResult(exception) : called;
   });
   if (result == DISP_E_EXCEPTION) throw AutomationError(exception, FromWide(member));

@@ -50,6 +50,7 @@ void InstalledApplication::SetDisplayAlerts(bool display) {
 
 Workbook& InstalledApplication::AddWorkbook(const std::string& full_name) {
   const OutputFormat& format = OutputFormatOf(full_name);
+  // Now, not at the end of a long run.
   if (&format == &kXlsxFormat) FormatNumber(format);
   const Dispatch workbooks = Running().Object(L"Workbooks");
   workbooks_.push_back(std::make_unique<InstalledWorkbook>(
@@ -75,6 +76,7 @@ Workbook& InstalledApplication::OpenWorkbook(const std::string& full_name,
     throw Error(error_number::kAutomation, path + " cannot be opened: " + error.Description(),
                 error.Source());
   }
+  // For good: an output must not replace a file that was read, even when it is closed again.
   inputs_.push_back(path);
   return *workbooks_.back();
 }
@@ -94,10 +96,13 @@ Workbook& InstalledApplication::Workbooks(int index) {
 
 void InstalledApplication::Quit() {
   has_quit_ = true;
+  // Released at the end of this procedure, after all workbooks: the process stays until nobody
+  // holds any of its objects.
   const Dispatch application = std::move(application_);
   while (!workbooks_.empty()) {
     const std::size_t open = workbooks_.size();
     Attempt([&] { workbooks_.back()->Close(); });
+    // Closing takes the workbook off the list, unless it failed.
     if (workbooks_.size() == open) workbooks_.pop_back();
   }
   // A failure means that the application has exited already; an invisible one exits with the last

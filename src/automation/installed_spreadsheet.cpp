@@ -32,6 +32,7 @@ std::unique_ptr<Application> InstalledSpreadsheet::CreateApplication() {
   CLSID id;
   Require(CLSIDFromProgID(ToWide(program_id_).c_str(), &id));
   IDispatch* application = nullptr;
+  // In a process of its own: if it crashes, this program is still there to say so.
   Require(CoCreateInstance(id, nullptr, CLSCTX_LOCAL_SERVER, IID_IDispatch,
                            reinterpret_cast<void**>(&application)));
   return std::make_unique<InstalledApplication>(Dispatch(application), files_);

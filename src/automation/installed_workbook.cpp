@@ -52,6 +52,7 @@ Worksheet& InstalledWorkbook::Worksheets(std::string_view name) {
 }
 
 InstalledSheet& InstalledWorkbook::SheetOf(Dispatch sheet) {
+  // By name, since the application answers with a new object for the same sheet each time.
   std::string name = sheet.Get(L"Name").Text();
   for (const auto& known : sheets_) {
     if (EqualText(known->Name(), name)) return *known;
@@ -81,6 +82,7 @@ void InstalledWorkbook::SaveAsNew(const std::string& full_name) {
 
 void InstalledWorkbook::Save(const std::string& full_name, bool as_new) {
   FileSystem& files = application_.Files();
+  // The application has a current folder of its own.
   const std::string target = files.AbsolutePath(full_name);
   try {
     CheckOutputTarget(files, target, application_.Inputs());
@@ -94,6 +96,7 @@ void InstalledWorkbook::Save(const std::string& full_name, bool as_new) {
         if (!is_input_) CheckOutputPlace(format, sheet->LastCell());
         sheet->Upload();
       }
+      // As late as possible: another program may have created the file during the upload.
       if (as_new && files.FileExists(target)) {
         throw Error(error_number::kFileExists);
       }

@@ -14,7 +14,9 @@ namespace korvex {
 void ReportError(const std::string& location, const std::optional<std::string>& message,
                  bool show_message, bool write_log, bool /*reserved_flag*/, bool send_mail,
                  const std::optional<std::string>& /*reserved_value*/) {
+  // Taken first: every step below catches errors of its own.
   const Error pending = PendingError();
+  // Each step stands alone. The log may lie on a full disk, and the user must be told all the same.
   if (write_log) {
     Attempt([&] {
       AppLog().Error(std::nullopt, pending.Number(), pending.Description(), pending.Source(), "",
@@ -35,6 +37,7 @@ void ReportError(const std::string& location, const std::optional<std::string>& 
 }
 
 void Report(const std::string& location, const std::optional<std::string>& message) {
+  // A store that cannot be read is often the very error that is being reported.
   bool send_mail = false;
   Attempt([&] { send_mail = basSettings::SendEmailOnError(); });
   ReportError(location, message, true, true, true, send_mail);
@@ -45,11 +48,14 @@ std::string AppErrFolder() {
   const std::string separator(1, files.Separator());
   const std::string folder =
       Platform().program_folder + separator + ".." + separator + "AppErr" + separator;
+  // Asked first: where the folder exists, a user who may not create it can still use it.
   if (!files.FolderExists(folder)) files.CreateFolder(folder);
   return folder;
 }
 
 void SendErrorMail(int err_num, const std::string& err_desc) {
+  // All steps in order, whatever fails: a mail program may need the last ones, such as signing off,
+  // to free what the first ones took.
   Attempt([] { Platform().mail->SignOn(); });
   Attempt([] { Platform().mail->Compose(); });
   Attempt([] { Platform().mail->SetSubject(std::string("Error in ") + kProgramTitle); });

@@ -30,6 +30,7 @@ void clsAppLog::Error(const std::optional<std::string>& func_name, int err_num,
   const korvex::Error recorded(err_num != 0 ? err_num : pending.Number(),
                                err_desc.value_or(pending.Description()),
                                err_source.value_or(pending.Source()));
+  // The record is written in one call, so that two runs that share the log do not mix their lines.
   std::string record;
   const auto add_line = [&record](std::string_view label, std::string_view value) {
     record.append(label).append(value).append(kLineBreak);
@@ -72,6 +73,7 @@ void clsAppLog::NotePad() const {
 }
 
 void clsAppLog::Filename(const std::string& new_name) {
+  // The name holds even when the file cannot be opened: messages say where the log should be.
   filename_ = new_name;
   stream_.reset();
   stream_ = Platform().files->OpenForAppending(filename_);
@@ -92,6 +94,7 @@ bool clsAppLog::DeleteLog() {
 void clsAppLog::Write(std::string_view text) {
   if (!stream_)
     throw korvex::Error(error_number::kObjectNotSet, "The application error log is not open.");
+  // What earlier releases wrote into the same file is in this code page.
   stream_->Write(ToCodePage1252(text));
 }
 
@@ -105,6 +108,7 @@ void OpenAppLog() {
     AppLog().Filename(AppErrFolder() + kLogName);
     return;
   } catch (const Error&) {
+    // An installed program lies where users may not write.
     if (Platform().user_folder.empty()) throw;
   }
   const std::string folder = JoinPath(Platform().user_folder, "AppErr");

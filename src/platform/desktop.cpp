@@ -11,6 +11,7 @@ namespace {
 
 constexpr int kBeep = 1;
 constexpr int kFirstAlias = 2;
+// By the numbers 2 to 9 of a message box.
 constexpr std::array<const char*, 8> kAliases{
     "BuildComplete",  "BuildError",        "BuildWarning", "SystemAsterisk",
     "SystemQuestion", "SystemExclamation", "Close",        "Open"};

@@ -64,6 +64,7 @@ Error::Error(int number, std::string description, std::string source)
 
 Error Error::WithHeading(std::string_view heading) const {
   Error error = *this;
+  // Not through the constructor, which would escape the line break.
   error.description_ = std::string(heading) + kLineBreak + description_;
   return error;
 }
@@ -72,6 +73,7 @@ Error PendingError() {
   const std::exception_ptr pending = std::current_exception();
   if (!pending) return Error(0, "", "");
   try {
+    // Rethrowing is the only way to ask an exception for its type.
     std::rethrow_exception(pending);
   } catch (const Error& error) {
     return error;

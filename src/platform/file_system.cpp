@@ -16,6 +16,7 @@ std::string ParentFolder(const FileSystem& files, const std::string& path) {
 
 void CreateFolders(FileSystem& files, const std::string& folder, FolderUse use) {
   if (folder.empty() || files.FolderExists(folder)) return;
+  // From the top down: the first one that cannot be created is the one that the error names.
   CreateFolders(files, ParentFolder(files, folder), use);
   if (use == FolderUse::kPrivate) {
     files.CreatePrivateFolder(folder);

@@ -7,8 +7,9 @@ namespace korvex {
 const char kProgramVersion[] = KORVEX_VERSION;
 
 namespace {
+// The engine, its handlers and the windows all run on one thread: no lock is needed.
 const Services* installed = nullptr;
-}
+}  // namespace
 
 const Services& Platform() {
   if (!installed) throw Error(error_number::kObjectNotSet);

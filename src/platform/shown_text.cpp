@@ -25,6 +25,7 @@ Control FirstControl(std::string_view text) {
   if (first != 0xE2 || (second != 0x80 && second != 0x81)) return {};
   const unsigned code = 0x2000 + ((second & 0x3Fu) << 6) + (ByteAt(text, 2) & 0x3Fu);
   const bool is_control = (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+  // Line and paragraph separators (2028, 2029) and what turns the direction of writing.
   return is_control ? Control{code, 3} : Control{};
 }
 

@@ -90,6 +90,7 @@ bool ReadFlag(Id id) {
 }
 
 void WriteFlag(Id id, bool flag) {
+  // True is -1, as it always was in the store.
   Write(id, flag ? "-1" : "0");
 }
 
@@ -100,6 +101,7 @@ std::string LastPath() {
 }
 
 std::string LastPathAtStart() {
+  // An empty path that was stored is a choice; only a missing one has a default.
   const std::optional<std::string> stored = Stored(kLastPath);
   return stored ? *stored : Platform().files->DefaultFolder();
 }
@@ -136,6 +138,7 @@ std::string OutputFullName() {
   const std::string method = OutputFileMethod();
   if (method == kByConstantName) return OutputPath() + OutputFile();
   if (method == kByFolder) {
+    // The workbook lies in the folder that is processed, whatever output path is stored.
     return Platform().main_window->ProcessingFolder() + Platform().files->Separator() +
            OutputFile();
   }
@@ -236,6 +239,7 @@ void DeleteAllSettings() {
   for (const Setting& setting : kSettings) {
     const bool deleted =
         Attempt([&] { Platform().settings->Delete(setting.section, setting.key); });
+    // Goes on after a failure: one key that is missing must not keep the others.
     all_deleted = all_deleted && deleted;
   }
   if (all_deleted) return;

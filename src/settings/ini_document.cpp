@@ -39,6 +39,8 @@ std::string EncodedValue(std::string_view value) {
 }
 
 std::string EncodedName(std::string_view name) {
+  // What would be read as something else without quotation marks: a comment, a section, the end of
+  // the name or of the section.
   const bool plain = !name.empty() && !NeedsQuotes(name) && !name.starts_with(kByteOrderMark) &&
                      name.find_first_of("=]") == std::string_view::npos &&
                      std::string_view(";#[").find(name.front()) == std::string_view::npos;
@@ -69,6 +71,7 @@ std::string Decoded(std::string_view text) {
 IniDocument::IniDocument(std::string_view text) {
   std::string section;
   while (!text.empty()) {
+    // Each line keeps its own line end, so that a file with mixed ones comes out as it was.
     const std::size_t size = std::min(text.find('\n'), text.size() - 1) + 1;
     lines_.push_back(Parse(std::string(text.substr(0, size)), section));
     section = lines_.back().section;
@@ -80,6 +83,7 @@ IniDocument::Line IniDocument::Parse(std::string_view text, const std::string& s
   Line line;
   line.text = text;
   line.section = section;
+  // Only the first line can have one. Editors of Windows write it; it is no part of the name.
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   text = Trim(text);
   if (text.empty() || text.front() == ';' || text.front() == '#') return line;
@@ -114,6 +118,7 @@ void IniDocument::Set(std::string_view section, std::string_view key, std::strin
     return Parse(EncodedName(key) + "=" + EncodedValue(value) + LineEnd(), upper_section);
   };
   if (const auto found = Find(section, key); found != lines_.end()) {
+    // In the place of the old line, so that comments around it still stand where they belong.
     lines_[static_cast<std::size_t>(found - lines_.begin())] = entry();
     return;
   }
@@ -123,6 +128,7 @@ void IniDocument::Set(std::string_view section, std::string_view key, std::strin
     return line.kind != Kind::kOther && line.section == upper_section;
   });
   if (last != lines_.rend()) {
+    // A file written by hand may end without a line end.
     EndLine(*last);
     lines_.insert(last.base(), entry());
     return;
@@ -139,6 +145,7 @@ void IniDocument::Set(std::string_view section, std::string_view key, std::strin
 
 bool IniDocument::Remove(std::string_view section, std::string_view key) {
   bool removed = false;
+  // All of them, or the next one of that name would come into force.
   for (auto line = Find(section, key); line != lines_.end(); line = Find(section, key)) {
     lines_.erase(line);
     removed = true;
@@ -157,6 +164,7 @@ void IniDocument::EndLine(Line& line) const {
 }
 
 const char* IniDocument::LineEnd() const {
+  // As the first line has it.
   return !lines_.empty() && lines_.front().text.ends_with("\r\n") ? "\r\n" : "\n";
 }
 

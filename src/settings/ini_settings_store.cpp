@@ -28,6 +28,7 @@ std::optional<std::string> IniSettingsStore::Get(std::string_view section, std::
 
 void IniSettingsStore::Save(std::string_view section, std::string_view key,
                             std::string_view value) {
+  // Saving what is there already would need the lock and write access for nothing.
   if (Get(section, key) == value) return;
   CreateFolders(files_, ParentFolder(files_, path_), FolderUse::kPrivate);
   const std::unique_ptr<FileLock> lock = files_.Lock(path_);
@@ -42,7 +43,7 @@ void IniSettingsStore::Delete(std::string_view section, std::string_view key) {
     throw Error(error_number::kInvalidCall,
                 "There is no setting \"" + std::string(key) + "\" in " + path_ + ".");
   };
-  // Asked before the lock as well, which may create the file.
+  // Asked before locking as well, since locking may create the file.
   require(Get(section, key).has_value());
   const std::unique_ptr<FileLock> lock = files_.Lock(path_);
   Refresh();
@@ -56,6 +57,7 @@ void IniSettingsStore::Refresh() {
 
   version_.reset();  // whatever fails from here on, the next call reads again
   std::vector<std::byte> content;
+  // Taken before reading: a change after this moment is at least as new as `now`.
   const std::int64_t now = Now();
   if (version) files_.ReadFile(path_, content);
   document_ = IniDocument({reinterpret_cast<const char*>(content.data()), content.size()});
@@ -69,6 +71,7 @@ void IniSettingsStore::Refresh() {
 void IniSettingsStore::Write() {
   version_.reset();
   const std::string text = document_.Text();
+  // As a whole, so that no program ever reads half a file.
   const std::unique_ptr<ReplacementFile> file = files_.ReplacePrivately(path_);
   file->Write(std::as_bytes(std::span(text)));
   file->Commit();

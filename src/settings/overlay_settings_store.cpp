@@ -28,6 +28,7 @@ void OverlaySettingsStore::Keep() {
   for (const auto& [name, change] : changes_) {
     if (change.value) {
       below_.Save(change.section, change.key, *change.value);
+      // It may never have been there, or another program has deleted it meanwhile.
     } else if (below_.Get(change.section, change.key)) {
       below_.Delete(change.section, change.key);
     }

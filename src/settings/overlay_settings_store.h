@@ -21,8 +21,8 @@ class OverlaySettingsStore : public SettingsStore {
   void Save(std::string_view section, std::string_view key, std::string_view value) override;
   void Delete(std::string_view section, std::string_view key) override;
 
-  // Makes in the store below every change that was made here. They go on to hold for this call even
-  // when another program changes the store.
+  // Makes every change of this call in the store below. The changes still hold for this call when
+  // another program changes the store.
   void Keep();
 
  private:

@@ -23,24 +23,25 @@
 namespace korvex {
 
 struct FakeSettingsStore : SettingsStore {
+  using Name = std::pair<std::string, std::string>;  // section and key, in upper case
+
   std::optional<std::string> Get(std::string_view section, std::string_view key) override {
-    if (failure != 0) throw Error(failure);
-    const auto found = values.find({UpperCase(section), UpperCase(key)});
+    const auto found = values.find(NameOf(section, key));
     return found == values.end() ? std::nullopt : std::optional(found->second);
   }
   void Save(std::string_view section, std::string_view key, std::string_view value) override {
-    if (failure != 0) throw Error(failure);
-    values[{UpperCase(section), UpperCase(key)}] = value;
+    values[NameOf(section, key)] = value;
   }
   void Delete(std::string_view section, std::string_view key) override {
+    if (values.erase(NameOf(section, key)) == 0) throw Error(error_number::kInvalidCall);
+  }
+  Name NameOf(std::string_view section, std::string_view key) const {
     if (failure != 0) throw Error(failure);
-    if (values.erase({UpperCase(section), UpperCase(key)}) == 0) {
-      throw Error(error_number::kInvalidCall);
-    }
+    return {UpperCase(section), UpperCase(key)};
   }
 
-  std::map<std::pair<std::string, std::string>, std::string> values;  // by names in upper case
-  int failure = 0;                                                    // of every call unless 0
+  std::map<Name, std::string> values;
+  int failure = 0;  // of every call unless 0
 };
 
 // Answers from the queues, the oldest first; without any OK, the first caption, and no folder.

@@ -1,11 +1,9 @@
 #include "tests/support/memory_file_system.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <random>
-#include <system_error>
 
 #include "platform/error.h"
+#include "tests/platform/temp_folder.h"
 #include "text/text.h"
 
 namespace korvex {
@@ -17,20 +15,11 @@ namespace {
 
 class DiskScratchFolder : public ScratchFolder {
  public:
-  DiskScratchFolder()
-      : path_((std::filesystem::temp_directory_path() /
-               ("korvex-test-" + std::to_string(std::random_device()())))
-                  .string()) {
-    std::filesystem::create_directory(path_);
-  }
-  ~DiskScratchFolder() override {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-  }
   const std::string& Path() const override { return path_; }
 
  private:
-  std::string path_;
+  TempFolder folder_;
+  std::string path_ = folder_.Path();
 };
 
 }  // namespace

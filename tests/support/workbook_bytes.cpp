@@ -118,10 +118,6 @@ Bytes OneSheet(const Bytes& sheet_records, const Bytes& globals, unsigned versio
   return StreamBytes{version, globals, {{.records = sheet_records}}}.Build();
 }
 
-std::size_t CompoundBytes::SectorOffset(std::uint32_t sector) const {
-  return (std::size_t{sector} + 1) << sector_shift;
-}
-
 Bytes CompoundBytes::Build() const {
   const std::size_t unit = std::size_t{1} << sector_shift;
   const std::size_t ids = unit / 4;

@@ -60,11 +60,6 @@ struct CompoundBytes {
   bool is_scattered = false;  // the stream's sectors lie in reverse order
 
   Bytes Build() const;
-  std::size_t SectorOffset(std::uint32_t sector) const;
-  // Where the FAT's entry of a sector lies, in a file whose FAT takes one sector.
-  std::size_t FatOffset(std::uint32_t sector) const { return SectorOffset(0) + 4 * sector; }
-  // Where the stream's directory entry lies, in such a file.
-  std::size_t EntryOffset() const { return SectorOffset(1) + 128; }
 };
 
 // The file that most tests want: one sheet "data", padded so that it is no mini-stream.

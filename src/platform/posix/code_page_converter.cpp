@@ -38,6 +38,7 @@ class IconvConverter : public CodePageConverter {
 
   void Append(std::string_view bytes, std::string& utf8) override {
     const std::size_t start = utf8.size();
+    // The text before may have ended within a character; forget that.
     iconv(converter_, nullptr, nullptr, nullptr, nullptr);
     char* in = const_cast<char*>(bytes.data());
     std::size_t left = bytes.size();

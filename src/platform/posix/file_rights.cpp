@@ -142,10 +142,14 @@ FileRights::FileRights(const std::string& path, const struct stat& status)
 }
 
 int FileRights::GiveTo(int fd) const {
+  // From here on each right that cannot be given is taken from `mode` and `list`. They are put into
+  // force last, in this order: chown() clears set-user-ID bits and so must come before the mode,
+  // and setting a list changes the group bits of the mode.
   mode_t mode = mode_;
   std::string list = access_list_;
   // Only the administrator can give a file away; a member can still keep the group.
   if (fchown(fd, owner_, group_) != 0) {
+    // Under this user's own name such a bit would let others act as this user.
     mode &= ~mode_t{S_ISUID};
     if (fchown(fd, static_cast<uid_t>(-1), group_) != 0) {
       mode &= ~mode_t{S_ISGID};

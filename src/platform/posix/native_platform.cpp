@@ -43,6 +43,7 @@ std::string OwnFile(const PosixFileSystem& files, const char* variable, const ch
                     const char* name) {
   const char* chosen = std::getenv(variable);
   const std::string folder =
+      // Relative paths in these variables are to be ignored.
       chosen && *chosen == '/' ? std::string(chosen) : files.DefaultFolder() + usual_place;
   return files.AbsolutePath(folder + "/korvex/" + name);
 }

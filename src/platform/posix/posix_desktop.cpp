@@ -109,6 +109,7 @@ class DesktopSound::Player {
     Properties* properties = nullptr;
     if (create_list_(&properties) != 0) return false;
     set_property_(properties, "event.id", event);
+    // Without a cache file in the user's folder.
     set_property_(properties, "canberra.cache-control", "volatile");
     const int result = play_(context_, 0, properties, nullptr, nullptr);
     destroy_list_(properties);
@@ -155,9 +156,11 @@ void DesktopSound::PlayAlias(const std::string& alias) {
 void DesktopSound::Play(const char* event) {
   {
     const QuietStandardError quiet;
+    // Looked for once, not before every sound.
     if (!std::exchange(tried_, true)) player_ = Player::Load(library_);
     if (player_ && player_->Play(event)) return;
   }
+  // Not into a file: there a beep would be a stray byte.
   if (isatty(STDERR_FILENO)) [[maybe_unused]]
     const ssize_t written = write(STDERR_FILENO, "\a", 1);
 }

@@ -21,7 +21,7 @@
 
 #include "platform/posix/posix_io.h"
 #include "platform/posix/replacement_file.h"
-#include "platform/posix/scratch_folder.h"
+#include "platform/posix/temporary_files.h"
 
 namespace korvex {
 namespace {
@@ -47,6 +47,7 @@ class PosixAppendFile : public AppendFile {
   std::string path_;
 };
 
+// Closing the descriptor gives the lock back.
 class PosixFileLock : public FileLock {
  public:
   explicit PosixFileLock(Descriptor file) : file_(std::move(file)) {}
@@ -55,11 +56,13 @@ class PosixFileLock : public FileLock {
   Descriptor file_;
 };
 
+// `witness` says how that is known, up to the full stop.
 Error InUse(const std::string& path, const std::string& witness) {
   return Error(error_number::kPermissionDenied,
                "Cannot write to " + path + ": The file is in use by another program" + witness);
 }
 
+// Office programs put this file beside a workbook that they have open.
 std::string OwnerFile(const std::string& path) {
   const std::size_t name = path.rfind('/') + 1;  // 0 when there is no folder in the path
   return path.substr(0, name) + ".~lock." + path.substr(name) + "#";
@@ -68,6 +71,7 @@ std::string OwnerFile(const std::string& path) {
 // Follows the links of the last component; where they lead need not exist.
 std::string FollowLinks(std::string path) {
   std::array<char, PATH_MAX> target;
+  // Link by link, since realpath() needs a target that exists.
   for (int level = 0; level < kLinkLevels; ++level) {
     const ssize_t length = readlink(path.c_str(), target.data(), target.size());
     if (length < 0) return path;
@@ -78,6 +82,7 @@ std::string FollowLinks(std::string path) {
 }
 
 void RefuseIfInUse(int fd, const std::string& path) {
+  // The other program may have opened the file by its link or by its own name.
   for (const std::string& file : {path, FollowLinks(path)}) {
     const std::string owner_file = OwnerFile(file);
     if (access(owner_file.c_str(), F_OK) == 0) {
@@ -85,6 +90,9 @@ void RefuseIfInUse(int fd, const std::string& path) {
                   " (" + owner_file + " says so; delete it if no program has the file open).");
     }
   }
+  // There are two kinds of locks on Linux that know nothing of each other: locks on regions
+  // (fcntl), which office programs and file servers use, and locks on the whole file (flock), as in
+  // this program.
   struct flock region {};
   region.l_type = F_WRLCK;
   region.l_whence = SEEK_SET;
@@ -92,12 +100,14 @@ void RefuseIfInUse(int fd, const std::string& path) {
     // A lock of an open file description belongs to no process.
     throw InUse(path, region.l_pid > 0 ? " (process " + std::to_string(region.l_pid) + ")." : ".");
   }
-  // Another run that asks the same holds the lock for a moment.
+  // Another run that makes this same check holds the lock for a moment.
   for (int attempt = 0; flock(fd, LOCK_EX | LOCK_NB) != 0; ++attempt) {
+    // A file system without locks: nobody can hold one.
     if (errno != EWOULDBLOCK) return;
     if (attempt == kMomentAttempts) throw InUse(path, ".");
     std::this_thread::sleep_for(kLockInterval);
   }
+  // Only asked: two runs may append to one log at the same time.
   flock(fd, LOCK_UN);
 }
 
@@ -140,6 +150,8 @@ Descriptor OpenOrCreate(const std::string& path) {
 }
 
 FolderEntry EntryOf(int folder, const dirent& entry) {
+  // Most file systems tell the kind with the name. A call for each file would cost a network round
+  // trip on a share with thousands of files.
   FolderEntry found{entry.d_name, entry.d_type == DT_DIR, entry.d_type == DT_LNK,
                     entry.d_name[0] == '.'};
   struct stat status {};
@@ -150,6 +162,7 @@ FolderEntry EntryOf(int folder, const dirent& entry) {
   if (found.is_link || entry.d_type == DT_UNKNOWN) {
     if (fstatat(folder, entry.d_name, &status, 0) == 0) {
       found.is_folder = S_ISDIR(status.st_mode);
+      // A dead link is no obstacle; one into a folder without permission is.
     } else if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP) {
       found.obstacle = Reason(errno);
     }
@@ -176,6 +189,7 @@ void MakeFolder(const std::string& path, mode_t permissions) {
   if (mkdir(path.c_str(), permissions) == 0) return;
   const int error = errno;
   struct stat status {};
+  // Another program may have created it a moment ago.
   const bool exists = error == EEXIST && stat(path.c_str(), &status) == 0;
   if (!exists || !S_ISDIR(status.st_mode)) throw SystemError(error, "create", path);
 }
@@ -189,6 +203,7 @@ std::string CurrentFolder() {
 }  // namespace
 
 std::string PosixFileSystem::DefaultFolder() const {
+  // HOME first, as every shell does; the user database also knows people whose HOME is not set.
   if (const char* home = std::getenv("HOME"); home && *home == '/') return AbsolutePath(home);
   std::array<char, 16384> texts;
   passwd record{};
@@ -205,6 +220,8 @@ std::string PosixFileSystem::AbsolutePath(std::string_view path) const {
     const std::size_t end = std::min(whole.find('/', start), whole.size());
     const std::string_view part = std::string_view(whole).substr(start, end - start);
     if (part == "..") {
+      // By the text alone, since the folders need not exist. Behind a link this can be another
+      // folder than the system would find.
       result.resize(result.empty() ? 0 : result.rfind('/'));
     } else if (!part.empty() && part != ".") {
       result.append("/").append(part);
@@ -261,6 +278,7 @@ std::vector<FolderEntry> PosixFileSystem::List(const std::string& folder) const 
   if (!open_folder) throw SystemError(errno, "list", folder);
   std::vector<FolderEntry> entries;
   for (;;) {
+    // readdir() answers with null at the end and on failure; errno alone tells them apart.
     errno = 0;
     const dirent* entry = readdir(open_folder.get());
     if (!entry) break;
@@ -314,6 +332,7 @@ void PosixFileSystem::CheckWritable(const std::string& path) {
   if (file.IsOpen() || errno != ENOENT) {
     CheckForAppending(file, errno, path);
   } else {
+    // A new file is tried as the run will make it: under a name of its own, which goes again.
     PosixReplacementFile(TargetOf(path), kForUser);
   }
 }
@@ -326,8 +345,8 @@ std::unique_ptr<ReplacementFile> PosixFileSystem::ReplacePrivately(const std::st
   return std::make_unique<PosixReplacementFile>(TargetOf(path), kForUser);
 }
 
-// Whoever replaces the file under its lock leaves waiting programs with the lock of a file that is
-// gone. These begin anew with the one that has its name.
+// A program that replaces the file while it holds the lock leaves the waiting ones with a lock on
+// the old file, which has no name any more. They try again with the file that has the name now.
 std::unique_ptr<FileLock> PosixFileSystem::Lock(const std::string& path) {
   const auto deadline = std::chrono::steady_clock::now() + kLockPatience;
   for (;;) {

@@ -28,6 +28,7 @@ int ErrorNumber(int error, const std::string& path, Missing missing) {
     case ETXTBSY:
       return error_number::kPermissionDenied;
     case ENOENT:
+      // The system has one code for both a missing file and a missing folder above it.
       return missing == Missing::kFile && IsFolder(FolderOf(path)) ? error_number::kFileNotFound
                                                                    : error_number::kPathNotFound;
     case ENOTDIR:
@@ -84,6 +85,8 @@ bool IsWriteProtected(mode_t mode) {
 Descriptor OpenFile(const std::string& path, int flags, unsigned mode) {
   int fd = -1;
   do {
+    // Programs that are started do not inherit the file; a pipe does not make us wait for its other
+    // end; a terminal does not become this process's own.
     fd = open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode);
   } while (fd < 0 && errno == EINTR);
   return Descriptor(fd);

@@ -21,6 +21,7 @@ std::atomic<int> interrupts = 0;  // that nobody has taken yet
 std::atomic<int> wake_descriptor = -1;
 
 void HandleInterrupt(int) {
+  // The signal may come between a call of the program and its look at errno.
   const int error = errno;
   [[maybe_unused]] const ssize_t written = write(wake_descriptor, "", 1);
   ++interrupts;  // last: who takes it finds the byte to drain
@@ -41,6 +42,7 @@ PosixTerminal::PosixTerminal() {
 
   struct sigaction action {};
   action.sa_handler = SIG_IGN;
+  // Writing answers with EPIPE and EFBIG then, and the run ends with a message instead of silently.
   sigaction(SIGPIPE, &action, &former_pipe_);
   sigaction(SIGXFSZ, &action, &former_file_size_);
   action.sa_handler = HandleInterrupt;
@@ -117,6 +119,7 @@ bool PosixTerminal::WaitForInput() {
     std::array<pollfd, 2> sources{pollfd{STDIN_FILENO, POLLIN, 0},
                                   pollfd{wake_reader_.Get(), POLLIN, 0}};
     const int ready = poll(sources.data(), sources.size(), -1);
+    // With a byte in the pipe, a signal has come: look at the count before the input.
     if (ready > 0 && sources[1].revents == 0) return true;
     if (ready < 0 && errno != EINTR) return true;  // reading will tell
   }
@@ -126,6 +129,7 @@ bool PosixTerminal::ReadMore() {
   std::array<char, 4096> bytes;
   const ssize_t count = read(STDIN_FILENO, bytes.data(), bytes.size());
   if (count > 0) unread_.append(bytes.data(), static_cast<std::size_t>(count));
+  // A terminal that another program has set to non-blocking has nothing yet (EAGAIN).
   return count > 0 || (count < 0 && (errno == EINTR || errno == EAGAIN));
 }
 

@@ -56,6 +56,7 @@ class SpawnFiles {
     } else {
       posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     }
+    // What it prints would get between the lines of this program's progress or into its result.
     posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_adddup2(&actions_, STDOUT_FILENO, STDERR_FILENO);
   }
@@ -78,6 +79,8 @@ std::string FindProgram(const std::string& name,
   folders.insert(folders.end(), further_folders.begin(), further_folders.end());
   for (const std::string& folder : folders) {
     const std::string program = folder + "/" + name;
+    // An empty or relative folder of PATH depends on the current folder, where anybody may have put
+    // a program of that name.
     if (folder.starts_with('/') && IsExecutable(program)) return program;
   }
   return {};

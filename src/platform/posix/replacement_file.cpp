@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/posix/leftovers.h"
+#include "platform/posix/temporary_files.h"
 
 namespace korvex {
 namespace {
@@ -60,9 +60,11 @@ PosixReplacementFile::~PosixReplacementFile() {
 }
 
 void PosixReplacementFile::ExamineTarget() {
+  // "new/" names a folder, which the system would only notice at the rename.
   if (target_.ends_with('/')) throw Failure(EISDIR);
   struct stat status {};
   if (stat(target_.c_str(), &status) != 0) {
+    // A new file. Whether its folder takes one shows when it is made.
     if (errno == ENOENT) return;
     throw Failure(errno);
   }
@@ -99,10 +101,13 @@ void PosixReplacementFile::CreateUnderName(mode_t mode) {
     file_ = OpenFile(name, O_CREAT | O_EXCL | O_WRONLY, mode);
     if (!file_.IsOpen() && errno == EEXIST) continue;
     if (!file_.IsOpen()) break;
+    // Another run may have taken the file for a leftover before the lock was ours.
     if (!HoldTemporary(file_.Get(), name)) continue;
     name_ = std::move(name);
     return;
   }
+  // A user who may write the file but not into its folder would not understand "Permission denied"
+  // about the file.
   throw IsOfPermission(errno) ? FolderFailure(errno) : Failure(errno);
 }
 
@@ -134,6 +139,9 @@ void PosixReplacementFile::CommitAsNew() {
 }
 
 void PosixReplacementFile::Finish() {
+  // Rights come before the name: nobody may open the new file with more rights than the former one
+  // gave. Then the content has to reach the disk before the rename does, or a power failure could
+  // leave an empty file in place of the former one.
   const int error = former_ ? former_->GiveTo(file_.Get()) : 0;
   if (error != 0) throw Failure(error);
   if (fsync(file_.Get()) != 0) throw Failure(errno);
@@ -143,6 +151,8 @@ void PosixReplacementFile::Finish() {
   if (copy >= 0 && close(copy) != 0 && errno != EINTR) throw Failure(errno);
 }
 
+// rename() replaces a file, but needs a name to rename; linkat() gives a nameless file a name, but
+// replaces none. So the file gets a temporary name first.
 void PosixReplacementFile::GiveName() {
   const std::string nameless = DescriptorPath(file_.Get());
   flock(file_.Get(), LOCK_EX | LOCK_NB);  // before anybody can see it
@@ -166,6 +176,7 @@ int PosixReplacementFile::TakeFreePlace() {
     return linkat(AT_FDCWD, nameless.c_str(), AT_FDCWD, target, AT_SYMLINK_FOLLOW) == 0 ? 0 : errno;
   }
   if (renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, target, RENAME_NOREPLACE) == 0) return 0;
+  // Not every file system can rename without replacing. A second link never replaces, either.
   if (errno != EINVAL && errno != ENOSYS && errno != ENOTSUP) return errno;
   if (link(name_.c_str(), target) == 0) {
     unlink(name_.c_str());

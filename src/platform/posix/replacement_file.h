@@ -17,8 +17,8 @@
 
 #include "platform/file_system.h"
 #include "platform/posix/file_rights.h"
-#include "platform/posix/leftovers.h"
 #include "platform/posix/posix_io.h"
+#include "platform/posix/temporary_files.h"
 
 namespace korvex {
 

@@ -49,7 +49,9 @@ std::vector<std::string> Pieces(std::string_view text, std::size_t size) {
 
 // The value of an unstructured header: as it stands when that is safe, else as encoded words.
 std::string HeaderText(std::string text) {
+  // A line break would begin another header.
   std::ranges::replace_if(text, IsControl, ' ');
+  // "=?" begins an encoded word: a text that holds it would be decoded.
   const bool ascii = std::ranges::all_of(text, [](char c) { return c >= ' '; });
   if (ascii && text.size() <= 2 * kMaxWord && text.find("=?") == std::string::npos) return text;
   std::string result;
@@ -95,6 +97,7 @@ Descriptor InMemory(const std::string& content) {
 }  // namespace
 
 void SendmailMail::SignOn() {
+  // Neither folder is in a usual user's PATH.
   program_ = FindProgram("sendmail", {"/usr/sbin", "/usr/lib"});
 }
 
@@ -117,6 +120,7 @@ void SendmailMail::Send() {
   if (sendmail < 0) throw Error(error_number::kDeviceIo, "Cannot start " + program_ + ".");
   const std::optional<int> status = WaitForProgram(sendmail, patience_);
   if (!status) {
+    // It goes on by itself. It is only waited for later, so that no finished process stays behind.
     unfinished_.push_back(sendmail);
   } else if (*status != 0) {
     throw Error(error_number::kDeviceIo, program_ + " did not accept the message.");

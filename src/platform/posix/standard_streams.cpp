@@ -19,6 +19,7 @@ constexpr char kOutput[] = "standard output";
 void OccupyStandardStreams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(stream, F_GETFD) >= 0) continue;
+    // In the wrong direction on purpose: using the stream still fails.
     if (open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) != stream) return;
   }
 }
@@ -31,6 +32,7 @@ void WriteOutput(std::string_view text) {
 
 void FlushOutput() {
   if (std::fflush(stdout) != 0) throw SystemError(errno, "write to", kOutput);
+  // An earlier write may have failed without anybody having looked.
   if (std::ferror(stdout)) throw SystemError(EIO, "write to", kOutput);
 }
 

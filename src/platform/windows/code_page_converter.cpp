@@ -23,6 +23,7 @@ class SystemConverter : public CodePageConverter {
 
   void Append(std::string_view bytes, std::string& utf8) override {
     std::wstring wide;
+    // Almost every text converts as a whole; only a damaged one is taken character by character.
     if (!AppendWide(bytes, wide)) AppendOneByOne(bytes, wide);
     std::replace_if(wide.begin(), wide.end(), IsPlaceholder, kReplacement);
     utf8 += FromWide(wide);

@@ -14,6 +14,7 @@ namespace korvex {
 namespace {
 
 std::string InCodePage(const std::string& text) {
+  // Simple MAPI is older than Unicode on Windows; its functions take the machine's code page.
   const std::wstring wide = ToWide(text);
   const auto length = static_cast<int>(wide.size());
   const auto convert = [&](char* bytes, int size) {
@@ -65,6 +66,7 @@ class MapiMail::Session {
   }
   void Free(void* buffer) { free_(buffer); }
   void SignOff() {
+    // First, so that a failure is not tried a second time by the destructor.
     signed_on_ = false;
     Check(sign_off_(handle_, 0, 0, 0), "sign off from the mail program");
   }
@@ -155,7 +157,9 @@ void MapiMail::Send() {
   std::string text = InCodePage(text_);
   MapiRecipDesc recipient{};
   recipient.lpszName = name.data();
+  // A copy, so that the class set below does not change what belongs to the mail program.
   if (resolved_ && resolved_->Description()) recipient = *resolved_->Description();
+  // The mail program leaves open what a resolved name is for: it could be a sender as well.
   recipient.ulRecipClass = MAPI_TO;
   MapiMessage message{};
   message.lpszSubject = subject.data();

@@ -47,6 +47,7 @@ std::string ProgramFolder() {
   for (;;) {
     const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
     if (length == 0) throw SystemError(GetLastError(), "find", "the program's own folder");
+    // A path that fills the buffer may have been cut off.
     if (length < path.size()) {
       path.resize(length);
       break;

@@ -38,11 +38,13 @@ std::optional<std::string> RegistrySettingsStore::Get(std::string_view section,
     DWORD bytes = Bytes(value.size());
     const LSTATUS status = RegGetValueW(HKEY_CURRENT_USER, wide_section.c_str(), name.c_str(),
                                         kTexts, nullptr, value.data(), &bytes);
+    // The system ends every text with a null here, even one that was stored without.
     if (status == ERROR_SUCCESS) return FromWide(value.c_str());
     if (IsMissing(status)) return std::nullopt;
     if (status != ERROR_MORE_DATA) {
       throw RegistryError(status, "read", section_key + "\\" + std::string(key));
     }
+    // It may grow again before the next look, so this is a loop.
     value.resize(bytes / sizeof(wchar_t) + 1);
   }
 }

@@ -51,6 +51,7 @@ DWORD Patiently(Step step) {
   for (int attempt = 1;; ++attempt) {
     const DWORD code = step();
     if (!IsPassing(code) || attempt == kMoveAttempts) return code;
+    // "Access denied" as well: so the system answers for a file that is being deleted.
     Sleep(kMoveInterval);
   }
 }
@@ -92,6 +93,7 @@ class AccessList {
 
   DWORD GiveTo(const std::wstring& file) const {
     const SECURITY_INFORMATION inheritance =
+        // Without this the system would add the folder's entries to a list that shuts them out.
         is_protected_ ? PROTECTED_DACL_SECURITY_INFORMATION : UNPROTECTED_DACL_SECURITY_INFORMATION;
     return ResultOf(
         SetFileSecurityW(file.c_str(), DACL_SECURITY_INFORMATION | inheritance, Descriptor()));
@@ -133,6 +135,7 @@ void WindowsReplacementFile::ExamineTarget() {
   // Moving a file over a protected one, or over one that a program has open, is refused here.
   const Handle former = OpenFile(target_, path_, "write to", GENERIC_WRITE, OPEN_EXISTING);
   if (GetFileAttributesW(target_.c_str()) & FILE_ATTRIBUTE_REPARSE_POINT) {
+    // The link stays, and the file that it leads to is replaced.
     target_ = SystemPath(FinalPath(former.Get(), path_));
   }
   CheckPlace();
@@ -142,6 +145,7 @@ void WindowsReplacementFile::ExamineTarget() {
 // Whether the folder, and the programs that have the file open, allow replacing it.
 void WindowsReplacementFile::CheckPlace() const {
   const DWORD code = Patiently([&] {
+    // Asking for the right to delete is enough: nothing is deleted here.
     return ResultOf(Handle(CreateFileW(target_.c_str(), GENERIC_READ | DELETE, kShareAll, nullptr,
                                        OPEN_EXISTING, 0, nullptr))
                         .IsOpen());
@@ -157,6 +161,7 @@ void WindowsReplacementFile::Create() {
   // Long paths need another form, so the form is chosen for the whole name, not for the folder.
   std::wstring name = SystemPath(folder + FromWide(owned_name_.Text()));
   RemoveLeftovers(name.substr(0, name.size() - owned_name_.Text().size()), kPrefix);
+  // Shared with nobody: no other program sees half a workbook.
   file_ = Handle(CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
                              FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file_.IsOpen()) throw Failure(GetLastError());
@@ -202,6 +207,8 @@ void WindowsReplacementFile::CommitAsNew() {
 
 void WindowsReplacementFile::Finish() {
   if (!FlushFileBuffers(file_.Get())) throw Failure(GetLastError());
+  // From here to the move a killed program leaves the file; the next run removes it
+  // (RemoveLeftovers).
   MarkForDeletion(file_.Get(), false);
   // File servers report what could not be stored no later than here.
   if (!file_.Close()) throw Failure(GetLastError());
@@ -211,6 +218,7 @@ DWORD WindowsReplacementFile::TakeItsPlace() {
   constexpr DWORD kReplace = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
   const DWORD code = Patiently([&] {
     const DWORD taken = replaces_ ? TakeOver() : Move(kReplace);
+    // ReplaceFile works in two steps and was stopped between them.
     if (taken != ERROR_UNABLE_TO_MOVE_REPLACEMENT) return taken;
     // The former file is gone, and its place is empty.
     replaces_ = false;

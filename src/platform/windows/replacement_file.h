@@ -12,7 +12,7 @@
 #include <string>
 
 #include "platform/file_system.h"
-#include "platform/windows/leftovers.h"
+#include "platform/windows/temporary_files.h"
 #include "platform/windows/windows_error.h"
 #include "platform/windows/windows_handle.h"
 

@@ -57,6 +57,7 @@ std::string FromWide(std::wstring_view wide) {
   utf8.reserve(wide.size());
   for (std::size_t i = 0; i < wide.size(); ++i) {
     char32_t code = wide[i];
+    // A half without its other half goes on as it is, for names of files that hold one.
     if (IsHigh(code) && i + 1 < wide.size() && IsLow(wide[i + 1])) {
       code = 0x10000 + ((code - 0xD800) << 10) + (char32_t{wide[++i]} - 0xDC00);
     }

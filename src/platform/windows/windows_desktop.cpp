@@ -48,6 +48,7 @@ std::wstring PathOf(const ShellItem& item) {
 std::wstring Browse(void* owner, const ShellItem& root, const std::string& title) {
   const ComApartment apartment;
   const std::wstring wide_title = ToWide(title);
+  // The browser writes the chosen name here, without asking how much fits.
   wchar_t name[MAX_PATH]{};
   BROWSEINFOW browser{};
   browser.hwndOwner = static_cast<HWND>(owner);
@@ -72,6 +73,7 @@ void WindowsShell::Open(const std::string& file) {
 }
 
 void WindowsShell::OpenInTextEditor(const std::string& file) {
+  // CreateProcess may write into the command line, so it is a buffer of its own.
   std::wstring command = L"Notepad.EXE \"" + ToWide(file) + L"\"";
   STARTUPINFOW start{};
   start.cb = sizeof start;
@@ -102,6 +104,7 @@ void WindowsSound::Beep() {
 }
 
 void WindowsSound::PlayAlias(const std::string& alias) {
+  // Does not wait: neither for the end of this sound nor for another program's.
   PlaySoundW(ToWide(alias).c_str(), nullptr, SND_ALIAS | SND_ASYNC | SND_NOWAIT);
 }
 
@@ -115,6 +118,7 @@ int WindowsWindowSystem::EnableCloseButton(void* window, bool enable) {
   MENUITEMINFOW item{};
   item.cbSize = sizeof item;
   item.fMask = MIIM_STATE;
+  // The item is not there under this identifier: it is in the wanted state, or has been removed.
   if (!GetMenuItemInfoW(menu, former, FALSE, &item)) return kDone;
   item.fMask = MIIM_ID;
   item.wID = wanted;

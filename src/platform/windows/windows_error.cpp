@@ -89,6 +89,7 @@ std::string SystemText(std::uint32_t code) {
     length = FormatMessageW(kFlags, nullptr, code, language, text, std::size(text), nullptr);
     if (length != 0) break;
   }
+  // The system's texts end with a full stop and a line break.
   while (length > 0 && (text[length - 1] <= L' ' || text[length - 1] == L'.')) --length;
   return length > 0 ? FromWide({text, length}) : "System error " + std::to_string(code);
 }

@@ -22,6 +22,7 @@ DWORD AttributesOf(const std::wstring& system_path) {
   if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_REPARSE_POINT)) {
     return attributes;
   }
+  // Opening follows links; asking for the attributes by path does not.
   const Handle target(CreateFileW(system_path.c_str(), 0, kShareAll, nullptr, OPEN_EXISTING,
                                   FILE_FLAG_BACKUP_SEMANTICS, nullptr));
   BY_HANDLE_FILE_INFORMATION information;
@@ -52,6 +53,7 @@ Handle OpenFile(const std::wstring& system_path, const std::string& path, std::s
                           FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file.IsOpen()) {
     const DWORD code = GetLastError();
+    // Windows says "access denied" for a folder, which would send the user to the administrator.
     if (IsFolder(AttributesOf(system_path))) throw NotOrdinary(action, path, "a folder.");
     throw SystemError(code, action, path, Missing::kFile);
   }

@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "platform/windows/replacement_file.h"
-#include "platform/windows/scratch_folder.h"
+#include "platform/windows/temporary_files.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_api.h"
 #include "platform/windows/windows_error.h"
@@ -31,6 +31,7 @@ class WindowsAppendFile : public AppendFile {
   std::string path_;
 };
 
+// The system deletes the lock file when its handle is closed.
 class WindowsFileLock : public FileLock {
  public:
   explicit WindowsFileLock(Handle file) : file_(std::move(file)) {}
@@ -55,6 +56,7 @@ std::uint64_t Joined(DWORD high, DWORD low) {
 void RefuseIfOwned(const std::string& path) {
   const std::size_t name = path.find_last_of("\\/:") + 1;  // 0 when there is no folder in the path
   const std::string folder = path.substr(0, name);
+  // Two families of office programs, each with a file of its own beside the open workbook.
   for (const std::string& owner_file :
        {folder + "~$" + path.substr(name), folder + ".~lock." + path.substr(name) + "#"}) {
     if (AttributesOf(SystemPath(owner_file)) != INVALID_FILE_ATTRIBUTES) {
@@ -75,6 +77,7 @@ FolderEntry EntryOf(const std::wstring& folder, const WIN32_FIND_DATAW& entry) {
   FolderEntry found{FromWide(entry.cFileName), IsFolder(entry.dwFileAttributes), IsLink(entry),
                     (entry.dwFileAttributes & FILE_ATTRIBUTE_HIDDEN) != 0};
   if (!found.is_link) return found;
+  // The attributes in the entry are those of the link itself.
   const DWORD attributes = AttributesOf(folder + entry.cFileName);
   const DWORD code = GetLastError();
   found.is_folder = IsFolder(attributes);
@@ -133,6 +136,7 @@ std::size_t ReadSome(HANDLE file, std::span<std::byte> bytes, const std::string&
 }  // namespace
 
 WindowsFileSystem::WindowsFileSystem() {
+  // Otherwise Windows shows a box "There is no disk in the drive" and the run waits for an answer.
   SetErrorMode(GetErrorMode() | SEM_FAILCRITICALERRORS);
 }
 
@@ -154,6 +158,7 @@ std::string WindowsFileSystem::AbsolutePath(std::string_view path) const {
 }
 
 bool WindowsFileSystem::FileExists(const std::string& path) const {
+  // The path is cleaned of its last separator below, but "x.xls\" names no file.
   if (path.ends_with('\\') || path.ends_with('/')) return false;
   const DWORD attributes = AttributesOf(SystemPath(path));
   return attributes != INVALID_FILE_ATTRIBUTES && !IsFolder(attributes);
@@ -240,6 +245,7 @@ void WindowsFileSystem::CheckWritable(const std::string& path) {
   RefuseIfOwned(path);
   const std::wstring system_path = SystemPath(path);
   if (AttributesOf(system_path) == INVALID_FILE_ATTRIBUTES) {
+    // A new file is tried as the run will make it: under a name of its own, which goes again.
     WindowsReplacementFile replacement(path);
   } else {
     OpenFile(system_path, path, "write to", FILE_APPEND_DATA, OPEN_EXISTING);
@@ -262,6 +268,8 @@ std::unique_ptr<FileLock> WindowsFileSystem::Lock(const std::string& path) {
     if (code == ERROR_SHARING_VIOLATION && waited > kLockPatience) {
       throw Error(error_number::kPermissionDenied, LockedText(path));
     }
+    // "Access denied" also comes for a short time while the former owner's file is being deleted;
+    // if it lasts, the folder forbids the file.
     const bool may_pass =
         code == ERROR_SHARING_VIOLATION || (code == ERROR_ACCESS_DENIED && waited < kVanishing);
     if (!may_pass) throw SystemError(code, "write to", path);

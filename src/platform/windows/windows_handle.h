@@ -1,4 +1,4 @@
-// Owns one open file, or another thing that the system lends by handle.
+// Owns one open file, or another object that the system gives out as a handle.
 #pragma once
 
 #include <utility>

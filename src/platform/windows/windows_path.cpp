@@ -52,6 +52,7 @@ void ForEachComponent(std::wstring_view path, Take take) {
 }
 
 bool SystemWouldChange(std::wstring_view absolute) {
+  // Only where needed: some programs and file servers do not take the long form.
   bool would = absolute.size() > kLongestPlain;
   ForEachComponent(absolute, [&](std::wstring_view name) {
     would = would || name.ends_with(L'.') || name.ends_with(L' ');
@@ -102,6 +103,7 @@ std::wstring SystemPath(std::string_view path) {
   if (path.empty()) return {};
   std::wstring absolute = AbsoluteWide(path);
   if (absolute.starts_with(kVerbatim) || !SystemWouldChange(absolute)) return absolute;
+  // "\\server\share" becomes "\\?\UNC\server\share", and "C:\x" becomes "\\?\C:\x".
   const bool is_share = absolute.starts_with(L"\\\\");
   absolute.replace(0, is_share ? 2 : 0, is_share ? kVerbatimShare : kVerbatim);
   return absolute;

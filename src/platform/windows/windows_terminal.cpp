@@ -21,6 +21,7 @@ constexpr DWORD kHandlerPatience = 1000;
 HANDLE interrupts = nullptr;
 
 BOOL WINAPI HandleControl(DWORD event) {
+  // FALSE leaves the event to the system, which ends the program.
   if (event != CTRL_C_EVENT) return FALSE;
   ReleaseSemaphore(interrupts, 1, nullptr);
   return TRUE;
@@ -49,6 +50,7 @@ WindowsTerminal::WindowsTerminal() {
   // Kept to the end of the process, since the handler may still run.
   if (!interrupts) interrupts = CreateSemaphoreW(nullptr, 0, 0x7FFF, nullptr);
   while (TakeInterrupt()) continue;
+  // A parent may have had Ctrl-C ignored; that is inherited and has to be undone.
   SetConsoleCtrlHandler(nullptr, FALSE);
   SetConsoleCtrlHandler(HandleControl, TRUE);
 }
@@ -84,6 +86,7 @@ void WindowsTerminal::WriteError(std::string_view text) {
   }
   const std::wstring wide = ToWide(text);
   for (std::wstring_view rest = wide; !rest.empty(); rest.remove_prefix(written)) {
+    // Old consoles refuse a text that does not fit into their 64 KB of shared memory.
     const auto size = static_cast<DWORD>(std::min(rest.size(), kLargestConsoleWrite));
     if (!WriteConsoleW(output, rest.data(), size, &written, nullptr)) return;
   }
@@ -121,6 +124,7 @@ WindowsTerminal::Input WindowsTerminal::WaitForInput() {
   const HANDLE input = StandardInput();
   if (TakeInterrupt()) return Input::kInterrupted;
   if (IsConsole(input)) {
+    // Of two that are ready the first one counts, so Ctrl-C goes before typed keys.
     const std::array<HANDLE, 2> sources{interrupts, input};
     const DWORD ready = WaitForMultipleObjects(sources.size(), sources.data(), FALSE, INFINITE);
     return ready == WAIT_OBJECT_0 ? Input::kInterrupted : Input::kMore;

@@ -22,7 +22,7 @@
 #include <vector>
 
 #include "platform/posix/file_rights.h"
-#include "platform/posix/leftovers.h"
+#include "platform/posix/temporary_files.h"
 #include "platform/posix/posix_io.h"
 #include "settings/ini_settings_store.h"
 #include "tests/platform/temp_folder.h"

@@ -10,7 +10,7 @@
 #include <tuple>
 #include <utility>
 
-#include "platform/windows/leftovers.h"
+#include "platform/windows/temporary_files.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_handle.h"
 #include "platform/windows/windows_path.h"

@@ -1,7 +1,8 @@
-#include "platform/posix/leftovers.h"
+#include "platform/posix/temporary_files.h"
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <stdlib.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -21,13 +22,16 @@
 namespace korvex {
 namespace {
 
+constexpr int kNameAttempts = 100;
+constexpr char kScratchPrefix[] = "korvex-";
+
 std::string HexDigits(std::uint32_t number) {
   char digits[2 * sizeof number + 1];
   std::snprintf(digits, sizeof digits, "%08x", number);
   return digits;
 }
 
-// FNV-1a over the host's name.
+// A short, constant mark of the host: the hash FNV-1a over its name.
 std::string MachineMark() {
   std::array<char, 256> host{};
   gethostname(host.data(), host.size() - 1);
@@ -44,7 +48,8 @@ bool LeadsTo(const std::string& path, const struct stat& open_file) {
          named.st_ino == open_file.st_ino;
 }
 
-// Programs of the administrator give a temporary file to its later owner before it is renamed.
+// A program of the administrator gives its temporary file to the owner of the former file before
+// it renames it, so such a file may belong to somebody else.
 bool IsOurs(const struct stat& status) {
   return status.st_uid == geteuid() || (geteuid() == 0 && S_ISREG(status.st_mode));
 }
@@ -79,6 +84,8 @@ std::string TemporaryName(std::string_view prefix) {
 }
 
 bool HoldTemporary(int fd, const std::string& path) {
+  // A lock that cannot be had because the file system has none is no loss: there nobody finds a
+  // lock to be free and removes the file.
   if (flock(fd, LOCK_EX | LOCK_NB) != 0) return errno != EWOULDBLOCK;
   struct stat status {};
   return fstat(fd, &status) == 0 && LeadsTo(path, status);
@@ -88,11 +95,36 @@ void RemoveLeftovers(const std::string& folder, std::string_view prefix) {
   const std::unique_ptr<DIR, int (*)(DIR*)> open_folder(opendir(folder.c_str()), &closedir);
   if (!open_folder) return;
   const std::string marked = std::string(prefix) + MachineMark() + "-";
+  // Removing entries while readdir() walks over them may skip others: collect first.
   std::vector<std::string> found;
   while (const dirent* entry = readdir(open_folder.get())) {
     if (std::string_view(entry->d_name).starts_with(marked)) found.push_back(entry->d_name);
   }
   for (const std::string& name : found) RemoveUnlessHeld(folder + "/" + name);
+}
+
+PosixScratchFolder::PosixScratchFolder() {
+  const char* const chosen = getenv("TMPDIR");
+  const std::string parent = chosen != nullptr && *chosen != '\0' ? chosen : "/tmp";
+  // Before making a new one, so that folders of killed runs do not fill the disk.
+  RemoveLeftovers(parent, kScratchPrefix);
+  for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
+    path_ = parent + "/" + TemporaryName(kScratchPrefix);
+    if (mkdir(path_.c_str(), 0700) != 0) {
+      if (errno == EEXIST) continue;
+      break;
+    }
+    folder_ = OpenFile(path_, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+    if (folder_.IsOpen() && HoldTemporary(folder_.Get(), path_)) return;
+  }
+  throw SystemError(errno, "write to", parent);
+}
+
+PosixScratchFolder::~PosixScratchFolder() {
+  // Looking into the folder takes descriptors, of which there may be none left.
+  if (rmdir(path_.c_str()) == 0) return;
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
 }
 
 }  // namespace korvex

@@ -1,5 +1,6 @@
-#include "platform/windows/leftovers.h"
+#include "platform/windows/temporary_files.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -9,8 +10,15 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/error.h"
+#include "platform/windows/wide_text.h"
+#include "platform/windows/windows_api.h"
+#include "platform/windows/windows_error.h"
+
 namespace korvex {
 namespace {
+
+constexpr wchar_t kScratchPrefix[] = L"korvex-";
 
 std::wstring HexDigits(std::uint32_t number) {
   wchar_t digits[2 * sizeof number + 1];
@@ -18,7 +26,7 @@ std::wstring HexDigits(std::uint32_t number) {
   return digits;
 }
 
-// FNV-1a over the computer's name.
+// A short, constant mark of the computer: the hash FNV-1a over its name.
 std::wstring MachineMark() {
   std::array<wchar_t, 256> name{};
   auto size = static_cast<DWORD>(name.size());
@@ -39,6 +47,12 @@ bool HasOwner(std::wstring_view name) {
   return mutex.IsOpen() || GetLastError() != ERROR_FILE_NOT_FOUND;
 }
 
+using PathBuffer = std::array<wchar_t, MAX_PATH + 2>;
+
+bool IsPlain(std::wstring_view path) {
+  return std::all_of(path.begin(), path.end(), [](wchar_t c) { return c < 0x7F; });
+}
+
 }  // namespace
 
 TemporaryName::TemporaryName(std::wstring_view prefix) {
@@ -52,6 +66,7 @@ void RemoveLeftovers(const std::wstring& folder, std::wstring_view prefix) {
   WIN32_FIND_DATAW entry{};
   const HANDLE search = FindFirstFileW((folder + marked + L"*").c_str(), &entry);
   if (search == INVALID_HANDLE_VALUE) return;
+  // Collected first: what is deleted during a search can make it skip others.
   std::vector<WIN32_FIND_DATAW> found;
   do {
     if (std::wstring_view(entry.cFileName).starts_with(marked)) found.push_back(entry);
@@ -59,6 +74,7 @@ void RemoveLeftovers(const std::wstring& folder, std::wstring_view prefix) {
   FindClose(search);
   for (const WIN32_FIND_DATAW& leftover : found) {
     const DWORD attributes = leftover.dwFileAttributes;
+    // Nothing is deleted through a link, whoever put it there.
     if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) || HasOwner(leftover.cFileName)) continue;
     const std::wstring path = folder + leftover.cFileName;
     std::error_code ignored;
@@ -68,6 +84,37 @@ void RemoveLeftovers(const std::wstring& folder, std::wstring_view prefix) {
       DeleteFileW(path.c_str());
     }
   }
+}
+
+WindowsScratchFolder::WindowsScratchFolder() : owned_name_(kScratchPrefix) {
+  PathBuffer parent{};
+  GetTempPathW(static_cast<DWORD>(parent.size()), parent.data());
+  RemoveLeftovers(parent.data(), kScratchPrefix);
+  folder_ = parent.data() + owned_name_.Text();
+  if (!CreateDirectoryW(folder_.c_str(), nullptr)) {
+    throw SystemError(GetLastError(), "write to", FromWide(parent.data()));
+  }
+  PathBuffer short_name{};
+  // Drives can be set up without short names; then there is none.
+  const DWORD length = GetShortPathNameW(folder_.c_str(), short_name.data(), MAX_PATH);
+  const bool has_short_name = length > 0 && length < MAX_PATH && IsPlain(short_name.data());
+  if (!IsPlain(folder_) && !has_short_name) {
+    Remove();
+    throw Error(error_number::kPathFileAccess,
+                "Cannot write to " + FromWide(parent.data()) +
+                    ": its name has letters that not every part of Windows knows. Set the "
+                    "environment variable TMP to a folder with a plain name.");
+  }
+  path_ = FromWide(IsPlain(folder_) ? folder_.c_str() : short_name.data());
+}
+
+WindowsScratchFolder::~WindowsScratchFolder() {
+  Remove();
+}
+
+void WindowsScratchFolder::Remove() {
+  std::error_code ignored;
+  std::filesystem::remove_all(folder_, ignored);
 }
 
 }  // namespace korvex

@@ -12,21 +12,24 @@
 #include <string>
 #include <string_view>
 
+#include "platform/file_system.h"
+#include "platform/posix/posix_io.h"
+
 namespace korvex {
 
-// Another name in every call.
+// A new name in every call.
 std::string TemporaryName(std::string_view prefix);
 
 // Locks what has just been made under `path`. False when a program that looks for leftovers was
-// quicker: then it is gone, or will be in a moment. True as well where there are no such locks, and
-// nothing is ever taken for a leftover.
+// quicker: then it is gone, or will be in a moment. Also true where the file system has no such
+// locks; there nothing is ever taken for a leftover.
 bool HoldTemporary(int fd, const std::string& path);
 
 // Removes what this user's programs have left in the folder under names of that prefix. Never
 // fails: what cannot be removed stays.
 void RemoveLeftovers(const std::string& folder, std::string_view prefix);
 
-// Keeps the signals that end a program waiting, so that it does not leave a half-done step behind.
+// Holds back the signals that end a program, so that it does not leave a half-done step behind.
 class HeldSignals {
  public:
   HeldSignals() {
@@ -42,6 +45,23 @@ class HeldSignals {
 
  private:
   sigset_t former_;
+};
+
+// A folder for files of the moment, below TMPDIR or /tmp; only its owner may look into it. While it
+// exists the signals that end a program wait, so that they do not leave it behind.
+class PosixScratchFolder : public ScratchFolder {
+ public:
+  PosixScratchFolder();
+  ~PosixScratchFolder() override;
+  PosixScratchFolder(const PosixScratchFolder&) = delete;
+  PosixScratchFolder& operator=(const PosixScratchFolder&) = delete;
+
+  const std::string& Path() const override { return path_; }
+
+ private:
+  HeldSignals held_;  // first, to be let go last
+  std::string path_;
+  Descriptor folder_;  // keeps it from being taken for a leftover
 };
 
 }  // namespace korvex
