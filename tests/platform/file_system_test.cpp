@@ -1,15 +1,11 @@
 // What every file system of a machine has to do.
 #include "platform/file_system.h"
 
-#include <gmock/gmock.h>
-
 #include <cstdio>
 #include <tuple>
 #include <utility>
 
-#include "platform/native_platform.h"
-#include "tests/platform/temp_folder.h"
-#include "tests/support/errors.h"
+#include "tests/platform/file_system_fixture.h"
 #include "tests/support/memory_file_system.h"
 
 namespace korvex {
@@ -18,21 +14,7 @@ namespace {
 using testing::HasSubstr;
 using testing::UnorderedElementsAre;
 
-class FileSystemTest : public testing::Test {
- protected:
-  std::string Read(const std::string& path) {
-    files_.ReadFile(path, content_);
-    return {reinterpret_cast<const char*>(content_.data()), content_.size()};
-  }
-  static void Write(ReplacementFile& file, std::string_view text) {
-    file.Write(std::as_bytes(std::span(text)));
-  }
-
-  NativePlatform native_;
-  FileSystem& files_ = *native_.Provided().files;
-  TempFolder folder_;
-  std::vector<std::byte> content_;
-};
+using FileSystemTest = FileSystemFixture;
 
 TEST_F(FileSystemTest, ReadsWholeFiles) {
   const std::string large(300000, 'x');
@@ -64,9 +46,9 @@ TEST_F(FileSystemTest, RefusesToWriteWhatIsNotForWriting) {
   for (const auto& [name, number] :
        {std::pair{"folder", 75}, {"protected", 70}, {"missing/x", 76}}) {
     const std::string path = folder_ / name;
-    EXPECT_EQ(ErrorOf([&] { files_.OpenForAppending(path); }).Number(), number) << name;
+    EXPECT_EQ(NumberOfAppending(path), number) << name;
     EXPECT_EQ(ErrorOf([&] { files_.CheckWritable(path); }).Number(), number) << name;
-    EXPECT_EQ(ErrorOf([&] { files_.Replace(path); }).Number(), number) << name;
+    EXPECT_EQ(NumberOfReplacing(path), number) << name;
   }
   EXPECT_EQ(folder_.EntryCount(), 2u);
 }

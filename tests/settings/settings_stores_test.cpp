@@ -23,15 +23,6 @@ TEST(IniSettingsStore, ParsesItsFileAgainOnlyWhenThatChanged) {
   EXPECT_EQ(store.Get("S", "k"), std::nullopt);
 }
 
-TEST(IniSettingsStore, ForgetsWhatCouldNotBeStored) {
-  MemoryFileSystem files(PathStyle::kWindows);
-  IniSettingsStore store(files, "C:\\lab\\settings\\korvex.ini");
-  store.Save("S", "k", "1");
-  files.LimitSpace(3);
-  EXPECT_EQ(ErrorOf([&] { store.Save("S", "k", "2"); }).Number(), error_number::kDiskFull);
-  EXPECT_EQ(store.Get("S", "k"), "1");
-}
-
 TEST(OverlaySettingsStore, ChangesHoldForThisCallAloneUnlessKept) {
   FakeSettingsStore below;
   OverlaySettingsStore store(below);

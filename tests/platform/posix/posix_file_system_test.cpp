@@ -1,8 +1,5 @@
 // What is particular to files of a POSIX system.
-#include "platform/posix/posix_file_system.h"
-
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <signal.h>
 #include <sys/file.h>
 #include <sys/inotify.h>
@@ -22,11 +19,10 @@
 #include <vector>
 
 #include "platform/posix/file_rights.h"
-#include "platform/posix/temporary_files.h"
 #include "platform/posix/posix_io.h"
+#include "platform/posix/temporary_files.h"
 #include "settings/ini_settings_store.h"
-#include "tests/platform/temp_folder.h"
-#include "tests/support/errors.h"
+#include "tests/platform/file_system_fixture.h"
 
 namespace korvex {
 namespace {
@@ -40,39 +36,29 @@ mode_t Permissions(const std::string& path) {
   return stat(path.c_str(), &status) == 0 ? status.st_mode & mode_t{07777} : mode_t{0};
 }
 
-void Write(ReplacementFile& file, std::string_view text) {
-  file.Write(std::as_bytes(std::span(text)));
-}
-
-class PosixFileSystemTest : public testing::Test {
+class PosixFileSystemTest : public FileSystemFixture {
  protected:
   void Link(const char* target, const char* name) {
     ASSERT_EQ(symlink(target, (folder_ / name).c_str()), 0);
   }
-
-  PosixFileSystem files_;
-  TempFolder folder_;
 };
 
 TEST_F(PosixFileSystemTest, ReadsFilesWhoseSizeIsNotTold) {
-  std::vector<std::byte> content;
-  files_.ReadFile("/proc/self/status", content);
-  EXPECT_GT(content.size(), 100u);
+  EXPECT_GT(Read("/proc/self/status").size(), 100u);
 }
 
 TEST_F(PosixFileSystemTest, RefusesWhatIsNoOrdinaryFileWithoutWaiting) {
   ASSERT_EQ(mkfifo((folder_ / "pipe").c_str(), 0600), 0);
   Link("nowhere", "dead");
   Link("loop", "loop");
-  std::vector<std::byte> content;
-  const Error error = ErrorOf([&] { files_.ReadFile(folder_ / "pipe", content); });
+  const Error error = ErrorOf([&] { Read(folder_ / "pipe"); });
   EXPECT_EQ(error.Number(), 75);
   EXPECT_THAT(error.Description(), HasSubstr("pipe: It is not an ordinary file."));
-  EXPECT_EQ(ErrorOf([&] { files_.OpenForAppending(folder_ / "pipe"); }).Number(), 75);
-  EXPECT_EQ(ErrorOf([&] { files_.OpenForAppending(folder_ / "dead"); }).Number(), 76);
+  EXPECT_EQ(NumberOfAppending(folder_ / "pipe"), 75);
+  EXPECT_EQ(NumberOfAppending(folder_ / "dead"), 76);
   EXPECT_THAT(ErrorOf([&] { files_.CheckWritable(folder_ / "dead"); }).Description(),
               HasSubstr("dead: It is a link to " + folder_ / "nowhere, which does not exist"));
-  EXPECT_EQ(ErrorOf([&] { files_.Replace(folder_ / "loop"); }).Number(), 75);
+  EXPECT_EQ(NumberOfReplacing(folder_ / "loop"), 75);
   EXPECT_FALSE(files_.FileExists(folder_ / "nowhere"));
 }
 
@@ -92,7 +78,7 @@ TEST_F(PosixFileSystemTest, TellsThatAFileIsInUseByAnotherProgram) {
 
   Link("out.xls", "link.xls");
   folder_.Put(".~lock.out.xls#", ",anna,lab1;");
-  EXPECT_EQ(ErrorOf([&] { files_.OpenForAppending(folder_ / "link.xls"); }).Number(), 70);
+  EXPECT_EQ(NumberOfAppending(folder_ / "link.xls"), 70);
 }
 
 TEST_F(PosixFileSystemTest, GivesTheUsersUsualPermissionsOrThoseOfTheFormerFile) {

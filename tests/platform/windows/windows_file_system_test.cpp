@@ -1,8 +1,6 @@
 // What is particular to files of Windows.
 #include "platform/windows/windows_file_system.h"
 
-#include <gmock/gmock.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdio>
@@ -14,8 +12,7 @@
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_handle.h"
 #include "platform/windows/windows_path.h"
-#include "tests/platform/temp_folder.h"
-#include "tests/support/errors.h"
+#include "tests/platform/file_system_fixture.h"
 
 #include <sddl.h>  // after windows.h
 
@@ -26,37 +23,13 @@ using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-void Write(ReplacementFile& file, std::string_view text) {
-  file.Write(std::as_bytes(std::span(text)));
-}
-
 // Another program that has a file open and shares it like this.
 Handle Holder(const std::string& path, DWORD share, DWORD access = GENERIC_READ) {
   return Handle(
       CreateFileW(ToWide(path).c_str(), access, share, nullptr, OPEN_EXISTING, 0, nullptr));
 }
 
-class WindowsFileSystemTest : public testing::Test {
- protected:
-  std::string Read(const std::string& path) {
-    files_.ReadFile(path, content_);
-    return {reinterpret_cast<const char*>(content_.data()), content_.size()};
-  }
-  void Save(const std::string& path, std::string_view content) {
-    const auto file = files_.Replace(path);
-    Write(*file, content);
-    file->Commit();
-  }
-  std::vector<std::string> Names(const std::string& folder) {
-    std::vector<std::string> names;
-    for (const FolderEntry& entry : files_.List(folder)) names.push_back(entry.name);
-    return names;
-  }
-
-  WindowsFileSystem files_;
-  TempFolder folder_;
-  std::vector<std::byte> content_;
-};
+using WindowsFileSystemTest = FileSystemFixture;
 
 TEST_F(WindowsFileSystemTest, KnowsDrivesSharesAndVerbatimPaths) {
   const std::pair<const char*, const char*> drives[] = {
@@ -131,8 +104,8 @@ TEST_F(WindowsFileSystemTest, RefusesNamesThatNoFileHas) {
   }
   for (const char* name : {"NUL", "x.xls.", "x ", "x:y.xls"}) {
     const std::string file = folder_.Path() + "\\" + name;
-    EXPECT_EQ(ErrorOf([&] { files_.Replace(file); }).Number(), 75) << name;
-    EXPECT_EQ(ErrorOf([&] { files_.OpenForAppending(file); }).Number(), 75) << name;
+    EXPECT_EQ(NumberOfReplacing(file), 75) << name;
+    EXPECT_EQ(NumberOfAppending(file), 75) << name;
   }
 }
 
@@ -141,8 +114,8 @@ TEST_F(WindowsFileSystemTest, SharesAFileThatAnotherProgramHasOpenAsFarAsThatLet
   {
     const Handle writer = Holder(file, FILE_SHARE_READ, GENERIC_WRITE);
     EXPECT_EQ(Read(file), "old");
-    EXPECT_EQ(ErrorOf([&] { files_.OpenForAppending(file); }).Number(), 70);
-    EXPECT_EQ(ErrorOf([&] { files_.Replace(file); }).Number(), 70);
+    EXPECT_EQ(NumberOfAppending(file), 70);
+    EXPECT_EQ(NumberOfReplacing(file), 70);
   }
   {
     const auto replacement = files_.Replace(file);
@@ -162,7 +135,7 @@ TEST(WindowsReplacementFile, DISABLED_IsKilledWhileItWrites) {
   wchar_t path[MAX_PATH];
   GetEnvironmentVariableW(L"KORVEX_TEST_FILE", path, MAX_PATH);
   const auto replacement = WindowsFileSystem().Replace(FromWide(path));
-  Write(*replacement, "half");
+  replacement->Write(std::as_bytes(std::span("half")));
   TerminateProcess(GetCurrentProcess(), 3);
 }
 
