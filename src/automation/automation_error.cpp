@@ -101,7 +101,7 @@ Error AutomationError(HRESULT result, std::string_view member) {
 }
 
 HRESULT TakeResult(EXCEPINFO& exception) {
-  // Whoever gets an EXCEPINFO owns its texts.
+  // The caller owns the texts of an EXCEPINFO.
   for (const BSTR text :
        {exception.bstrSource, exception.bstrDescription, exception.bstrHelpFile}) {
     SysFreeString(text);

@@ -30,6 +30,7 @@ constexpr int kValueError = 15;  // #VALUE!
 
 int ErrorCodeFrom(SCODE code) {
   const int number = static_cast<int>(code & 0xFFFF) - kFirstCellError;
+  // A number outside of this range is no error of a cell.
   return number >= 0 && number <= kLargestErrorCode ? number : kValueError;
 }
 
@@ -75,6 +76,7 @@ GridBuilder::GridBuilder(int rows, int columns) : rows_(rows) {
 }
 
 GridBuilder::~GridBuilder() {
+  // Take() has given it away.
   if (array_ == nullptr) return;
   SafeArrayUnaccessData(array_);
   SafeArrayDestroy(array_);

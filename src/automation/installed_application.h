@@ -20,7 +20,7 @@ class InstalledApplication : public Application {
  public:
   // Macros of workbooks that are opened do not run. `files` must outlive the application.
   InstalledApplication(Dispatch application, FileSystem& files);
-  // Quits when nobody did.
+  // Quits unless Quit() was called.
   ~InstalledApplication() override;
 
   void SetVisible(bool visible) override;
@@ -33,7 +33,7 @@ class InstalledApplication : public Application {
   // Of the workbooks that were added or opened here.
   int WorkbookCount() const override;
   Workbook& Workbooks(int index) override;
-  // Closes every workbook without saving and lets go of the application. Never fails.
+  // Closes every workbook without saving and releases the application. Never fails.
   void Quit() override;
 
   // For its workbooks.

@@ -15,6 +15,7 @@
 namespace korvex {
 namespace {
 
+// For reading.
 constexpr int kLastCellType = 11;                // of SpecialCells
 constexpr int kCellsPerCall = 1 << 20;           // 24 bytes each
 constexpr std::int64_t kMostCells = 64LL << 20;  // all rows of an .xlsx sheet, 64 columns wide
@@ -23,6 +24,7 @@ CellAddress AddressOf(const Dispatch& range) {
   return {range.Get(L"Row").Integer(), range.Get(L"Column").Integer()};
 }
 
+// For writing.
 constexpr int kCellsPerBlock = 32768;
 // Some versions of the application refuse longer texts within a block.
 constexpr std::size_t kLongestInBlock = 911;

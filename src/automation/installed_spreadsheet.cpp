@@ -20,6 +20,7 @@ void Require(HRESULT result) {
 }  // namespace
 
 bool InstalledSpreadsheet::IsInstalled(const std::string& program_id) {
+  // May be asked before there is an application, so COM may not be initialized yet.
   const ComApartment apartment;
   CLSID id;
   return SUCCEEDED(CLSIDFromProgID(ToWide(program_id).c_str(), &id));

@@ -45,6 +45,7 @@ Worksheet& InstalledWorkbook::Worksheets(std::string_view name) {
   try {
     return SheetOf(workbook_.Object(L"Worksheets").Object(L"Item", {name}));
   } catch (const Error& error) {
+    // A bad index becomes a text that names the sheet; a failure of another kind keeps its own.
     if (error.Number() != error_number::kSubscript) throw;
     throw Error(error_number::kSubscript,
                 "The workbook " + Name() + " has no worksheet \"" + std::string(name) + "\".");
@@ -86,6 +87,7 @@ void InstalledWorkbook::Save(const std::string& full_name, bool as_new) {
   const std::string target = files.AbsolutePath(full_name);
   try {
     CheckOutputTarget(files, target, application_.Inputs());
+    // The name given now decides, not the one that the workbook was added with.
     const OutputFormat& format = OutputFormatOf(target);
     if (format.separator != 0) {
       const std::unique_ptr<ReplacementFile> file = files.Replace(target);
@@ -93,6 +95,7 @@ void InstalledWorkbook::Save(const std::string& full_name, bool as_new) {
       as_new ? file->CommitAsNew() : file->Commit();
     } else {
       for (const auto& sheet : sheets_) {
+        // The cells were checked against the first name's format; this one may hold fewer.
         if (!is_input_) CheckOutputPlace(format, sheet->LastCell());
         sheet->Upload();
       }

@@ -1,4 +1,4 @@
-// What becomes of an error that a procedure has trapped.
+// The report of an error that a procedure has trapped.
 #pragma once
 
 #include <optional>

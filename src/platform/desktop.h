@@ -68,7 +68,7 @@ class WindowSystem {
  public:
   virtual ~WindowSystem() = default;
 
-  // Disables the close item of a window's system menu, and thereby its close box, or enables it
+  // Disables the close item of a window's system menu, and with it its close box, or enables it
   // again. Returns 0 when that is done or there is no such item, -1 when `window` is no window,
   // -2 when the item's identifier cannot be changed, and -3 when its state cannot.
   virtual int EnableCloseButton(void* window, bool enable) = 0;

@@ -19,8 +19,8 @@ struct FolderEntry {
   bool is_folder = false;
   bool is_link = false;    // and may lead back to where it stands
   bool is_hidden = false;  // from people who choose among files, not from a run
-  // Why a link could not be followed, so that nobody knows whether it is a folder; empty when it
-  // was followed, or its target does not exist.
+  // Why a link could not be followed, so that it is not known whether it leads to a folder; empty
+  // when it was followed, or its target does not exist.
   std::string obstacle = {};
 };
 
@@ -45,7 +45,7 @@ class ReplacementFile {
 };
 
 // Keeps other programs that ask for a lock on the same file out for its own lifetime. The system
-// releases it when the program ends, however that comes.
+// releases it when the program ends, even when it is killed.
 class FileLock {
  public:
   virtual ~FileLock() = default;
@@ -117,8 +117,8 @@ class FileSystem {
   virtual std::unique_ptr<ReplacementFile> Replace(const std::string& path) = 0;
   // The same, but a file that is new is for this user alone where the system tells users apart.
   virtual std::unique_ptr<ReplacementFile> ReplacePrivately(const std::string& path) = 0;
-  // Error 70 when another program keeps the lock for five seconds. May create the file, which its
-  // folder must exist for.
+  // Error 70 when another program keeps the lock for five seconds. May create the file; its folder
+  // must exist.
   virtual std::unique_ptr<FileLock> Lock(const std::string& path) = 0;
   // In the folder for temporary files. The path that an error names is that folder's.
   virtual std::unique_ptr<ScratchFolder> MakeScratchFolder() = 0;

@@ -10,8 +10,8 @@ namespace korvex {
 // stream fails as before.
 void OccupyStandardStreams();
 
-// Both write through the stdout of C, and throw when nobody takes what is written (57, 61, 75): a
-// result that is lost is no success.
+// Both write through the stdout of C and throw when the text cannot be written (57, 61, 75): a run
+// whose result is lost has failed.
 void WriteOutput(std::string_view text);
 void FlushOutput();
 

@@ -16,12 +16,12 @@ class Terminal {
   // Whether standard error is a terminal, so that a line can be drawn over.
   virtual bool CanRedraw() const = 0;
   virtual int Columns() const = 0;
-  // UTF-8 to standard error, unbuffered. Never fails: with nobody listening the text is lost.
+  // UTF-8 to standard error, unbuffered. Never fails: a text that cannot be written is lost.
   virtual void WriteError(std::string_view text) = 0;
   // One line from standard input without its line end; none at the end of input or when the user
   // interrupts the wait (Ctrl-C).
   virtual std::optional<std::string> ReadLine() = 0;
-  // Takes one press of Ctrl-C, if there was one that nobody has taken.
+  // Whether Ctrl-C was pressed; every press is answered once.
   virtual bool TakeInterrupt() = 0;
 };
 

@@ -63,6 +63,7 @@ constexpr Setting kSettings[] = {
 };
 static_assert(std::size(kSettings) == kDataColumn + 1);
 
+// Asks the store every time, so that a change by another program counts at once.
 std::optional<std::string> Stored(Id id) {
   return Platform().settings->Get(kSettings[id].section, kSettings[id].key);
 }
@@ -80,6 +81,7 @@ int ReadNumber(Id id) {
   try {
     return ToInt16(text);
   } catch (const Error& error) {
+    // Without its name the user would not know which setting to correct.
     throw Error(error.Number(), "The stored setting \"" + std::string(kSettings[id].key) +
                                     "\" cannot be read. " + error.Description());
   }
@@ -243,6 +245,7 @@ void DeleteAllSettings() {
     all_deleted = all_deleted && deleted;
   }
   if (all_deleted) return;
+  // A message that cannot be shown is no reason to fail.
   Attempt([] {
     Platform().dialogs->ShowPlain({"Errors while deleting registry settings.", BoxButtons::kOk,
                                    BoxIcon::kExclamation, kProgramTitle});

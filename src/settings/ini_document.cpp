@@ -34,6 +34,7 @@ bool NeedsQuotes(std::string_view text) {
   return Trim(text) != text || text.starts_with('"') || std::ranges::any_of(text, IsControl);
 }
 
+// "%" is only special within quotation marks, so it is encoded only there.
 std::string EncodedValue(std::string_view value) {
   return NeedsQuotes(value) ? Quoted(value, "%") : std::string(value);
 }
@@ -133,6 +134,7 @@ void IniDocument::Set(std::string_view section, std::string_view key, std::strin
     lines_.insert(last.base(), entry());
     return;
   }
+  // A blank line before the new section.
   if (!lines_.empty()) {
     EndLine(lines_.back());
     lines_.push_back(Parse(LineEnd(), ""));

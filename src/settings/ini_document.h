@@ -27,7 +27,7 @@ class IniDocument {
   std::optional<std::string> Get(std::string_view section, std::string_view key) const;
   // Changes the line that holds the value, or adds one at the end of its section.
   void Set(std::string_view section, std::string_view key, std::string_view value);
-  // Takes out every line of that name; false when there is none.
+  // Removes every line of that name; false when there is none.
   bool Remove(std::string_view section, std::string_view key);
   std::string Text() const;
 

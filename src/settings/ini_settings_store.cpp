@@ -64,6 +64,8 @@ void IniSettingsStore::Refresh() {
   version_ = version;
   may_change_unseen_ =
       !version ||
+      // Changed so lately that another change could bear the same time: read it again next time,
+      // too.
       version->content_changed + std::chrono::nanoseconds(kTimeStampStep).count() >= now;
 }
 

@@ -1,18 +1,12 @@
-// The installed spreadsheet application, played by a scripted one: in this process, to see what is
-// called and what comes of it, and as a process of its own, which COM starts.
+// The installed spreadsheet application, played by a scripted one in this process: what is called,
+// and with what result.
 
 #include "automation/installed_application.h"
 
 #include <gmock/gmock.h>
 
-#include "automation/installed_spreadsheet.h"
-#include "platform/native_platform.h"
-#include "platform/windows/wide_text.h"
-#include "platform/windows/windows_file_system.h"
-#include "platform/windows/windows_handle.h"
 #include "structure/basFuncs_workbooks.h"
 #include "tests/automation/server/scripted_application.h"
-#include "tests/platform/temp_folder.h"
 #include "tests/support/errors.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/watched_spreadsheet.h"
@@ -29,7 +23,6 @@ CellValue T(std::string_view text) {
 
 using Rows = std::vector<std::vector<TestCell>>;
 
-constexpr DWORD kLongestWait = 20'000;  // milliseconds
 constexpr char kOutput[] = "C:\\plates\\out.xls";
 
 class InstalledApplicationTest : public testing::Test {
@@ -254,66 +247,6 @@ TEST_F(InstalledApplicationTest, LeavesNothingOpen) {
   application->Quit();
   EXPECT_EQ(ErrorOf([&] { application->AddWorkbook("out.xls"); }).Number(),
             error_number::kAutomation);
-}
-
-// Registers the scripted application, which lies beside the tests, under names of this process.
-// Wine looks for the names of programs only among those of the whole machine.
-class InstalledSpreadsheetTest : public testing::Test {
- protected:
-  ~InstalledSpreadsheetTest() override {
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ToWide(Key(program_id)).c_str());
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE, ToWide(Key("CLSID\\" + class_id)).c_str());
-  }
-
-  static std::string Key(const std::string& name) { return "Software\\Classes\\" + name; }
-  static void SetKey(const std::string& key, const std::string& value) {
-    const std::wstring text = ToWide(value);
-    ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, ToWide(Key(key)).c_str(), nullptr, REG_SZ,
-                              text.c_str(), static_cast<DWORD>((text.size() + 1) * 2)),
-              ERROR_SUCCESS);
-  }
-  void Register(const std::string& dies_at = "") {
-    const std::string server =
-        NativePlatform().Provided().program_folder + "\\spreadsheet_server.exe";
-    std::string command = "\"" + server + "\" " + class_id + " \"" + log + "\"";
-    if (!dies_at.empty()) command += " \"" + dies_at + "\"";
-    SetKey(program_id + "\\CLSID", class_id);
-    SetKey("CLSID\\" + class_id + "\\LocalServer32", command);
-  }
-
-  TempFolder folder;
-  WindowsFileSystem files;
-  const std::string log = folder / "calls.log";
-  const std::string program_id = "KorvexTest.Spreadsheet." + std::to_string(GetCurrentProcessId());
-  const std::string class_id = "{7B1C2A60-5D0E-4F7B-9C1F-0000" +
-                               std::to_string(10'000'000 + GetCurrentProcessId() % 10'000'000) +
-                               "}";
-};
-
-TEST_F(InstalledSpreadsheetTest, StartsAndEndsAProcessAndStartsAnewAfterThatHasDied) {
-  InstalledSpreadsheet spreadsheet(files, program_id);
-  EXPECT_FALSE(InstalledSpreadsheet::IsInstalled(program_id));
-  EXPECT_EQ(ErrorOf([&] { spreadsheet.CreateApplication(); }).Number(),
-            error_number::kNoSuchApplication);
-  Register("Worksheet.Index");
-  EXPECT_TRUE(InstalledSpreadsheet::IsInstalled(program_id));
-  std::unique_ptr<Application> application = spreadsheet.CreateApplication();
-  Worksheet& sheet = application->AddWorkbook("out.xls").Worksheets(1);
-  const Error error = ErrorOf([&] { sheet.Index(); });
-  EXPECT_EQ(error.Number(), error_number::kAutomation);
-  EXPECT_THAT(error.Description(), HasSubstr("spreadsheet application has ended"));
-  EXPECT_THAT(ErrorOf([&] { sheet.SetName("x"); }).Description(), HasSubstr("has ended"));
-  QuitExcel(application);
-  EXPECT_EQ(application, nullptr);
-
-  files.DeleteFile(log);
-  Register();
-  application = spreadsheet.CreateApplication();
-  EXPECT_EQ(application->AddWorkbook("out.xls").Worksheets(1).Index(), 1);
-  const auto process = static_cast<DWORD>(std::stoul(Content(log)));  // its first line
-  const Handle server(OpenProcess(SYNCHRONIZE, FALSE, process));
-  application.reset();
-  EXPECT_EQ(WaitForSingleObject(server.Get(), kLongestWait), WAIT_OBJECT_0);
 }
 
 }  // namespace

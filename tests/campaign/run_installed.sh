@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs korvex-convert.exe on the samples with an installed spreadsheet application, which is a program
-# of the tests: the cells of the output, the calls that reach it, and that it is ended.
+# of the tests: the cells of the output, the calls that reach it, that it is ended, and what is said
+# when it dies.
 #
 #   tests/campaign/run_installed.sh BIN_DIR
 set -euo pipefail
@@ -38,10 +39,19 @@ register() { # KEY VALUE
   wine "$WINEPREFIX/drive_c/windows/system32/reg.exe" add "HKLM\\Software\\Classes\\$1" \
     /ve /d "$2" /f >/dev/null
 }
+register_server() { # [CALL-TO-DIE-AT]
+  register "CLSID\\$class\\LocalServer32" \
+    "\"$(native "$bin/spreadsheet_server.exe")\" $class \"$(native "$work/calls")\" $*"
+}
 register 'Excel.Application\CLSID' "$class"
-register "CLSID\\$class\\LocalServer32" \
-  "\"$(native "$bin/spreadsheet_server.exe")\" $class \"$(native "$work/calls")\""
 
+# One that dies is an error of the run, and the next run starts it anew.
+register_server Workbooks.Add
+! convert || fail "goes on without its application"
+grep -q "The spreadsheet application has ended" "$work/told" || fail "does not say that it has ended"
+rm "$work/calls"
+
+register_server
 convert >"$work/printed" || fail "exit status"
 wine "$bin/workbook-dump.exe" "$(native "$work/out.xls")" | diff "$here/expected/samples.tsv" - ||
   fail "cells"

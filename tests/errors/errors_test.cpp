@@ -1,4 +1,4 @@
-// What becomes of a trapped error: a record in the log, a message, an e-mail.
+// The report of a trapped error: a record in the log, a message, an e-mail.
 #include <gmock/gmock.h>
 
 #include <new>

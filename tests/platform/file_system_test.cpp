@@ -27,7 +27,7 @@ TEST_F(FileSystemTest, ReadsWholeFiles) {
   EXPECT_EQ(Read(folder_.Put("empty.xls", "")), "");
 }
 
-TEST_F(FileSystemTest, RefusesToReadWhatIsNoFile) {
+TEST_F(FileSystemTest, RefusesToReadFoldersAndMissingFiles) {
   folder_.PutFolder("folder.xls");
   const std::tuple<const char*, int, const char*> cases[] = {
       {"missing.xls", 53, ": No such file"},
@@ -40,7 +40,7 @@ TEST_F(FileSystemTest, RefusesToReadWhatIsNoFile) {
   }
 }
 
-TEST_F(FileSystemTest, RefusesToWriteWhatIsNotForWriting) {
+TEST_F(FileSystemTest, RefusesToWriteFoldersAndProtectedFiles) {
   folder_.PutFolder("folder");
   folder_.PutProtected("protected", "x");
   for (const auto& [name, number] :

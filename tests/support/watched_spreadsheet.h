@@ -35,7 +35,7 @@ class WatchedSpreadsheet : public EmbeddedSpreadsheet {
   void Put(const std::string& full_name, const std::vector<TestSheet>& sheets);
 
   std::vector<std::string> calls;  // that reached the applications themselves
-  int running = 0;                 // applications that nobody has told to quit
+  int running = 0;                 // applications that have not been told to quit
   std::function<void()> on_quit;
 
  private:

@@ -102,7 +102,7 @@ void RefuseIfInUse(int fd, const std::string& path) {
   }
   // Another run that makes this same check holds the lock for a moment.
   for (int attempt = 0; flock(fd, LOCK_EX | LOCK_NB) != 0; ++attempt) {
-    // A file system without locks: nobody can hold one.
+    // The file system has no locks, so no program can hold one.
     if (errno != EWOULDBLOCK) return;
     if (attempt == kMomentAttempts) throw InUse(path, ".");
     std::this_thread::sleep_for(kLockInterval);
@@ -332,7 +332,7 @@ void PosixFileSystem::CheckWritable(const std::string& path) {
   if (file.IsOpen() || errno != ENOENT) {
     CheckForAppending(file, errno, path);
   } else {
-    // A new file is tried as the run will make it: under a name of its own, which goes again.
+    // A new file is tried as the run will make it: under a name of its own, which is deleted again.
     PosixReplacementFile(TargetOf(path), kForUser);
   }
 }

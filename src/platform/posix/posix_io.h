@@ -46,7 +46,7 @@ std::string Reason(int error);
 // Error 75 unless `mode` (of stat) is that of an ordinary file.
 void RequireOrdinaryFile(mode_t mode, std::string_view action, const std::string& path);
 
-// Whether nobody at all may write: a protection that holds for the administrator too, who could.
+// Whether nobody at all may write. The administrator could write all the same, but must not.
 bool IsWriteProtected(mode_t mode);
 
 // Opens with close-on-exec and without ever waiting (a named pipe waits for its other end);

@@ -26,8 +26,8 @@ bool IsOfPermission(int error) {
   return error == EACCES || error == EPERM || error == EROFS || error == EBUSY;
 }
 
-// Ends like the target's name, as far as a name can be that long: a file system that refuses the
-// characters of that name refuses this one, too.
+// Ends like the target's name, cut where it would be too long: a file system that refuses the
+// characters of that name refuses this one too.
 std::string NameLike(const std::string& target) {
   std::string name = TemporaryName(kPrefix) + "-";
   const std::string wanted = target.substr(target.rfind('/') + 1);

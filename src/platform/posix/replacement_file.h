@@ -47,7 +47,7 @@ class PosixReplacementFile : public ReplacementFile {
   Error Failure(int error) const;
   Error FolderFailure(int error) const;
 
-  HeldSignals held_;  // first, to be let go last
+  HeldSignals held_;  // first member, so released last
   std::string target_;
   std::string folder_;
   std::optional<FileRights> former_;  // of the file that is replaced

@@ -84,8 +84,8 @@ std::string TemporaryName(std::string_view prefix) {
 }
 
 bool HoldTemporary(int fd, const std::string& path) {
-  // A lock that cannot be had because the file system has none is no loss: there nobody finds a
-  // lock to be free and removes the file.
+  // Without locks in the file system nothing is lost: no other program gets the lock there, so none
+  // removes the file.
   if (flock(fd, LOCK_EX | LOCK_NB) != 0) return errno != EWOULDBLOCK;
   struct stat status {};
   return fstat(fd, &status) == 0 && LeadsTo(path, status);

@@ -1,10 +1,10 @@
 // Temporary files and folders of the program, and the removal of those that a killed program has
 // left.
 //
-// Their names are PREFIX, a mark of this machine, "-" and random digits. Whoever made one holds a
-// lock (flock) on it, which the system takes back when the process ends, however that comes: what
-// nobody holds has no owner any more. The mark keeps machines that share a disk apart, since not
-// every disk tells one machine about the locks of another.
+// Their names are PREFIX, a mark of this machine, "-" and random digits. The program that made
+// one holds a lock (flock) on it, which the system releases when the process ends, even when it is
+// killed: a file that is not locked has no owner any more. The mark keeps machines that share a
+// disk apart, since not every disk tells one machine about the locks of another.
 #pragma once
 
 #include <signal.h>
@@ -59,7 +59,7 @@ class PosixScratchFolder : public ScratchFolder {
   const std::string& Path() const override { return path_; }
 
  private:
-  HeldSignals held_;  // first, to be let go last
+  HeldSignals held_;  // first member, so released last
   std::string path_;
   Descriptor folder_;  // keeps it from being taken for a leftover
 };

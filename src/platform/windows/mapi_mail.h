@@ -17,7 +17,7 @@ class MapiMail : public Mail {
   explicit MapiMail(std::string library = "MAPI32.DLL");
   ~MapiMail() override;
 
-  // By the user's own profile, without a dialog: nobody may be there to answer it. Error 68 when
+  // By the user's own profile, without a dialog, since the user may be away. Error 68 when
   // there is no mail program, 57 when it refuses.
   void SignOn() override;
   void Compose() override;

@@ -161,7 +161,7 @@ void WindowsReplacementFile::Create() {
   // Long paths need another form, so the form is chosen for the whole name, not for the folder.
   std::wstring name = SystemPath(folder + FromWide(owned_name_.Text()));
   RemoveLeftovers(name.substr(0, name.size() - owned_name_.Text().size()), kPrefix);
-  // Shared with nobody: no other program sees half a workbook.
+  // Not shared, so that no other program sees half a workbook.
   file_ = Handle(CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
                              FILE_ATTRIBUTE_NORMAL, nullptr));
   if (!file_.IsOpen()) throw Failure(GetLastError());

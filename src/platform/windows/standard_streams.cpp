@@ -36,8 +36,7 @@ Error OutputError() {
 
 }  // namespace
 
-// Whoever starts a program can name handles that are not open. The next file would get their
-// values.
+// A program can be started with handles that are not open. The next file would get their values.
 void OccupyStandardStreams() {
   for (const DWORD stream : {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE, STD_ERROR_HANDLE}) {
     SetLastError(ERROR_SUCCESS);

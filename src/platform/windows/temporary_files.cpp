@@ -36,7 +36,7 @@ std::wstring MachineMark() {
   return HexDigits(hash);
 }
 
-// Seen by all sessions: what runs at night shares folders with whoever is logged on.
+// Visible in all sessions: a run at night may share folders with a user who is logged on.
 std::wstring MutexName(std::wstring_view name) {
   return L"Global\\KORVEX" + std::wstring(name);
 }
@@ -74,7 +74,7 @@ void RemoveLeftovers(const std::wstring& folder, std::wstring_view prefix) {
   FindClose(search);
   for (const WIN32_FIND_DATAW& leftover : found) {
     const DWORD attributes = leftover.dwFileAttributes;
-    // Nothing is deleted through a link, whoever put it there.
+    // Nothing is deleted through a link.
     if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) || HasOwner(leftover.cFileName)) continue;
     const std::wstring path = folder + leftover.cFileName;
     std::error_code ignored;
@@ -95,7 +95,7 @@ WindowsScratchFolder::WindowsScratchFolder() : owned_name_(kScratchPrefix) {
     throw SystemError(GetLastError(), "write to", FromWide(parent.data()));
   }
   PathBuffer short_name{};
-  // Drives can be set up without short names; then there is none.
+  // Drives can be set up without short names; then this fails.
   const DWORD length = GetShortPathNameW(folder_.c_str(), short_name.data(), MAX_PATH);
   const bool has_short_name = length > 0 && length < MAX_PATH && IsPlain(short_name.data());
   if (!IsPlain(folder_) && !has_short_name) {

@@ -1,9 +1,9 @@
 // Temporary files and folders of the program, and the removal of those that a killed program has
 // left.
 //
-// Their names are a prefix, a mark of this machine, "-" and random digits. Whoever makes one first
-// makes a mutex of that name, which the system takes back when the process ends, however that
-// comes: what has no mutex has no owner any more. The mark keeps machines that share a folder
+// Their names are a prefix, a mark of this machine, "-" and random digits. A program first makes
+// a mutex of that name, which the system deletes when the process ends, even when it is killed: a
+// file without a mutex has no owner any more. The mark keeps machines that share a folder
 // apart.
 #pragma once
 

@@ -245,7 +245,7 @@ void WindowsFileSystem::CheckWritable(const std::string& path) {
   RefuseIfOwned(path);
   const std::wstring system_path = SystemPath(path);
   if (AttributesOf(system_path) == INVALID_FILE_ATTRIBUTES) {
-    // A new file is tried as the run will make it: under a name of its own, which goes again.
+    // A new file is tried as the run will make it: under a name of its own, which is deleted again.
     WindowsReplacementFile replacement(path);
   } else {
     OpenFile(system_path, path, "write to", FILE_APPEND_DATA, OPEN_EXISTING);

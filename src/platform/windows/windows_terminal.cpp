@@ -143,7 +143,7 @@ WindowsTerminal::Input WindowsTerminal::ReadMore() {
   return IsConsole(StandardInput()) ? ReadFromConsole() : ReadFromStream();
 }
 
-// The console hands over whole lines, once the user has finished them.
+// The console gives whole lines, once the user has finished them.
 WindowsTerminal::Input WindowsTerminal::ReadFromConsole() {
   std::array<wchar_t, 4096> letters;
   DWORD count = 0;

@@ -197,7 +197,7 @@ ComValue ScriptedApplication::Object(const std::string& kind, ScriptedObject::Me
 
 ScriptedObject* ScriptedApplication::Root() {
   const ScriptedObject::Members workbooks = {
-      // What it will be saved as, nobody says here; it has the room of the larger format.
+      // The format is not known yet, so it has the room of the larger one.
       {"Add", Give([this] { return OfWorkbook(application_.AddWorkbook("Book.xlsx")); })},
       {"Open", [this](const ScriptedCall& call) {
          return OfWorkbook(application_.OpenWorkbook(call.named.at("Filename").Text(), {}));

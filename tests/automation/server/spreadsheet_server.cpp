@@ -86,6 +86,6 @@ int main() {
   const bool dies = count > 3 && arguments[3][0] != L'-';
   const int status =
       korvex::Serve(id, arguments[2], dies ? korvex::FromWide(arguments[3]) : std::string());
-  // Without taking leave of COM, which can wait for its own threads for ever here.
+  // Without ending COM, which can wait for its own threads without end here.
   TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
 }
