@@ -22,6 +22,7 @@ class CellTable {
   // The columns right of it move left.
   void DeleteColumn(int column);
 
+  // How many cells of the row are not empty.
   int CountA(int row) const;
   // The bottom right corner of what is not empty; row 1, column 1 for an empty table.
   CellAddress LastCell() const;

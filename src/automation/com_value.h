@@ -23,6 +23,7 @@ class ComValue {
   ComValue(std::string_view utf8);
   ComValue(const std::string& utf8) : ComValue(std::string_view(utf8)) {}
   ComValue(const char* utf8) : ComValue(std::string_view(utf8)) {}
+  // A serial number of cells, counted from 1899-12-30.
   static ComValue Date(double serial);
   // `code` is the spreadsheet's own (7 for #DIV/0!).
   static ComValue CellError(int code);

@@ -45,6 +45,7 @@ class InstalledApplication : public Application {
   void Drop(const InstalledWorkbook& closed);
 
  private:
+  // The application; error 1004 once it has quit.
   const Dispatch& Running() const;
 
   Dispatch application_;

@@ -31,6 +31,7 @@ class InstalledSheet : public Worksheet {
   virtual void Upload() {}
 
  protected:
+  // The application's own sheet, and the workbook here that holds this one.
   const Dispatch& Object() const { return sheet_; }
   const InstalledWorkbook& Owner() const { return workbook_; }
 
@@ -54,8 +55,11 @@ class InstalledInputSheet : public InstalledSheet {
   void DeleteColumn(int column) override;
 
  private:
+  // All cells, fetched when they are first needed. Error 1004 when there are too many to hold.
   const CellTable& Cells() const;
+  // Puts the cells from `first` to `last` into `cells`, by one call.
   void Fetch(CellAddress first, CellAddress last, CellTable& cells) const;
+  // The bottom right corner of what the application takes for used, formats included.
   CellAddress FindLastCell() const;
   [[noreturn]] void RefuseChange() const;
 
@@ -79,12 +83,15 @@ class InstalledOutputSheet : public InstalledSheet {
   void Upload() override;
 
  private:
+  // The steps of an upload, in this order.
   void FormatTexts() const;
   void WriteBlocks() const;
   void WriteLongTexts() const;
 
   CellTable cells_;
+  // Since the last upload.
   bool has_changed_ = false;
+  // The application holds cells of this sheet, which the next upload clears first.
   bool was_uploaded_ = false;
 };
 

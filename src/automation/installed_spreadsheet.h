@@ -17,6 +17,7 @@ class InstalledSpreadsheet : public SpreadsheetProgram {
  public:
   static constexpr char kProgramId[] = "Excel.Application";
 
+  // Whether the name is registered; nothing is started.
   static bool IsInstalled(const std::string& program_id = kProgramId);
 
   // `files` must outlive the applications.

@@ -27,13 +27,16 @@ class InstalledWorkbook : public Workbook {
   std::string Path() const override;
   int WorksheetCount() const override;
   Worksheet& Worksheets(int index) override;
+  // In any letter case. Error 9 names the workbook and the sheet.
   Worksheet& Worksheets(std::string_view name) override;
   // Saves in the format of the name, whatever the application's own is; .csv and .tsv are written
   // here, since the application would write their numbers as they are shown, rounded. Refuses to
   // write over a file that the application has read in its life. Every failure is error 1004 with
   // the cause.
   void SaveAs(const std::string& full_name) override;
+  // The same, but error 58 when there is a file of that name.
   void SaveAsNew(const std::string& full_name) override;
+  // Without saving. Deletes this object.
   void Close() override;
 
   // For its sheets.

@@ -15,6 +15,7 @@
 namespace korvex {
 
 // The error that a trap has caught; it stays the pending one while the handler runs.
+// `location` (unit, point, procedure) is a literal, or must outlive the handler.
 class TrappedError {
  public:
   explicit TrappedError(const char* location) : location_(location), error_(PendingError()) {}

@@ -41,6 +41,7 @@ std::string StandardErrorText(int number);
 // line: control characters of the names in it are escaped (`Shown`).
 class Error : public std::exception {
  public:
+  // With the standard text of the number.
   explicit Error(int number);
   Error(int number, std::string description, std::string source = "KORVEX");
   // The same error with a line above its description.

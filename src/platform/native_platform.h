@@ -22,6 +22,7 @@ class NativePlatform {
 
   // Without spreadsheet application, dialogs, message loop and main window, which the program
   // chooses.
+  // Valid as long as this object.
   Services Provided() const;
 
  private:

@@ -18,6 +18,7 @@ class Sound;
 class SpreadsheetProgram;
 class WindowSystem;
 
+// The title of messages and the source of the program's own errors.
 inline constexpr char kProgramTitle[] = "KORVEX";
 extern const char kProgramVersion[];  // of project() in CMakeLists.txt
 
@@ -45,6 +46,7 @@ const Services& Platform();
 // Installs a set for its own lifetime and puts the former one back.
 class InstalledServices {
  public:
+  // `services` is copied; what it points to must outlive this object.
   explicit InstalledServices(const Services& services);
   ~InstalledServices();
   InstalledServices(const InstalledServices&) = delete;

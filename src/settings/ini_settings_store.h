@@ -27,13 +27,16 @@ class IniSettingsStore : public SettingsStore {
   void Delete(std::string_view section, std::string_view key) override;
 
  private:
+  // Reads the file, unless it is known to be unchanged.
   void Refresh();
+  // Replaces the file by the document.
   void Write();
 
   FileSystem& files_;
   std::string path_;
   IniDocument document_;
   std::optional<FileVersion> version_;  // of the file that the document was read from
+  // The file changed so lately that the next change could bear the same time.
   bool may_change_unseen_ = true;
 };
 

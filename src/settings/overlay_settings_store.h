@@ -16,6 +16,7 @@ class OverlaySettingsStore : public SettingsStore {
   // `below` must outlive the overlay.
   explicit OverlaySettingsStore(SettingsStore& below) : below_(below) {}
 
+  // As this call has changed it, or else from the store below.
   std::optional<std::string> Get(std::string_view section, std::string_view key) override;
   // Both hold for this call alone, until Keep.
   void Save(std::string_view section, std::string_view key, std::string_view value) override;

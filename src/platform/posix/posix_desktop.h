@@ -31,9 +31,11 @@ class DesktopSound : public Sound {
  private:
   class Player;
 
+  // By the sound theme, or else the terminal's bell.
   void Play(const char* event);
 
   std::string library_;
+  // Whether the library has been looked for.
   bool tried_ = false;
   std::unique_ptr<Player> player_;  // none when there is no library
 };

@@ -24,6 +24,7 @@ class Descriptor {
 
   int Get() const { return fd_; }
   bool IsOpen() const { return fd_ >= 0; }
+  // The caller closes it then.
   int Release();
   void Close();
 

@@ -31,14 +31,17 @@ class PosixTerminal : public Terminal {
 
  private:
   bool WaitForInput();
+  // False at the end of input.
   bool ReadMore();
 
   // Written by the signal handler: ends a wait for input, even when it comes just before it.
   Descriptor wake_reader_;
   Descriptor wake_writer_;
+  // Put back at the end.
   struct sigaction former_interrupt_ {};
   struct sigaction former_pipe_ {};
   struct sigaction former_file_size_ {};
+  // Bytes behind the last line that was given out.
   std::string unread_;
 };
 

@@ -35,15 +35,18 @@ class PosixReplacementFile : public ReplacementFile {
   void CommitAsNew() override;
 
  private:
+  // The steps of the constructor. Each throws what would keep Commit from replacing the target.
   void ExamineTarget();
   void CheckPlace() const;
   void Create(mode_t mode);
   void CreateUnderName(mode_t mode);
+  // The steps of both kinds of Commit. Those that return an int return 0 or an errno.
   void Finish();
   void GiveName();
   int TakeFreePlace();
   int Rename();
   void SyncFolder();
+  // The error of the target, and of its folder when that is what forbids the replacement.
   Error Failure(int error) const;
   Error FolderFailure(int error) const;
 

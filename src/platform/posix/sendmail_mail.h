@@ -33,7 +33,9 @@ class SendmailMail : public Mail {
   void SignOff() override { program_.clear(); }
 
  private:
+  // Collects the exit status of slow programs that have ended meanwhile.
   void ForgetEnded();
+  // Headers and text, with LF as line end.
   std::string Message() const;
 
   std::chrono::milliseconds patience_;
@@ -41,6 +43,7 @@ class SendmailMail : public Mail {
   std::string subject_;
   std::string text_;
   std::string recipient_;
+  // Programs that took longer than the patience.
   std::vector<pid_t> unfinished_;
 };
 

@@ -44,6 +44,7 @@ class HeldSignals {
   HeldSignals& operator=(const HeldSignals&) = delete;
 
  private:
+  // The signals that were held back before.
   sigset_t former_;
 };
 

@@ -9,6 +9,8 @@
 
 namespace korvex {
 
+// The objects that are used here (the folder browser, applications by automation) belong to the
+// thread that made them.
 class ComApartment {
  public:
   ComApartment()
@@ -22,6 +24,7 @@ class ComApartment {
   ComApartment& operator=(const ComApartment&) = delete;
 
  private:
+  // COM has to be ended as often as it was successfully initialized, and no more often.
   const bool is_ours_;
 };
 

@@ -36,6 +36,7 @@ class MapiMail : public Mail {
   class Session;
   class Recipient;
 
+  // Error 68 without a session.
   Session& SignedOn() const;
 
   std::string library_;

@@ -8,6 +8,8 @@
 
 namespace korvex {
 
+// Names ignore letter case, as the registry does. A value that is no text, which another program
+// must have put there, is error 75.
 class RegistrySettingsStore : public SettingsStore {
  public:
   // Below HKEY_CURRENT_USER. A test names a key of its own.
@@ -19,6 +21,7 @@ class RegistrySettingsStore : public SettingsStore {
   void Delete(std::string_view section, std::string_view key) override;
 
  private:
+  // The registry key of a section, below HKEY_CURRENT_USER.
   std::string SectionKey(std::string_view section) const;
 
   std::string key_;

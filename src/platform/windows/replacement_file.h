@@ -30,10 +30,12 @@ class WindowsReplacementFile : public ReplacementFile {
   void CommitAsNew() override;
 
  private:
+  // The steps of the constructor. Each throws what would keep Commit from replacing the target.
   void ExamineTarget();
   void CheckPlace() const;
   void Create();
   void TakeOverRights();
+  // The steps of both kinds of Commit. Those that return a code return that of GetLastError.
   void Finish();
   DWORD TakeItsPlace();
   DWORD TakeOver() const;

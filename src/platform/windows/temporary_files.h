@@ -24,6 +24,7 @@ class TemporaryName {
 
  private:
   std::wstring text_;
+  // Says that the name has an owner.
   Handle mutex_;
 };
 

@@ -9,12 +9,14 @@ namespace korvex {
 
 class WindowsShell : public Shell {
  public:
+  // Nothing happens for a file that does not exist or that no program opens.
   void Open(const std::string& file) override;
   // Does not take the focus from the program's own window.
   void OpenInTextEditor(const std::string& file) override;
   std::string EnvironmentVariable(const std::string& name) const override;
 };
 
+// A sound does not wait for its end, and is left out while another program plays one.
 class WindowsSound : public Sound {
  public:
   void Beep() override;
@@ -23,6 +25,7 @@ class WindowsSound : public Sound {
 
 class WindowsWindowSystem : public WindowSystem {
  public:
+  // By giving the item an identifier that is no command, and back.
   int EnableCloseButton(void* window, bool enable) override;
   std::string BrowseForFolder(void* owner, const std::string& prompt) override;
   std::string BrowseNetwork(void* owner, const std::string& title) override;

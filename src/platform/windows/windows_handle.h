@@ -7,6 +7,8 @@
 
 namespace korvex {
 
+// Counts as open unless it is null or INVALID_HANDLE_VALUE: a system call that fails answers with
+// one or the other.
 class Handle {
  public:
   Handle() = default;
@@ -23,7 +25,9 @@ class Handle {
 
   HANDLE Get() const { return handle_; }
   bool IsOpen() const { return handle_ != nullptr && handle_ != INVALID_HANDLE_VALUE; }
+  // The caller closes it then.
   HANDLE Release() { return std::exchange(handle_, nullptr); }
+  // False when the system reports now that something written could not be stored.
   bool Close() { return !IsOpen() || CloseHandle(Release()); }
 
  private:

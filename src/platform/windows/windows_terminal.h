@@ -20,11 +20,13 @@ class WindowsTerminal : public Terminal {
   bool CanAsk() const override;
   bool CanRedraw() const override;
   int Columns() const override;
+  // As UTF-16 to a console, whose code page may lack characters; as UTF-8 to a pipe or file.
   void WriteError(std::string_view text) override;
   std::optional<std::string> ReadLine() override;
   bool TakeInterrupt() override;
 
  private:
+  // What a look for input has found: bytes, the end of them, or Ctrl-C.
   enum class Input { kMore, kEnd, kInterrupted };
 
   Input WaitForInput();
@@ -32,6 +34,7 @@ class WindowsTerminal : public Terminal {
   Input ReadFromConsole();
   Input ReadFromStream();
 
+  // UTF-8 behind the last line that was given out.
   std::string unread_;
 };
 
