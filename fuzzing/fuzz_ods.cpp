@@ -1,10 +1,10 @@
 // The content of .ods workbooks.
 #include "fuzzing/fuzz_target.h"
 #include "fuzzing/read_workbook.h"
-#include "fuzzing/zip_file.h"
+#include "tests/spreadsheet/zip_bytes.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string file = korvex::fuzz::ZipFile({
+  const std::string file = korvex::test::Zip({
       {"mimetype", "application/vnd.oasis.opendocument.spreadsheet"},
       {"content.xml", {reinterpret_cast<const char*>(data), size}},
   });

@@ -6,7 +6,7 @@
 
 #include "fuzzing/fuzz_target.h"
 #include "fuzzing/read_workbook.h"
-#include "fuzzing/zip_file.h"
+#include "tests/spreadsheet/zip_bytes.h"
 
 using namespace korvex;
 
@@ -50,7 +50,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::vector<std::string> documents =
       Split({reinterpret_cast<const char*>(data), size}, kSound.size());
   while (documents.size() < kSound.size()) documents.push_back(kSound[documents.size()]);
-  const std::string file = fuzz::ZipFile({
+  const std::string file = test::Zip({
       {"_rels/.rels", documents[5]},
       {"_rels/w.xml.rels", documents[4]},
       {"s.xml", documents[0]},
