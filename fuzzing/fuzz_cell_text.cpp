@@ -6,7 +6,7 @@
 #include "fuzzing/fuzz_target.h"
 #include "fuzzing/memory_promise.h"
 #include "platform/error.h"
-#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/cells/typed_value.h"
 #include "workbook/cell_text.h"
 
 using namespace korvex;

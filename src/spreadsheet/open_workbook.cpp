@@ -7,8 +7,7 @@
 #include "platform/file_system.h"
 #include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/file_kind.h"
-#include "spreadsheet/ods/ods_workbook.h"
-#include "spreadsheet/ods/spreadsheetml_workbook.h"
+#include "spreadsheet/ods/document_workbook.h"
 #include "spreadsheet/xls/biff_workbook.h"
 #include "spreadsheet/xlsx/xlsx_workbook.h"
 

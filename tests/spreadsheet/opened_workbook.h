@@ -1,11 +1,13 @@
-// A workbook read from bytes, with its cells as one line of text.
+// Workbooks read from bytes, with their cells as one line of text; and what a writer writes.
 #pragma once
 
 #include <memory>
 #include <string>
 
 #include "spreadsheet/open_workbook.h"
+#include "spreadsheet/xls/byte_writer.h"
 #include "tests/support/errors.h"
+#include "tests/support/memory_file_system.h"
 #include "tests/support/workbook_bytes.h"
 #include "workbook/cell_text.h"
 
@@ -62,6 +64,18 @@ inline std::string ListingOfRecords(const Bytes& records, const Bytes& globals =
 // Why a file is refused, or "" when its first sheet can be read.
 inline std::string RefusalOf(const Bytes& file) {
   return ErrorOf([&] { ListingOf(file); }).Description();
+}
+
+// What `write` puts into a ByteWriter.
+template <class Write>
+std::string Written(Write write) {
+  MemoryFileSystem files(PathStyle::kLinux);
+  const std::unique_ptr<ReplacementFile> file = files.Replace("/file");
+  ByteWriter out(file.get());
+  write(out);
+  out.Flush();
+  file->Commit();
+  return files.Content("/file");
 }
 
 }  // namespace korvex::test

@@ -1,4 +1,5 @@
-// One growing block of UTF-8 that holds the texts of many cells, each found by offset and length.
+// One growing block of UTF-8 that holds the texts of many cells, each found by offset and length;
+// and the shared texts of a workbook, which lie in one.
 #pragma once
 
 #include <cstdint>
@@ -6,6 +7,7 @@
 #include <limits>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "spreadsheet/bytes/refusal.h"
 
@@ -66,6 +68,33 @@ class TextArena {
   std::unique_ptr<char[]> bytes_;
   std::size_t size_ = 0;
   std::size_t capacity_ = 0;
+};
+
+// The shared texts of a workbook, by their number: cells of .xls and .xlsx name a text by it.
+class SharedStrings {
+ public:
+  void Clear() {
+    arena_.Clear();
+    starts_.clear();
+  }
+  // To add a text, append it to Texts() and call EndText().
+  TextArena& Texts() { return arena_; }
+  void EndText() {
+    if (starts_.empty()) starts_.push_back(0);
+    starts_.push_back(arena_.Size());
+  }
+
+  std::size_t Count() const { return starts_.empty() ? 0 : starts_.size() - 1; }
+  TextRange Range(std::size_t index) const {
+    return {starts_[index], starts_[index + 1] - starts_[index]};
+  }
+  const TextArena& Arena() const { return arena_; }
+  std::size_t MemorySize() const { return arena_.Capacity() + 4 * starts_.capacity(); }
+  std::size_t UsedMemory() const { return arena_.Size() + 4 * starts_.size(); }
+
+ private:
+  TextArena arena_;
+  std::vector<std::uint32_t> starts_;  // one more than texts
 };
 
 }  // namespace korvex

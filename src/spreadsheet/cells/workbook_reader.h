@@ -7,18 +7,16 @@
 #include <string>
 #include <vector>
 
-#include "spreadsheet/cells/shared_strings.h"
+#include "spreadsheet/bytes/text_arena.h"
 #include "spreadsheet/cells/sheet_cells.h"
 
 namespace korvex {
 
 enum class SheetKind { kWorksheet, kChart, kMacro, kModule, kDialog };
-enum class SheetState { kVisible, kHidden, kVeryHidden };
 
 struct SheetInfo {
   std::string name;
   SheetKind kind = SheetKind::kWorksheet;
-  SheetState state = SheetState::kVisible;
 };
 
 // What the reader of one format keeps from workbook to workbook, beside the buffers that all use.

@@ -16,7 +16,8 @@ constexpr std::size_t kLongestName = 40;  // that a message shows
 
 void SheetCollector::Begin(SheetInfo sheet) {
   if (!cells_.empty()) before_ += cells_.back().MemorySize();
-  Hold(kSheetMemory + sheet.name.size());
+  before_ += kSheetMemory + sheet.name.size();
+  budget_.CheckMemory(before_);
   sheets_.push_back(std::move(sheet));
   cells_.emplace_back().Clear(nullptr, SheetCells::Repeats::kAreDamage);
 }

@@ -3,12 +3,14 @@
 
 #include <cstddef>
 #include <deque>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
 
 #include "spreadsheet/bytes/read_budget.h"
 #include "spreadsheet/bytes/xml_parser.h"
+#include "spreadsheet/bytes/zip_archive.h"
 #include "spreadsheet/cells/cell_place.h"
 #include "spreadsheet/cells/workbook_reader.h"
 
@@ -19,15 +21,10 @@ class SheetCollector {
  public:
   explicit SheetCollector(const ReadBudget& budget) : budget_(budget) {}
 
-  // Starts the next sheet; Sheet() and Cells() are those of the sheet started last.
+  // Starts the next sheet.
   void Begin(SheetInfo sheet);
-  SheetInfo& Sheet() { return sheets_.back(); }
+  // Those of the sheet started last.
   SheetCells& Cells() { return cells_.back(); }
-  // Counts memory that a reader holds beside the cells until the end of the document.
-  void Hold(std::size_t size) {
-    before_ += size;
-    budget_.CheckMemory(before_);
-  }
   // Call it before expanding repeated rows or cells. `more` is memory that is held elsewhere.
   void CheckMemory(std::size_t more = 0) const {
     budget_.CheckMemory(before_ + cells_.back().UsedMemory() + more);
@@ -73,6 +70,28 @@ class DocumentWorkbook : public WorkbookReader {
   std::vector<SheetInfo> sheets_;
   std::deque<SheetCells> held_;
   std::vector<bool> is_held_;
+};
+
+// An OpenDocument spreadsheet: in a zip archive (.ods), or as one XML document (.fods).
+class OdsWorkbook : public DocumentWorkbook {
+ public:
+  // `archive` is the buffers' file as an archive; none when the file is the document itself.
+  OdsWorkbook(ReadBuffers& buffers, std::optional<ZipArchive> archive);
+
+ private:
+  void ReadDocument(ReadBudget& budget, SheetCollector& sheets) override;
+
+  std::optional<ZipArchive> archive_;
+};
+
+// An XML spreadsheet of 2003 (SpreadsheetML): one XML document, whose file is often called .xls or
+// .xml.
+class SpreadsheetMlWorkbook : public DocumentWorkbook {
+ public:
+  explicit SpreadsheetMlWorkbook(ReadBuffers& buffers);
+
+ private:
+  void ReadDocument(ReadBudget& budget, SheetCollector& sheets) override;
 };
 
 }  // namespace korvex

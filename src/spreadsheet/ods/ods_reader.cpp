@@ -7,13 +7,11 @@
 #include <utility>
 
 #include "spreadsheet/cells/cell_place.h"
-#include "spreadsheet/cells/typed_number.h"
-#include "spreadsheet/cells/typed_text.h"
+#include "spreadsheet/cells/typed_value.h"
 
 namespace korvex {
 namespace {
 
-constexpr std::size_t kStyleMemory = 128;   // of a name in a set, generously
 constexpr std::size_t kMostBlanks = 65536;  // more than a cell holds
 
 // How often an element is repeated: once when the attribute is missing. No sheet has more rows.
@@ -159,10 +157,7 @@ bool OdsReader::StartElement(const XmlElement& element) {
   switch (name.space) {
     case ods::kOffice:
       has_spreadsheet_ |= name.local == "spreadsheet";
-      return IsIn(name.local,
-                  {"document", "document-content", "automatic-styles", "body", "spreadsheet"});
-    case ods::kStyle:
-      return StartStyle(element);
+      return IsIn(name.local, {"document", "document-content", "body", "spreadsheet"});
     case ods::kTable:
       break;
     default:
@@ -182,23 +177,10 @@ bool OdsReader::StartElement(const XmlElement& element) {
   return IsIn(name.local, {"table-row-group", "table-rows", "table-header-rows"});
 }
 
-// Gets the style, and then the properties in it.
-bool OdsReader::StartStyle(const XmlElement& element) {
-  if (element.Name().local == "table-properties" &&
-      Value(element, ods::kTable, "display") == "false" && hiding_styles_.emplace(style_).second) {
-    sheets_.Hold(kStyleMemory + style_.size());
-  }
-  style_ = Value(element, ods::kStyle, "name");
-  return Value(element, ods::kStyle, "family") == "table";
-}
-
 bool OdsReader::StartTable(const XmlElement& element) {
   SheetInfo sheet;
   sheet.name = Value(element, ods::kTable, "name");
   if (is_in_table_ || IsCopyOfOtherFile(sheet.name)) return false;
-  if (hiding_styles_.contains(std::string(Value(element, ods::kTable, "style-name")))) {
-    sheet.state = SheetState::kHidden;
-  }
   sheets_.Begin(std::move(sheet));
   row_ = 0;
   return is_in_table_ = true;

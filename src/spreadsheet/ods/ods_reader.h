@@ -4,13 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "spreadsheet/bytes/xml_parser.h"
-#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/cells/typed_value.h"
 #include "spreadsheet/ods/document_workbook.h"
 
 // Namespaces of OpenDocument files.
@@ -19,14 +18,12 @@ namespace korvex::ods {
 inline constexpr char kOffice = 'o';
 inline constexpr char kTable = 't';
 inline constexpr char kText = 'x';
-inline constexpr char kStyle = 's';
 inline constexpr char kCalc = 'c';  // what spreadsheet programs add to the standard
 
 inline constexpr XmlNamespace kNamespaces[] = {
     {"urn:oasis:names:tc:opendocument:xmlns:table:1.0", kTable},
     {"urn:oasis:names:tc:opendocument:xmlns:text:1.0", kText},
     {"urn:oasis:names:tc:opendocument:xmlns:office:1.0", kOffice},
-    {"urn:oasis:names:tc:opendocument:xmlns:style:1.0", kStyle},
     {"urn:org:documentfoundation:names:experimental:calc:xmlns:calcext:1.0", kCalc},
 };
 
@@ -56,9 +53,7 @@ class OdsTextReader {
 };
 
 // Takes the elements of the document, of which these count:
-//   <style:style style:name="ta2" style:family="table">
-//     <style:table-properties table:display="false"/>     a style of hidden sheets
-//   <table:table table:name="data" table:style-name="ta2">
+//   <table:table table:name="data">
 //     <table:table-row-group> …                           groups of rows, any number deep
 //       <table:table-row table:number-rows-repeated="3">
 //         <table:table-cell table:number-columns-repeated="2"
@@ -98,7 +93,6 @@ class OdsReader : public XmlHandler {
 
   std::uint32_t Repetitions(const XmlElement& element, std::string_view attribute) const;
   void CheckElement(const XmlElement& element) const;
-  bool StartStyle(const XmlElement& element);
   bool StartTable(const XmlElement& element);
   void StartCell(const XmlElement& element);
   void ReadValue(const XmlElement& element, std::string_view type);
@@ -111,8 +105,6 @@ class OdsReader : public XmlHandler {
   SheetCollector& sheets_;
   bool has_check_sum_;
   bool has_spreadsheet_ = false;
-  std::string style_;
-  std::set<std::string> hiding_styles_;
   bool is_in_table_ = false;
   std::uint32_t row_ = 0;  // zero-based, as are columns
   std::uint32_t row_count_ = 1;

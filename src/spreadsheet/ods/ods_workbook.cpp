@@ -1,5 +1,3 @@
-#include "spreadsheet/ods/ods_workbook.h"
-
 #include <string>
 #include <utility>
 

@@ -1,5 +1,3 @@
-#include "spreadsheet/ods/spreadsheetml_workbook.h"
-
 #include <algorithm>
 #include <charconv>
 #include <map>
@@ -11,8 +9,8 @@
 #include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/bytes/xml_parser.h"
 #include "spreadsheet/cells/cell_place.h"
-#include "spreadsheet/cells/typed_number.h"
-#include "spreadsheet/cells/typed_text.h"
+#include "spreadsheet/cells/typed_value.h"
+#include "spreadsheet/ods/document_workbook.h"
 #include "text/text.h"
 
 namespace korvex {
@@ -96,7 +94,6 @@ DateForm FormOf(std::string_view format) {
 //       <Table ss:TopCell="1" ss:LeftCell="1"><Row ss:Index="3" ss:Span="1">
 //         <Cell ss:Index="2" ss:MergeAcross="1" ss:StyleID="s21" ss:Formula="=A1">
 //           <Data ss:Type="Number">0.5</Data>
-//       <x:WorksheetOptions><x:Visible>SheetHidden</x:Visible>
 // Indices count from 1; rows and cells without one follow the one before. Types: Number, String,
 // which may have markup in it, DateTime, Boolean, Error. A Number that shows a date counts days in
 // the workbook's date system; a DateTime is a calendar date.
@@ -122,7 +119,6 @@ class SpreadsheetMlReader : public XmlHandler {
   bool StartInSheet(const XmlElement& element);
   void StartRow(const XmlElement& element);
   void StartCell(const XmlElement& element);
-  void SetVisibility();
   void EndCell();
   void AddNothing();
   void AddNumber(const TypedNumber& typed);
@@ -167,8 +163,7 @@ bool SpreadsheetMlReader::StartElement(const XmlElement& element) {
       if (!is_in_sheet_ && element.Is(kMain, "NumberFormat")) {
         date_forms_[style_] = FormOf(Value(element, "Format"));
       }
-      text_.clear();
-      return collects_ = is_in_sheet_ && element.Is(kExcel, "Visible");
+      return false;
     case kCell:
       if (!element.Is(kMain, "Cell")) {
         CheckElement(element, {});
@@ -214,7 +209,7 @@ bool SpreadsheetMlReader::StartInGlobals(const XmlElement& element) {
 
 bool SpreadsheetMlReader::StartInSheet(const XmlElement& element) {
   is_in_table_ = element.Is(kMain, "Table");
-  if (!is_in_table_) return element.Is(kExcel, "WorksheetOptions");
+  if (!is_in_table_) return false;
   next_row_ = std::max(ReadCount(element, "TopCell").value_or(1), 1u) - 1;
   left_column_ = std::max(ReadCount(element, "LeftCell").value_or(1), 1u) - 1;
   return true;
@@ -242,14 +237,8 @@ void SpreadsheetMlReader::StartCell(const XmlElement& element) {
 }
 
 void SpreadsheetMlReader::EndElement(const XmlName&, int depth) {
-  if (depth == kRow && collects_) SetVisibility();
   if (depth == kCell) EndCell();
-  if (depth == kRow || depth == kData) collects_ = false;
-}
-
-void SpreadsheetMlReader::SetVisibility() {
-  if (text_ == "SheetHidden") sheets_.Sheet().state = SheetState::kHidden;
-  if (text_ == "SheetVeryHidden") sheets_.Sheet().state = SheetState::kVeryHidden;
+  if (depth == kData) collects_ = false;
 }
 
 // A text that is no number or date of its type is kept as text only if it is blank; else it is

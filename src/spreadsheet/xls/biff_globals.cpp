@@ -5,7 +5,7 @@
 #include <string>
 
 #include "spreadsheet/bytes/refusal.h"
-#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/cells/typed_value.h"
 #include "spreadsheet/xls/biff_records.h"
 #include "spreadsheet/xls/biff_text.h"
 #include "spreadsheet/xls/record_reader.h"
@@ -69,7 +69,7 @@ BiffGlobals GlobalsReader::Read() {
   ResolveFormats();
   DecodeNames();
   if (globals_.sheets.empty() && globals_.is_single_sheet) {
-    globals_.sheets.push_back({"Sheet1", SheetKind::kWorksheet, SheetState::kVisible});
+    globals_.sheets.push_back({"Sheet1", SheetKind::kWorksheet});
     globals_.sheet_offsets.push_back(0);
   }
   return std::move(globals_);
@@ -174,16 +174,6 @@ void GlobalsReader::ReadFormat(std::span<const std::byte> data) {
 void GlobalsReader::ReadBoundSheet(std::span<const std::byte> data) {
   if (data.size() < 7 || globals_.sheets.size() == kMaxSheets) return;
   SheetInfo sheet;
-  switch (LoadU8(data.data() + 4) & 3) {
-    case 1:
-      sheet.state = SheetState::kHidden;
-      break;
-    case 2:
-      sheet.state = SheetState::kVeryHidden;
-      break;
-    default:
-      break;
-  }
   switch (LoadU8(data.data() + 5)) {
     case 1:
       sheet.kind = SheetKind::kMacro;
@@ -230,10 +220,58 @@ std::string_view GlobalsReader::Text(std::span<const std::byte> data, std::size_
   return scratch_.Text(scratch_.RangeSince(0));
 }
 
+// Reads texts to the end of the data, whatever the number in front of them says. False when the
+// data ends within a text.
+bool Decode(ContinuedData data, SharedStrings& strings) {
+  strings.Clear();
+  if (!data.Skip(8)) return true;
+  std::uint16_t length;
+  while (data.ReadU16(length)) {
+    if (!AppendUnicodeText(data, length, strings.Texts())) return false;
+    strings.EndText();
+  }
+  return true;
+}
+
+// Whether EXTSST is an index of that many texts: it has an entry for each group, and the last is
+// filled.
+bool IsIndexOf(std::span<const std::byte> index, std::size_t texts) {
+  constexpr std::size_t kEntrySize = 8;
+  if (index.size() < 2 + kEntrySize) return false;
+  const std::size_t group = LoadU16(index.data());
+  const std::size_t entries = (index.size() - 2) / kEntrySize;
+  return group > 0 && entries == (texts + group - 1) / group &&
+         LoadU32(index.data() + 2 + (entries - 1) * kEntrySize) > 0;
+}
+
 }  // namespace
 
 BiffGlobals ReadBiffGlobals(std::span<const std::byte> stream, bool is_book) {
   return GlobalsReader(stream, is_book).Read();
+}
+
+void ReadSharedStrings(const BiffGlobals& globals, SharedStrings& strings) {
+  strings.Clear();
+  if (globals.strings.empty()) return;
+  const bool is_whole = Decode(ContinuedData(globals.strings, globals.strings_length), strings);
+  if (globals.strings_length < 8) return;
+  const std::size_t stated = LoadU32(globals.strings.data() + 4);
+  const std::size_t count = strings.Count();
+  const auto refuse = [&] {
+    Refuse("is damaged: its table of shared texts should hold " + GroupedDigits(stated) +
+           " texts, and holds " + GroupedDigits(count));
+  };
+  // More texts than stated: zeros behind the last text read as empty texts and are harmless. But
+  // zeros may also have replaced texts; then the last of the stated ones is empty.
+  const auto is_empty = [&](std::size_t index) { return strings.Range(index).length == 0; };
+  if (stated > 0 && count > stated) {
+    bool is_padding = is_whole && !is_empty(stated - 1);
+    for (std::size_t i = stated; i < count; ++i) is_padding &= is_empty(i);
+    if (!is_padding) refuse();
+  }
+  // Fewer texts than stated: some writers count wrong. It is damage if the data ends within a text,
+  // or if the index agrees with the number.
+  if (count < stated && (!is_whole || IsIndexOf(globals.string_index, stated))) refuse();
 }
 
 }  // namespace korvex

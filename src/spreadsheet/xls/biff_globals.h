@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "spreadsheet/bytes/code_page.h"
-#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/cells/typed_value.h"
 #include "spreadsheet/cells/workbook_reader.h"
 
 namespace korvex {
@@ -41,15 +41,21 @@ struct BiffGlobals {
 //   DATEMODE    0 uint16 1 for the 1904 date system
 //   FORMAT      0 uint16 id, 2 text with a 16-bit length (BIFF5: 8-bit)
 //   XF          0 uint16 font, 2 uint16 id of the number format
-//   SST         shared_string_table.h
+//   SST         0 uint32 cells that use a text, 4 uint32 texts, 8 the texts: uint16 characters,
+//               BIFF8 text (biff_text.h)
 //   EXTSST      0 uint16 texts in a bucket, 2 for each bucket: uint32 offset in the stream, uint16
 //               offset in the record, uint16 of no meaning
-//   BOUNDSHEET  0 uint32 offset of the sheet's BOF, 4 uint8 state, 5 uint8 kind, 6 name with an
+//   BOUNDSHEET  0 uint32 offset of the sheet's BOF, 5 uint8 kind, 6 name with an
 //               8-bit length
 // `is_book` tells the version when BOF does not: whether the stream is called Book, or there is no
 // compound file around it. A stream that begins with a worksheet is a workbook of that one sheet.
 // The stream must be decrypted (biff_decryption.h). Refuses an older version, a stream without BOF,
 // and records that show damage.
 BiffGlobals ReadBiffGlobals(std::span<const std::byte> stream, bool is_book);
+
+// Replaces `strings` by the shared texts of the globals. The table ends where its data ends:
+// writers may state more texts than there are. Refuses a table whose numbers show damage: a text
+// that is lost in the middle would give every well behind it the text of another.
+void ReadSharedStrings(const BiffGlobals& globals, SharedStrings& strings);
 
 }  // namespace korvex

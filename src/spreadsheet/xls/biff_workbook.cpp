@@ -8,7 +8,6 @@
 #include "spreadsheet/xls/biff_decryption.h"
 #include "spreadsheet/xls/compound_file_reader.h"
 #include "spreadsheet/xls/record_reader.h"
-#include "spreadsheet/xls/shared_string_table.h"
 #include "spreadsheet/xls/sheet_reader.h"
 #include "text/text.h"
 
@@ -104,14 +103,20 @@ bool BiffWorkbook::LoadStream() {
 // A sheet begins with its BOF. Some writers leave it out; then it begins behind the EOF of another
 // one. Anywhere else the reader would begin in the middle of a sheet.
 void BiffWorkbook::CheckBegin(const std::string& sheet, std::size_t offset) const {
+  const auto refuse = [&](const std::string& where) {
+    Refuse("is damaged: sheet \"" + sheet + "\" should begin at byte " + GroupedDigits(offset) +
+           where);
+  };
+  if (offset >= stream_.size()) {
+    refuse(" of a workbook stream of " + GroupedDigits(stream_.size()) + " bytes");
+  }
   RecordReader first(stream_, offset);
   if (first.Next() && first.Number() == biff::kBof) return;
   if (offset >= biff::kRecordHeaderSize) {
     RecordReader before(stream_, offset - biff::kRecordHeaderSize);
     if (before.Next() && before.Number() == biff::kEof && before.Data().empty()) return;
   }
-  Refuse("is damaged: sheet \"" + sheet + "\" should begin at byte " + GroupedDigits(offset) +
-         " of the workbook stream, where no sheet does");
+  refuse(" of the workbook stream, where no sheet does");
 }
 
 void BiffWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
@@ -122,29 +127,23 @@ void BiffWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
   }
   cells.Clear(&strings.Arena());
   const SheetInfo& sheet = globals_.sheets[index];
+  const std::size_t offset = globals_.sheet_offsets[index];
+  SheetReader reader(globals_, strings, sheet.name, cells);
   if (sheet.kind == SheetKind::kWorksheet || sheet.kind == SheetKind::kMacro) {
-    const std::size_t offset = globals_.sheet_offsets[index];
-    if (offset >= stream_.size()) {
-      if (!cut_.empty()) Refuse(cut_);
-      Refuse("is damaged: sheet \"" + sheet.name + "\" should begin at byte " +
-             GroupedDigits(offset) + " of a workbook stream of " + GroupedDigits(stream_.size()) +
-             " bytes");
-    }
-    NamingCut([&] { CheckBegin(sheet.name, offset); });
-    SheetReader reader(globals_, strings, sheet.name, cells);
-    NamingCut([&] { reader.Read(stream_, offset); });
+    NamingCut([&] {
+      CheckBegin(sheet.name, offset);
+      reader.Read(stream_, offset);
+    });
     bytes_read_ += reader.BytesRead();
     if (bytes_read_ > kMostReadAtLeast + kMostReadings * stream_.size()) {
       Refuse("is damaged: its sheets lie over each other");
     }
-    cells.Finish(ReadBudget(buffers_.file.size()));
-    // What a formula gives depends on all other cells, so that it is checked at the end.
-    for (const DoubtGround ground : {DoubtGround::kAsksForCalculation, DoubtGround::kEmptyText}) {
-      if (cells.HasOnlyDoubts(ground) && reader.IsFalse(ground)) cells.ConfirmDoubts(ground);
-    }
-    return;
   }
   cells.Finish(ReadBudget(buffers_.file.size()));
+  // What a formula gives depends on all other cells, so that it is checked at the end.
+  for (const DoubtGround ground : {DoubtGround::kAsksForCalculation, DoubtGround::kEmptyText}) {
+    if (cells.HasOnlyDoubts(ground) && reader.IsFalse(ground)) cells.ConfirmDoubts(ground);
+  }
 }
 
 }  // namespace korvex

@@ -4,6 +4,7 @@
 // that headers need in the second.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <concepts>
 #include <cstddef>
@@ -13,11 +14,10 @@
 #include <type_traits>
 #include <vector>
 
+#include "platform/file_system.h"
 #include "spreadsheet/xls/biff_records.h"
 
 namespace korvex {
-
-class ReplacementFile;
 
 // Values that are as wide in the file as in memory. A plain int is none: its width is not a
 // format's.
@@ -28,7 +28,7 @@ class ByteWriter {
  public:
   // `file` may be null and must outlive the writer. Call Flush at the end: the destructor drops
   // what is still buffered.
-  explicit ByteWriter(ReplacementFile* file);
+  explicit ByteWriter(ReplacementFile* file) : file_(file), buffer_(kBufferSize) {}
   ByteWriter(const ByteWriter&) = delete;
   ByteWriter& operator=(const ByteWriter&) = delete;
 
@@ -48,9 +48,25 @@ class ByteWriter {
     Put(number, static_cast<std::uint16_t>((sizeof(T) + ... + 0)), fields...);
   }
 
-  void PutBytes(std::span<const std::byte> bytes);
-  void PutRepeated(std::byte value, std::uint64_t count);
-  void Flush();
+  void PutBytes(std::span<const std::byte> bytes) {
+    while (!bytes.empty()) {
+      const std::size_t part = std::min(bytes.size(), kBufferSize);
+      std::copy_n(bytes.data(), part, Reserve(part));
+      bytes = bytes.subspan(part);
+    }
+  }
+  void PutRepeated(std::byte value, std::uint64_t count) {
+    while (count > 0) {
+      const auto part = static_cast<std::size_t>(std::min<std::uint64_t>(count, kBufferSize));
+      std::fill_n(Reserve(part), part, value);
+      count -= part;
+    }
+  }
+  void Flush() {
+    if (file_ != nullptr && used_ > 0) file_->Write({buffer_.data(), used_});
+    flushed_ += used_;
+    used_ = 0;
+  }
 
  private:
   static constexpr std::size_t kBufferSize = 64 * 1024;

@@ -6,7 +6,7 @@
 
 #include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/cells/cell_place.h"
-#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/cells/typed_value.h"
 #include "spreadsheet/xls/biff_records.h"
 #include "spreadsheet/xls/biff_text.h"
 #include "spreadsheet/xls/formula_check.h"

@@ -6,7 +6,7 @@
 #include <map>
 
 #include "spreadsheet/bytes/refusal.h"
-#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/cells/typed_value.h"
 #include "spreadsheet/xlsx/xlsx_text.h"
 
 namespace korvex {
@@ -103,7 +103,7 @@ SheetKind KindOf(const Relationship& relationship) {
 }
 
 // <workbook><workbookPr date1904="1"/>
-//   <sheets><sheet name="data" state="hidden" r:id="rId1"/></sheets>
+//   <sheets><sheet name="data" r:id="rId1"/></sheets>
 //   <calcPr fullCalcOnLoad="1"/>
 class WorkbookHandler : public XmlHandler {
  public:
@@ -137,10 +137,6 @@ class WorkbookHandler : public XmlHandler {
     }
     SheetInfo sheet;
     if (const char* const name = element.Attribute("name")) sheet.name = name;
-    if (const char* const state = element.Attribute("state")) {
-      if (std::string_view(state) == "hidden") sheet.state = SheetState::kHidden;
-      if (std::string_view(state) == "veryHidden") sheet.state = SheetState::kVeryHidden;
-    }
     budget_.CheckMemory(names_size_ += sheet.name.size());
     std::string part;
     if (const char* const id = element.Attribute(xlsx::kRelations, "id")) {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "spreadsheet/bytes/zip_archive.h"
-#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/cells/typed_value.h"
 #include "spreadsheet/cells/workbook_reader.h"
 
 namespace korvex {

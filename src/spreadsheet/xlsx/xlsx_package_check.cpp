@@ -1,4 +1,4 @@
-#include "spreadsheet/xlsx/xlsx_package_check.h"
+#include "spreadsheet/xlsx/xlsx_writer.h"
 
 #include <zlib.h>
 

@@ -4,8 +4,7 @@
 
 #include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/cells/cell_place.h"
-#include "spreadsheet/cells/typed_number.h"
-#include "spreadsheet/cells/typed_text.h"
+#include "spreadsheet/cells/typed_value.h"
 #include "text/text.h"
 
 namespace korvex {

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
+#include "spreadsheet/bytes/text_arena.h"
 #include "spreadsheet/bytes/xml_parser.h"
-#include "spreadsheet/cells/shared_strings.h"
 #include "spreadsheet/cells/sheet_cells.h"
-#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/cells/typed_value.h"
 #include "spreadsheet/xlsx/xlsx_globals.h"
 #include "spreadsheet/xlsx/xlsx_text.h"
 

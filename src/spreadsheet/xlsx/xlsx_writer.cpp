@@ -14,7 +14,6 @@
 
 #include "platform/error.h"
 #include "platform/file_system.h"
-#include "spreadsheet/xlsx/xlsx_package_check.h"
 #include "spreadsheet/xlsx/xlsx_row_writer.h"
 
 namespace korvex {

@@ -1,6 +1,8 @@
-// Writes an .xlsx workbook.
+// Writes an .xlsx workbook, and checks what was written (xlsx_package_check.cpp).
 #pragma once
 
+#include <cstdint>
+#include <string>
 #include <vector>
 
 #include "spreadsheet/cells/cell_store.h"
@@ -16,6 +18,10 @@ class TextPool;
 // twice, as plain text. Errors name the folder.
 void WriteXlsx(FileSystem& files, const TextPool& texts, const std::vector<SheetContent>& sheets,
                ReplacementFile& file);
+
+// Whether every part of the package at `path`, a path for fopen, is whole and the rows of the n-th
+// worksheet take row_bytes[n] bytes.
+bool IsWholeXlsx(const std::string& path, const std::vector<std::uint64_t>& row_bytes);
 
 // Throws if no scratch folder can be made, so that a run need not find out at its end.
 void CheckXlsxFolder(FileSystem& files);

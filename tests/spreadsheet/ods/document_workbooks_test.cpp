@@ -15,18 +15,14 @@ const std::string kSpreadsheetType = "application/vnd.oasis.opendocument.spreads
 
 std::string OdsContent(const std::string& tables) {
   std::string names;
-  for (const char* name : {"office", "table", "text", "style"}) {
+  for (const char* name : {"office", "table", "text"}) {
     names +=
         " xmlns:" + std::string(name) + "='urn:oasis:names:tc:opendocument:xmlns:" + name + ":1.0'";
   }
   return "<office:document-content xmlns:calcext='urn:org:documentfoundation:names:experimental:"
          "calc:xmlns:calcext:1.0'" +
-         names +
-         "><office:automatic-styles><style:style style:name='a' style:family='table'>"
-         "<style:table-properties/></style:style><style:style style:name='b' "
-         "style:family='table'><style:table-properties table:display='false'/></style:style>"
-         "</office:automatic-styles><office:body><office:spreadsheet>" +
-         tables + "</office:spreadsheet></office:body></office:document-content>";
+         names + "><office:body><office:spreadsheet>" + tables +
+         "</office:spreadsheet></office:body></office:document-content>";
 }
 
 Bytes Ods(const std::string& tables) {
@@ -91,18 +87,16 @@ TEST(OdsWorkbook, RepeatsRowsAndFindsTables) {
   const std::string one = Cell("office:value-type='float' office:value='1'");
   OpenedWorkbook workbook(
       Ods("<table:table table:name=\"'file:///a.ods'#$data\"><table:table-row>" + one +
-          "</table:table-row></table:table><table:table table:name='data' table:style-name='a'>"
+          "</table:table-row></table:table><table:table table:name='data'>"
           "<table:table-row table:number-rows-repeated='2'/><table:table-row-group>"
           "<table:table-row table:number-rows-repeated='2'>" +
           one + Cell("table:number-columns-repeated='16383'", "<table:table/>") +
           "</table:table-row></table:table-row-group><table:table-row "
           "table:number-rows-repeated='1048572'>" +
           Cell("table:style-name='ce1'") +
-          "</table:table-row></table:table><table:table table:name='more' table:style-name='b'/>"));
+          "</table:table-row></table:table><table:table table:name='more'/>"));
   ASSERT_EQ(workbook.Sheets().size(), 2u);
   EXPECT_EQ(workbook.Sheets()[0].name, "data");
-  EXPECT_EQ(workbook.Sheets()[0].state, SheetState::kVisible);
-  EXPECT_EQ(workbook.Sheets()[1].state, SheetState::kHidden);
   for (int time = 0; time < 2; ++time) {
     EXPECT_EQ(Listing(workbook.Cells(0)), "3,1 number 1 | 4,1 number 1");
   }
@@ -214,7 +208,6 @@ TEST(SpreadsheetMlWorkbook, GivesItsSheetsAndCells) {
   Bytes unusual = "\xEF\xBB\xBF\r\n\t" + file;
   unusual.insert(unusual.find("<Workbook"), "<!-- " + Bytes(9000, '>') + " -->");
   OpenedWorkbook workbook(unusual);
-  EXPECT_EQ(workbook.Sheets()[0].state, SheetState::kHidden);
   EXPECT_EQ(workbook.Sheets()[1].name, "x");
   EXPECT_EQ(Listing(workbook.Cells(0)),
             "2,1 text µM bold\nx | 2,2 number 0.5 | 2,4 number 7 | 2,7 date 12/3/2002 | 6,1 date "

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "spreadsheet/cells/typed_number.h"
+#include "spreadsheet/cells/typed_value.h"
 
 #include "tests/spreadsheet/opened_workbook.h"
 
@@ -59,24 +59,6 @@ TEST(NumberFormat, IsADateWhenADateLetterStandsForItself) {
   EXPECT_EQ(BuiltInDateForm(46), DateForm::kElapsed);
 }
 
-TEST(BiffGlobals, KeepsSheetsInOrderWithKindAndState) {
-  StreamBytes stream;
-  stream.sheets = {{.name = "Chart1", .kind = 2},
-                   {.name = "data", .records = NumberCell(0, 0, 1)},
-                   {.name = "old", .records = NumberCell(0, 0, 2), .state = 1},
-                   {.name = "Macro1", .state = 2, .kind = 1}};
-  OpenedWorkbook workbook(CompoundBytes{.stream = stream.Build()}.Build());
-  const std::vector<SheetInfo>& sheets = workbook.Sheets();
-  ASSERT_EQ(sheets.size(), 4u);
-  EXPECT_EQ(sheets[0].kind, SheetKind::kChart);
-  EXPECT_EQ(sheets[1].name, "data");
-  EXPECT_EQ(sheets[2].state, SheetState::kHidden);
-  EXPECT_EQ(sheets[3].kind, SheetKind::kMacro);
-  EXPECT_EQ(sheets[3].state, SheetState::kVeryHidden);
-  EXPECT_EQ(Listing(workbook.Cells(2)), "1,1 number 2");
-  EXPECT_EQ(Listing(workbook.Cells(1)), "1,1 number 1");
-}
-
 TEST(BiffGlobals, InfersWhatBofDoesNotSay) {
   const Bytes label = Record(0x0204, CellHead(0, 0) + ByteText("old"));
   const Bytes good = OneSheet(NumberCell(0, 0, 1));
@@ -103,25 +85,6 @@ TEST(BiffGlobals, InfersWhatBofDoesNotSay) {
   };
   for (const auto& test : cases) {
     EXPECT_EQ(ListingOf(test.file.Build()), test.cells) << test.condition;
-  }
-}
-
-TEST(BiffGlobals, RefusesWhatCannotBeRead) {
-  Bytes beyond_end = OneSheet({});
-  PutU32(beyond_end, 16, 70'000);
-  const struct {
-    Bytes stream;
-    const char* refusal;
-  } cases[] = {
-      {Record(0x0409, Bytes(6, '\0')),
-       "is not a workbook: it is a spreadsheet in a format older than that of Excel 5"},
-      {NumberCell(0, 0, 1), "is damaged: its workbook stream does not begin with a BOF record"},
-      {{}, "is damaged: its workbook stream is empty"},
-      {beyond_end,
-       "is damaged: sheet \"data\" should begin at byte 70,000 of a workbook stream of 48 bytes"},
-  };
-  for (const auto& test : cases) {
-    EXPECT_EQ(RefusalOf(CompoundBytes{.stream = test.stream}.Build()), test.refusal);
   }
 }
 

@@ -1,4 +1,4 @@
-#include "spreadsheet/cells/shared_strings.h"
+#include "spreadsheet/bytes/text_arena.h"
 
 #include <gtest/gtest.h>
 
@@ -7,11 +7,8 @@
 #include "spreadsheet/bytes/unicode.h"
 #include "spreadsheet/xls/biff_globals.h"
 #include "spreadsheet/xls/record_reader.h"
-#include "spreadsheet/xls/shared_string_table.h"
 #include "spreadsheet/xls/shared_string_writer.h"
-#include "tests/spreadsheet/written_bytes.h"
-#include "tests/support/errors.h"
-#include "tests/support/workbook_bytes.h"
+#include "tests/spreadsheet/opened_workbook.h"
 
 namespace korvex::test {
 namespace {

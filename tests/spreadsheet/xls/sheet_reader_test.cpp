@@ -63,8 +63,6 @@ TEST(SheetReader, ReadsEveryKindOfCell) {
       {"blanks in columns that no sheet has",
        Record(0x0201, CellHead(0, 256)) + Record(0x00BE, U16(7) + U16(255) + U32(0) + U16(256)),
        ""},
-      {"zero bytes between records", NumberCell(0, 0, 1) + U32(0) + NumberCell(0, 1, 2),
-       "1,1 number 1 | 1,2 number 2"},
   };
   for (const auto& test : cases) {
     EXPECT_EQ(ListingOfRecords(test.records, strings), test.cells) << test.condition;
@@ -254,6 +252,10 @@ TEST(SheetReader, RefusesFormatsAndSheetsThatDoNotExist) {
   stream[offset] = static_cast<char>(stream[offset] + 20);
   EXPECT_NE(RefusalOf(CompoundBytes{.stream = stream}.Build()).find("where no sheet does"),
             Bytes::npos);
+  PutU32(stream, offset, 70'000);
+  EXPECT_EQ(
+      RefusalOf(CompoundBytes{.stream = stream}.Build()),
+      "is damaged: sheet \"data\" should begin at byte 70,000 of a workbook stream of 66 bytes");
 }
 
 // A writer that does not calculate stores zeros or empty texts as results. So does a template whose
@@ -378,21 +380,6 @@ TEST(SheetCells, ATextEqualToTheOneAboveTakesNoMemory) {
   EXPECT_EQ(cells.Value(4, 1).text, "");
   EXPECT_EQ(cells.Value(49'999, 1).text, "a");
   EXPECT_EQ(cells.Value(50'001, 8).text, remark);
-}
-
-TEST(SheetCells, FindsCellsInRowsWithAndWithoutGaps) {
-  Bytes records;
-  for (const unsigned column : {1u, 2u, 3u, 7u, 9u}) records += NumberCell(2, column, column);
-  records += NumberCell(4, 0, 40);
-  OpenedWorkbook workbook(CompoundBytes{.stream = OneSheet(records)}.Build());
-  const SheetCells& cells = workbook.Cells();
-  std::string row;
-  for (int column = 1; column <= 11; ++column) row += CellText(cells.Value(3, column)) + ",";
-  EXPECT_EQ(row, ",1,2,3,,,,7,,9,,");
-  EXPECT_EQ(cells.Value(5, 1), CellValue::Number(40));
-  for (const int other_row : {0, 1, 2, 4, 6, 65536}) {
-    EXPECT_EQ(cells.Value(other_row, 1), CellValue()) << other_row;
-  }
 }
 
 }  // namespace

@@ -7,8 +7,7 @@
 #include "spreadsheet/cells/cell_store.h"
 #include "spreadsheet/xls/record_reader.h"
 #include "spreadsheet/xls/shared_string_writer.h"
-#include "tests/spreadsheet/written_bytes.h"
-#include "tests/support/workbook_bytes.h"
+#include "tests/spreadsheet/opened_workbook.h"
 
 namespace korvex::test {
 namespace {
