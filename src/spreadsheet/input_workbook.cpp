@@ -13,6 +13,7 @@
 namespace korvex {
 namespace {
 
+// Memory of one unusually large workbook is not kept: all the others need far less.
 constexpr std::size_t kMostKeptMemory = 16u << 20;
 
 }  // namespace
@@ -58,8 +59,8 @@ class InputWorkbook::Sheet : public Worksheet {
   void CheckPlace(int row, int column) const {
     if (row < 1 || row > last_.row || column < 1 || column > last_.column) RefusePlace(row, column);
   }
-  [[noreturn]] void RefusePlace(int row, int column) const;
-  [[noreturn]] void RefuseUncalculated(int row, int column) const;
+  [[noreturn, gnu::cold, gnu::noinline]] void RefusePlace(int row, int column) const;
+  [[noreturn, gnu::cold, gnu::noinline]] void RefuseUncalculated(int row, int column) const;
 
   InputWorkbook& workbook_;
   std::size_t index_;

@@ -23,6 +23,7 @@ struct TextRange {
 // cleared.
 class TextArena {
  public:
+  // Bytes that are in use; offsets and sizes stay below 4 GB.
   std::uint32_t Size() const { return static_cast<std::uint32_t>(size_); }
   std::size_t Capacity() const { return capacity_; }
   std::string_view Text(TextRange range) const {
@@ -44,6 +45,7 @@ class TextArena {
   // What was committed since Size() was `start`.
   TextRange RangeSince(std::uint32_t start) const { return {start, Size() - start}; }
 
+  // Copies the text, which may not lie in this arena.
   TextRange Append(std::string_view text) {
     const std::uint32_t start = Size();
     char* out = Reserve(text.size());
@@ -84,11 +86,13 @@ class SharedStrings {
     starts_.push_back(arena_.Size());
   }
 
+  // Numbers count from 0. The caller checks them: Range takes only those below Count().
   std::size_t Count() const { return starts_.empty() ? 0 : starts_.size() - 1; }
-  TextRange Range(std::size_t index) const {
+  [[gnu::always_inline]] TextRange Range(std::size_t index) const {
     return {starts_[index], starts_[index + 1] - starts_[index]};
   }
   const TextArena& Arena() const { return arena_; }
+  // Bytes that are held, and those of them that texts fill.
   std::size_t MemorySize() const { return arena_.Capacity() + 4 * starts_.capacity(); }
   std::size_t UsedMemory() const { return arena_.Size() + 4 * starts_.size(); }
 

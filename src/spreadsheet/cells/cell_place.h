@@ -22,11 +22,12 @@ inline constexpr std::uint32_t kMostXmlRows = kXlsxRows;
 inline constexpr std::uint32_t kMostXmlColumns = kXlsxColumns;
 inline constexpr CellAddress kLastXmlPlace = {kMostXmlRows, kMostXmlColumns};
 
-// "B7" is row 6, column 1. Of a place outside of every sheet the result is only that it is outside.
+// "B7" is row 6, column 1; letter case does not matter. None for a text of another form. Of a place
+// outside of every sheet the result is only that it is outside.
 std::optional<CellPlace> ReadCellName(std::string_view name);
 std::string CellName(CellPlace place);
 
 // For a value at a place that no sheet of its format has: it must not be lost in silence.
-[[noreturn]] void RefuseOutside(CellPlace place);
+[[noreturn, gnu::cold, gnu::noinline]] void RefuseOutside(CellPlace place);
 
 }  // namespace korvex

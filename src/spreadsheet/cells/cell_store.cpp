@@ -4,7 +4,7 @@
 
 namespace korvex {
 
-const CellBlock* CellStore::Block(int block, int column) const {
+CellBlock* CellStore::FindBlock(int block, int column) const {
   const auto at = static_cast<std::size_t>(column);
   const auto part = static_cast<std::size_t>(block);
   if (at >= columns_.size() || part >= columns_[at].size()) return nullptr;
@@ -20,24 +20,32 @@ StoredCell CellStore::At(int row, int column) const {
 }
 
 void CellStore::Put(int row, int column, StoredCell cell) {
-  const auto at_column = static_cast<std::size_t>(column);
-  const auto at_block = static_cast<std::size_t>(row / CellBlock::kRows);
+  const int number = row / CellBlock::kRows;
   const auto at = static_cast<std::size_t>(row % CellBlock::kRows);
-  const bool exists = Block(row / CellBlock::kRows, column) != nullptr;
-  // A cell that was never filled needs no block to be empty.
-  if (!exists && cell.kind == CellKind::kEmpty) return;
-  if (at_column >= columns_.size()) columns_.resize(at_column + 1);
-  Column& blocks = columns_[at_column];
-  if (at_block >= blocks.size()) blocks.resize(at_block + 1);
-  if (!exists) blocks[at_block] = std::make_unique_for_overwrite<CellBlock>();
-  blocks[at_block]->kinds[at] = cell.kind;
-  blocks[at_block]->bits[at] = cell.bits;
+  CellBlock* block = FindBlock(number, column);
+  if (block == nullptr) {
+    // A cell that was never filled needs no block to be empty.
+    if (cell.kind == CellKind::kEmpty) return;
+    block = &AddBlock(static_cast<std::size_t>(number), static_cast<std::size_t>(column));
+  }
+  block->kinds[at] = cell.kind;
+  block->bits[at] = cell.bits;
+}
+
+// The kinds of a new block are all empty, so that its bits need no values yet.
+CellBlock& CellStore::AddBlock(std::size_t block, std::size_t column) {
+  if (column >= columns_.size()) columns_.resize(column + 1);
+  Column& blocks = columns_[column];
+  if (block >= blocks.size()) blocks.resize(block + 1);
+  blocks[block] = std::make_unique_for_overwrite<CellBlock>();
+  return *blocks[block];
 }
 
 void CellStore::DeleteColumn(int column) {
   if (column < ColumnCount()) columns_.erase(columns_.begin() + column);
 }
 
+// Columns are of different length: a block that one of them lacks is empty there.
 int CellStore::BlockCount() const {
   std::size_t count = 0;
   for (const Column& column : columns_) count = std::max(count, column.size());

@@ -39,7 +39,7 @@ class CellStore {
   // One past the last block of the longest column.
   int BlockCount() const;
   // The rows from `block` * kRows on; null when nothing was ever filled there.
-  const CellBlock* Block(int block, int column) const;
+  const CellBlock* Block(int block, int column) const { return FindBlock(block, column); }
   // One past the last row of a column that is not empty; 0 for an empty column.
   int RowEnd(int column) const;
   bool HasDates(int column) const;
@@ -47,6 +47,9 @@ class CellStore {
 
  private:
   using Column = std::vector<std::unique_ptr<CellBlock>>;
+
+  CellBlock* FindBlock(int block, int column) const;
+  CellBlock& AddBlock(std::size_t block, std::size_t column);
 
   std::vector<Column> columns_;
 };

@@ -126,6 +126,20 @@ int SheetCells::CountA(int row) const {
   return static_cast<int>(cells.end - cells.begin);
 }
 
+[[gnu::noinline]] const SheetCells::Cell* SheetCells::FindAmongGaps(const Row& row,
+                                                                    int column) const {
+  const Cell* const end = cells_.data() + row.end;
+  const Cell* const found =
+      std::lower_bound(cells_.data() + row.begin, end, column - 1,
+                       [](const Cell& cell, int wanted) { return cell.column < wanted; });
+  return found != end && found->column == column - 1 ? found : nullptr;
+}
+
+[[gnu::noinline]] bool SheetCells::HasUncalculatedAt(int row, int column) const {
+  const Cell* const cell = Find(RowOf(row), column);
+  return cell != nullptr && cell->is_uncalculated;
+}
+
 SheetCells::Row SheetCells::FindRow(int row) const {
   if (row < 1) return {};
   const auto wanted = static_cast<std::uint32_t>(row - 1);

@@ -45,11 +45,11 @@ class SheetCells {
   void Values(const Row& row, std::span<const int> columns, std::span<CellValue> values) const;
   // Whether a cell has a formula that was never calculated. Its value is #N/A and must not be used.
   bool IsUncalculated(int row, int column) const {
-    if (!has_uncalculated_) return false;
-    const Cell* const cell = Find(RowOf(row), column);
-    return cell != nullptr && cell->is_uncalculated;
+    return has_uncalculated_ && HasUncalculatedAt(row, column);
   }
   bool HasUncalculated() const { return has_uncalculated_; }
+  // The last row and the last column that hold anything, formatted blanks included; (1, 1) for an
+  // empty sheet.
   CellAddress LastCell() const { return {static_cast<int>(last_row_) + 1, last_column_ + 1}; }
   // Cells of a row that are not empty.
   int CountA(int row) const;
@@ -72,7 +72,8 @@ class SheetCells {
                                         double number) {
     Add(row, column, kind, false, {.number = number});
   }
-  void AddSharedText(std::uint32_t row, std::uint16_t column, TextRange text) {
+  [[gnu::always_inline]] void AddSharedText(std::uint32_t row, std::uint16_t column,
+                                            TextRange text) {
     shown_text_ += text.length;
     Add(row, column, CellKind::kText, true, {.text = text});
   }
@@ -153,12 +154,24 @@ class SheetCells {
     } else {
       GoBack();
     }
-    cells_.push_back({row, column, kind, is_shared_text, false, false, false, content});
     last_column_ = std::max(last_column_, column);
+    if (cells_.size() == cells_.capacity()) {
+      return AddToFull(row, column, kind, is_shared_text, content);
+    }
+    cells_.push_back({row, column, kind, is_shared_text, false, false, false, content});
+  }
+  // Out of line: what takes more memory would slow down what does not.
+  [[gnu::noinline]] void AddToFull(std::uint32_t row, std::uint16_t column, CellKind kind,
+                                   bool is_shared_text, Content content) {
+    cells_.push_back({row, column, kind, is_shared_text, false, false, false, content});
   }
   void GoBack();
   void MarkUncalculated(Cell& cell);
+  // Null for an empty cell.
   const Cell* Find(const Row& row, int column) const;
+  // The rare cases of the look-ups, out of line: the common ones run for every cell that is read.
+  const Cell* FindAmongGaps(const Row& row, int column) const;
+  bool HasUncalculatedAt(int row, int column) const;
   Row FindRow(int row) const;
   void Order();
   CellValue View(const Cell& cell) const;
@@ -169,7 +182,7 @@ class SheetCells {
   TextArena own_texts_;
   std::vector<TextRange> texts_above_;  // by column, its last own text
   std::uint64_t shown_text_ = 0;        // bytes of all texts, as often as they were added
-  std::uint64_t next_place_ = 0;        // behind the cells added so far
+  std::uint64_t next_place_ = 0;        // after the cells added so far
   Repeats repeats_ = Repeats::kLaterCounts;
   bool is_ordered_ = true;
   struct Doubts {
@@ -198,9 +211,7 @@ inline const SheetCells::Cell* SheetCells::Find(const Row& row, int column) cons
   const int skipped = column - 1 - begin->column;
   if (skipped < 0) return nullptr;
   if (skipped < end - begin && begin[skipped].column == column - 1) return &begin[skipped];
-  const Cell* found = std::lower_bound(
-      begin, end, column - 1, [](const Cell& cell, int wanted) { return cell.column < wanted; });
-  return found != end && found->column == column - 1 ? found : nullptr;
+  return FindAmongGaps(row, column);
 }
 
 inline CellValue SheetCells::Value(const Row& row, int column) const {

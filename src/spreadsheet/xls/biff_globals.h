@@ -29,10 +29,6 @@ struct BiffGlobals {
   std::span<const std::byte> string_index;
   bool has_end = false;          // the closing EOF was there
   bool is_single_sheet = false;  // there are no globals: a worksheet begins the stream
-
-  DateForm FormOf(std::uint16_t xf) const {
-    return xf < date_forms.size() ? date_forms[xf] : DateForm::kNone;
-  }
 };
 
 // Reads these records; more bytes than listed are ignored:
@@ -55,7 +51,7 @@ BiffGlobals ReadBiffGlobals(std::span<const std::byte> stream, bool is_book);
 
 // Replaces `strings` by the shared texts of the globals. The table ends where its data ends:
 // writers may state more texts than there are. Refuses a table whose numbers show damage: a text
-// that is lost in the middle would give every well behind it the text of another.
+// that is lost in the middle would give every well after it the text of another.
 void ReadSharedStrings(const BiffGlobals& globals, SharedStrings& strings);
 
 }  // namespace korvex

@@ -55,7 +55,7 @@ void SheetReader::Read(std::span<const std::byte> stream, std::size_t offset) {
 // The sheet ends with the EOF of its own sub-stream; charts between have a BOF and an EOF of
 // theirs.
 void SheetReader::ReadRecords() {
-  depth_ = 0;
+  int depth = 0;  // of sub-streams
   null_records_ = 0;
   nulls_end_ = 0;
   awaits_string_ = false;
@@ -64,13 +64,13 @@ void SheetReader::ReadRecords() {
   while (records_.Next()) {
     const std::uint16_t number = records_.Number();
     // Some writers begin a sheet without its BOF.
-    if (depth_ == 0 && number != biff::kBof) depth_ = 1;
+    if (depth == 0 && number != biff::kBof) depth = 1;
     if (number == biff::kBof) {
-      ++depth_;
+      ++depth;
     } else if (number == biff::kEof) {
       if (!records_.Data().empty()) CheckEnd();
-      if (--depth_ == 0) return EndFormula();
-    } else if (depth_ == 1) {
+      if (--depth == 0) return EndFormula();
+    } else if (depth == 1) {
       ReadRecord(number, records_.Data());
     }
   }
@@ -151,7 +151,7 @@ void SheetReader::PassOver(std::uint16_t number, std::span<const std::byte> data
   if (!BelongsBetweenCells(number)) CheckIsNoCell(number, data);
 }
 
-// Some writers leave a few zeros between records. More of them without anything between stand where
+// Some writers leave a few zeros between records. More of them without anything between lie where
 // other records were.
 void SheetReader::PassOverNull() {
   null_records_ = records_.Offset() == nulls_end_ ? null_records_ + 1 : 1;
@@ -161,7 +161,7 @@ void SheetReader::PassOverNull() {
 
 // Looks for cells whose record number is damaged. Such a record is of an unknown kind; or one bit
 // of its number makes a cell of it whose length it has, and it begins with the place where the next
-// cell is due. It is refused when another cell follows: behind the last cell there may be records
+// cell is due. It is refused when another cell follows: after the last cell there may be records
 // of any kind. The place alone proves nothing, because some writers put links and notes between
 // cells, whose records begin with a row and a column, too.
 void SheetReader::CheckIsNoCell(std::uint16_t number, std::span<const std::byte> data) {
@@ -219,7 +219,7 @@ bool SheetReader::HoldsNextPlace(std::span<const std::byte> data) const {
 }
 
 // For a record of another length than its kind has. Some writers make such records, and then the
-// records behind are ones of a sheet. Behind a damaged length they are not.
+// records that follow are ones of a sheet. After a damaged length they are not.
 void SheetReader::CheckOddLength() {
   if (IsTooLong(records_.Number(), records_.Data().size())) RefuseTooLong();
   RecordReader ahead = records_;
@@ -232,9 +232,9 @@ void SheetReader::CheckOddLength() {
   }
 }
 
-void SheetReader::RefuseRecord(const std::string& what) const {
+void SheetReader::RefuseRecord(std::string_view what) const {
   Refuse("is damaged: in sheet \"" + std::string(sheet_) + "\" the record at byte " +
-         GroupedDigits(records_.Offset()) + " of the workbook stream " + what);
+         GroupedDigits(records_.Offset()) + " of the workbook stream " + std::string(what));
 }
 
 void SheetReader::RefuseTooLong() const {
@@ -245,6 +245,12 @@ void SheetReader::RefuseTooLong() const {
 void SheetReader::RefuseFormat(std::uint16_t xf) const {
   RefuseRecord("has the format number " + GroupedDigits(xf) + ", and there are " +
                GroupedDigits(globals_.date_forms.size()) + " formats from 0 on");
+}
+
+void SheetReader::RefuseText(const std::byte* cell) const {
+  Refuse("is damaged: cell " + CellName({Row(cell), Column(cell)}) + " shows text number " +
+         GroupedDigits(std::uint64_t{LoadU32(cell + 6)} + 1) +
+         " of the workbook's texts, of which " + GroupedDigits(strings_.Count()) + " can be read");
 }
 
 void SheetReader::RefuseLostCell() const {
@@ -278,7 +284,7 @@ void SheetReader::ReadRk(const std::byte* data) {
   AddNumber(Row(data), Column(data), Xf(data), RkNumber(LoadU32(data + 6)));
 }
 
-// The last column stands behind the cells and must agree with their number.
+// The last column comes after the cells and must agree with their number.
 void SheetReader::ReadMulRk(std::span<const std::byte> data) {
   const std::uint16_t row = Row(data.data());
   const std::uint16_t first = Column(data.data());
@@ -313,11 +319,7 @@ void SheetReader::ReadBlanks(std::span<const std::byte> data, std::size_t minimu
 
 void SheetReader::ReadLabelSst(const std::byte* data) {
   const std::uint32_t index = LoadU32(data + 6);
-  if (index >= strings_.Count()) {
-    Refuse("is damaged: cell " + CellName({Row(data), Column(data)}) + " shows text number " +
-           GroupedDigits(std::uint64_t{index} + 1) + " of the workbook's texts, of which " +
-           GroupedDigits(strings_.Count()) + " can be read");
-  }
+  if (index >= strings_.Count()) RefuseText(data);
   cells_.AddSharedText(Row(data), Column(data), strings_.Range(index));
 }
 
@@ -344,7 +346,7 @@ void SheetReader::ReadFormula(std::span<const std::byte> record) {
   if (record.size() >= kFormulaHead) {
     const std::size_t size = LoadU16(data + kFormulaHead - 2);
     if (record.size() < kFormulaHead + size) RefuseRecord("is too short for its formula");
-    // Constants of the formula (arrays) may stand behind it.
+    // Constants of the formula (arrays) may come after it.
     if (record.size() != kFormulaHead + size) CheckOddLength();
     formula_ = record.subspan(kFormulaHead, size);
   }
@@ -410,7 +412,7 @@ bool SheetReader::IsFalse(DoubtGround ground) const {
   return ground == DoubtGround::kAsksForCalculation && is_doubted && !is_true;
 }
 
-// The text of the last formula. Records of a shared formula or an array may stand between the two.
+// The text of the last formula. Records of a shared formula or an array may come between the two.
 void SheetReader::ReadString() {
   if (!awaits_string_) return CheckIsNoCell(biff::kString, records_.Data());
   if (records_.Data().size() < 2) RefuseRecord("is too short for its kind");
@@ -426,7 +428,7 @@ void SheetReader::EndFormula() {
   awaits_string_ = false;
 }
 
-// The text of the current record whose 16-bit length stands at this offset. It may go on in
+// The text of the current record whose 16-bit length is at this offset. It may go on in
 // CONTINUE records, which the loop over records then skips.
 TextRange SheetReader::ReadText(std::size_t length_offset) {
   const std::uint16_t length = LoadU16(records_.Data().data() + length_offset);
@@ -442,9 +444,14 @@ TextRange SheetReader::ReadText(std::size_t length_offset) {
 
 void SheetReader::AddNumber(std::uint16_t row, std::uint16_t column, std::uint16_t xf,
                             double number) {
-  // If a format was lost, all those behind it have shifted, and dates become numbers.
-  if (xf >= globals_.date_forms.size() && !globals_.date_forms.empty()) RefuseFormat(xf);
-  const TypedNumber typed = TypeNumber(number, globals_.FormOf(xf), globals_.uses_1904);
+  DateForm form = DateForm::kNone;
+  if (xf < globals_.date_forms.size()) {
+    form = globals_.date_forms[xf];
+  } else if (!globals_.date_forms.empty()) {
+    // If a format was lost, all those after it have shifted, and dates become numbers.
+    RefuseFormat(xf);
+  }
+  const TypedNumber typed = TypeNumber(number, form, globals_.uses_1904);
   cells_.AddNumber(row, column, typed.kind, typed.number);
 }
 

@@ -62,10 +62,13 @@ class SheetReader {
   static bool IsNearCell(std::uint16_t number, std::span<const std::byte> data);
   bool HoldsNextPlace(std::span<const std::byte> data) const;
   void CheckOddLength();
-  [[noreturn]] void RefuseRecord(const std::string& what) const;
-  [[noreturn]] void RefuseTooLong() const;
-  [[noreturn]] void RefuseFormat(std::uint16_t xf) const;
-  [[noreturn]] void RefuseLostCell() const;
+  // Out of line: a refusal that is put together within the loop over records slows down each of
+  // them.
+  [[noreturn, gnu::cold, gnu::noinline]] void RefuseRecord(std::string_view what) const;
+  [[noreturn, gnu::cold, gnu::noinline]] void RefuseTooLong() const;
+  [[noreturn, gnu::cold, gnu::noinline]] void RefuseFormat(std::uint16_t xf) const;
+  [[noreturn, gnu::cold, gnu::noinline]] void RefuseText(const std::byte* cell) const;
+  [[noreturn, gnu::cold, gnu::noinline]] void RefuseLostCell() const;
   void CheckEnd() const;
   [[noreturn]] void RefuseEnd() const;
   void ReadNumber(const std::byte* data);
@@ -96,9 +99,8 @@ class SheetReader {
   SheetCells& cells_;
   RecordReader records_{{}, 0};
   std::size_t bytes_read_ = 0;
-  int depth_ = 0;              // of sub-streams
   int null_records_ = 0;       // without anything between
-  std::size_t nulls_end_ = 0;  // behind the last of them
+  std::size_t nulls_end_ = 0;  // after the last of them
   bool has_rows_ = false;      // ROW records so far
   bool awaits_string_ = false;
   // The last formula.
