@@ -55,6 +55,7 @@ Workbook& EmbeddedApplication::Workbooks(int index) {
   return *workbooks_[static_cast<std::size_t>(index - 1)];
 }
 
+// Workbooks that were not saved are dropped without a question.
 void EmbeddedApplication::Quit() {
   workbooks_.clear();
   has_quit_ = true;
@@ -73,6 +74,7 @@ std::unique_ptr<Application> EmbeddedSpreadsheet::CreateApplication() {
   return std::make_unique<EmbeddedApplication>(files_);
 }
 
+// The format is chosen by the ending of the name; other endings are refused.
 void EmbeddedSpreadsheet::CheckOutputName(const std::string& full_name) const {
   OutputFormatOf(full_name);
 }

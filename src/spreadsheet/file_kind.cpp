@@ -17,7 +17,7 @@ namespace korvex {
 namespace {
 
 // How much of a text is looked at. Of markup more: comments and the namespaces of other programs
-// can stand in front of the root's own.
+// can come before the root's own.
 constexpr std::size_t kTextHead = 8192;
 constexpr std::size_t kMarkupHead = kTellingStart - 1;
 
@@ -81,7 +81,7 @@ std::string TextHead(std::span<const std::byte> bytes, std::size_t limit) {
   return head;
 }
 
-// The tag of the first element, behind comments and declarations; cut where the text ends, and
+// The tag of the first element, after comments and declarations; cut where the text ends, and
 // empty when there is none.
 std::string_view RootTag(std::string_view head) {
   std::size_t at = 0;
@@ -248,7 +248,7 @@ bool IsXml(const FileStart& file) {
   return !root.empty() && root[0] >= 'a' && root[0] <= 'z' && file.Tag().ends_with('>');
 }
 
-// A program's name behind "ID;P", and then a record; else a table whose first column is called ID.
+// A program's name after "ID;P", and then a record; else a table whose first column is called ID.
 bool IsSylk(const FileStart& file) {
   const std::string_view text = file.Text();
   if (!text.starts_with("id;p")) return false;
@@ -306,7 +306,7 @@ bool IsAnything(const FileStart&) {
 }
 
 // The first row that fits a file says what it is: it has the row's signature, or passes its test.
-// Tests of texts come behind the one that finds what is no text, of markup behind exact ones.
+// Tests of texts come after the one that finds what is no text, of markup after exact ones.
 struct Row {
   std::string_view signature;
   bool (*test)(const FileStart&);

@@ -19,7 +19,7 @@ enum class WorkbookForm {
 // One row of the table of kinds. Of a file that is no workbook it has one of the two texts.
 struct FileKind {
   WorkbookForm form = WorkbookForm::kNone;
-  std::string_view name;     // "tab-delimited text": stands behind "is not a workbook: it is"
+  std::string_view name;     // "tab-delimited text": comes after "is not a workbook: it is"
   std::string_view refusal;  // a predicate of its own (refusal.h); "#" is the size of the file
 };
 

@@ -16,6 +16,7 @@ class FileSystem;
 // Keeps the memory of a closed workbook for the next one, unless it is unusually much.
 class ReadBufferPool {
  public:
+  // New buffers while the kept ones are in use.
   std::unique_ptr<ReadBuffers> Take();
   void GiveBack(std::unique_ptr<ReadBuffers> buffers);
 
@@ -39,6 +40,8 @@ class InputWorkbook : public Workbook {
   std::string Name() const override;
   std::string Path() const override;
   int WorksheetCount() const override { return static_cast<int>(worksheets_.size()); }
+  // Both are error 9 for a sheet that does not exist. Only worksheets count, from 1; letter case is
+  // ignored.
   Worksheet& Worksheets(int index) override;
   Worksheet& Worksheets(std::string_view name) override;
   void SaveAs(const std::string& full_name) override;

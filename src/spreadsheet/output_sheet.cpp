@@ -39,6 +39,7 @@ CellValue OutputSheet::Value(int row, int column) const {
   return {cell.kind, std::bit_cast<double>(cell.bits), {}};
 }
 
+// Refuses at once what the format cannot hold: when the workbook is saved, the run is over.
 void OutputSheet::SetValue(int row, int column, const CellValue& value) {
   CheckOutputCell(workbook_.Format(), name_, {row, column}, value);
   StoredCell cell = {value.kind, std::bit_cast<std::uint64_t>(value.number)};

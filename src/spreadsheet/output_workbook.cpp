@@ -61,6 +61,7 @@ Worksheet& OutputWorkbook::Worksheets(std::string_view name) {
               "The workbook " + name_ + " has no worksheet \"" + std::string(name) + "\".");
 }
 
+// Found by search: the numbers of sheets change when one of them is deleted.
 int OutputWorkbook::IndexOf(const OutputSheet& sheet) const {
   const auto found = std::find_if(sheets_.begin(), sheets_.end(),
                                   [&sheet](const auto& other) { return other.get() == &sheet; });

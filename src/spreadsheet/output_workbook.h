@@ -16,6 +16,8 @@ class FileSystem;
 struct OutputFormat;
 struct SheetContent;
 
+// Its texts are stored once, in a pool that all sheets share. Cells are checked when they are set,
+// against the format that the workbook was made for.
 class OutputWorkbook : public Workbook {
  public:
   // `name` is the workbook's name until it is saved, `format` the one it will be saved in; `inputs`
@@ -28,6 +30,7 @@ class OutputWorkbook : public Workbook {
   std::string Name() const override { return name_; }
   std::string Path() const override { return path_; }  // empty until saved
   int WorksheetCount() const override { return static_cast<int>(sheets_.size()); }
+  // Both are error 9 for a sheet that does not exist. Sheets count from 1; letter case is ignored.
   Worksheet& Worksheets(int index) override;
   Worksheet& Worksheets(std::string_view name) override;
   // Gives the workbook the name of the file. Equal content gives equal files, byte for byte. Error
@@ -35,6 +38,7 @@ class OutputWorkbook : public Workbook {
   // is written.
   void SaveAs(const std::string& full_name) override { Save(full_name, false); }
   void SaveAsNew(const std::string& full_name) override { Save(full_name, true); }
+  // Drops the workbook, saved or not.
   void Close() override;
 
   // For its sheets.

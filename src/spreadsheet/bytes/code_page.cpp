@@ -39,6 +39,7 @@ bool IsAscii(std::byte byte) {
 
 CodePage::CodePage(std::uint16_t number) : number_(UsualNumber(number)) {}
 
+// 1252 is the page of workbooks that name none, and has a table of its own.
 CodePageConverter* CodePage::Converter() const {
   if (Is1252() || number_ == kUtf16) return nullptr;
   if (!converter_) converter_ = OpenCodePage(number_);
@@ -57,6 +58,7 @@ bool CodePage::IsUtf16(std::span<const std::byte> bytes) const {
                      [](std::byte byte) { return LoadU8(&byte) == 0 || !IsAscii(byte); });
 }
 
+// Most texts are ASCII, which means the same in all pages: they need no converter.
 void CodePage::AppendText(std::span<const std::byte> bytes, TextArena& out) const {
   char* at = out.Reserve((bytes.size() + 1) * kUtf8PerUnit);
   if (IsUtf16(bytes)) {

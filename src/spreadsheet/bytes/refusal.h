@@ -19,7 +19,7 @@ namespace korvex {
   throw Error(error_number::kAutomation, predicate);
 }
 
-// For a file that is no workbook: `what` stands behind "it is".
+// For a file that is no workbook: `what` comes after "it is".
 [[noreturn]] inline void RefuseAs(std::string_view what) {
   Refuse("is not a workbook: it is " + std::string(what));
 }

@@ -45,12 +45,14 @@ char* Utf16Decoder::Append(const std::byte* in, std::size_t count, char* out) {
   return out;
 }
 
+// A high surrogate at the end of a text has lost its other half.
 char* Utf16Decoder::Finish(char* out) {
   if (high_ == 0) return out;
   high_ = 0;
   return EncodeUtf8(kReplacementCharacter, out);
 }
 
+// Above U+FFFF the code less 0x10000 has 20 bits: ten go into each half of the pair.
 void ToUtf16(std::string_view utf8, std::u16string& out) {
   constexpr char32_t kFirstPair = 0x10000;
   out.clear();

@@ -32,7 +32,7 @@ constexpr std::uint64_t kMostNamesAtLeast = 64u << 20;
 constexpr int kChunk = 64 * 1024;
 
 // The library keeps every name that it has met, so that a document of ever new names would take all
-// memory. Its allocations are therefore counted; the size of each block stands in front of it.
+// memory. Its allocations are therefore counted; the size of each block comes before it.
 struct alignas(std::max_align_t) Block {
   std::size_t size;
 };
@@ -182,6 +182,8 @@ void Parser::Guard(Step&& step) {
   }
 }
 
+// What the handler does not want is skipped with all that is in it. Depth and names are counted in
+// there all the same: they cost time and memory, whoever reads them.
 void Parser::Start(const char* name, const char* const* attributes) {
   ++depth_;
   Guard([&] {
@@ -211,6 +213,7 @@ void Parser::End(const char* name) {
   }
 }
 
+// The source writes into the library's own buffer, which saves a copy of every byte.
 void Parser::Parse(const XmlSource& source) {
   while (!is_end_) {
     void* const room = XML_GetBuffer(parser_.get(), kChunk);
@@ -253,6 +256,7 @@ const char* XmlElement::Attribute(std::string_view local) const {
   return nullptr;
 }
 
+// Compares the end first: splitting off the namespace takes longer.
 const char* XmlElement::Attribute(char space, std::string_view local) const {
   for (const char* const* name = attributes_; *name != nullptr; name += 2) {
     const std::string_view full(*name);
@@ -279,6 +283,7 @@ bool XmlElement::IsOn(std::string_view local) const {
   return text == "1" || text == "true";
 }
 
+// Copies, because the parser reads from a buffer of its own.
 XmlSource SourceOf(std::span<const std::byte> bytes) {
   return [bytes](std::span<char> room) mutable {
     const std::size_t count = std::min(room.size(), bytes.size());

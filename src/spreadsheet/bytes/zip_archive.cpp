@@ -14,7 +14,7 @@
 namespace korvex {
 namespace {
 
-// An archive is read from its end. The end of the directory stands behind everything but a comment:
+// An archive is read from its end. The end of the directory comes after everything but a comment:
 //    0  "PK\5\6"                          12  uint32  size of the directory
 //    4  uint16  disk, 6 uint16 first disk  16  uint32  offset of the directory
 //    8  uint16  parts on this disk         20  uint16  length of the comment
@@ -35,7 +35,7 @@ constexpr std::size_t kEnd64Size = 56;
 //   16  uint32  check sum                  42  uint32  offset of the part's header
 //   20  uint32  packed size                46  name, extra fields, comment
 //   24  uint32  size
-// An extra field is uint16 id, uint16 size, data. Where a uint32 is all ones, its value stands as a
+// An extra field is uint16 id, uint16 size, data. Where a uint32 is all ones, its value is a
 // uint64 in the field of Zip64.
 constexpr std::size_t kEntrySize = 46;
 constexpr std::uint16_t kEncryptedFlag = 1;

@@ -23,6 +23,7 @@ std::optional<CellPlace> ReadCellName(std::string_view name) {
   return CellPlace{row - 1, column - 1};
 }
 
+// Columns have letters, rows are counted from 1.
 std::string CellName(CellPlace place) {
   return ColumnLetters(static_cast<int>(place.column) + 1) + std::to_string(place.row + 1);
 }

@@ -16,6 +16,8 @@ constexpr std::size_t kBlockSize = 32 * 1024;
 
 TextPool::TextPool() : slots_(kFirstSlots, kFree) {}
 
+// Texts of plates repeat in thousands of cells. The hash is kept with each text, so that most
+// others in its place are told apart without comparing letters.
 std::uint32_t TextPool::Intern(std::string_view text) {
   const std::uint32_t hash = HashOf(text);
   const std::size_t mask = slots_.size() - 1;

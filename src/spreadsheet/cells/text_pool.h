@@ -27,6 +27,7 @@ class TextPool {
     std::uint32_t hash;
   };
 
+  // Copies a text into a block.
   const char* Store(std::string_view text);
   std::size_t FreeSlot(std::uint32_t hash) const;
   void DoubleSlots();

@@ -11,7 +11,7 @@
 
 namespace korvex {
 
-// Days that a serial number of the 1904 date system lies behind the same day's 1900 number.
+// How much smaller the number of a day is in the 1904 date system than in that of 1900.
 inline constexpr int kDaysTo1904 = 1462;
 
 // What a number format shows of a date.

@@ -1,4 +1,4 @@
-// Workbooks whose sheets are all in one XML document, one behind the other.
+// Workbooks whose sheets are all in one XML document, one after the other.
 #pragma once
 
 #include <cstddef>

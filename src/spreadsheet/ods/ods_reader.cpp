@@ -80,6 +80,7 @@ constexpr XmlName kCellAttributes[] = {{ods::kTable, "style-name"},
                                        {ods::kOffice, "string-value"},
                                        {ods::kCalc, "value-type"}};
 
+// Of the formula after its prefix, which names the language: "of:=TRUE()".
 bool IsTruth(std::string_view formula) {
   return formula.ends_with(":=TRUE()") || formula.ends_with(":=FALSE()");
 }
@@ -177,6 +178,7 @@ bool OdsReader::StartElement(const XmlElement& element) {
   return IsIn(name.local, {"table-row-group", "table-rows", "table-header-rows"});
 }
 
+// Tables also lie in cells, as subtables, and count as nothing.
 bool OdsReader::StartTable(const XmlElement& element) {
   SheetInfo sheet;
   sheet.name = Value(element, ods::kTable, "name");
@@ -202,6 +204,8 @@ void OdsReader::StartCell(const XmlElement& element) {
   if (type != nullptr) ReadValue(element, type);
 }
 
+// The class has a list of the types and the attributes of their values. A date that the calendar
+// does not have leaves the cell to the text in it.
 void OdsReader::ReadValue(const XmlElement& element, std::string_view type) {
   const bool is_number = IsIn(type, {"float", "percentage", "currency"});
   if (!has_check_sum_ && !is_number && !IsIn(type, {"string", "date", "time", "boolean", "void"})) {
@@ -229,6 +233,8 @@ void OdsReader::ReadValue(const XmlElement& element, std::string_view type) {
   }
 }
 
+// Text stands only in paragraphs. The memory is checked here, too, since one paragraph may hold
+// megabytes.
 void OdsReader::Text(std::string_view text) {
   if (!is_in_table_) return;
   if (!has_check_sum_ && !text_.IsInParagraph()) CheckBlank(text);
@@ -266,6 +272,7 @@ void OdsReader::EndCell() {
   column_ = std::min(column_ + column_count_, kMostXmlColumns);
 }
 
+// Repetitions can reach beyond the end of the sheet, where values would be lost.
 void OdsReader::Keep(TypedNumber value) {
   const std::uint32_t end = column_ + column_count_;
   if (row_ >= kMostXmlRows || end > kMostXmlColumns) RefuseOutside({row_, end - 1});

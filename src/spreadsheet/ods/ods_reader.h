@@ -85,7 +85,7 @@ class OdsReader : public XmlHandler {
   enum class Mark { kNone, kValue, kError };
   struct RowCell {
     std::uint32_t begin;  // first column
-    std::uint32_t end;    // behind the last
+    std::uint32_t end;    // after the last
     TypedNumber value;
     TextRange text;
     bool is_uncalculated;

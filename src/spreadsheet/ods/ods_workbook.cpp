@@ -32,6 +32,7 @@ OdsWorkbook::OdsWorkbook(ReadBuffers& buffers, std::optional<ZipArchive> archive
   Load();
 }
 
+// An archive has check sums of its own; a document without one is checked name by name.
 void OdsWorkbook::ReadDocument(ReadBudget& budget, SheetCollector& sheets) {
   OdsReader reader(sheets, archive_.has_value());
   if (archive_) {

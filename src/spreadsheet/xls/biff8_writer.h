@@ -9,6 +9,8 @@
 
 namespace korvex {
 
+// The container's header comes before the stream and needs its size. So everything is written
+// twice by the same code, the first time into a writer that only counts.
 class Biff8Writer {
  public:
   // Measures the stream. The cells of the sheets and `texts` must outlive the writer and not

@@ -1,7 +1,7 @@
 // Decrypts workbook streams that are encrypted with the format's default password: writers use it
 // for workbooks that are protected but not secret, and they open without a question.
 //
-// FILEPASS stands behind the BOF of the stream; all records behind it are encrypted.
+// FILEPASS comes after the BOF of the stream; all records after it are encrypted.
 //   XOR        0 uint16 key, 2 uint16 verifier; in BIFF8 a uint16 0 in front of both
 //   RC4        0 uint16 1, 2 uint16 1, 4 uint16 1, 6 salt, 22 verifier, 38 MD5 of the verifier; 16
 //              bytes each

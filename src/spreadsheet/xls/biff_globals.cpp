@@ -89,7 +89,7 @@ void GlobalsReader::CheckRecord(std::uint16_t number, std::size_t length) {
 }
 
 // Cells name their format, and the workbook its sheets, by index. If the number of one record is
-// damaged, the record is not counted, all those behind it shift, and dates become numbers. Records
+// damaged, the record is not counted, all those after it shift, and dates become numbers. Records
 // of a kind stand together: one between two of a kind was one of them when it has their length, or
 // when its number differs from theirs by one bit.
 void GlobalsReader::CheckNeighbours(const RecordReader::Header& before) const {
@@ -205,7 +205,7 @@ void GlobalsReader::DecodeNames() {
   for (std::size_t i = 0; i < names_.size(); ++i) globals_.sheets[i].name = Text(names_[i], 1);
 }
 
-// A text that stands behind its length of one or two bytes. Valid until the next call.
+// A text that comes after its length of one or two bytes. Valid until the next call.
 std::string_view GlobalsReader::Text(std::span<const std::byte> data, std::size_t length_size) {
   scratch_.Clear();
   if (data.size() < length_size) return {};
@@ -261,7 +261,7 @@ void ReadSharedStrings(const BiffGlobals& globals, SharedStrings& strings) {
     Refuse("is damaged: its table of shared texts should hold " + GroupedDigits(stated) +
            " texts, and holds " + GroupedDigits(count));
   };
-  // More texts than stated: zeros behind the last text read as empty texts and are harmless. But
+  // More texts than stated: zeros after the last text read as empty texts and are harmless. But
   // zeros may also have replaced texts; then the last of the stated ones is empty.
   const auto is_empty = [&](std::size_t index) { return strings.Range(index).length == 0; };
   if (stated > 0 && count > stated) {

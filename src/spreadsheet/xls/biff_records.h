@@ -18,6 +18,7 @@ inline constexpr std::size_t kMaxRecordData = 8224;  // BIFF8
 inline constexpr int kMaxRows = kXlsRows;
 inline constexpr int kMaxColumns = kXlsColumns;
 
+// Named as in descriptions of the format. Numbers of BIFF2 to BIFF4 are there to be recognised.
 enum Record : std::uint16_t {
   kFormula = 0x0006,
   kBofBiff2 = 0x0009,
@@ -41,7 +42,7 @@ enum Record : std::uint16_t {
   kWriteAccess = 0x005C,
   kSaveRecalc = 0x005F,
   kColInfo = 0x007D,
-  kGuts = 0x0080,
+  kGuts = 0x0080,  // the room of outline symbols
   kWsBool = 0x0081,
   kGridSet = 0x0082,
   kHCenter = 0x0083,
@@ -53,9 +54,9 @@ enum Record : std::uint16_t {
   kShrFmla = 0x00BC,
   kMulRk = 0x00BD,
   kMulBlank = 0x00BE,
-  kMms = 0x00C1,
+  kMms = 0x00C1,  // items added to menus
   kRString = 0x00D6,
-  kDbCell = 0x00D7,
+  kDbCell = 0x00D7,  // after a block of rows, where they begin
   kBookBool = 0x00DA,
   kXf = 0x00E0,
   kInterfaceHdr = 0x00E1,
@@ -63,11 +64,11 @@ enum Record : std::uint16_t {
   kSst = 0x00FC,
   kLabelSst = 0x00FD,
   kExtSst = 0x00FF,
-  kRrdHead = 0x0138,
-  kTabId = 0x013D,
-  kUseSelFs = 0x0160,
-  kDsf = 0x0161,
-  kUsrExcl = 0x0194,
+  kRrdHead = 0x0138,   // of a log of changes, as is kRrdInfo
+  kTabId = 0x013D,     // numbers of the sheets
+  kUseSelFs = 0x0160,  // formulas in plain language
+  kDsf = 0x0161,       // whether there is a second stream, for Excel 5
+  kUsrExcl = 0x0194,   // locks of shared workbooks, as is kFileLock
   kFileLock = 0x0195,
   kRrdInfo = 0x0196,
   kDimensions = 0x0200,

@@ -1,6 +1,6 @@
 // The forms in which BIFF records hold text.
 //
-// BIFF8, behind a count of characters:
+// BIFF8, after a count of characters:
 //   uint8   flags: bit 0 16-bit characters, bit 2 phonetic data, bit 3 rich text
 //   uint16  formatting runs, only of rich text
 //   uint32  size of the phonetic data, only where there are such

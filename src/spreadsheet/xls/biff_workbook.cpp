@@ -100,7 +100,7 @@ bool BiffWorkbook::LoadStream() {
   return is_book;
 }
 
-// A sheet begins with its BOF. Some writers leave it out; then it begins behind the EOF of another
+// A sheet begins with its BOF. Some writers leave it out; then it begins after the EOF of another
 // one. Anywhere else the reader would begin in the middle of a sheet.
 void BiffWorkbook::CheckBegin(const std::string& sheet, std::size_t offset) const {
   const auto refuse = [&](const std::string& where) {

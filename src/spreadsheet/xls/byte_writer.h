@@ -48,6 +48,7 @@ class ByteWriter {
     Put(number, static_cast<std::uint16_t>((sizeof(T) + ... + 0)), fields...);
   }
 
+  // Both take any number of bytes, also more than the buffer holds.
   void PutBytes(std::span<const std::byte> bytes) {
     while (!bytes.empty()) {
       const std::size_t part = std::min(bytes.size(), kBufferSize);
@@ -62,6 +63,7 @@ class ByteWriter {
       count -= part;
     }
   }
+  // Errors of the file pass through.
   void Flush() {
     if (file_ != nullptr && used_ > 0) file_->Write({buffer_.data(), used_});
     flushed_ += used_;

@@ -105,7 +105,7 @@ std::uint64_t CompoundFileReader::CompleteSize() const {
     if (id < fat_capacity_) used = std::max(used, id + 1);
   }
   // What the missing end of the FAT said is lost, but writers make it no longer than it must be: at
-  // least one sector behind its last but one sector was used.
+  // least one sector after its last but one sector was used.
   if (is_fat_cut_) used = std::max(used, fat_capacity_ - sector_size_ / 4 + 1);
   return (used + 1) * sector_size_;
 }
@@ -126,7 +126,7 @@ void CompoundFileReader::LoadDirectory() {
     is_directory_cut_ = (!chain.is_complete && CompleteSize() > file_size_) ||
                         ReachesPadding(chain, directory_.size());
     // Where a copy broke off, the system may have reserved the space already: the file has its full
-    // size, and zeros behind the place.
+    // size, and zeros after the place.
     const bool has_entries = std::any_of(directory_.begin(), directory_.end(),
                                          [](std::byte b) { return b != std::byte{0}; });
     if (!has_entries && !is_directory_cut_) {

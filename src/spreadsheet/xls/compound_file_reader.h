@@ -60,6 +60,8 @@ class CompoundFileReader {
     bool is_complete = false;
   };
 
+  // Reading: the FAT through the DIFAT, then the directory, then the mini-stream when a stream in
+  // it is first asked for.
   void LoadFat();
   void LoadFatSector(std::uint32_t id);
   std::size_t PresentSize(std::size_t id) const;
@@ -79,7 +81,7 @@ class CompoundFileReader {
   std::vector<int> RootChildren() const;
 
   std::span<const std::byte> header_;
-  std::span<const std::byte> sectors_;  // everything behind the header
+  std::span<const std::byte> sectors_;  // everything after the header
   std::size_t file_size_ = 0;
   std::size_t sector_size_ = 0;
   std::size_t sector_count_ = 0;

@@ -21,7 +21,7 @@ class CompoundFileWriter {
   CompoundFileWriter(ByteWriter& out, std::uint64_t stream_size);
 
   void WriteHeader();
-  // Everything behind the stream. Error 51 when `out` did not take exactly `stream_size` bytes
+  // Everything after the stream. Error 51 when `out` did not take exactly `stream_size` bytes
   // after the header.
   void WriteTail();
 

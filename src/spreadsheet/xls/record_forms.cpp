@@ -91,7 +91,8 @@ constexpr Form kForms[] = {
     {0x0800, 0x08FF, 0, kAny},   // later additions, BOF
 };
 
-// Null for a number that no worksheet holds.
+// Null for a number that no worksheet holds. The first entry that does not end before the number is
+// the only one that can hold it.
 const Form* FindForm(std::uint16_t number) {
   const Form* const form =
       std::lower_bound(std::begin(kForms), std::end(kForms), number,
@@ -116,6 +117,7 @@ bool IsSheetRecord(std::uint16_t number, std::size_t length) {
   return form != nullptr && length >= form->shortest && !IsTooLong(number, length);
 }
 
+// The records after a formula hold its text, or the formula that its cell shares with others.
 bool BelongsBetweenCells(std::uint16_t number) {
   switch (number) {
     case biff::kRow:

@@ -10,7 +10,7 @@
 
 namespace korvex {
 
-// Some writers leave a few spare bytes behind the data of a record.
+// Some writers leave a few spare bytes after the data of a record.
 inline constexpr std::size_t kMostSurplus = 8;
 
 // Whether the data of a record is longer than its kind allows, spare bytes included. False for

@@ -21,6 +21,7 @@ class RecordReader {
         next_(begin_ + std::min(offset, stream.size())),
         end_(begin_ + stream.size()) {}
 
+  // Goes to the next record; false, and no step, where there is no whole one.
   bool Next() {
     const std::size_t left = static_cast<std::size_t>(end_ - next_);
     if (left < biff::kRecordHeaderSize) return false;
@@ -32,11 +33,12 @@ class RecordReader {
     return true;
   }
 
+  // Of the current record: valid once Next was true.
   std::uint16_t Number() const { return number_; }
   std::span<const std::byte> Data() const { return {data_, next_}; }
   // The stream from the current record's data on, for texts that go on in CONTINUE records.
   std::span<const std::byte> Rest() const { return {data_, end_}; }
-  // Bytes behind the current record.
+  // Bytes after the current record.
   std::size_t Left() const { return static_cast<std::size_t>(end_ - next_); }
   // Where the current record begins in the stream, and where the next one does.
   std::size_t Offset() const {
@@ -61,7 +63,7 @@ class RecordReader {
   std::uint16_t number_ = 0;
 };
 
-// The data of one record and of the CONTINUE records behind it: one sequence of bytes in pieces,
+// The data of one record and of the CONTINUE records after it: one sequence of bytes in pieces,
 // one for each record.
 class ContinuedData {
  public:
@@ -90,7 +92,8 @@ class ContinuedData {
     return false;
   }
 
-  // False at the end of the data.
+  // Values may lie across two pieces. False at the end of the data, and then part of the value may
+  // have been taken.
   bool ReadU8(std::uint8_t& value) {
     if (at_ == end_ && !NextPiece()) return false;
     value = LoadU8(at_++);
@@ -108,6 +111,7 @@ class ContinuedData {
     value = low | static_cast<std::uint32_t>(high) << 16;
     return true;
   }
+  // False, and all is skipped, when there are fewer bytes.
   bool Skip(std::uint64_t count) {
     while (count > Left()) {
       count -= Left();

@@ -27,7 +27,7 @@ bool IsAscii(std::string_view text) {
 }
 
 // The data of SST and its CONTINUE records. They are collected record by record, because the length
-// stands in front of the data.
+// comes before the data.
 class StringRecords {
  public:
   explicit StringRecords(ByteWriter& out) : out_(out) {}
@@ -46,7 +46,7 @@ class StringRecords {
     if (used_ + size > data_.size()) EndRecord();
   }
 
-  // Fills the record and goes on in the next one behind a flags byte of its own. A surrogate pair
+  // Fills the record and goes on in the next one after a flags byte of its own. A surrogate pair
   // stays together, because some readers decode each record by itself.
   template <typename Unit>
   void PutUnits(std::basic_string_view<Unit> units) {

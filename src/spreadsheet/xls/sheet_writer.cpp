@@ -105,8 +105,8 @@ class CellsWriter {
   CellsWriter(const CellStore& cells, SharedStringWriter& strings, ByteWriter& out)
       : cells_(cells), strings_(strings), out_(out), blocks_(ColumnCount()) {}
 
-  // DIMENSIONS  0 uint32 first row, 4 uint32 behind the last row, 8 uint16 first column,
-  //             10 uint16 behind the last column, 12 uint16 0
+  // DIMENSIONS  0 uint32 first row, 4 uint32 after the last row, 8 uint16 first column,
+  //             10 uint16 after the last column, 12 uint16 0
   void WriteDimensions() {
     int first_column = cells_.ColumnCount();
     int column_end = 0;
@@ -148,7 +148,7 @@ class CellsWriter {
 
   std::size_t ColumnCount() const { return static_cast<std::size_t>(cells_.ColumnCount()); }
 
-  // ROW  0 uint16 row, 2 first column, 4 behind the last column, 6 height, 8 uint32 0,
+  // ROW  0 uint16 row, 2 first column, 4 after the last column, 6 height, 8 uint32 0,
   //      12 uint16 options, 14 uint16 XF
   void WriteRowsTogether(int block_row, int first) {
     std::array<RowExtent, kRowsTogether> extents{};

@@ -84,7 +84,7 @@ class RelationshipsHandler : public XmlHandler {
   std::size_t most_;
 };
 
-// The relationships of a part. They stand in a part of their own: those of "xl/workbook.xml" in
+// The relationships of a part. They have a part of their own: those of "xl/workbook.xml" in
 // "xl/_rels/workbook.xml.rels". No more are kept than the archive has parts.
 std::vector<Relationship> ReadRelationships(const ZipArchive& archive, const std::string& part,
                                             ReadBudget& budget) {

@@ -12,6 +12,8 @@
 
 namespace korvex {
 
+// What the part of the workbook says, and the parts that its relationships name. Names of parts
+// have no "/" in front.
 struct XlsxGlobals {
   bool uses_1904 = false;
   bool calculates_on_load = false;

@@ -37,7 +37,7 @@ struct Part {
 //    0  "PK\3\4"                   28  uint16  length of the extra fields
 //   14  uint32  check sum          30  name, extra fields, then the deflated data
 //   26  uint16  length of the name
-// Deflated data mark their own end. Behind the last part is the directory, "PK\1\2".
+// Deflated data mark their own end. After the last part is the directory, "PK\1\2".
 class PackageReader {
  public:
   explicit PackageReader(std::FILE* file) : file_(file) { inflateInit2(&inflater_, -MAX_WBITS); }

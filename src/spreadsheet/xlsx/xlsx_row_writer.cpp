@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::size_t kBlock = 64 * 1024;
 
+// "_x0001_": four digits, as readers look for exactly so many.
 void AppendEscape(unsigned unit, std::string& out) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   out += "_x";
@@ -136,6 +137,8 @@ void XlsxRowWriter::AppendRow(int row, std::size_t row_in_block) {
   if (!is_empty) text_.append("</row>");
 }
 
+// A number is written with as many digits as it takes to read the same one, which is what data
+// texts have; the text that a cell shows has 15.
 void XlsxRowWriter::AppendCell(std::size_t column, CellKind kind, std::uint64_t bits) {
   text_.append("<c r=\"").append(letters_[column]).append(row_number_).push_back('"');
   if (kind == CellKind::kText) {
@@ -166,12 +169,14 @@ void XlsxRowWriter::AppendText(std::string_view text) {
   text_.append("</t></is></c>");
 }
 
+// Dates are shown with what they have: serials below 1 are times of day, whole ones dates alone.
 int XlsxRowWriter::StyleOf(CellKind kind, double number) const {
   if (!IsDateKind(kind)) return 0;
   if (number >= 0 && number < 1) return styles_.time;
   return std::trunc(number) == number ? styles_.date : styles_.date_time;
 }
 
+// The library ignores write errors in this file, so that they are caught here.
 void XlsxRowWriter::Flush() {
   if (std::fwrite(text_.data(), 1, text_.size(), file_) != text_.size()) FailToWrite();
   written_ += text_.size();

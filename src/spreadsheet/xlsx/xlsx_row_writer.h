@@ -1,4 +1,4 @@
-// Writes the rows of a worksheet as they stand in the <sheetData> of an .xlsx workbook:
+// Writes the rows of a worksheet into the <sheetData> of an .xlsx workbook:
 //
 //   <row r="7">
 //     <c r="B7" s="1"><v>37593.5</v></c>
@@ -59,7 +59,7 @@ class XlsxRowWriter {
   std::uint64_t written_ = 0;
 };
 
-// Appends a text as it stands between tags.
+// Appends a text in the form that it has between tags.
 void AppendXlsxText(std::string_view text, std::string& out);
 
 }  // namespace korvex

@@ -13,6 +13,7 @@ namespace {
 constexpr int kCellDepth = 4;
 constexpr const char* kXmlBlanks = " \t\r\n";
 
+// None unless the whole text, but for blanks, is a number.
 template <typename Number>
 std::optional<Number> ReadWhole(std::string_view text) {
   text = TrimBlanks(text, kXmlBlanks);
@@ -33,6 +34,7 @@ XlsxSheetReader::Type XlsxSheetReader::TypeOf(std::string_view name) {
   return name == "d" ? Type::kDate : Type::kNumber;
 }
 
+// Where an element lies tells what it can be, so that each of the many is compared with few names.
 bool XlsxSheetReader::StartElement(const XmlElement& element) {
   switch (element.Depth()) {
     case 1:
@@ -64,6 +66,7 @@ void XlsxSheetReader::StartRow(const XmlElement& element) {
   column_ = 0;
 }
 
+// A cell's name says its place. Programs that leave it out write the cells of a row without gaps.
 void XlsxSheetReader::StartCell(const XmlElement& element) {
   if (const char* const name = element.Attribute("r")) {
     if (const std::optional<CellPlace> place = ReadCellName(name)) {

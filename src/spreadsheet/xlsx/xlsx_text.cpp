@@ -12,6 +12,8 @@ namespace {
 
 constexpr std::size_t kEscapeSize = 7;  // "_x000D_"
 
+// The UTF-16 unit that an escape at the front of `text` stands for: four hexadecimal digits. None
+// for what only looks like one, which is text as it stands.
 std::optional<std::uint16_t> EscapedUnit(std::string_view text) {
   if (text.size() < kEscapeSize || !text.starts_with("_x") || text[6] != '_') return {};
   std::uint16_t unit = 0;
@@ -50,6 +52,7 @@ void AppendEscapedText(std::string_view text, TextArena& out) {
   }
 }
 
+// Enters runs for the text in them. Whatever else is in a text (fonts, phonetic runs) is skipped.
 bool XlsxTextReader::Start(const XmlElement& element) {
   if (is_in_text_) return false;
   if (element.Is(xlsx::kMain, "r")) return true;

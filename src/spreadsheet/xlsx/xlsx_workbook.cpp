@@ -10,7 +10,7 @@ namespace korvex {
 namespace {
 
 // The shared texts: <sst><si>…</si><si>…</si>. Each <si> is a text, even an empty one, so that the
-// numbers of those behind it stay right.
+// numbers of those after it stay right.
 class StringsHandler : public XmlHandler {
  public:
   explicit StringsHandler(SharedStrings& strings) : strings_(strings) {}
@@ -53,6 +53,7 @@ void XlsxWorkbook::ReadStrings() {
   ParseXml(source, globals_.strings_part, xlsx::kNamespaces, handler);
 }
 
+// Formats and texts are read with the first sheet and serve all of them.
 void XlsxWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
   if (!has_formats_and_strings_) {
     date_forms_ = ReadXlsxDateForms(archive_, globals_.styles_part, budget_);

@@ -21,6 +21,7 @@ class XlsxWorkbook : public WorkbookReader {
   void ReadSheet(std::size_t index, SheetCells& cells) override;
 
  private:
+  // The texts go into the buffers, where cells refer to them.
   void ReadStrings();
 
   ReadBuffers& buffers_;
