@@ -9,20 +9,9 @@
 #include "tests/spreadsheet/zip_bytes.h"
 
 using namespace korvex;
+using namespace korvex::test;
 
 namespace {
-
-const std::string kDocument = "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
-
-std::string Relationship(const std::string& kind, const std::string& part) {
-  return "<Relationship Id=\"" + kind + "\" Type=\"" + kDocument + '/' + kind + "\" Target=\"" +
-         part + "\"/>";
-}
-
-std::string Relationships(const std::string& list) {
-  return "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">" +
-         list + "</Relationships>";
-}
 
 std::vector<std::string> Split(std::string_view input, std::size_t most) {
   std::vector<std::string> documents;
@@ -42,15 +31,17 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
       "",
       "",
       "<workbook xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\" xmlns:r=\"" +
-          kDocument + "\"><sheets><sheet name=\"data\" r:id=\"worksheet\"/></sheets></workbook>",
-      Relationships(Relationship("worksheet", "s.xml") + Relationship("sharedStrings", "t.xml") +
-                    Relationship("styles", "f.xml")),
-      Relationships(Relationship("officeDocument", "w.xml")),
+          kXlsxRelations +
+          "\"><sheets><sheet name=\"data\" r:id=\"worksheet\"/></sheets></workbook>",
+      Relationships(Relationship("worksheet", "worksheet", "s.xml") +
+                    Relationship("sharedStrings", "sharedStrings", "t.xml") +
+                    Relationship("styles", "styles", "f.xml")),
+      Relationships(Relationship("officeDocument", "officeDocument", "w.xml")),
   };
   std::vector<std::string> documents =
       Split({reinterpret_cast<const char*>(data), size}, kSound.size());
   while (documents.size() < kSound.size()) documents.push_back(kSound[documents.size()]);
-  const std::string file = test::Zip({
+  const std::string file = Zip({
       {"_rels/.rels", documents[5]},
       {"_rels/w.xml.rels", documents[4]},
       {"s.xml", documents[0]},

@@ -71,9 +71,5 @@ TEST(FileKind, IsDecidedByTheContent) {
   for (const auto& test : cases) EXPECT_EQ(RefusalOf(test.file), test.refusal);
 }
 
-TEST(FileKind, AWorkbookNeedsNoCompoundFile) {
-  EXPECT_EQ(ListingOf(OneSheet(NumberCell(0, 0, 1))), "1,1 number 1");
-}
-
 }  // namespace
 }  // namespace korvex::test

@@ -58,7 +58,7 @@ inline std::string ListingOf(const Bytes& file) {
 // Cells of a BIFF8 sheet of these records, or of the version given.
 inline std::string ListingOfRecords(const Bytes& records, const Bytes& globals = {},
                                     unsigned version = 0x0600) {
-  return ListingOf(CompoundBytes{.stream = OneSheet(records, globals, version)}.Build());
+  return ListingOf(OneSheet(records, globals, version));
 }
 
 // Why a file is refused, or "" when its first sheet can be read.

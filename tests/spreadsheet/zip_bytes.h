@@ -1,5 +1,5 @@
-// Builds zip archives in memory, for the tests and for the fuzzers: a fuzzer would hardly ever hit
-// a right check sum by itself.
+// Builds zip archives in memory, and relationships of .xlsx workbooks, for the tests and for the
+// fuzzers: a fuzzer would hardly ever hit a right check sum by itself.
 #pragma once
 
 #include <zlib.h>
@@ -49,6 +49,20 @@ inline std::string Zip(const ZipParts& parts) {
   return archive + directory + "PK\5\6" + ZipNumber(0, 4) + ZipNumber(parts.size(), 2) +
          ZipNumber(parts.size(), 2) + ZipNumber(directory.size(), 4) +
          ZipNumber(archive.size(), 4) + ZipNumber(0, 2);
+}
+
+inline const std::string kXlsxRelations =
+    "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
+
+inline std::string Relationship(const std::string& id, const std::string& kind,
+                                const std::string& part) {
+  return "<Relationship Id=\"" + id + "\" Type=\"" + kXlsxRelations + '/' + kind + "\" Target=\"" +
+         part + "\"/>";
+}
+
+inline std::string Relationships(const std::string& list) {
+  return "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">" +
+         list + "</Relationships>";
 }
 
 }  // namespace korvex::test

@@ -45,8 +45,7 @@ TEST(BiffDecryption, AsksForOtherPasswords) {
   };
   for (const auto& test : cases) {
     const Bytes stream = OneSheet({}, Record(0x002F, test.file_pass));
-    EXPECT_EQ(RefusalOf(CompoundBytes{.stream = stream}.Build()), test.refusal)
-        << testing::PrintToString(test.file_pass);
+    EXPECT_EQ(RefusalOf(stream), test.refusal) << testing::PrintToString(test.file_pass);
   }
 }
 

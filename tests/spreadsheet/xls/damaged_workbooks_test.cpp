@@ -2,6 +2,7 @@
 // refused or still have all its wells.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -45,44 +46,41 @@ std::size_t AnySector(const Bytes& file, Random& random) {
   return kSector * Below(random, file.size() / kSector);
 }
 
-void FlipHeaderBit(Bytes& file, const std::vector<std::size_t>& records, Random& random) {
-  const std::size_t bit = Below(random, 32);
-  file[records[Below(random, records.size())] + bit / 8] ^= static_cast<char>(1 << bit % 8);
-}
-void ReplaceHeader(Bytes& file, const std::vector<std::size_t>& records, Random& random) {
-  const std::size_t at = records[Below(random, records.size())];
-  for (std::size_t i = 0; i < 4; ++i) file[at + i] = static_cast<char>(random());
-}
-void ZeroSector(Bytes& file, const std::vector<std::size_t>&, Random& random) {
-  file.replace(AnySector(file, random), kSector, kSector, '\0');
-}
-void FillSectorWithJunk(Bytes& file, const std::vector<std::size_t>&, Random& random) {
-  const std::size_t at = AnySector(file, random);
-  for (std::size_t i = 0; i < kSector; ++i) file[at + i] = static_cast<char>(random());
-}
-void SwapSectors(Bytes& file, const std::vector<std::size_t>&, Random& random) {
-  const std::size_t a = AnySector(file, random);
-  const std::size_t b = AnySector(file, random);
-  const Bytes first = file.substr(a, kSector);
-  file.replace(a, kSector, file.substr(b, kSector));
-  file.replace(b, kSector, first);
-}
-void CutTail(Bytes& file, const std::vector<std::size_t>&, Random& random) {
-  file.resize(Below(random, file.size()));
-}
-void ZeroTail(Bytes& file, const std::vector<std::size_t>&, Random& random) {
-  const std::size_t at = AnySector(file, random);
-  file.replace(at, file.size() - at, file.size() - at, '\0');
+void PutJunk(Bytes& file, std::size_t at, std::size_t size, Random& random) {
+  for (std::size_t i = 0; i < size; ++i) file[at + i] = static_cast<char>(random());
 }
 
-using Damage = void (*)(Bytes&, const std::vector<std::size_t>&, Random&);
-constexpr std::pair<const char*, Damage> kDamages[] = {{"bit of a record's header", FlipHeaderBit},
-                                                       {"a record's header", ReplaceHeader},
-                                                       {"sector of zeros", ZeroSector},
-                                                       {"sector of junk", FillSectorWithJunk},
-                                                       {"two sectors swapped", SwapSectors},
-                                                       {"tail cut", CutTail},
-                                                       {"tail of zeros", ZeroTail}};
+using Offsets = std::vector<std::size_t>;  // of the records' headers
+using Damage = void (*)(Bytes&, const Offsets&, Random&);
+constexpr std::pair<const char*, Damage> kDamages[] = {
+    {"bit of a record's header",
+     [](Bytes& file, const Offsets& records, Random& random) {
+       const std::size_t bit = Below(random, 32);
+       file[records[Below(random, records.size())] + bit / 8] ^= static_cast<char>(1 << bit % 8);
+     }},
+    {"a record's header",
+     [](Bytes& file, const Offsets& records, Random& random) {
+       PutJunk(file, records[Below(random, records.size())], 4, random);
+     }},
+    {"sector of zeros",
+     [](Bytes& file, const Offsets&, Random& random) {
+       file.replace(AnySector(file, random), kSector, kSector, '\0');
+     }},
+    {"sector of junk",
+     [](Bytes& file, const Offsets&, Random& random) {
+       PutJunk(file, AnySector(file, random), kSector, random);
+     }},
+    {"two sectors swapped",
+     [](Bytes& file, const Offsets&, Random& random) {
+       const std::size_t a = AnySector(file, random), b = AnySector(file, random);
+       std::swap_ranges(&file[a], &file[a] + kSector, &file[b]);
+     }},
+    {"tail cut",
+     [](Bytes& file, const Offsets&, Random& random) { file.resize(Below(random, file.size())); }},
+    {"tail of zeros", [](Bytes& file, const Offsets&, Random& random) {
+       const std::size_t at = AnySector(file, random);
+       file.replace(at, file.size() - at, file.size() - at, '\0');
+     }}};
 
 using Wells = std::map<std::pair<int, int>, std::string>;
 

@@ -15,7 +15,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// Reads a table from the pieces of data in the SST record and in the CONTINUE records behind it,
+// Reads a table from the pieces of data in the SST record and in the CONTINUE records after it,
 // with the data of an EXTSST record, if any.
 Texts Decode(const std::vector<Bytes>& pieces, const Bytes& index = {}) {
   Bytes stream;
@@ -83,7 +83,7 @@ TEST(SharedStrings, EndsWhereTheDataEnds) {
   EXPECT_EQ(Decode({Counts(1) + WideText(lone_surrogates)}), Texts{"\uFFFDa\uFFFDb\uFFFD"});
 }
 
-// With one text more or fewer in the middle, every well behind it gets the text of another.
+// With one text more or fewer in the middle, every well after it gets the text of another.
 TEST(SharedStrings, RefusesNumbersOfTextsThatShowDamage) {
   const Bytes index_of_four = U16(2) + U32(12) + U32(12) + U32(20) + U32(20);
   const struct {

@@ -164,7 +164,7 @@ TEST(SheetReader, PassesOverEmbeddedCharts) {
             "1,1 number 1 | 1,4 number 2");
 }
 
-// Bytes behind the end of the sheet do not matter.
+// Bytes after the end of the sheet do not matter.
 TEST(SheetReader, RefusesSheetsWithoutAnEnd) {
   const Bytes whole = OneSheet(NumberCell(0, 0, 1));
   const Bytes without_end = whole.substr(0, whole.size() - 4);
@@ -182,9 +182,7 @@ TEST(SheetReader, RefusesSheetsWithoutAnEnd) {
       {whole + NumberCell(0, 1, 2), ""},
       {whole + Bytes(50, '\xEE'), ""},
   };
-  for (const auto& [stream, cause] : cases) {
-    EXPECT_EQ(RefusalOf(CompoundBytes{.stream = stream}.Build()), cause);
-  }
+  for (const auto& [stream, cause] : cases) EXPECT_EQ(RefusalOf(stream), cause);
 }
 
 // Each case is a sound sheet with one damaged byte in a record's header.
@@ -225,7 +223,7 @@ TEST(SheetReader, RefusesRecordsAmongWhichCellsAreLost) {
        "is too short for its formula"},
   };
   for (const auto& test : cases) {
-    const Bytes cause = RefusalOf(CompoundBytes{.stream = OneSheet(test.records)}.Build());
+    const Bytes cause = RefusalOf(OneSheet(test.records));
     EXPECT_TRUE(cause.starts_with("is damaged: in sheet \"data\" the record at byte ") &&
                 cause.ends_with(test.cause))
         << test.condition << ": " << cause;
@@ -244,17 +242,16 @@ TEST(SheetReader, ReadsCellsWithOtherRecordsBetweenThem) {
 TEST(SheetReader, RefusesFormatsAndSheetsThatDoNotExist) {
   const Bytes formats = Record(0x00E0, Bytes(20, '\0')) + Record(0x00E0, Bytes(20, '\0'));
   EXPECT_EQ(ListingOfRecords(NumberCell(0, 0, 7, 1), formats), "1,1 number 7");
-  EXPECT_NE(RefusalOf(CompoundBytes{.stream = OneSheet(NumberCell(0, 0, 7, 2), formats)}.Build())
+  EXPECT_NE(RefusalOf(OneSheet(NumberCell(0, 0, 7, 2), formats))
                 .find("has the format number 2, and there are 2 formats from 0 on"),
             Bytes::npos);
   Bytes stream = OneSheet(NumberCell(0, 0, 7));
   const std::size_t offset = stream.find(Record(0x0085).substr(0, 2)) + 4;
   stream[offset] = static_cast<char>(stream[offset] + 20);
-  EXPECT_NE(RefusalOf(CompoundBytes{.stream = stream}.Build()).find("where no sheet does"),
-            Bytes::npos);
+  EXPECT_NE(RefusalOf(stream).find("where no sheet does"), Bytes::npos);
   PutU32(stream, offset, 70'000);
   EXPECT_EQ(
-      RefusalOf(CompoundBytes{.stream = stream}.Build()),
+      RefusalOf(stream),
       "is damaged: sheet \"data\" should begin at byte 70,000 of a workbook stream of 66 bytes");
 }
 
@@ -320,16 +317,14 @@ TEST(SheetReader, RefusesValuesThatItCannotPlaceOrFind) {
       {NumberCell(1, 256, 1), outside},
       {Record(0x00BD, U16(1) + U16(255) + U16(0) + U32(6) + U16(0) + U32(10) + U16(256)), outside},
   };
-  for (const auto& [cell, cause] : cases) {
-    EXPECT_EQ(RefusalOf(CompoundBytes{.stream = OneSheet(cell, strings)}.Build()), cause);
-  }
+  for (const auto& [cell, cause] : cases) EXPECT_EQ(RefusalOf(OneSheet(cell, strings)), cause);
 }
 
 // Any number of sheets may begin at the same byte.
 TEST(SheetReader, RefusesSheetsThatShareTheirBytes) {
   Bytes records;
   for (int i = 0; i < 500; ++i) records += Record(0x00EC, Bytes(8000, '\0'));
-  OpenedWorkbook workbook(CompoundBytes{.stream = OneSheet(records)}.Build());
+  OpenedWorkbook workbook(OneSheet(records));
   const auto read = [&] {
     for (int i = 0; i < 20; ++i) workbook.Cells();
   };
@@ -339,11 +334,11 @@ TEST(SheetReader, RefusesSheetsThatShareTheirBytes) {
 TEST(SheetCells, LastCellCountsFormattedBlanks) {
   const Bytes records = NumberCell(1, 1, 1) + Record(0x00BE, U16(1) + U16(2) + U32(0) + U16(3)) +
                         Record(0x0201, CellHead(65535, 0));
-  OpenedWorkbook workbook(CompoundBytes{.stream = OneSheet(records)}.Build());
+  OpenedWorkbook workbook(OneSheet(records));
   EXPECT_EQ(workbook.Cells().LastCell(), (CellAddress{65536, 4}));
   EXPECT_EQ(workbook.Cells().CountA(2), 1);
   EXPECT_EQ(workbook.Cells().CountA(65536), 0);
-  OpenedWorkbook empty(CompoundBytes{.stream = OneSheet({})}.Build());
+  OpenedWorkbook empty(OneSheet({}));
   EXPECT_EQ(empty.Cells().LastCell(), (CellAddress{1, 1}));
 }
 

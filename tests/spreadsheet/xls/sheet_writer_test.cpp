@@ -71,7 +71,7 @@ TEST(SheetWriter, WritesTheSmallestRecordThatHoldsACellExactly) {
       Record(biff::kRk, CellHead(2, 5, kGeneral) + U32(29 * 4 + 3)) +
       NumberCell(2, 6, 1.0 / 3, kGeneral) +
       Record(biff::kLabelSst, CellHead(2, 7, kGeneral) + U32(0)) +
-      // Rows of one group stand in front of all its cells.
+      // Rows of one group come before all its cells.
       Row(600, 2, 4) + Row(601, 3, 4) + Row(602, 3, 4) +
       Record(biff::kBoolErr, CellHead(600, 2, kGeneral) + U8(1) + U8(0)) +
       Record(biff::kBoolErr, CellHead(600, 3, kGeneral) + U8(42) + U8(1)) +

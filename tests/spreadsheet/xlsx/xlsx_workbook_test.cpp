@@ -13,22 +13,9 @@ namespace {
 using testing::MatchesRegex;
 
 const std::string kMain = "xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"";
-const std::string kType =
-    "Type=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships/";
-
-Bytes Relationships(const std::string& list) {
-  return "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/relationships\">" +
-         list + "</Relationships>";
-}
-
-std::string Relationship(const std::string& id, const std::string& kind, const std::string& part) {
-  return "<Relationship Id=\"" + id + "\" " + kType + kind + "\" Target=\"" + part + "\"/>";
-}
 
 Bytes Workbook(const std::string& content) {
-  return "<workbook " + kMain +
-         " xmlns:r=\"http://schemas.openxmlformats.org/officeDocument/2006/relationships\">" +
-         content + "</workbook>";
+  return "<workbook " + kMain + " xmlns:r=\"" + kXlsxRelations + "\">" + content + "</workbook>";
 }
 
 // A workbook of one sheet. Format 0 is General, 1 a built-in date, 2 a date of its own.
