@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include "fuzzing/fuzz_target.h"
-#include "fuzzing/memory_promise.h"
 #include "platform/error.h"
 #include "spreadsheet/cells/typed_value.h"
 #include "workbook/cell_text.h"

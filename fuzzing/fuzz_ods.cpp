@@ -1,6 +1,5 @@
 // The content of .ods workbooks.
 #include "fuzzing/fuzz_target.h"
-#include "fuzzing/read_workbook.h"
 #include "tests/spreadsheet/zip_bytes.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -3,7 +3,6 @@
 #include <string_view>
 
 #include "fuzzing/fuzz_target.h"
-#include "fuzzing/memory_promise.h"
 #include "settings/ini_document.h"
 
 using namespace korvex;

@@ -1,6 +1,5 @@
 // Workbooks of one XML document, and all files that are recognised as something else and refused.
 #include "fuzzing/fuzz_target.h"
-#include "fuzzing/read_workbook.h"
 #include "spreadsheet/file_kind.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

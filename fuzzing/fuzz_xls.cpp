@@ -1,6 +1,5 @@
 // .xls workbooks: compound files, and streams of records without one.
 #include "fuzzing/fuzz_target.h"
-#include "fuzzing/read_workbook.h"
 #include "spreadsheet/file_kind.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "fuzzing/fuzz_target.h"
-#include "fuzzing/read_workbook.h"
 #include "tests/spreadsheet/zip_bytes.h"
 
 using namespace korvex;

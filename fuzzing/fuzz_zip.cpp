@@ -1,6 +1,5 @@
 // Zip archives, and whatever workbooks are in them.
 #include "fuzzing/fuzz_target.h"
-#include "fuzzing/read_workbook.h"
 #include "spreadsheet/file_kind.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,4 +1,4 @@
-#include "fuzzing/memory_promise.h"
+#include "fuzzing/fuzz_target.h"
 
 #include <malloc.h>
 

@@ -1,10 +1,9 @@
-#include "fuzzing/read_workbook.h"
+#include "fuzzing/fuzz_target.h"
 
 #include <algorithm>
 #include <cmath>
 #include <string>
 
-#include "fuzzing/memory_promise.h"
 #include "platform/error.h"
 #include "spreadsheet/file_kind.h"
 #include "spreadsheet/open_workbook.h"
