@@ -4,10 +4,18 @@
 #include <cstdint>
 #include <vector>
 
+#include "spreadsheet/cells/cell_store.h"
+#include "spreadsheet/xls/byte_writer.h"
 #include "spreadsheet/xls/shared_string_writer.h"
-#include "spreadsheet/xls/sheet_writer.h"
 
 namespace korvex {
+
+// Cell formats, as indices of the XF records of the globals.
+enum class CellFormat : std::uint16_t { kGeneral = 15, kDateTime = 16, kDate = 17, kTime = 18 };
+
+// Writes the sub-stream of one worksheet (sheet_writer.cpp): its page set-up, rows and cells.
+// `strings` numbers the texts in the order of the cells.
+void WriteSheet(const SheetContent& sheet, SharedStringWriter& strings, ByteWriter& out);
 
 // The container's header comes before the stream and needs its size. So everything is written
 // twice by the same code, the first time into a writer that only counts.

@@ -1,4 +1,4 @@
-#include "spreadsheet/xls/sheet_writer.h"
+#include "spreadsheet/xls/biff8_writer.h"
 
 #include <gtest/gtest.h>
 
