@@ -1,5 +1,8 @@
 #!/usr/bin/python3
-"""Makes samples/campaign: a growth-inhibition screen in 96- and 384-well plates.
+"""Makes samples/campaign: a growth-inhibition screen in 96- and 384-well plates, and
+samples/flawed, whose first sub-folder lacks the second reading.
+
+    samples/make/make_samples.py [campaign|flawed]...
 
 Every library plate is read three times, and each reading comes from another
 program, as instruments and colleagues have it. The content follows from the
@@ -11,11 +14,11 @@ import os
 import random
 import shutil
 import string
+import sys
 
 import writers
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-CAMPAIGN = os.path.join(HERE, "..", "campaign")
 SEED = 20021203
 
 HEADERS = ["cell plate #", "cell plate wells ##", "compound ID", "compound #", "conc (\u00b5M)",
@@ -29,6 +32,15 @@ PLATES = [
     ("Set 2 natural products", "NAT08", 1058, 2, 96, 37594.479166666664, ("gnumeric", "xlwt", "writeexcel")),
     ("Set 3 fragments", "FRG384", 1101, 3, 384, 37595.604166666664, ("writeexcel", "gnumeric", "libreoffice")),
 ]
+
+# The same; None for a reading that is not there.
+FLAWED = [
+    ("Set 1 antibiotics", "ABX01", 1201, 1, 96, 37600.40625, ("xlwt", None, "writeexcel")),
+    ("Set 2 antifungals", "AFG01", 1202, 2, 96, 37601.385416666664, ("writeexcel", "xlwt", "writeexcel")),
+]
+
+# name: plates, and the chance of a data cell that holds no number
+CAMPAIGNS = {"campaign": (PLATES, 0.014), "flawed": (FLAWED, 0)}
 
 REMARKS = ["edge well", "precipitate", "bubble", "re-pipetted", "\u03b2-form, see batch sheet", "colour interferes"]
 
@@ -61,7 +73,7 @@ def plate_content(plate, chance):
     return content
 
 
-def data_rows(plate, content, chance):
+def data_rows(plate, content, no_number, chance):
     _, _, cell_plate, _, count, _, _ = plate
     drift = chance.uniform(0.94, 1.06)
     rows = []
@@ -72,11 +84,13 @@ def data_rows(plate, content, chance):
         line = len(rows) + 3
         delta = ("formula", ("G%d-F%d" % (line, line), end - start))
         event = chance.random()
-        if event < 0.004:
+        if event >= no_number:
+            pass
+        elif event < 0.004:
             delta = ("error", chance.choice([7, 42]))
         elif event < 0.008:
             delta = ("text", "OVRFLW")
-        elif event < 0.014:
+        else:
             delta = ("empty", None)
         rows.append([
             ("number", cell_plate), ("text", well), ("text", identity),
@@ -87,7 +101,7 @@ def data_rows(plate, content, chance):
     return rows
 
 
-def workbook(plate, replication, content, chance):
+def workbook(plate, replication, content, no_number, chance):
     _, library, cell_plate, day, count, read_at, programs = plate
     read_at += (replication - 1) * 7 / 1440 + chance.randrange(60) / 86400
     if programs[replication - 1] in ("libreoffice", "gnumeric"):
@@ -102,26 +116,37 @@ def workbook(plate, replication, content, chance):
                 [("text", "shaken"), ("boolean", True)],
                 [("text", "operator"), ("text", chance.choice(["M. S\u00f8rby", "J. Okafor", "\u00c9. Lambert"]))]]
     note = [stamp, ("empty", None), ("text", "plate reader export, 600 nm; replication %d of 3" % replication)]
-    data = [note, [("text", name) for name in HEADERS]] + data_rows(plate, content, chance)
+    data = [note, [("text", name) for name in HEADERS]] + data_rows(
+        plate, content, no_number, chance)
     return [("protocol", protocol), ("data", data)]
+
+
+def make(name):
+    plates, no_number = CAMPAIGNS[name]
+    root = os.path.join(HERE, "..", name)
+    shutil.rmtree(root, ignore_errors=True)
+    chance = random.Random(SEED)
+    jobs = {}
+    for plate in plates:
+        folder = os.path.join(root, plate[0])
+        os.makedirs(folder, exist_ok=True)
+        content = plate_content(plate, chance)
+        for replication in (1, 2, 3):
+            program = plate[6][replication - 1]
+            if program is None:
+                continue
+            path = os.path.join(folder, "%s-%d-%d.xls" % (plate[1], plate[3], replication))
+            jobs.setdefault(program, []).append((path, workbook(plate, replication, content, no_number, chance)))
+    for program, workbooks in jobs.items():
+        writers.write(program, workbooks)
 
 
 def main():
     missing = {"libreoffice", "gnumeric", "xlwt", "writeexcel"} - set(writers.installed())
     if missing:
         raise SystemExit("These writers are not installed: " + ", ".join(sorted(missing)))
-    shutil.rmtree(CAMPAIGN, ignore_errors=True)
-    chance = random.Random(SEED)
-    jobs = {}
-    for plate in PLATES:
-        folder = os.path.join(CAMPAIGN, plate[0])
-        os.makedirs(folder, exist_ok=True)
-        content = plate_content(plate, chance)
-        for replication in (1, 2, 3):
-            path = os.path.join(folder, "%s-%d-%d.xls" % (plate[1], plate[3], replication))
-            jobs.setdefault(plate[6][replication - 1], []).append((path, workbook(plate, replication, content, chance)))
-    for program, workbooks in jobs.items():
-        writers.write(program, workbooks)
+    for name in sys.argv[1:] or CAMPAIGNS:
+        make(name)
 
 
 if __name__ == "__main__":
