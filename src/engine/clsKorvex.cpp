@@ -4,7 +4,7 @@
 #include <limits>
 #include <utility>
 
-#include "errors/basFuncs.h"
+#include "errors/clsAppLog.h"
 #include "errors/trap.h"
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
@@ -451,12 +451,10 @@ void clsKorvex::RefuseKey(const std::string& message, const std::optional<KeyTab
             " of " + FailedPath(record_.inputs[first->input].full_name) + " held first.";
   }
   if (!record_.options.check) {
-    try {
-      throw Error(error_number::kCannotPerform,
-                  "The key " + Shown(key_) + " was refused in " + place_.file + ". " + cause);
-    } catch (const Error&) {
-      ReportError("frmMain.ProcessFile", std::nullopt, false, true, true, false);
-    }
+    Attempt([&] {
+      AppLog().AddText("The key " + Shown(key_) + " was refused in " + place_.file + ". " + cause,
+                       {}, true, 1, false);
+    });
   }
   TellAndFail(message, cause);
 }

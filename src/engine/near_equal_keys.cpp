@@ -6,19 +6,14 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "engine/plate_layout.h"
 #include "text/text.h"
 
 namespace korvex {
 namespace {
 
 constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-bool IsLetter(char c) {
-  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
+constexpr std::size_t kLongestWell = 8;  // bytes of "=AF0048", and some
 
 // The second byte of a non-breaking blank stands for it: nothing is missed, whatever else it is
 // part of. The inner loop counts in bytes, which the machine does for many of them at once.
@@ -44,8 +39,7 @@ bool ValuesHoldBlanks(const KeyTable& keys, const std::vector<std::string>& key_
   return Blanks(keys.Text()) != in_names * keys.Count();
 }
 
-// Without blanks, in which keys may differ, and with the zeros of "=A01" left out. `out` is
-// replaced.
+// Without blanks, in which keys may differ, and with all wells in one form. `out` is replaced.
 void MakeComparable(std::string_view key, std::string& out) {
   out.clear();
   for (std::size_t i = 0; i < key.size(); ++i) {
@@ -56,19 +50,12 @@ void MakeComparable(std::string_view key, std::string& out) {
     }
     out.push_back(key[i]);
   }
-  // A well is one or two letters and digits, from "=" to ";".
   for (std::size_t start = out.find('='); start != std::string::npos;
        start = out.find('=', start + 1)) {
-    std::size_t i = start + 1;
-    while (i < out.size() && IsLetter(out[i])) ++i;
-    const std::size_t letters = i - start - 1;
-    if (letters < 1 || letters > 2) continue;
-    std::size_t digits = i;
-    while (digits < out.size() && IsDigit(out[digits])) ++digits;
-    if (digits == i || digits >= out.size() || out[digits] != ';') continue;
-    std::size_t zeros = i;
-    while (zeros + 1 < digits && out[zeros] == '0') ++zeros;
-    out.erase(i, zeros - i);
+    const std::size_t end = out.find(';', start);
+    if (end == std::string::npos || end - start > kLongestWell) continue;
+    const auto well = WellFromName(std::string_view(out).substr(start + 1, end - start - 1));
+    if (well) out.replace(start + 1, end - start - 1, NameOf(*well));
   }
 }
 

@@ -10,6 +10,9 @@
 
 #include "platform/ciphers.h"
 #include "platform/desktop.h"
+#include "platform/file_system.h"
+#include "platform/standard_streams.h"
+#include "tests/platform/temp_folder.h"
 #include "tests/support/memory_file_system.h"
 
 namespace korvex {
