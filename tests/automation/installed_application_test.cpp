@@ -176,6 +176,8 @@ TEST_F(InstalledApplicationTest, SavesInTheFormatOfTheName) {
   for (int i = 0; i < 2; ++i) workbook.Worksheets(2).Delete();
   workbook.SaveAs("C:\\plates\\out.csv");
   EXPECT_THAT(files.Content("C:\\plates\\out.csv"), HasSubstr("0.333333333333333"));
+  workbook.SaveAs("C:\\plates\\out.tsv");
+  EXPECT_TRUE(files.FileExists("C:\\plates\\out.tsv"));
   workbook.SaveAs("C:\\plates\\out.xlsx");
   EXPECT_THAT(scripted.program.calls.back(), HasSubstr("FileFormat:=51"));
 }
