@@ -1,0 +1,95 @@
+#include "report/statistics.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace korvex {
+namespace {
+
+std::optional<double> IfFinite(double value) {
+  return std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<double> Mean(std::span<const double> values) {
+  if (values.empty()) return std::nullopt;
+  return IfFinite(std::accumulate(values.begin(), values.end(), 0.0) /
+                  static_cast<double>(values.size()));
+}
+
+std::optional<double> SampleDeviation(std::span<const double> values) {
+  const std::optional<double> mean = Mean(values);
+  if (values.size() < 2 || !mean) return std::nullopt;
+  // The mean of equal values may be off by a rounding, which is no spread.
+  if (std::ranges::all_of(values, [&](double value) { return value == values.front(); })) return 0;
+  double squares = 0;
+  for (const double value : values) squares += (value - *mean) * (value - *mean);
+  return IfFinite(std::sqrt(squares / static_cast<double>(values.size() - 1)));
+}
+
+std::optional<double> CoefficientOfVariation(std::span<const double> values) {
+  const std::optional<double> mean = Mean(values);
+  const std::optional<double> deviation = SampleDeviation(values);
+  if (!mean || !deviation) return std::nullopt;
+  return IfFinite(*deviation / std::abs(*mean));
+}
+
+double Percentile(std::span<const double> sorted, double fraction) {
+  const double place = static_cast<double>(sorted.size() - 1) * fraction;
+  const std::size_t below = static_cast<std::size_t>(place);
+  const std::size_t above = std::min(below + 1, sorted.size() - 1);
+  return std::lerp(sorted[below], sorted[above], place - static_cast<double>(below));
+}
+
+std::vector<double> AverageRanks(std::span<const double> values) {
+  std::vector<std::size_t> order(values.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::ranges::sort(order, {}, [&](std::size_t i) { return values[i]; });
+  std::vector<double> ranks(values.size());
+  for (std::size_t first = 0; first < order.size();) {
+    std::size_t end = first + 1;
+    while (end < order.size() && values[order[end]] == values[order[first]]) ++end;
+    // The ranks first + 1 to end have this mean.
+    const double rank = static_cast<double>(first + 1 + end) / 2;
+    for (; first < end; ++first) ranks[order[first]] = rank;
+  }
+  return ranks;
+}
+
+std::optional<double> PearsonCorrelation(std::span<const double> x, std::span<const double> y) {
+  const std::optional<double> deviation_x = SampleDeviation(x);
+  const std::optional<double> deviation_y = SampleDeviation(y);
+  if (!deviation_x || !deviation_y || *deviation_x == 0 || *deviation_y == 0) return std::nullopt;
+  const double mean_x = *Mean(x);
+  const double mean_y = *Mean(y);
+  // Standardised first, so that products of large or small numbers stay in range.
+  double products = 0;
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    products += (x[i] - mean_x) / *deviation_x * ((y[i] - mean_y) / *deviation_y);
+  }
+  return std::clamp(products / static_cast<double>(x.size() - 1), -1.0, 1.0);
+}
+
+std::optional<double> SpearmanCorrelation(std::span<const double> x, std::span<const double> y) {
+  return PearsonCorrelation(AverageRanks(x), AverageRanks(y));
+}
+
+ControlSample SampleOf(std::span<const double> values) {
+  return {values.size(), Mean(values), SampleDeviation(values)};
+}
+
+std::optional<double> ZPrime(const ControlSample& low, const ControlSample& high) {
+  if (!low.deviation || !high.deviation) return std::nullopt;
+  const double range = std::abs(*high.mean - *low.mean);
+  return IfFinite(1 - 3 * (*high.deviation + *low.deviation) / range);
+}
+
+std::optional<double> SignalWindow(const ControlSample& low, const ControlSample& high) {
+  if (!low.deviation || !high.deviation) return std::nullopt;
+  const double range = std::abs(*high.mean - *low.mean);
+  return IfFinite((range - 3 * (*high.deviation + *low.deviation)) / *high.deviation);
+}
+
+}  // namespace korvex
