@@ -150,8 +150,8 @@ std::string HtmlReport(const RunRecord& record, const ReportOptions& options) {
   std::optional<PlateLayout> layout;
   const bool has_readings = record.readings && !record.readings->readings.empty();
   if (has_readings) {
-    layout = FindPlateLayout(*record.readings, record.inputs, record.plate_column,
-                             record.well_column, why_no_layout);
+    layout = FindPlateLayout(*record.readings, record.inputs, record.options.plate_column,
+                             record.options.well_column, why_no_layout);
   }
   std::string page;
   AppendStart(record, page);

@@ -243,7 +243,7 @@ TEST(HtmlReport, JudgesControlsByPlateAndReplication) {
                           HasSubstr("Z' is 0.8225 to 0.8225, median 0.8225; 4 of 4 reach 0.5.")));
 
   // Without plates, by workbook; with what cannot be found, said so.
-  record.well_column = "no such column";
+  record.options.well_column = "no such column";
   page = PageOf(record, kControls);
   EXPECT_THAT(page, AllOf(HasSubstr("<td>Set 1/KIN1042-1-2.xls</td><td>2</td>" + figures),
                           HasSubstr("No plates are drawn. "), HasSubstr("no such column")));
@@ -283,7 +283,7 @@ TEST(HtmlReport, TellsProblemsAndFindings) {
           HasSubstr("<td>Set 1/P.xls</td><td>22</td><td>well=&lt;A&gt;;</td><td>OVRFLW</td>"),
           HasSubstr("<td>Set 1/P&lt;1&gt;-1-1.xls</td><td>1</td><td>1</td><td>12</td><td>5</td>"
                     "<td></td><td>1,234,567</td>"),
-          HasSubstr("<td>out.xls<br>")));
+          HasSubstr("<td>../out.xls<br>")));
 }
 
 TEST(HtmlReport, SaysWhatItLeavesOutOfALargeCampaign) {
