@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "engine/long_form.h"
 #include "engine/refusal_recorder.h"
 #include "errors/trap.h"
 #include "files/basFuncs_paths.h"
@@ -150,11 +151,12 @@ void MainRun::Run(const RunSelection& selection) {
 }
 
 void MainRun::CheckOutputs(const RunOptions& options) {
-  if (options.wide && CheckOutputFile() == ExistingOutput::kKeep) moKorvex_->KeepExistingOutput();
+  if (options.wide && CheckOutputFile() == ExistingOutput::kKeep)
+    moKorvex_->Outputs().KeepExistingOutput();
   if (options.long_form.empty()) return;
   LongForm::CheckName(options.long_form);
   if (CheckOutputFile(options.long_form, OutputKind::kWorkbook) == ExistingOutput::kKeep) {
-    moKorvex_->KeepExistingLongForm();
+    moKorvex_->Outputs().KeepExistingLongForm();
   }
 }
 
@@ -170,7 +172,7 @@ void MainRun::Convert(const RunSelection& selection) {
   progress_maximum_ = ProgressMaximum(selection);
   view_.SetProgress(1, progress_maximum_);
   if (!record.options.check && record.options.wide && CheckOutputFile() == ExistingOutput::kKeep) {
-    moKorvex_->KeepExistingOutput();
+    moKorvex_->Outputs().KeepExistingOutput();
   }
   std::string folder = selection.folder;
   moKorvex_->ProcessFolders(folder, selection.files);

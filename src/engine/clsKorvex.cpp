@@ -4,7 +4,7 @@
 #include <limits>
 #include <utility>
 
-#include "errors/clsAppLog.h"
+#include "engine/key_refusals.h"
 #include "errors/trap.h"
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
@@ -36,17 +36,6 @@ std::int16_t Int16(std::size_t count, const std::string& things) {
   return static_cast<std::int16_t>(count);
 }
 
-// "/out/all (2).xls" for "/out/all.xls": the first such name that no file has yet.
-std::string FreeNameLike(const std::string& full_name) {
-  const clsFileSys& names = SharedFileSys();
-  const std::string stem = names.DropExtention(full_name);
-  const std::string ending = full_name.substr(stem.size());
-  for (int number = 2;; ++number) {
-    std::string name = stem + " (" + std::to_string(number) + ")" + ending;
-    if (!Platform().files->FileExists(name)) return name;
-  }
-}
-
 // Display paths for messages about an error. They show the whole path where it cannot be shortened:
 // the folder may be what is missing.
 std::string FailedPath(const std::string& path) {
@@ -75,7 +64,8 @@ void CheckIsThere(const std::string& sub_folder) {
 
 }  // namespace
 
-clsKorvex::clsKorvex(KorvexEvents& events, RunOptions options) : events_(events) {
+clsKorvex::clsKorvex(KorvexEvents& events, RunOptions options)
+    : events_(events), outputs_(record_.options, structure_) {
   if (options.keep_readings) record_.readings.emplace();
   record_.options = std::move(options);
 }
@@ -103,32 +93,25 @@ void clsKorvex::ProcessFolders(std::string& folder, const std::vector<std::strin
 
 void clsKorvex::Run() {
   application_ = Platform().spreadsheet->CreateApplication();
-  Step([&] { CheckStructure(); });
   BeginRecord();
+  Step([&] { CheckStructure(); });
   HideApplication();
   output_full_name_ =
       record_.options.wide ? basSettings::OutputFullName() : record_.options.long_form;
   if (record_.options.wide) {
-    Step([&] {
-      CreateOutputWorkbook();
-      output_->WriteHeaders();
-    });
+    Step([&] { outputs_.CreateOutputWorkbook(*application_, output_full_name_, SheetName()); });
   }
   if (basSettings::ProcessingSubFolders()) {
     ProcessSubFolders();
   } else {
     ProcessSelectedFiles();
   }
-  if (output_) {
-    output_->RemoveEmptyColumns();
-    output_->NoteMisplaced(record_.findings);
-  }
+  outputs_.EndRun(record_.findings);
   watch_->EndRun();
   if (record_.options.check) return;
   CheckStrict();
   place_ = {};
-  if (output_) SaveOutputWorkbook();
-  if (long_form_) SaveLongForm();
+  outputs_.Save(record_);
   application_->Quit();
   application_.reset();
 }
@@ -153,7 +136,7 @@ void clsKorvex::Step(Body&& body) {
   }
 }
 
-// The columns as the settings name them; the sample has them all when the run has come this far.
+// The columns as the settings name them: a run goes no further than a sample that lacks one.
 void clsKorvex::BeginRecord() {
   record_.processing_folder = processing_folder_;
   record_.sub_folders = basSettings::ProcessingSubFolders();
@@ -182,31 +165,17 @@ void clsKorvex::HideApplication() {
   application_->SetDisplayAlerts(false);
 }
 
-void clsKorvex::CreateOutputWorkbook() {
-  output_workbook_ = &application_->AddWorkbook(output_full_name_);
-  while (output_workbook_->WorksheetCount() >= 2) output_workbook_->Worksheets(1).Delete();
-  Worksheet& sheet = output_workbook_->Worksheets(1);
-  const std::string name = SheetName();
-  if (!name.empty()) sheet.SetName(name);
-  output_.emplace(sheet, structure_);
-}
-
 // Empty where the folder has no name, as a drive has none.
 std::string clsKorvex::SheetName() const {
   const std::string folder = Platform().files->AbsolutePath(processing_folder_);
   return SheetNameFromFolder(SharedFileSys().GetFileTitle(folder, false));
 }
 
-void clsKorvex::BeginLongForm() {
-  if (record_.options.long_form.empty() || record_.options.check) return;
-  long_form_.emplace(record_.options.long_form, SheetName(), *application_, structure_);
-  long_form_->WriteHeaders();
-}
-
 // What cannot be done is refused before the first file is read, since a run may take an hour.
 void clsKorvex::ProcessSubFolders() {
   const std::vector<std::string> sub_folders = folders_.SubFolders(processing_folder_);
   folder_count_ = Int16(sub_folders.size(), "sub-folders of " + processing_folder_);
+  OutputTable* const table = outputs_.Table();
   std::vector<std::string> names;
   for (const std::string& sub_folder : sub_folders) {
     const std::string path = JoinPath(processing_folder_, sub_folder);
@@ -214,23 +183,26 @@ void clsKorvex::ProcessSubFolders() {
       CheckIsThere(path);
       const std::vector<std::string> found = folders_.Workbooks(path);
       Int16(found.size(), "files in " + path);
-      if (output_ && sub_folder == sub_folders.front()) {
-        output_->CheckFoldersAhead(found, folder_count_);
+      if (table != nullptr && sub_folder == sub_folders.front()) {
+        table->CheckFoldersAhead(found, folder_count_);
       }
       names.insert(names.end(), found.begin(), found.end());
     });
   }
   record_.input_count = names.size();
-  if (output_) Step([&] { output_->CheckReplicationsAhead(names); });
-  BeginLongForm();
+  if (table != nullptr) Step([&] { table->CheckReplicationsAhead(names); });
+  outputs_.BeginLongForm(*application_, SheetName());
   for (const std::string& sub_folder : sub_folders) {
     ++current_folder_;
     Step([&] {
       const std::vector<std::string> files = FilesOf(sub_folder);
-      NoteSkippedFolders(sub_folder);
+      const std::string path = JoinPath(processing_folder_, sub_folder);
+      watch_->NoteSkippedFolders(sub_folder, folders_.Entries(path), folders_.Workbooks(path));
       ProcessFiles(files);
     });
-    if (output_) Step([&] { output_->CheckFoldersAhead(current_folder_, folder_count_); });
+    if (table != nullptr) {
+      Step([&] { table->CheckFoldersAhead(current_folder_, folder_count_); });
+    }
   }
 }
 
@@ -247,27 +219,17 @@ std::vector<std::string> clsKorvex::FilesOf(const std::string& sub_folder) {
   return files.Texts();
 }
 
-// Folders named like workbooks are among the files, and refused by name.
-void clsKorvex::NoteSkippedFolders(const std::string& sub_folder) {
-  const std::string path = JoinPath(processing_folder_, sub_folder);
-  const std::vector<std::string> files = folders_.Workbooks(path);
-  for (const FolderEntry& entry : folders_.Entries(path)) {
-    if (!entry.is_folder || entry.is_hidden) continue;
-    if (std::ranges::find(files, entry.name) != files.end()) continue;
-    watch_->SkippedFolder(sub_folder + "/" + entry.name);
-  }
-}
-
 void clsKorvex::ProcessSelectedFiles() {
   folder_count_ = 1;
   current_folder_ = 1;
+  OutputTable* const table = outputs_.Table();
   std::vector<std::string> names;
   for (const std::string& path : files_) {
     names.push_back(SharedFileSys().GetFileTitle(path, false));
   }
   record_.input_count = names.size();
-  if (output_) Step([&] { output_->CheckReplicationsAhead(names); });
-  BeginLongForm();
+  if (table != nullptr) Step([&] { table->CheckReplicationsAhead(names); });
+  outputs_.BeginLongForm(*application_, SheetName());
   Step([&] { ProcessFiles(files_); });
 }
 
@@ -281,10 +243,7 @@ void clsKorvex::ProcessFiles(const std::vector<std::string>& files) {
       ++number;
       Step([&] { ProcessFile(path, base_name, number, count); });
     }
-    if (output_) {
-      output_->RemoveEmptyColumns();
-      output_->AddExtraHeaders();
-    }
+    outputs_.EndBatch();
     watch_->EndBatch();
   } catch (...) {
     if (basSettings::ProcessingSubFolders()) {
@@ -300,7 +259,8 @@ void clsKorvex::ProcessFiles(const std::vector<std::string>& files) {
 void clsKorvex::ProcessFile(const std::string& path, const std::string& base_name,
                             std::int16_t file_number, std::int16_t file_count) {
   Workbook* input = nullptr;
-  TakeDownInput(path);
+  place_ = {};
+  place_.file = watch_->BeginInput(path, current_folder_);
   Trap(
       "frmMain.ProcessFile",
       [&] {
@@ -344,17 +304,13 @@ void clsKorvex::ProcessSheet(DataSheet& sheet, const std::string& base_name,
                   std::to_string(file_number) + " of " + std::to_string(file_count) + ")" +
                   ", Sheet " + std::to_string(sheet.Index()) + " of " +
                   std::to_string(sheet.SheetCount()));
-  sheet.ReadLayout(output_ ? output_->ColumnCount()
-                           : static_cast<int>(record_.output_columns.size()));
-  InputRecord& input = record_.inputs.back();
-  input.replication = sheet.Replication();
-  input.day = sheet.DayField();
-  input.date = sheet.DateOrNothing();
+  OutputTable* const table = outputs_.Table();
+  sheet.ReadLayout(table != nullptr ? table->ColumnCount()
+                                    : static_cast<int>(record_.output_columns.size()));
   const auto number = static_cast<std::uint32_t>(record_.inputs.size() - 1);
   keys_.BeginSheet(number, sheet.Replication(), current_folder_, sheet.FirstRow());
-  if (output_) output_->BeginSheet(input.path, current_folder_);
-  if (long_form_) long_form_->BeginSheet(sheet, input.path);
-  watch_->BeginSheet(sheet, output_ ? &*output_ : nullptr);
+  outputs_.BeginSheet(sheet, place_.file, current_folder_);
+  watch_->BeginSheet(sheet, table);
   int row = sheet.FirstRow();
   for (; sheet.HasRow(row); ++row) {
     if (record_.options.check) {
@@ -371,16 +327,34 @@ void clsKorvex::ProcessSheet(DataSheet& sheet, const std::string& base_name,
 void clsKorvex::ProcessRow(DataSheet& sheet, int row) {
   sheet.BuildKey(row, key_);
   const KeyTable::Found key = keys_.Add(key_);
-  if (key.is_duplicate) RefuseDuplicate(sheet, row, key.key);
+  if (key.is_duplicate) RefuseKey(sheet, row, key);
   const CellValue value = sheet.MeasuredValue(row);
-  if (output_) {
-    if (!output_->WriteData(key.key, sheet, value)) RefuseOverwriting(sheet, row, key.key);
-    if (key.is_new) output_->WriteOutputColumns(key.key, sheet, row);
-  } else if (!taken_.Take(key.key, sheet.Replication(), value)) {
-    RefuseOverwriting(sheet, row, key.key);
-  }
-  if (long_form_) long_form_->Write(row, value);
+  if (!outputs_.Write(key, sheet, row, value)) RefuseKey(sheet, row, key);
   watch_->Row(key, row, value);
+}
+
+void clsKorvex::RefuseKey(const DataSheet& sheet, int row, const KeyTable::Found& key) {
+  place_.row = row;
+  place_.key = key_;
+  const KeyTable::Sheet current = keys_.Sheets().back();
+  // In the output workbook replications whose letters differ in case alone share a column.
+  const auto is_meant = [&](const KeyTable::Sheet& other) {
+    if (key.is_duplicate) return other.input == current.input;
+    if (other.replication == current.replication) return true;
+    return outputs_.Table() != nullptr &&
+           EqualText(ReplicationLetter(other.replication), ReplicationLetter(current.replication));
+  };
+  const auto first =
+      key.is_duplicate ? keys_.FindRow(key.key, is_meant) : keys_.Find(key.key, is_meant);
+  CollidingRow colliding{sheet, row, key_, {}, 0, !record_.options.check};
+  if (first) {
+    colliding.first_file = record_.inputs[first->input].full_name;
+    colliding.first_row = first->row;
+  }
+  if (key.is_duplicate) RefuseDuplicate(colliding);
+  OutputTable* const table = outputs_.Table();
+  RefuseOverwriting(colliding,
+                    table != nullptr ? table->SharedLetter(sheet.Replication()) : std::string());
 }
 
 // The rows of a sheet count one by one, with a reading or without.
@@ -391,72 +365,6 @@ void clsKorvex::CheckRow(DataSheet& sheet, int row) {
   place_.key.clear();
   Step([&] { ProcessRow(sheet, row); });
   if (keys_.ReadingsOf(sheet_number) == rows) keys_.SkipRow();
-}
-
-void clsKorvex::TakeDownInput(const std::string& path) {
-  place_ = {};
-  place_.file = RelativePath(path);
-  InputRecord& input = record_.inputs.emplace_back();
-  input.path = place_.file;
-  input.full_name = path;
-  input.batch = current_folder_ - 1;
-  if (const auto version = Platform().files->VersionOf(path)) {
-    input.size = static_cast<std::uint64_t>(version->size);
-  }
-  if (record_.readings) Attempt([&] { input.sha256 = Sha256OfFile(*Platform().files, path); });
-}
-
-std::string clsKorvex::RelativePath(const std::string& path) const {
-  const std::string folder = WithSeparator(processing_folder_);
-  std::string relative = path.starts_with(folder) ? path.substr(folder.size()) : path;
-  std::ranges::replace(relative, Platform().files->Separator(), '/');
-  return relative;
-}
-
-void clsKorvex::RefuseDuplicate(const DataSheet& sheet, int row, std::uint32_t key) {
-  place_.row = row;
-  place_.key = key_;
-  const std::uint32_t input = keys_.Sheets().back().input;
-  const auto first =
-      keys_.FindRow(key, [&](const KeyTable::Sheet& other) { return other.input == input; });
-  RefuseKey(std::string("Duplicate key in file ") + kLineBreak + "'" + sheet.DisplayPath() + "'" +
-                kLineBreak + kLineBreak + "Key name:   " + Shown(key_),
-            first, row);
-}
-
-void clsKorvex::RefuseOverwriting(const DataSheet& sheet, int row, std::uint32_t key) {
-  place_.row = row;
-  place_.key = key_;
-  // In the long form nothing shares a column.
-  const auto first = keys_.Find(key, [&](const KeyTable::Sheet& other) {
-    if (other.replication == sheet.Replication()) return true;
-    return output_ &&
-           EqualText(ReplicationLetter(other.replication), ReplicationLetter(sheet.Replication()));
-  });
-  RefuseKey(std::string("The same key, with the same replication number was found in ") +
-                "different files, and data would be overwritten. Please check that all key " +
-                "fields are truely unique." + kLineBreak + kLineBreak + "Current file: " +
-                sheet.DisplayPath() + kLineBreak + kLineBreak + "Key name:   " + Shown(key_) +
-                (output_ ? output_->SharedLetter(sheet.Replication()) : std::string()),
-            first, row);
-}
-
-// The message is the user's; where the key was first stands below it and, with the whole refusal,
-// in the log.
-void clsKorvex::RefuseKey(const std::string& message, const std::optional<KeyTable::Place>& first,
-                          int row) {
-  std::string cause;
-  if (first) {
-    cause = "Row " + std::to_string(row) + " repeats what row " + std::to_string(first->row) +
-            " of " + FailedPath(record_.inputs[first->input].full_name) + " held first.";
-  }
-  if (!record_.options.check) {
-    Attempt([&] {
-      AppLog().AddText("The key " + Shown(key_) + " was refused in " + place_.file + ". " + cause,
-                       {}, true, 1, false);
-    });
-  }
-  TellAndFail(message, cause);
 }
 
 // Findings are failures of a strict run.
@@ -474,59 +382,6 @@ void clsKorvex::AskWhetherToStop() {
       ShowMessageBox("Stop Process?", {kStopButton, "Continue"}, kProgramTitle);
   if (EqualText(answer, kStopButton)) throw Error(error_number::kUserInterrupt);
   stop_requested_ = false;
-}
-
-// The last steps of a run that succeeded; after a failure nothing is saved.
-void clsKorvex::SaveOutputWorkbook() {
-  const CellAddress last = output_workbook_->Worksheets(1).LastCell();
-  if (keep_existing_output_) {
-    SaveUnlessTaken();
-  } else {
-    output_workbook_->SaveAs(output_full_name_);
-  }
-  output_.reset();
-  std::exchange(output_workbook_, nullptr)->Close();
-  record_.output = RecordOf(output_full_name_, last.row, last.column);
-}
-
-void clsKorvex::SaveLongForm() {
-  const int rows = long_form_->RowCount();
-  const int columns = long_form_->ColumnCount();
-  keep_existing_long_form_ ? long_form_->SaveAsNew() : long_form_->Save();
-  long_form_.reset();
-  record_.long_form = RecordOf(record_.options.long_form, rows, columns);
-}
-
-OutputRecord clsKorvex::RecordOf(const std::string& full_name, int rows, int columns) const {
-  OutputRecord output{full_name, 0, {}, rows, columns};
-  if (const auto version = Platform().files->VersionOf(full_name)) {
-    output.size = static_cast<std::uint64_t>(version->size);
-  }
-  if (record_.readings) output.sha256 = Sha256OfFile(*Platform().files, full_name);
-  return output;
-}
-
-// Saves the output under another name when a file has appeared under its own: the work of the run
-// is kept, and the error says where.
-void clsKorvex::SaveUnlessTaken() {
-  const auto save_as = [&](const std::string& name) {
-    try {
-      output_workbook_->SaveAsNew(name);
-      return true;
-    } catch (const Error& error) {
-      if (error.Number() != error_number::kFileExists) throw;
-      return false;
-    }
-  };
-  if (save_as(output_full_name_)) return;
-  std::string kept;
-  do {
-    kept = FreeNameLike(output_full_name_);
-  } while (!save_as(kept));
-  throw Error(error_number::kFileExists, "A file " + output_full_name_ +
-                                             " appeared during the run and was not replaced, since "
-                                             "nobody was asked. The output of the run is in " +
-                                             kept + ".");
 }
 
 }  // namespace korvex

@@ -10,9 +10,7 @@
 
 #include "engine/data_sheet.h"
 #include "engine/key_table.h"
-#include "engine/long_form.h"
-#include "engine/output_table.h"
-#include "engine/refusal_recorder.h"
+#include "engine/run_outputs.h"
 #include "engine/run_record.h"
 #include "engine/run_watch.h"
 #include "files/folder_listing.h"
@@ -53,10 +51,8 @@ class clsKorvex {
   void StopProcess() { stop_requested_ = true; }
   // Asks the user when a stop was asked for; error 18 when the answer is yes.
   void AskWhetherToStop();
-  // Keeps a file that appears in the output's place during the run: the user wants to be asked
-  // before one is replaced, and there was none to ask about.
-  void KeepExistingOutput() { keep_existing_output_ = true; }
-  void KeepExistingLongForm() { keep_existing_long_form_ = true; }
+  // For what is decided about them before the run.
+  RunOutputs& Outputs() { return outputs_; }
   // True from the start of a run to its end.
   bool Running() const { return running_; }
   // Where the run saves its output, as the settings named it when the run began; a change during
@@ -75,9 +71,7 @@ class clsKorvex {
   void Run();
   void CheckStructure();
   void HideApplication();
-  void CreateOutputWorkbook();
   std::string SheetName() const;
-  void BeginLongForm();
   void ProcessSubFolders();
   void ProcessSelectedFiles();
   // The sub-folder's files, by their full names. Refuses a folder without any.
@@ -91,32 +85,19 @@ class clsKorvex {
   template <class Body>
   void Step(Body&& body);
   void BeginRecord();
-  void NoteSkippedFolders(const std::string& sub_folder);
-  std::string RelativePath(const std::string& path) const;
   void ProcessRow(DataSheet& sheet, int row);
   void CheckRow(DataSheet& sheet, int row);
-  [[noreturn]] void RefuseDuplicate(const DataSheet& sheet, int row, std::uint32_t key);
-  [[noreturn]] void RefuseOverwriting(const DataSheet& sheet, int row, std::uint32_t key);
-  [[noreturn]] void RefuseKey(const std::string& message,
-                              const std::optional<KeyTable::Place>& first, int row);
+  [[noreturn]] void RefuseKey(const DataSheet& sheet, int row, const KeyTable::Found& key);
   void CheckStrict();
-  void TakeDownInput(const std::string& path);
   void ProcessSheet(DataSheet& sheet, const std::string& base_name, std::int16_t file_number,
                     std::int16_t file_count);
-  void SaveOutputWorkbook();
-  void SaveLongForm();
-  OutputRecord RecordOf(const std::string& full_name, int rows, int columns) const;
-  void SaveUnlessTaken();
 
   KorvexEvents& events_;
   std::unique_ptr<Application> application_;
-  Workbook* output_workbook_ = nullptr;
   clsStructure structure_;
-  std::optional<OutputTable> output_;  // from the moment its workbook is there
-  std::optional<LongForm> long_form_;  // from the moment all inputs are listed
-  TakenReadings taken_;                // without an output workbook
-  KeyTable keys_;
   RunRecord record_;
+  RunOutputs outputs_;
+  KeyTable keys_;
   std::optional<RunWatch> watch_;  // from the moment the columns of the run are known
   FindingPlace place_;
   std::string key_;  // of the current row
@@ -125,8 +106,6 @@ class clsKorvex {
   std::string output_full_name_;
   std::vector<std::string> files_;
   bool stop_requested_ = false;
-  bool keep_existing_output_ = false;
-  bool keep_existing_long_form_ = false;
   bool running_ = false;
   bool stopped_ = false;
   std::int16_t current_folder_ = 0;

@@ -8,6 +8,10 @@
 
 #include "engine/near_equal_keys.h"
 #include "engine/plate_layout.h"
+#include "files/folder_listing.h"
+#include "platform/ciphers.h"
+#include "platform/error.h"
+#include "platform/services.h"
 #include "text/text.h"
 #include "text/utf8.h"
 #include "workbook/cell_text.h"
@@ -139,6 +143,22 @@ std::string RunWatch::KeyName(std::uint32_t key) const {
   return std::string(keys_.Name(key));
 }
 
+const std::string& RunWatch::BeginInput(const std::string& full_name, int batch) {
+  const FileSystem& files = *Platform().files;
+  InputRecord& input = record_.inputs.emplace_back();
+  const std::string folder = WithSeparator(record_.processing_folder);
+  input.path = full_name.starts_with(folder) ? full_name.substr(folder.size()) : full_name;
+  std::ranges::replace(input.path, files.Separator(), '/');
+  input.full_name = full_name;
+  input.batch = batch - 1;
+  if (const auto version = files.VersionOf(full_name)) {
+    input.size = static_cast<std::uint64_t>(version->size);
+  }
+  // A file that cannot be read is refused in a moment.
+  if (record_.readings) Attempt([&] { input.sha256 = Sha256OfFile(files, full_name); });
+  return input.path;
+}
+
 void RunWatch::BeginSheet(DataSheet& sheet, const OutputTable* output) {
   sheet_ = &sheet;
   output_ = output;
@@ -151,6 +171,10 @@ void RunWatch::BeginSheet(DataSheet& sheet, const OutputTable* output) {
     if (Contains(record_.key_columns, name)) continue;
     shared_columns_.push_back({column.position, column.source, name, lacked_[index]});
   }
+  InputRecord& input = record_.inputs.back();
+  input.replication = sheet.Replication();
+  input.day = sheet.DayField();
+  input.date = sheet.DateOrNothing();
   NoteRoundedField(sheet.ReplicationField(), "replication");
   const auto is_day = [](const WatchedColumn& column) {
     return column.source.kind == ColumnSource::Kind::kDayNum;
@@ -553,8 +577,16 @@ RunReadings RunWatch::ReadingsOfKeys() const {
   return readings;
 }
 
-void RunWatch::SkippedFolder(const std::string& path) {
-  record_.findings.Note(Kind::kSkippedFolder, [&] { return FindingPlace{path, 0, {}, {}, {}}; });
+void RunWatch::NoteSkippedFolders(const std::string& sub_folder,
+                                  const std::vector<FolderEntry>& entries,
+                                  const std::vector<std::string>& workbooks) {
+  for (const FolderEntry& entry : entries) {
+    if (!entry.is_folder || entry.is_hidden) continue;
+    if (std::ranges::find(workbooks, entry.name) != workbooks.end()) continue;
+    record_.findings.Note(Kind::kSkippedFolder, [&] {
+      return FindingPlace{sub_folder + "/" + entry.name, 0, {}, {}, {}};
+    });
+  }
 }
 
 }  // namespace korvex

@@ -13,6 +13,7 @@
 #include "engine/key_table.h"
 #include "engine/output_table.h"
 #include "engine/run_record.h"
+#include "platform/file_system.h"
 
 namespace korvex {
 
@@ -24,6 +25,9 @@ class RunWatch {
   // when they are to be kept.
   RunWatch(RunRecord& record, KeyTable& keys);
 
+  // Takes down the next workbook of the run, and returns the path by which places name it. Batches
+  // count from 1.
+  const std::string& BeginInput(const std::string& full_name, int batch);
   // After the layout of the sheet is known; its workbook is the last input of the record. Without
   // `output` no conflicts between rows of one key are looked for.
   void BeginSheet(DataSheet& sheet, const OutputTable* output);
@@ -35,8 +39,10 @@ class RunWatch {
   void EndBatch();
   // What is known only when all keys are.
   void EndRun();
-  // A folder inside a sub-folder, by its path relative to the processing folder.
-  void SkippedFolder(const std::string& path);
+  // Of the folders inside a sub-folder, those that are not among its workbooks: a folder that is
+  // named like one is refused when it is opened.
+  void NoteSkippedFolders(const std::string& sub_folder, const std::vector<FolderEntry>& entries,
+                          const std::vector<std::string>& workbooks);
 
  private:
   // An output column whose values replicates must share.
