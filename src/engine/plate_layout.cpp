@@ -34,6 +34,8 @@ bool Holds(const PlateFormat& format, Well well) {
 
 std::string_view WithoutBlanks(std::string_view text) {
   constexpr std::string_view kNonBreakingBlank = "\xC2\xA0";
+  const auto is_plain = [](char c) { return c > ' '; };
+  if (!text.empty() && is_plain(text.front()) && is_plain(text.back())) return text;
   for (;;) {
     text = TrimBlanks(text, " \t");
     if (text.starts_with(kNonBreakingBlank)) {

@@ -24,11 +24,15 @@ using Kind = FindingKind;
 constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
 constexpr std::size_t kLongestDetail = 60;  // bytes of a cell's text in a place
 constexpr std::size_t kLongestWell = 12;    // bytes of a well's name with blanks around it
+constexpr std::size_t kLongestColumn = 3;   // digits of a well's column
 constexpr std::size_t kColumnSample =
     100;  // values after which a column may turn out to hold no wells
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
+}
+bool IsLetter(char c) {
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
 // "3", "-1", " 12 ": what counts as itself.
@@ -315,10 +319,17 @@ void RunWatch::WatchNewKey() {
   }
 }
 
+// Every text of every key comes here: the usual forms are told apart without a call.
 void RunWatch::CountText(WatchedColumn& column, std::string_view text) {
   if (text.empty() || text.size() > kLongestWell) return;
-  if (const char last = text.back();
-      !IsDigit(last) && !IsBlankText(text.substr(text.size() - 1)) && last != kNoBreakSpace[1]) {
+  const auto is_blank = [](char c) { return c == ' ' || c == kNoBreakSpace[0]; };
+  std::size_t letters = 0;
+  while (letters < text.size() && IsLetter(text[letters])) ++letters;
+  if (letters == text.size() || letters > 2) return;
+  if (letters > 0 && IsDigit(text[letters])) {
+    const bool has_end = text.size() <= letters + kLongestColumn;
+    if (!has_end && !is_blank(text[text.size() - 1]) && text.back() != kNoBreakSpace[1]) return;
+  } else if (!IsDigit(text[0]) && !is_blank(text[0])) {
     return;
   }
   if (const auto well = WellFromName(text)) {
