@@ -231,6 +231,20 @@ check "cells" cmp -s "$work/expected.csv" "$campaign/campaign.csv"
 convert -q -o "$campaign/campaign.tsv" "$campaign"
 check "cells of .tsv" cmp -s <(tr , '\t' <"$work/expected.csv") "$campaign/campaign.tsv"
 
+start "long form"
+convert -q -o "$campaign/campaign.tsv" --long "$campaign/both.csv" "$campaign"
+check "exit status is $status" [ "$status" = 0 ]
+check "the same output" cmp -s <(tr , '\t' <"$work/expected.csv") "$campaign/campaign.tsv"
+rm "$campaign/campaign.tsv"
+convert -q --long "$campaign/long.csv" "$campaign"
+check "exit status is $status" [ "$status" = 0 ]
+check "no output workbook" [ ! -e "$output" ]
+check "the same long form" cmp -s "$campaign/both.csv" "$campaign/long.csv"
+check "readings" cmp -s \
+  <(awk -F , -v OFS=, 'NR > 1 { for (r = 1; r <= 3; ++r) if ($(6 + r) != "") print $3, $1, $2, r, $(6 + r) }' \
+    "$work/expected.csv" | sort) \
+  <(awk -F , -v OFS=, 'NR > 1 && $9 != "" { print $1, $2, $3, $8, $9 }' "$campaign/long.csv" | sort)
+
 start "more sub-folders than .xls has columns for"
 for number in {10..50}; do
   mkdir "$campaign/Set $number"
