@@ -57,7 +57,7 @@ DataSheet::DataSheet(Workbook& workbook, clsStructure& structure, bool decimal_c
 
 // Columns are looked up by their names here, once a sheet; rows are read by their numbers.
 void DataSheet::ReadLayout(int output_columns) {
-  header_row_ = GetHeaderRow(workbook_);
+  header_row_ = structure_.HeaderRow();
   replication_ = GetReplicationNum();
   FindColumns(output_columns);
   last_row_ = GetLastRow(sheet_);

@@ -110,19 +110,19 @@ void clsStructure::RefreshAvailableCols(Workbook& workbook) {
   const auto fail = [&](int number, const std::string& cause) {
     throw Error(number, "The sheet \"" + sheet.Name() + "\" of " + workbook.Name() + " " + cause);
   };
-  const int header_row = GetHeaderRow(sheet);
+  header_row_ = GetHeaderRow(sheet);
   // Added before a missing header row is refused: the options offer them even then.
   for (const char* name : {kFilenameColumn, kDateColumn, kDayNumColumn}) {
     available_columns_.Add(name, kPseudoColumn);
   }
-  if (header_row == 0) {
+  if (header_row_ == 0) {
     fail(error_number::kAutomation,
          "has no header row: the first column holds nothing but numbers and blanks.");
   }
   // Names end at the first blank; in a sheet that is full to its last column there is none.
   const int last_column = sheet.LastCell().column;
   for (std::int16_t column = 1; column <= last_column; ++column) {
-    const std::string name = CellText(sheet.Value(header_row, column));
+    const std::string name = CellText(sheet.Value(header_row_, column));
     if (TrimBlanks(name).empty()) break;
     if (available_columns_.Exists(name)) {
       fail(error_number::kDuplicateKey,

@@ -39,6 +39,8 @@ class clsStructure {
   // pseudo-column, 1004 when no row can be the header row.
   void RefreshAvailableCols(Workbook& workbook);
 
+  // The header row of the workbook that was read last; one-based.
+  int HeaderRow() const { return header_row_; }
   // The number or position of a column; 0 for a name that is not there, which is added to the
   // collection with that number. Among the available columns, -1 for a pseudo-column.
   std::int16_t OutputColPosition(std::string_view name) { return output_columns_.Item(name); }
@@ -76,6 +78,7 @@ class clsStructure {
   Columns output_columns_;
   Columns key_columns_;
   std::string sample_file_;
+  int header_row_ = 0;
   bool discrepancy_ = false;
   bool sample_usable_ = false;
 };
