@@ -91,7 +91,6 @@ struct WellColumn {
   const PlateFormat* format = nullptr;  // of numbers; none for names
   std::vector<std::optional<Well>> well_of_text;
   std::size_t readings = 0;  // that have a well on the largest plate
-  std::size_t outside = 0;   // those of them that are outside of the format
   int wells = 0;             // how many different ones
   int fill = 0;              // the thousandths of a plate that they are
 };
@@ -234,8 +233,8 @@ std::vector<WellColumn> LayoutFinder::LikelyWells(Column plate) {
   }
   std::ranges::sort(found, {}, [this](const WellColumn& wells) {
     // The last of equals: keys name what is larger before what is smaller, plates before wells.
-    return std::tuple(wells.form, -wells.fill, wells.outside, -wells.wells,
-                      !readings_.columns[wells.column].in_key, ~wells.column);
+    return std::tuple(wells.form, -wells.fill, !readings_.columns[wells.column].in_key,
+                      ~wells.column);
   });
   if (found.empty()) {
     why_not_ =
@@ -269,10 +268,7 @@ WellColumn LayoutFinder::Read(std::size_t column, bool as_numbers) const {
   if (as_numbers) {
     wells.format = &format;
     for (std::size_t i = 0; i < values.texts.size(); ++i) {
-      auto& well = wells.well_of_text[i];
-      if (!well) continue;
-      well = WellFromNumber(values.texts[i], format);
-      if (!well) wells.outside += readings_of_text[i];
+      wells.well_of_text[i] = WellFromNumber(values.texts[i], format);
     }
   }
   std::vector<bool> is_met(static_cast<std::size_t>(kLargest.wells));

@@ -51,7 +51,8 @@ struct PlateLayout {
 // - The well column is a key or output column whose values are wells in at least 95 % of the
 //   readings. Names go before numbers, unless they are all in one row, as the names of plates may
 //   be (P1, P2). Numbers count only when they are at least half of a plate's, since plates and
-//   doses have numbers, too. Then the column that fills its plates most is taken.
+//   doses have numbers, too. Then the column that fills its plates most is taken, key columns
+//   first.
 // - Plate, well and replication name each reading once; the plate column is the key column with the
 //   fewest values for which that holds. Where it holds without a plate there is one plate. A column
 //   with far more values than there are keys to a well does not name plates.
