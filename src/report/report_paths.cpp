@@ -27,19 +27,26 @@ bool IsHomes(const std::string& name) {
   return std::ranges::any_of(kHomes, [&](std::string_view home) { return EqualText(name, home); });
 }
 
-std::string WithoutProcessingFolder(const std::string& folder, std::string_view text) {
-  std::string shown;
-  for (;;) {
-    const std::size_t at = text.find(folder);
-    shown += text.substr(0, at);
-    if (at == std::string_view::npos) return shown;
-    text.remove_prefix(at + folder.size());
-    if (text.starts_with(Platform().files->Separator())) {
-      text.remove_prefix(1);
-    } else if (text.empty() || kAroundPaths.find(text.front()) != std::string_view::npos) {
-      shown += '.';
+bool IsPathStart(std::string_view text, std::size_t at) {
+  return at == 0 || kAroundPaths.find(text[at - 1]) != std::string_view::npos;
+}
+
+bool IsPathEnd(std::string_view text, std::size_t at) {
+  return at == text.size() || kAroundPaths.find(text[at]) != std::string_view::npos;
+}
+
+// `folder` has no separator at its end.
+void HideFolder(const std::string& folder, std::string& text) {
+  std::size_t at = 0;
+  while ((at = text.find(folder, at)) != std::string::npos) {
+    const std::size_t end = at + folder.size();
+    const bool is_above = end < text.size() && text[end] == Platform().files->Separator();
+    if (!IsPathStart(text, at) || !(is_above || IsPathEnd(text, end))) {
+      at = end;  // another folder, whose name only holds this one
+    } else if (is_above) {
+      text.erase(at, folder.size() + 1);
     } else {
-      shown += folder;  // another folder, whose name only begins alike
+      text.replace(at, folder.size(), ".");
     }
   }
 }
@@ -57,9 +64,7 @@ void HideUsers(std::string_view homes, std::string& text) {
     if (found == text.end()) return;
     at = static_cast<std::size_t>(found - text.begin());
     const std::size_t name = at + home.size();
-    const bool is_at_root =
-        separator == '\\' || at == 0 || kAroundPaths.find(text[at - 1]) != std::string_view::npos;
-    if (!is_at_root) {
+    if (separator == '/' && !IsPathStart(text, at)) {
       at = name;
       continue;
     }
@@ -67,7 +72,7 @@ void HideUsers(std::string_view homes, std::string& text) {
     if (end == std::string::npos || text[end] != separator) {
       end = std::min(text.find_first_of(kAroundPaths, name), text.size());
     }
-    if (at >= 2 && text[at - 1] == ':') at -= 2;
+    if (separator == '\\' && at >= 2 && text[at - 1] == ':') at -= 2;
     text.replace(at, end - at, "~");
     ++at;
   }
@@ -94,7 +99,7 @@ std::string WithoutFolders(const std::string& processing_folder, std::string_vie
   const char separator = Platform().files->Separator();
   std::string folder = processing_folder;
   while (folder.ends_with(separator)) folder.pop_back();
-  if (!NamesBelow(RootOf(folder), folder).empty()) shown = WithoutProcessingFolder(folder, text);
+  if (!NamesBelow(RootOf(folder), folder).empty()) HideFolder(folder, shown);
   for (const std::string_view homes : kHomes) HideUsers(homes, shown);
   return shown;
 }

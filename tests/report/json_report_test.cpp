@@ -226,8 +226,9 @@ TEST(ReportPaths, LeaveFoldersAndUsersOutOfTexts) {
       {PathStyle::kLinux, "/home/eva/a", "Cannot list /home/eva/a: no access",
        "Cannot list .: no access"},
       {PathStyle::kLinux, "/home/eva/a", "/home/eva/ab/x.xls (/home/eva)", "~/ab/x.xls (~)"},
-      {PathStyle::kLinux, "/a", "/data/home/eva/x.xls, /ab", "/data/home/eva/x.xls, /ab"},
+      {PathStyle::kLinux, "/a", "/data/home/eva/a/x.xls, /ab", "/data/home/eva/a/x.xls, /ab"},
       {PathStyle::kLinux, "/", "a/b", "a/b"},
+      {PathStyle::kLinux, "/a", "ends:/home/eva/a", "ends:~/a"},
       {PathStyle::kWindows, "D:\\a\\", "\"C:\\users\\Eva Maria\\x.xls\" D:\\a\\S\\y.xls",
        "\"~\\x.xls\" S\\y.xls"},
   };
