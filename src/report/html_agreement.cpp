@@ -114,7 +114,7 @@ void AppendPairs(const std::vector<KeyValue>& values, const std::vector<std::int
   Add(page,
       "</div>\n<p class=\"caption\">A point is a key with a number in both replications; on the "
       "line both are equal. All points are drawn; where several fall on one spot they are one "
-      "point, darker from 3 and again from 10 on.");
+      "point, bolder from 3 and again from 10 on.");
   if (!unpaired.empty()) {
     Add(page, " No key has numbers in both of these replications: ", unpaired, ".");
   }

@@ -1,12 +1,15 @@
 // The quality of each plate by its control wells: Z', signal window, and the wells themselves.
 #include <algorithm>
 #include <limits>
+#include <span>
+#include <utility>
 
 #include "report/html_sections.h"
 #include "report/html_text.h"
 #include "report/statistics.h"
 #include "report/svg_chart.h"
 #include "text/text.h"
+#include "text/utf8.h"
 
 namespace korvex {
 namespace {
@@ -48,7 +51,7 @@ std::vector<Control> ControlsOf(const RunReadings& readings, const ReportOptions
 
 // A plate in one replication, or an input workbook where plates are not known.
 struct Group {
-  std::string name;  // markup
+  std::string name;
   std::int16_t replication = 0;
   std::vector<double> low;
   std::vector<double> high;
@@ -94,7 +97,7 @@ std::vector<Group> Groups(const ReportedReadings& reported, const std::vector<Co
       } else if (const auto column = reported.layout->plate_column) {
         name = reported.readings.columns[*column].Text(reading.key);
       }
-      groups.push_back({Escaped(name), found[i].replication, {}, {}});
+      groups.push_back({std::move(name), found[i].replication, {}, {}});
     }
     (controls[reading.key] == Control::kLow ? groups.back().low : groups.back().high)
         .push_back(reading.number);
@@ -148,8 +151,8 @@ void AppendTable(const std::vector<Group>& groups, const std::vector<Quality>& q
       "<th>mean</th><th>SD</th><th>Z'</th><th>signal window</th></tr></thead><tbody>\n");
   for (std::size_t i = 0; i < groups.size(); ++i) {
     const Quality& quality = qualities[i];
-    Add(page, "<tr><td>", groups[i].name, "</td><td>", std::to_string(groups[i].replication),
-        "</td>");
+    Add(page, "<tr><td>", Escaped(groups[i].name), "</td><td>",
+        std::to_string(groups[i].replication), "</td>");
     for (const ControlSample& sample : {quality.low, quality.high}) {
       Add(page, "<td>", std::to_string(sample.count), "</td><td>", ShownFigure(sample.mean),
           "</td><td>", ShownFigure(sample.deviation), "</td>");
@@ -162,6 +165,15 @@ void AppendTable(const std::vector<Group>& groups, const std::vector<Quality>& q
   Add(page, "\n");
 }
 
+// What a chart has room for of a plate or a workbook: the end, where names of a series differ.
+std::string EndOf(std::string_view name) {
+  constexpr std::size_t kMost = 16;
+  name.remove_prefix(name.rfind('/') + 1);
+  if (Utf16Length(name) <= kMost) return std::string(name);
+  while (Utf16Length(name) >= kMost) name.remove_prefix(FirstUtf8(name).length);
+  return "…" + std::string(name);
+}
+
 void AppendCharts(const std::vector<Group>& groups, const std::vector<Quality>& qualities,
                   std::string& page) {
   std::vector<ControlStrip> strips;
@@ -169,9 +181,9 @@ void AppendCharts(const std::vector<Group>& groups, const std::vector<Quality>& 
   for (std::size_t i = 0; i < std::min(groups.size(), kMostStrips); ++i) {
     const Group& group = groups[i];
     const bool is_new = i % kStripsAChart == 0 || group.name != groups[i - 1].name;
-    strips.push_back({is_new ? group.name : "",
-                      group.name + " replication " + std::to_string(group.replication) + ": Z' " +
-                          ShownFigure(qualities[i].z_prime),
+    strips.push_back({is_new ? Escaped(EndOf(group.name)) : "",
+                      Escaped(group.name) + " replication " + std::to_string(group.replication) +
+                          ": Z' " + ShownFigure(qualities[i].z_prime),
                       group.low, group.high});
     values.insert(values.end(), group.low.begin(), group.low.end());
     values.insert(values.end(), group.high.begin(), group.high.end());
@@ -180,7 +192,8 @@ void AppendCharts(const std::vector<Group>& groups, const std::vector<Quality>& 
   Add(page, "<figure>");
   for (std::size_t first = 0; first < strips.size(); first += kStripsAChart) {
     Add(page, "<div class=\"scroll\">");
-    AppendStrips(strips, first, std::min(strips.size() - first, kStripsAChart), axis, page);
+    const std::size_t count = std::min(strips.size() - first, kStripsAChart);
+    AppendStrips(std::span(strips).subspan(first, count), axis, page);
     Add(page, "</div>\n");
   }
   Add(page,

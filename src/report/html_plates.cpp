@@ -296,8 +296,8 @@ void AppendPlates(const ReportedReadings& reported, std::string& page) {
   Add(page, "<section id=\"plates\"><h2>Plates</h2>\n");
   if (!reported.layout) {
     Add(page, "<p class=\"note\">No plates are drawn. ", Escaped(reported.why_no_layout),
-        " The options <code>--plate NAME</code> and <code>--well NAME</code> name the columns that "
-        "say plate and well.</p></section>\n");
+        " On the command line <code>--plate NAME</code> and <code>--well NAME</code> name their "
+        "columns.</p></section>\n");
     return;
   }
   const Plates plates(reported);
@@ -322,10 +322,11 @@ void AppendPlates(const ReportedReadings& reported, std::string& page) {
     }
     Add(page, "</p>\n");
   }
+  Add(page, "<div class=\"large\">\n");
   for (std::size_t i = 0; i < large; ++i) {
     AppendLargePlate(reported, all[i], i + 1, are_few, page);
   }
-  Add(page, "</section>\n");
+  Add(page, "</div></section>\n");
 }
 
 }  // namespace korvex

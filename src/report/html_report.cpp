@@ -75,6 +75,8 @@ figure { margin: 0.5rem 0 1rem; }
 .overview figcaption { line-height: 1.2; padding: 0.1rem 3px; }
 .overview svg { shape-rendering: crispEdges; }
 .overview svg, .pairs .chart { max-width: 100%; height: auto; }
+.large { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(100%, 20rem), 1fr)); }
+.large > details[open] { grid-column: 1 / -1; min-width: 0; }
 .maps > svg { max-width: 100%; min-width: 40rem; height: auto; }
 .maps .pl { stroke: var(--line); stroke-width: 0.12; }
 .nb { stroke: var(--page); }
@@ -111,7 +113,9 @@ footer { margin-top: 3rem; border-top: 1px solid var(--line); padding-top: 0.5re
   a { color: inherit; text-decoration: none; }
   .scroll { overflow: visible; }
   .maps > svg { min-width: 0; }
-  figure, .finding, .problem, tr { break-inside: avoid; }
+  .large, .pairs { display: block; }
+  .pairs figure { display: inline-block; margin-right: 1rem; }
+  figure, .problem, tr { break-inside: avoid; }
   h2, h3, summary { break-after: avoid; }
   /* What is folded for its length; large maps stay folded. */
   .long::details-content { content-visibility: visible; }

@@ -50,8 +50,10 @@ void AppendVerdict(const RunRecord& record, std::string& page) {
   if (kinds > 0) {
     Add(page, "<a href=\"#findings\">", kinds == 1 ? "One kind" : std::to_string(kinds) + " kinds",
         " of findings</a>.");
-  } else {
-    Add(page, record.problems.empty() ? "Nothing looked wrong." : "Nothing else looked wrong.");
+  } else if (!record.problems.empty()) {
+    Add(page, "Nothing else looked wrong.");
+  } else if (verdict.of_class == std::string_view("good")) {
+    Add(page, "Nothing looked wrong.");
   }
   Add(page, "</p>\n");
 }
@@ -123,11 +125,11 @@ void AppendCounts(const RunRecord& record, std::string& page) {
     const std::size_t numbers = count(Reading::kNumber);
     const std::size_t missing = count(Reading::kMissing);
     AppendFact("keys", GroupedDigits(record.readings->keys.size()), page);
-    AppendFact("readings",
-               GroupedDigits(readings.size()) + ": " + Counted(numbers, "number") + ", " +
-                   GroupedDigits(readings.size() - numbers - missing) + " not a number, " +
-                   GroupedDigits(missing) + " blank",
-               page);
+    const std::size_t others = readings.size() - numbers - missing;
+    std::string fact = GroupedDigits(readings.size()) + ": " + Counted(numbers, "number");
+    if (others > 0) Add(fact, ", ", GroupedDigits(others), " not a number");
+    if (missing > 0) Add(fact, ", ", GroupedDigits(missing), " blank");
+    AppendFact("readings", fact, page);
   }
   const std::string none = record.output || record.long_form ? "" : "none";
   AppendFact("output", record.output ? FileFact(record.output, record.processing_folder) : none,

@@ -61,7 +61,8 @@ std::string ShownFigure(std::optional<double> figure) {
 }
 
 std::string ShownPercent(double fraction) {
-  return InDigits(fraction * 100, 3) + " %";
+  const double percent = fraction * 100;
+  return InDigits(percent, percent < 1000 ? 3 : 6) + " %";
 }
 
 std::string Counted(std::size_t count, std::string_view noun) {

@@ -22,7 +22,7 @@ std::string Escaped(std::string_view text);
 std::string Shown(double number);
 // A computed figure, at most four significant digits; a dash for none.
 std::string ShownFigure(std::optional<double> figure);
-// Of a fraction, with three significant digits: "4.52 %".
+// Of a fraction, with three significant digits: "4.52 %"; six from 1,000 % on.
 std::string ShownPercent(double fraction);
 // "1 key", "1,024 keys".
 std::string Counted(std::size_t count, std::string_view noun);

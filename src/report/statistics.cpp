@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <utility>
 
 namespace korvex {
 namespace {
@@ -44,16 +45,18 @@ double Percentile(std::span<const double> sorted, double fraction) {
 }
 
 std::vector<double> AverageRanks(std::span<const double> values) {
-  std::vector<std::size_t> order(values.size());
-  std::iota(order.begin(), order.end(), std::size_t{0});
-  std::ranges::sort(order, {}, [&](std::size_t i) { return values[i]; });
+  // With their places, since values side by side sort quicker than through an index.
+  std::vector<std::pair<double, std::size_t>> sorted;
+  sorted.reserve(values.size());
+  for (std::size_t i = 0; i < values.size(); ++i) sorted.emplace_back(values[i], i);
+  std::ranges::sort(sorted);
   std::vector<double> ranks(values.size());
-  for (std::size_t first = 0; first < order.size();) {
+  for (std::size_t first = 0; first < sorted.size();) {
     std::size_t end = first + 1;
-    while (end < order.size() && values[order[end]] == values[order[first]]) ++end;
+    while (end < sorted.size() && sorted[end].first == sorted[first].first) ++end;
     // The ranks first + 1 to end have this mean.
     const double rank = static_cast<double>(first + 1 + end) / 2;
-    for (; first < end; ++first) ranks[order[first]] = rank;
+    for (; first < end; ++first) ranks[sorted[first].second] = rank;
   }
   return ranks;
 }

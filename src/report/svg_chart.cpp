@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <map>
+#include <set>
 
 #include "report/html_text.h"
 #include "report/statistics.h"
@@ -111,16 +111,23 @@ void Axis::FindTicks() {
 
 void AppendScatter(const std::vector<std::pair<double, double>>& points, const Axis& axis,
                    const std::string& x_label, const std::string& y_label, std::string& page) {
-  constexpr Area kArea{58, 8, 200, 200};
+  constexpr Area kArea{66, 8, 200, 200};
   constexpr std::size_t kSeveral = 3;
   constexpr std::size_t kMany = 10;
-  std::map<std::pair<int, int>, std::size_t> spots;
-  for (const auto& [x, y] : points) ++spots[{kArea.X(axis.Place(x)), kArea.Y(axis.Place(y))}];
+  std::vector<std::size_t> counts(static_cast<std::size_t>((kArea.width + 1) * (kArea.height + 1)));
+  for (const auto& [x, y] : points) {
+    const int spot = (kArea.Y(axis.Place(y)) - kArea.top) * (kArea.width + 1) +
+                     kArea.X(axis.Place(x)) - kArea.left;
+    ++counts[static_cast<std::size_t>(spot)];
+  }
   Dots one;
   Dots several;
   Dots many;
-  for (const auto& [spot, count] : spots) {
-    (count >= kMany ? many : count >= kSeveral ? several : one).Add(spot.first, spot.second);
+  for (int spot = 0; const std::size_t count : counts) {
+    const int x = kArea.left + spot % (kArea.width + 1);
+    const int y = kArea.top + spot / (kArea.width + 1);
+    ++spot;
+    if (count > 0) (count >= kMany ? many : count >= kSeveral ? several : one).Add(x, y);
   }
   AppendSvgStart(y_label + " against " + x_label, kArea.Right() + 14, kArea.Bottom() + 42, page);
   AppendYTicks(axis, kArea, page);
@@ -132,7 +139,7 @@ void AppendScatter(const std::vector<std::pair<double, double>>& points, const A
   several.AppendTo("d2", page);
   many.AppendTo("d3", page);
   AppendText(kArea.left + kArea.width / 2, kArea.Bottom() + 36, "middle", x_label, page);
-  Add(page, "<text text-anchor=\"middle\" transform=\"translate(12 ",
+  Add(page, "<text text-anchor=\"middle\" transform=\"translate(10 ",
       Pixel(kArea.top + kArea.height / 2), ") rotate(-90)\">", y_label, "</text></svg>");
 }
 
@@ -163,13 +170,28 @@ void AppendHistogram(const std::vector<std::size_t>& counts, double end, const s
   Add(page, "</svg>");
 }
 
-void AppendStrips(const std::vector<ControlStrip>& strips, std::size_t first, std::size_t count,
-                  const Axis& axis, std::string& page) {
-  constexpr int kStrip = 18;
-  constexpr int kLeast = 12;  // strips that a chart has room for
+namespace {
+
+// The wells of one control at `x`, each height once, and the mean of all.
+void AddWells(const std::vector<double>& values, int x, const Axis& axis, const Area& area,
+              Dots& dots, std::string& means) {
+  if (const auto mean = Mean(values)) {
+    Add(means, "M", Pixel(x - 4), " ", Pixel(area.Y(axis.Place(*mean))), "h8");
+  }
+  std::set<int> heights;
+  for (const double value : values) heights.insert(area.Y(axis.Place(value)));
+  for (const int y : heights) dots.Add(x, y);
+}
+
+}  // namespace
+
+void AppendStrips(std::span<const ControlStrip> strips, const Axis& axis, std::string& page) {
   constexpr int kLabels = 84;
-  const int width = kStrip * std::max(static_cast<int>(count), kLeast);
-  const Area area{64, 8, width, 170};
+  constexpr int kWidth = 480;  // of few strips together, which are wider then
+  constexpr int kApart = 4;
+  const int count = static_cast<int>(strips.size());
+  const int strip_width = std::clamp(kWidth / count, 18, 60);
+  const Area area{64, 8, strip_width * count, 170};
   AppendSvgStart("Control wells by plate and replication", area.Right() + 10,
                  area.Bottom() + kLabels, page);
   AppendYTicks(axis, area, page);
@@ -177,39 +199,27 @@ void AppendStrips(const std::vector<ControlStrip>& strips, std::size_t first, st
   Dots low;
   Dots high;
   std::string means;
-  for (std::size_t i = 0; i < count; ++i) {
-    const ControlStrip& strip = strips[first + i];
-    const int middle = area.left + static_cast<int>(i) * kStrip + kStrip / 2;
+  std::string tooltips;
+  int left = area.left;
+  for (const ControlStrip& strip : strips) {
+    const int middle = left + strip_width / 2;
     if (!strip.label.empty()) {
-      Add(page, "<path class=\"gr\" d=\"M", Pixel(middle - kStrip / 2), " ", Pixel(area.top), "V",
+      Add(page, "<path class=\"gr\" d=\"M", Pixel(left), " ", Pixel(area.top), "V",
           Pixel(area.Bottom() + 5), "\"/><text text-anchor=\"end\" transform=\"translate(",
-          Pixel(middle + 4), " ", Pixel(area.Bottom() + 12), ") rotate(-50)\">", strip.label,
+          Pixel(middle + kApart), " ", Pixel(area.Bottom() + 12), ") rotate(-50)\">", strip.label,
           "</text>");
     }
-    // Low to the left of the middle and high to its right, so that both stay apart where they meet.
-    const auto draw = [&](std::vector<double> values, int x, Dots& dots) {
-      if (const auto mean = Mean(values)) {
-        Add(means, "M", Pixel(x - 4), " ", Pixel(area.Y(axis.Place(*mean))), "h8");
-      }
-      std::vector<int> heights;
-      for (const double value : values) heights.push_back(area.Y(axis.Place(value)));
-      std::ranges::sort(heights);
-      const auto rest = std::ranges::unique(heights);
-      heights.erase(rest.begin(), rest.end());
-      for (const int y : heights) dots.Add(x, y);
-    };
-    draw(strip.low, middle - 4, low);
-    draw(strip.high, middle + 4, high);
+    // Beside the middle, so that low and high stay apart where they meet.
+    AddWells(strip.low, middle - kApart, axis, area, low, means);
+    AddWells(strip.high, middle + kApart, axis, area, high, means);
+    Add(tooltips, "<path d=\"M", Pixel(left), " ", Pixel(area.top), "h", Pixel(strip_width), "v",
+        Pixel(area.height), "h-", Pixel(strip_width), "z\"><title>", strip.tooltip,
+        "</title></path>");
+    left += strip_width;
   }
   low.AppendTo("lo", page);
   high.AppendTo("hi", page);
-  Add(page, "<path class=\"mn\" d=\"", means, "\"/><g class=\"tt\">");
-  for (std::size_t i = 0; i < count; ++i) {
-    Add(page, "<path d=\"M", Pixel(area.left + static_cast<int>(i) * kStrip), " ", Pixel(area.top),
-        "h", Pixel(kStrip), "v", Pixel(area.height), "h-", Pixel(kStrip), "z\"><title>",
-        strips[first + i].tooltip, "</title></path>");
-  }
-  Add(page, "</g></svg>");
+  Add(page, "<path class=\"mn\" d=\"", means, "\"/><g class=\"tt\">", tooltips, "</g></svg>");
 }
 
 }  // namespace korvex

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,7 +31,7 @@ class Axis {
 };
 
 // Pairs of values over one axis for both, with the line on which they are equal. Points that fall
-// on one spot are drawn once, the darker the more they are, so that a chart stays small however
+// on one spot are drawn once, the bolder the more they are, so that a chart stays small however
 // many there are, and no point is left out. Labels are markup.
 void AppendScatter(const std::vector<std::pair<double, double>>& points, const Axis& axis,
                    const std::string& x_label, const std::string& y_label, std::string& page);
@@ -46,7 +47,6 @@ struct ControlStrip {
   std::vector<double> low;
   std::vector<double> high;
 };
-void AppendStrips(const std::vector<ControlStrip>& strips, std::size_t first, std::size_t count,
-                  const Axis& axis, std::string& page);
+void AppendStrips(std::span<const ControlStrip> strips, const Axis& axis, std::string& page);
 
 }  // namespace korvex

@@ -80,19 +80,20 @@ void ColourScale::AppendLegend(std::string& page) const {
   Add(page, "<div class=\"legend\">");
   if (has_values_) {
     Add(page, "<svg role=\"img\" aria-label=\"Colour scale from ", ShownFigure(low_), " to ",
-        ShownFigure(high_), "\" viewBox=\"-26 0 ", std::to_string(kWidth + 52), " 26\" width=\"",
-        std::to_string(kWidth + 52), "\" height=\"26\"><g stroke-width=\"10\">");
+        ShownFigure(high_), "\" viewBox=\"-38 0 ", std::to_string(kWidth + 76), " 26\" width=\"",
+        std::to_string(kWidth + 76), "\" height=\"26\"><g stroke-width=\"10\">");
     for (int i = 0; i < kClasses; ++i) {
       Add(page, "<path class=\"c", std::to_string(i), "\" d=\"M", std::to_string(i * kStep), " 5h",
           std::to_string(kStep), "\"/>");
     }
-    const double middle = low_ / 2 + high_ / 2;
-    Add(page, "</g><g font-size=\"10\" text-anchor=\"middle\"><text x=\"0\" y=\"22\">",
-        ShownFigure(low_), "</text>");
+    Add(page, "</g><g font-size=\"10\" text-anchor=\"middle\">");
+    const auto label = [&page](int x, double value) {
+      Add(page, "<text x=\"", std::to_string(x), "\" y=\"22\">", ShownFigure(value), "</text>");
+    };
+    label(kWidth / 2, low_ / 2 + high_ / 2);
     if (high_ > low_) {
-      Add(page, "<text x=\"", std::to_string(kWidth / 2), "\" y=\"22\">", ShownFigure(middle),
-          "</text><text x=\"", std::to_string(kWidth), "\" y=\"22\">", ShownFigure(high_),
-          "</text>");
+      label(0, low_);
+      label(kWidth, high_);
     }
     Add(page, "</g></svg>");
   }
@@ -128,8 +129,8 @@ void PlateDrawing::AppendStart(const std::string& label, std::string& page) cons
   const double height = end.y + format_.rows;
   Add(page, "<svg role=\"img\" aria-label=\"", label, "\" viewBox=\"0 0 ", Coordinate(width), " ",
       Coordinate(height), "\" width=\"", Coordinate(width * pixels_), "\" height=\"",
-      Coordinate(height * pixels_), "\"><path class=\"pl\" fill=\"url(#hatch", std::to_string(pixels_),
-      ")\" d=\"");
+      Coordinate(height * pixels_), "\"><path class=\"pl\" fill=\"url(#hatch",
+      std::to_string(pixels_), ")\" d=\"");
   const std::string columns = std::to_string(format_.columns);
   for (std::size_t map = 0; map < maps_; ++map) {
     const Point corner = Corner(map);
