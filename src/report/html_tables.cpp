@@ -162,10 +162,12 @@ void AppendSettings(const RunRecord& record, const ReportOptions& options,
   AppendFact("key columns", Named(record.key_columns), page);
   AppendFact("output columns", Named(record.output_columns), page);
   AppendFact("data column", Escaped(record.data_column), page);
-  AppendFact("decimal commas", record.options.decimal_comma ? "texts like 0,110 are numbers" : "", page);
-  AppendFact("plate column",
-             ColumnFact(record.options.plate_column, record, layout ? layout->plate_column : std::nullopt),
+  AppendFact("decimal commas", record.options.decimal_comma ? "texts like 0,110 are numbers" : "",
              page);
+  AppendFact(
+      "plate column",
+      ColumnFact(record.options.plate_column, record, layout ? layout->plate_column : std::nullopt),
+      page);
   AppendFact("well column",
              ColumnFact(record.options.well_column, record,
                         layout ? std::optional(layout->well_column) : std::nullopt),
