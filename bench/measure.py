@@ -92,6 +92,8 @@ def main():
         Timed("freexl, small, reads only", [choices.bin_dir + "/freexl_read"] + files, choices.rounds),
         Timed("xlrd and xlwt, small", conversion(script, small, folder + "/script.xls"), choices.script_rounds),
         Timed("korvex-convert, large", conversion(korvex, large, folder + "/large.xls"), (choices.rounds + 1) // 2),
+        Timed("korvex-convert, large, report",
+              conversion(korvex + ["--report", folder + "/large.html"], large, folder + "/large.xls"), 2),
     ]
     packed = [readings(choices.bin_dir, folder + "/plate.xlsx", "plate", choices.rounds, choices.rounds),
               readings(choices.bin_dir, folder + "/long.xlsx", "long", choices.rounds, choices.script_rounds)]
@@ -109,11 +111,12 @@ def main():
     for one in timed:
         print("%-28s %8.3f s median of %d (%.3f to %.3f), peak %.1f MiB" % (
             one.name, one.median(), len(one.seconds), min(one.seconds), max(one.seconds), one.peak))
-    fast, reader, slow, many = timed[:4]
+    fast, reader, slow, many, reported = timed[:5]
     print("korvex-convert / freexl      %8.2f" % (fast.median() / reader.median()))
     print("script / korvex-convert      %8.1f" % (slow.median() / fast.median()))
     print("large / small                %8.2f for %.1f times the workbooks" % (
         many.median() / fast.median(), counts["large"] / counts["small"]))
+    print("report / none, large         %8.2f" % (reported.median() / many.median()))
     for ours, theirs in packed:
         print("%-28s %8.1f" % ("openpyxl / ours, .xlsx", theirs.median() / ours.median()))
     print("outputs of korvex-convert and of the script: " + ("the same cells" if same else "DIFFERENT CELLS"))
