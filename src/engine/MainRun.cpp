@@ -121,7 +121,7 @@ RunOutcome MainRun::Start(const RunSelection& selection, const RunOptions& optio
       [&](const TrappedError& error) {
         if (!error.IsTold()) {
           error.Report();
-          moKorvex_->Record().problems.push_back({PendingError().Description(), {}, {}});
+          moKorvex_->Record().AddProblem({PendingError().Description(), {}, {}});
         }
         const bool stopped = moKorvex_->Stopped() || error.Number() == error_number::kUserInterrupt;
         outcome = stopped ? RunOutcome::kStopped : RunOutcome::kFailed;
@@ -160,7 +160,7 @@ void MainRun::CheckOutputs(const RunOptions& options) {
   }
 }
 
-// Everything that can be refused, so that the record has it.
+// Runs with the refusals recorded.
 void MainRun::Convert(const RunSelection& selection) {
   RunRecord& record = moKorvex_->Record();
   RefusalRecorder recorder(Platform(), record, moKorvex_->Place());
@@ -171,9 +171,7 @@ void MainRun::Convert(const RunSelection& selection) {
   view_.SetMessage("Initializing...");
   progress_maximum_ = ProgressMaximum(selection);
   view_.SetProgress(1, progress_maximum_);
-  if (!record.options.check && record.options.wide && CheckOutputFile() == ExistingOutput::kKeep) {
-    moKorvex_->Outputs().KeepExistingOutput();
-  }
+  if (!record.options.check) CheckOutputs(record.options);
   std::string folder = selection.folder;
   moKorvex_->ProcessFolders(folder, selection.files);
 }

@@ -129,9 +129,9 @@ void clsKorvex::Step(Body&& body) {
     if (error.Number() == error_number::kUserInterrupt) throw;
     // What was told has been recorded on its way.
     if (error.Number() != error_number::kCannotPerform) {
-      record_.problems.push_back({"An error occurred while processing the file " +
-                                      (place_.file.empty() ? processing_folder_ : place_.file),
-                                  error.Description(), place_});
+      record_.AddProblem({"An error occurred while processing the file " +
+                              (place_.file.empty() ? processing_folder_ : place_.file),
+                          error.Description(), place_});
     }
   }
 }
@@ -330,6 +330,7 @@ void clsKorvex::ProcessRow(DataSheet& sheet, int row) {
   if (key.is_duplicate) RefuseKey(sheet, row, key);
   const CellValue value = sheet.MeasuredValue(row);
   if (!outputs_.Write(key, sheet, row, value)) RefuseKey(sheet, row, key);
+  if (IsMissing(value)) keys_.MarkMissing();
   watch_->Row(key, row, value);
 }
 

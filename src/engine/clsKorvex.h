@@ -80,7 +80,7 @@ class clsKorvex {
   void ProcessFile(const std::string& path, const std::string& base_name, std::int16_t file_number,
                    std::int16_t file_count);
   Workbook& OpenInput(const std::string& path);
-  // Does one step of a run. In a check a step that fails is taken down as a problem the file or
+  // Does one step of a run. In a check a step that fails is taken down as a problem of the file or
   // row that the run works on, and the check goes on.
   template <class Body>
   void Step(Body&& body);

@@ -60,10 +60,10 @@ class DataSheet {
 
   // Replaces `key` by the row's key, "name=value;" for every key column in order.
   void BuildKey(int row, std::string& key);
-  // Whether `ColumnValue` may be asked for the current row: not in a sheet with cells whose values
-  // refuse the file when somebody asks for them.
+  // Whether `SheetColumnValue` may be asked for the current row: not in a sheet with cells whose
+  // values refuse the file when somebody asks for them. The source is a sheet column.
   bool HasColumnValues() const { return has_row_values_; }
-  CellValue ColumnValue(const ColumnSource& source) const { return row_values_[source.index]; }
+  CellValue SheetColumnValue(const ColumnSource& source) const { return row_values_[source.index]; }
   // Error 17 (told) for a date that cannot be read, 9 or 13 for a day number.
   CellValue GetColumnValue(const ColumnSource& source, int row);
   CellValue MeasuredValue(int row) const;

@@ -9,23 +9,15 @@ RefusalRecorder::RefusalRecorder(const Services& services, RunRecord& record,
   if (record.options.check) services_.mail = this;
 }
 
-void RefusalRecorder::Record(const std::string& text, const std::string& cause) {
-  if (!record_.problems.empty()) {
-    const Problem& last = record_.problems.back();
-    if (last.text == text && last.cause == cause && last.place.file == place_.file) return;
-  }
-  record_.problems.push_back({text, cause, place_});
-}
-
 BoxAnswer RefusalRecorder::ShowPlain(const PlainMessage& message) {
   if (message.buttons != BoxButtons::kOk) return shown_.ShowPlain(message);
-  Record(message.text, message.cause);
+  record_.AddProblem({message.text, message.cause, place_});
   return record_.options.check ? BoxAnswer::kOk : shown_.ShowPlain(message);
 }
 
 std::string RefusalRecorder::ShowButtons(const ButtonMessage& message) {
   if (message.buttons.size() != 1) return shown_.ShowButtons(message);
-  Record(message.prompt, message.cause);
+  record_.AddProblem({message.prompt, message.cause, place_});
   return record_.options.check ? message.buttons.front() : shown_.ShowButtons(message);
 }
 

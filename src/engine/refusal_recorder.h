@@ -19,9 +19,6 @@ class RefusalRecorder : private Dialogs, private Mail {
   RefusalRecorder(const Services& services, RunRecord& record, const FindingPlace& place);
 
   const Services& Recording() const { return services_; }
-  // Takes a refusal down that was not shown. One that repeats the last is counted once: every row
-  // of a file can fail for the same cause.
-  void Record(const std::string& text, const std::string& cause);
 
  private:
   BoxAnswer ShowPlain(const PlainMessage& message) override;

@@ -8,6 +8,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine/findings.h"
@@ -18,7 +19,7 @@ namespace korvex {
 struct InputRecord {
   std::string path;              // relative to the processing folder, with "/" between the names
   std::string full_name;         // as the file system has it
-  int batch = 0;                 // its sub-folder, counted from 0; selected files are one batch
+  int batch = 1;                 // its sub-folder, from 1; selected files are one batch
   std::int16_t replication = 0;  // 0 when the name has none
   std::string day;               // the field of the name as it stands; empty when there is none
   std::string date;              // of the first cell; empty when it holds none
@@ -91,6 +92,19 @@ struct RunOptions {
 
 struct RunRecord {
   enum class Outcome { kFinished, kFailed, kStopped, kChecked };
+
+  // Takes a problem down. One that repeats the last is counted once: every row of a file can fail
+  // for the same cause.
+  void AddProblem(Problem problem) {
+    if (!problems.empty()) {
+      const Problem& last = problems.back();
+      if (last.text == problem.text && last.cause == problem.cause &&
+          last.place.file == problem.place.file) {
+        return;
+      }
+    }
+    problems.push_back(std::move(problem));
+  }
 
   Outcome outcome = Outcome::kFailed;
   std::string processing_folder;

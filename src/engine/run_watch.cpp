@@ -87,11 +87,6 @@ bool IsNumberAsText(std::string_view text) {
   return ParseNumber(digits).has_value();
 }
 
-bool IsMissing(const CellValue& value) {
-  return value.kind == CellKind::kEmpty ||
-         (value.kind == CellKind::kText && IsBlankText(value.text));
-}
-
 // Whether a row says in an output column what the output holds already. Letter case does not count:
 // it makes no other compound.
 bool IsSameOutput(const CellValue& value, const CellValue& written) {
@@ -116,7 +111,12 @@ std::size_t SmallestFormat(Well well) {
 
 }  // namespace
 
-RunWatch::RunWatch(RunRecord& record, KeyTable& keys) : record_(record), keys_(keys) {
+bool IsMissing(const CellValue& value) {
+  return value.kind == CellKind::kEmpty ||
+         (value.kind == CellKind::kText && IsBlankText(value.text));
+}
+
+RunWatch::RunWatch(RunRecord& record, const KeyTable& keys) : record_(record), keys_(keys) {
   const auto add = [&](const std::string& name, bool in_key) {
     const bool known = std::ranges::any_of(
         columns_, [&](const WatchedColumn& column) { return EqualText(column.name, name); });
@@ -154,7 +154,7 @@ const std::string& RunWatch::BeginInput(const std::string& full_name, int batch)
   input.path = full_name.starts_with(folder) ? full_name.substr(folder.size()) : full_name;
   std::ranges::replace(input.path, files.Separator(), '/');
   input.full_name = full_name;
-  input.batch = batch - 1;
+  input.batch = batch;
   if (const auto version = files.VersionOf(full_name)) {
     input.size = static_cast<std::uint64_t>(version->size);
   }
@@ -231,9 +231,7 @@ void RunWatch::NoteMissingColumns() {
 
 void RunWatch::Row(const KeyTable::Found& key, int row, const CellValue& value) {
   const bool is_missing = IsMissing(value);
-  if (is_missing) {
-    keys_.MarkMissing();
-  } else if (value.kind != CellKind::kNumber) {
+  if (!is_missing && value.kind != CellKind::kNumber) {
     NoteValue(key.key, row, value);
   }
   // A column that is read of no row may refuse the file when it is asked for: it is not watched.
@@ -266,7 +264,7 @@ std::uint64_t RunWatch::HashOfOutput() const {
     hash ^= hash >> 29;
   };
   for (const SharedColumn& column : shared_columns_) {
-    const CellValue value = sheet_->ColumnValue(column.source);
+    const CellValue value = sheet_->SheetColumnValue(column.source);
     mix(static_cast<std::uint64_t>(value.kind));
     if (value.kind == CellKind::kText) {
       std::string_view text = value.text;
@@ -287,7 +285,7 @@ std::uint64_t RunWatch::HashOfOutput() const {
 
 void RunWatch::NoteConflicts(std::uint32_t key, int row) {
   for (const SharedColumn& column : shared_columns_) {
-    const CellValue value = sheet_->ColumnValue(column.source);
+    const CellValue value = sheet_->SheetColumnValue(column.source);
     const CellValue first = output_->OutputValue(key, column.position);
     if (IsSameOutput(value, first)) continue;
     if (column.may_lack && first.kind == CellKind::kEmpty) continue;
@@ -306,7 +304,7 @@ void RunWatch::NoteConflicts(std::uint32_t key, int row) {
 void RunWatch::WatchNewKey() {
   for (WatchedColumn& column : columns_) {
     if (column.source.kind != ColumnSource::Kind::kSheetColumn || column.is_no_well) continue;
-    const CellValue value = sheet_->ColumnValue(column.source);
+    const CellValue value = sheet_->SheetColumnValue(column.source);
     ++column.values;
     if (value.kind == CellKind::kNumber) {
       CountNumber(column, value.number);

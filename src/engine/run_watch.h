@@ -17,13 +17,17 @@
 
 namespace korvex {
 
+// Whether a measured value is none: an empty cell, or a text of blanks. Other than IsBlank it takes
+// a non-breaking blank for one: no person sees a value there, though the output keeps the cell.
+bool IsMissing(const CellValue& value);
+
 // The calls come in the order of the run: sheets of batches, rows of sheets. All of them are meant
 // to cost next to nothing for rows with nothing wrong.
 class RunWatch {
  public:
   // Both must outlive the watch. The record names the run's columns already, and holds readings
   // when they are to be kept.
-  RunWatch(RunRecord& record, KeyTable& keys);
+  RunWatch(RunRecord& record, const KeyTable& keys);
 
   // Takes down the next workbook of the run, and returns the path by which places name it. Batches
   // count from 1.
@@ -88,13 +92,13 @@ class RunWatch {
   RunReadings ReadingsOfKeys() const;
 
   RunRecord& record_;
-  KeyTable& keys_;
+  const KeyTable& keys_;
   DataSheet* sheet_ = nullptr;
   const OutputTable* output_ = nullptr;
   std::vector<WatchedColumn> columns_;  // the key columns, then the output columns that are none
   std::vector<SharedColumn> shared_columns_;
   std::vector<bool> lacked_;                  // by output column: a file had none
-  std::vector<std::uint64_t> output_hashes_;  // by key, of its first row\'s output values
+  std::vector<std::uint64_t> output_hashes_;  // by key, of its first row's output values
   std::size_t batch_start_ = 0;               // the first sheet of the batch
   std::vector<std::uint16_t> counts_;         // by key: its readings in the batch
   std::vector<std::unordered_map<std::string, std::uint32_t>> text_numbers_;  // by column

@@ -61,7 +61,7 @@ class ReportingRunView : public ConsoleRunView {
   // The same for a run that was refused before it began.
   void RefusedAhead(const std::string& cause) {
     RunRecord record;
-    record.problems.push_back({cause, {}, {}});
+    record.AddProblem({cause, {}, {}});
     for (const std::string& report : options_.reports) WriteReport(report, record);
   }
   // Whether every report that was asked for has been written.

@@ -272,5 +272,36 @@ TEST(Check, GoesThroughEverythingAndWritesNothing) {
   EXPECT_EQ(found.run.Start({campaign.folder, {}}, options), RunOutcome::kFinished);
 }
 
+TEST(Check, CountsAProblemOfEveryRowOnce) {
+  Files files = kClean;
+  files["a/P-x-1.xls"] = Plate(0);
+  RunOptions options;
+  options.check = true;
+  Found found({});
+  found.campaign.SetKeys({"compound ID", "day_num"});
+  for (const auto& [name, rows] : files) found.campaign.Put(name, rows);
+  EXPECT_EQ(found.run.Start({found.campaign.folder, {}}, options), RunOutcome::kFailed);
+  ASSERT_EQ(found.view.record.problems.size(), 1u);
+  EXPECT_EQ(found.view.record.problems[0].place.file, "a/P-x-1.xls");
+}
+
+TEST(LongFormRun, IsRefusedWhereTheLongFormMustNotBeReplaced) {
+  RunOptions options;
+  options.wide = false;
+  options.long_form = "/out/long.csv";
+  Found found(kClean, {"compound ID"}, options);
+  ASSERT_EQ(found.outcome, RunOutcome::kFinished);
+  EXPECT_FALSE(found.campaign.HasOutput());
+  EXPECT_THAT(found.campaign.platform.files.Content("/out/long.csv"),
+              HasSubstr("K0,7,1,1,0.5,a/P-1-1.xls,3"));
+  found.campaign.Set("Main Section", "Auto-Replace Output files", "0");
+  found.campaign.platform.dialogs.plain_answers = {BoxAnswer::kCancel};
+  EXPECT_EQ(found.run.Start({found.campaign.folder, {}}, options), RunOutcome::kFailed);
+  EXPECT_THAT(found.campaign.platform.dialogs.plain.back().text, HasSubstr("long.csv\" exists"));
+  found.campaign.Set("Main Section", "Auto-Replace Output files", "1");
+  found.campaign.platform.files.Deny("/out/long.csv");
+  EXPECT_EQ(found.run.Start({found.campaign.folder, {}}, options), RunOutcome::kFailed);
+}
+
 }  // namespace
 }  // namespace korvex
