@@ -9,6 +9,7 @@
 #include "engine/near_equal_keys.h"
 #include "engine/plate_layout.h"
 #include "files/folder_listing.h"
+#include "files/report_paths.h"
 #include "platform/ciphers.h"
 #include "platform/error.h"
 #include "platform/services.h"
@@ -150,9 +151,7 @@ std::string RunWatch::KeyName(std::uint32_t key) const {
 const std::string& RunWatch::BeginInput(const std::string& full_name, int batch) {
   const FileSystem& files = *Platform().files;
   InputRecord& input = record_.inputs.emplace_back();
-  const std::string folder = WithSeparator(record_.processing_folder);
-  input.path = full_name.starts_with(folder) ? full_name.substr(folder.size()) : full_name;
-  std::ranges::replace(input.path, files.Separator(), '/');
+  input.path = PathFrom(record_.processing_folder, full_name);
   input.full_name = full_name;
   input.batch = batch;
   if (const auto version = files.VersionOf(full_name)) {

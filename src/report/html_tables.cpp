@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <set>
 
+#include "files/report_paths.h"
 #include "platform/services.h"
 #include "report/html_sections.h"
 #include "report/html_text.h"
-#include "report/report_paths.h"
 #include "text/text.h"
 
 namespace korvex {

@@ -2,9 +2,9 @@
 #include <string_view>
 #include <type_traits>
 
+#include "files/report_paths.h"
 #include "platform/services.h"
 #include "report/report.h"
-#include "report/report_paths.h"
 #include "text/text.h"
 #include "text/utf8.h"
 

@@ -2,9 +2,9 @@
 
 #include <tuple>
 
+#include "files/report_paths.h"
 #include "platform/services.h"
 #include "report/report.h"
-#include "report/report_paths.h"
 #include "tests/support/fakes.h"
 
 namespace korvex {

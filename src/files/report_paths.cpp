@@ -1,4 +1,4 @@
-#include "report/report_paths.h"
+#include "files/report_paths.h"
 
 #include <algorithm>
 #include <cstddef>
