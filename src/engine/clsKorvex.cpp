@@ -177,6 +177,7 @@ void clsKorvex::ProcessSubFolders() {
   folder_count_ = Int16(sub_folders.size(), "sub-folders of " + processing_folder_);
   OutputTable* const table = outputs_.Table();
   std::vector<std::string> names;
+  std::vector<std::string> paths;
   for (const std::string& sub_folder : sub_folders) {
     const std::string path = JoinPath(processing_folder_, sub_folder);
     Step([&] {
@@ -187,11 +188,12 @@ void clsKorvex::ProcessSubFolders() {
         table->CheckFoldersAhead(found, folder_count_);
       }
       names.insert(names.end(), found.begin(), found.end());
+      for (const std::string& name : found) paths.push_back(JoinPath(path, name));
     });
   }
   record_.input_count = names.size();
   if (table != nullptr) Step([&] { table->CheckReplicationsAhead(names); });
-  outputs_.BeginLongForm(*application_, SheetName());
+  outputs_.BeginLongForm(*application_, SheetName(), paths);
   for (const std::string& sub_folder : sub_folders) {
     ++current_folder_;
     Step([&] {
@@ -229,7 +231,7 @@ void clsKorvex::ProcessSelectedFiles() {
   }
   record_.input_count = names.size();
   if (table != nullptr) Step([&] { table->CheckReplicationsAhead(names); });
-  outputs_.BeginLongForm(*application_, SheetName());
+  outputs_.BeginLongForm(*application_, SheetName(), files_);
   Step([&] { ProcessFiles(files_); });
 }
 

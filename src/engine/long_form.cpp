@@ -129,6 +129,12 @@ void LongForm::CheckName(const std::string& full_name) {
                   ". Choose a name that ends with one of these.");
 }
 
+void LongForm::CheckTarget(const std::string& full_name, const std::vector<std::string>& inputs) {
+  const FileSystem& files = *Platform().files;
+  const std::string target = files.AbsolutePath(full_name);
+  Naming(target, [&] { CheckOutputTarget(files, target, inputs); });
+}
+
 void LongForm::WriteHeaders() {
   columns_ = structure_.KeyColsArray();
   for (const std::string& name : structure_.OutputColsArray()) {

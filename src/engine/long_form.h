@@ -42,6 +42,8 @@ class LongForm {
 
   // Error 1004 unless the name ends with .csv, .tsv or .xlsx.
   static void CheckName(const std::string& full_name);
+  // Error 1004 when that file is one of `inputs`, which would be lost.
+  static void CheckTarget(const std::string& full_name, const std::vector<std::string>& inputs);
 
   // Writes the headers, once, before any row: those of the columns of the sample file. A header
   // that is there already (letter case ignored) gets "_2" behind it, or "_3" ...

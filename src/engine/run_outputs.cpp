@@ -45,8 +45,10 @@ void RunOutputs::CreateOutputWorkbook(Application& application, const std::strin
   table_->WriteHeaders();
 }
 
-void RunOutputs::BeginLongForm(Application& application, const std::string& sheet_name) {
+void RunOutputs::BeginLongForm(Application& application, const std::string& sheet_name,
+                               const std::vector<std::string>& inputs) {
   if (options_.long_form.empty() || options_.check) return;
+  LongForm::CheckTarget(options_.long_form, inputs);
   long_form_.emplace(options_.long_form, sheet_name, application, structure_);
   long_form_->WriteHeaders();
 }

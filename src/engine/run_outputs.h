@@ -31,8 +31,9 @@ class RunOutputs {
   void CreateOutputWorkbook(Application& application, const std::string& full_name,
                             const std::string& sheet_name);
   // To be called when all inputs have been listed, since a temporary file may stand beside them
-  // from then on.
-  void BeginLongForm(Application& application, const std::string& sheet_name);
+  // from then on. Error 1004 when the long form would replace one of `inputs`, their full names.
+  void BeginLongForm(Application& application, const std::string& sheet_name,
+                     const std::vector<std::string>& inputs);
   // Null in a run without an output workbook.
   OutputTable* Table() { return table_ ? &*table_ : nullptr; }
 

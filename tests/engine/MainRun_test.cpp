@@ -99,6 +99,18 @@ TEST_F(MainRunTest, AsksBeforeItReplacesTheOutputFile) {
   EXPECT_EQ(Start(), RunOutcome::kFinished);
 }
 
+TEST_F(MainRunTest, ReadsNothingWhenTheLongFormWouldReplaceAnInput) {
+  Put("a/P-1-1.xls");
+  Put("a/P-1-2.csv");  // workbooks are told by their content
+  const std::string input = campaign.Path("a/P-1-2.csv");
+  const std::string content = files.Content(input);
+  EXPECT_EQ(run.Start({campaign.folder, {}}, {.long_form = input}), RunOutcome::kFailed);
+  EXPECT_THAT(Told(), HasSubstr("It was read as input"));
+  EXPECT_THAT(view.calls, testing::Not(Contains("processed")));
+  EXPECT_EQ(files.Content(input), content);
+  EXPECT_FALSE(campaign.HasOutput());
+}
+
 TEST_F(MainRunTest, TellsAStopFromAFailure) {
   Put("a/P-1-1.xls");
   for (const bool while_reading : {false, true}) {
