@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "engine/key_refusals.h"
+#include "engine/refusal_recorder.h"
 #include "errors/trap.h"
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
@@ -180,6 +181,7 @@ void clsKorvex::ProcessSubFolders() {
   std::vector<std::string> paths;
   for (const std::string& sub_folder : sub_folders) {
     const std::string path = JoinPath(processing_folder_, sub_folder);
+    place_.file = sub_folder;
     Step([&] {
       CheckIsThere(path);
       const std::vector<std::string> found = folders_.Workbooks(path);
@@ -191,17 +193,21 @@ void clsKorvex::ProcessSubFolders() {
       for (const std::string& name : found) paths.push_back(JoinPath(path, name));
     });
   }
+  place_ = {};
   record_.input_count = names.size();
   if (table != nullptr) Step([&] { table->CheckReplicationsAhead(names); });
   outputs_.BeginLongForm(*application_, SheetName(), paths);
   for (const std::string& sub_folder : sub_folders) {
     ++current_folder_;
+    place_ = {};
+    place_.file = sub_folder;
     Step([&] {
       const std::vector<std::string> files = FilesOf(sub_folder);
       const std::string path = JoinPath(processing_folder_, sub_folder);
       watch_->NoteSkippedFolders(sub_folder, folders_.Entries(path), folders_.Workbooks(path));
       ProcessFiles(files);
     });
+    place_ = {};
     if (table != nullptr) {
       Step([&] { table->CheckFoldersAhead(current_folder_, folder_count_); });
     }

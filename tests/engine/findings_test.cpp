@@ -189,6 +189,18 @@ TEST(Findings, TellColumnsThatAFileLacks) {
   EXPECT_THAT(view.record.problems, IsEmpty());
 }
 
+TEST(Findings, NameSelectedFilesFromTheFolderOfTheFirst) {
+  Files files = kClean;
+  files["b/Q-1-1.xls"] = With(Plate(4), 0, 3, "OVRFLW");
+  Found found(files);
+  Campaign& campaign = found.campaign;
+  campaign.ProcessSelectedFiles();
+  found.run.Start(
+      {campaign.Path("a"), {campaign.Path("a/P-1-1.xls"), campaign.Path("b/Q-1-1.xls")}});
+  EXPECT_THAT(found.Findings(), ElementsAre("not-a-number 1 | ../b/Q-1-1.xls 3 compound ID=L0; "
+                                            "Delta OD \"OVRFLW\""));
+}
+
 TEST(Findings, KeepTheFirstPlacesAndCountTheOthers) {
   Files files = kClean;
   Rows rows;
@@ -236,13 +248,15 @@ TEST(Check, GoesThroughEverythingAndWritesNothing) {
   files["a/P-1-1.xls"] = twice;
   files["a/P-1-3.xls"] = With(Plate(0), 0, 3, "OVRFLW");
   files["a/noreplication.xls"] = Plate(0);
-  files["b/R-1-2.xls"] = Plate(4);  // the readings of Q-1-2 again
+  files["b/R-1-2.xls"] = Plate(4);    // the readings of Q-1-2 again
+  files["b/S-1-200.xls"] = Plate(4);  // no letter for it, which is found in every row
   RunOptions options;
   options.check = true;
   Found found({});
   Campaign& campaign = found.campaign;
   for (const auto& [name, rows] : files) campaign.Put(name, rows);
   campaign.platform.files.AddFile(campaign.Path("b/notes.txt"), "no workbook");
+  campaign.platform.files.AddFolder(campaign.Path("c"));
   campaign.platform.dialogs.texts.clear();
   EXPECT_EQ(found.run.Start({campaign.folder, {}}, options), RunOutcome::kFailed);
   const RunRecord& record = found.view.record;
@@ -256,7 +270,8 @@ TEST(Check, GoesThroughEverythingAndWritesNothing) {
       ElementsAre("a/noreplication.xls 0 Could not extract rep",
                   "a/P-1-1.xls 7 Duplicate key in file", "b/notes.txt 0 An error occurred whi",
                   "b/R-1-2.xls 3 The same key, with th", "b/R-1-2.xls 4 The same key, with th",
-                  "b/R-1-2.xls 5 The same key, with th", "b/R-1-2.xls 6 The same key, with th"));
+                  "b/R-1-2.xls 5 The same key, with th", "b/R-1-2.xls 6 The same key, with th",
+                  "b/S-1-200.xls 3 An error occurred whi", "c 0 The sub-folder \"c\" is"));
   EXPECT_THAT(record.problems[1].cause, HasSubstr("row 4 of /.../screen/a/P-1-1.xls"));
   EXPECT_THAT(record.problems[4].cause, HasSubstr("row 4 of /.../screen/b/Q-1-2.xls"));
   EXPECT_THAT(found.Findings(),
@@ -264,25 +279,14 @@ TEST(Check, GoesThroughEverythingAndWritesNothing) {
   EXPECT_FALSE(campaign.HasOutput());
   EXPECT_THAT(campaign.platform.dialogs.texts, IsEmpty());
   EXPECT_FALSE(campaign.platform.settings.Get("Main Section", "Last Path"));
-  for (const char* name : {"a/noreplication.xls", "b/R-1-2.xls", "b/notes.txt"}) {
+  for (const char* name : {"a/noreplication.xls", "b/R-1-2.xls", "b/notes.txt", "b/S-1-200.xls"}) {
     campaign.platform.files.DeleteFile(campaign.Path(name));
   }
   campaign.Put("a/P-1-1.xls", Plate(0));
   campaign.Put("a/P-1-3.xls", Plate(0));
+  campaign.Put("c/T-1-1.xls",
+               With(With(With(With(Plate(0), 0, 1, "M0"), 1, 1, "M1"), 2, 1, "M2"), 3, 1, "M3"));
   EXPECT_EQ(found.run.Start({campaign.folder, {}}, options), RunOutcome::kFinished);
-}
-
-TEST(Check, CountsAProblemOfEveryRowOnce) {
-  Files files = kClean;
-  files["a/P-x-1.xls"] = Plate(0);
-  RunOptions options;
-  options.check = true;
-  Found found({});
-  found.campaign.SetKeys({"compound ID", "day_num"});
-  for (const auto& [name, rows] : files) found.campaign.Put(name, rows);
-  EXPECT_EQ(found.run.Start({found.campaign.folder, {}}, options), RunOutcome::kFailed);
-  ASSERT_EQ(found.view.record.problems.size(), 1u);
-  EXPECT_EQ(found.view.record.problems[0].place.file, "a/P-x-1.xls");
 }
 
 TEST(LongFormRun, IsRefusedWhereTheLongFormMustNotBeReplaced) {
