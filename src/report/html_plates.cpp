@@ -243,7 +243,7 @@ void AppendLargePlate(const ReportedReadings& reported, const Plate& plate, std:
   Add(page, "<details", is_open ? " open" : "", "><summary>", TitleOf(plate), " <small>",
       Counted(plate.replications.size(), "replication"), ", ", Counted(number_count, "number"));
   if (wells.size() > number_count) {
-    Add(page, ", ", GroupedDigits(wells.size() - number_count), " not a number");
+    Add(page, ", ", GroupedDigits(wells.size() - number_count), " other");
   }
   Add(page, "</small></summary><div id=\"plate", std::to_string(number), "\">");
   scale.AppendLegend(page);

@@ -10,11 +10,13 @@ namespace korvex {
 namespace {
 
 constexpr std::string_view kStyle = R"(
-:root { color-scheme: light dark; --text: #1f2629; --faint: #566268; --page: #fff; --panel: #f3f6f7; --blank: #f3f6f7;
+:root { color-scheme: light dark; --text: #1f2629; --faint: #566268; --page: #fff; --panel: #f3f6f7;
+  --blank: #f3f6f7;
   --line: #cfd9dc; --hatch: #9aa7ac; --accent: #0f6479; --low: #b3470b; --high: #1c6e8c;
   --good: #1d7a4f; --fair: #a86a00; --bad: #b3261e; }
 @media (prefers-color-scheme: dark) {
-  :root { --text: #e3e8ea; --faint: #a3b0b5; --page: #16191b; --panel: #20262a; --blank: #3a4348; --line: #3d474b;
+  :root { --text: #e3e8ea; --faint: #a3b0b5; --page: #16191b; --panel: #20262a;
+    --blank: #3a4348; --line: #3d474b;
     --hatch: #8b989f; --accent: #7fcbdc; --low: #f0955a; --high: #74c0dd; --good: #5cc793;
     --fair: #e3b04b; --bad: #f2857c; }
 }
@@ -74,8 +76,9 @@ figure { margin: 0.5rem 0 1rem; }
 .overview figure { margin: 0; }
 .overview figcaption { line-height: 1.2; padding: 0.1rem 3px; }
 .overview svg { shape-rendering: crispEdges; }
-.overview svg, .pairs .chart { max-width: 100%; height: auto; }
-.large { display: grid; grid-template-columns: repeat(auto-fill, minmax(min(100%, 20rem), 1fr)); }
+.overview svg, figure > .chart { max-width: 100%; height: auto; }
+.large { display: grid;
+  grid-template-columns: repeat(auto-fill, minmax(min(100%, 21rem), 1fr)); }
 .large > details[open] { grid-column: 1 / -1; min-width: 0; }
 .maps > svg { max-width: 100%; min-width: 40rem; height: auto; }
 .maps .pl { stroke: var(--line); stroke-width: 0.12; }
@@ -96,7 +99,8 @@ figure { margin: 0.5rem 0 1rem; }
 .ax, .eq { fill: none; stroke: var(--faint); }
 .eq { stroke-dasharray: 4 3; }
 .gr { fill: none; stroke: var(--line); }
-.d1, .d2, .d3, .lo, .hi { fill: none; stroke: var(--high); stroke-width: 3.5; stroke-linecap: round; }
+.d1, .d2, .d3, .lo, .hi { fill: none; stroke: var(--high); stroke-width: 3.5;
+  stroke-linecap: round; }
 .d1 { opacity: 0.45; }
 .d2 { opacity: 0.75; }
 .d3 { stroke: var(--text); }

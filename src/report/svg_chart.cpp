@@ -186,14 +186,16 @@ void AddWells(const std::vector<double>& values, int x, const Axis& axis, const 
 }  // namespace
 
 void AppendStrips(std::span<const ControlStrip> strips, const Axis& axis, std::string& page) {
-  constexpr int kLabels = 84;
   constexpr int kWidth = 480;  // of few strips together, which are wider then
   constexpr int kApart = 4;
   const int count = static_cast<int>(strips.size());
   const int strip_width = std::clamp(kWidth / count, 18, 60);
   const Area area{64, 8, strip_width * count, 170};
+  std::size_t longest = 0;
+  for (const ControlStrip& strip : strips) longest = std::max(longest, strip.label.size());
+  const int labels = std::min(24 + 5 * static_cast<int>(longest), 110);
   AppendSvgStart("Control wells by plate and replication", area.Right() + 10,
-                 area.Bottom() + kLabels, page);
+                 area.Bottom() + labels, page);
   AppendYTicks(axis, area, page);
   AppendFrame(area, page);
   Dots low;
