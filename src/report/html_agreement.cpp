@@ -35,8 +35,10 @@ std::vector<KeyValue> KeyValues(const ReportedReadings& reported) {
     return std::pair(value.key, value.replication);
   };
   std::ranges::stable_sort(values, {}, place_of);
-  const auto rest = std::ranges::unique(values, {}, place_of);
-  values.erase(rest.begin(), rest.end());
+  const auto rest =
+      std::unique(values.begin(), values.end(),
+                  [&](const KeyValue& a, const KeyValue& b) { return place_of(a) == place_of(b); });
+  values.erase(rest, values.end());
   return values;
 }
 
@@ -144,7 +146,8 @@ void AppendVariation(const std::vector<KeyValue>& values, std::string& page) {
     for (const KeyValue& value : of_key) numbers.push_back(value.value);
     if (numbers.size() < 2) {
       ++single;
-    } else if (const auto variation = CoefficientOfVariation(numbers)) {
+    } else if (const auto variation = CoefficientOfVariation(numbers);
+               variation && std::isfinite(*variation * 100)) {
       variations.push_back(*variation * 100);
     } else {
       ++undefined;
@@ -157,7 +160,7 @@ void AppendVariation(const std::vector<KeyValue>& values, std::string& page) {
   }
   std::ranges::sort(variations);
   const double highest = Percentile(variations, 0.99);
-  const double end = highest > 0 ? RoundUp(highest) : 1;
+  const double end = highest > 0 ? RoundUp(std::max(highest, 0.01)) : 1;
   std::vector<std::size_t> counts(kVariationClasses);
   for (const double variation : variations) {
     const double place = variation / end * static_cast<double>(kVariationClasses - 1);

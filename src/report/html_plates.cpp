@@ -12,9 +12,12 @@
 namespace korvex {
 namespace {
 
-// Bounds of the page. A small map takes some six bytes a well, a large one a hundred.
+// Bounds of the page. A small map takes some six bytes a reading; a large one takes these, too, and
+// tooltips.
 constexpr std::size_t kMostPlates = 1000;
-constexpr std::size_t kMostLargeWells = 80000;
+constexpr std::size_t kMostLargeBytes = 12000000;
+constexpr std::size_t kBytesAWell = 60;
+constexpr std::size_t kBytesAReading = 20;
 // So few plates are shown large at once, without an overview.
 constexpr std::size_t kFewPlates = 4;
 
@@ -80,9 +83,11 @@ Plates::Plates(const ReportedReadings& reported) {
     return std::tuple(placed.plate, placed.replication, placed.well);
   };
   std::ranges::stable_sort(placed_, {}, place_of);
-  const auto rest = std::ranges::unique(placed_, {}, place_of);
-  doubled_ = rest.size();
-  placed_.erase(rest.begin(), rest.end());
+  const auto rest = std::unique(
+      placed_.begin(), placed_.end(),
+      [&](const PlacedReading& a, const PlacedReading& b) { return place_of(a) == place_of(b); });
+  doubled_ = static_cast<std::size_t>(placed_.end() - rest);
+  placed_.erase(rest, placed_.end());
 
   for (std::size_t begin = 0; begin < placed_.size();) {
     std::size_t end = begin;
@@ -255,13 +260,15 @@ void AppendLargePlate(const ReportedReadings& reported, const Plate& plate, std:
   Add(page, "</svg></div></div></details>\n");
 }
 
-// How many plates have room among the large maps.
+// How many plates, from the first on, have room among the large maps.
 std::size_t LargePlates(const std::vector<Plate>& plates) {
-  std::size_t wells = 0;
+  std::size_t bytes = 0;
   std::size_t count = 0;
-  for (; count < plates.size(); ++count) {
-    wells += static_cast<std::size_t>(plates[count].format->wells);
-    if (wells > kMostLargeWells) break;
+  for (; count < std::min(plates.size(), kMostPlates); ++count) {
+    const Plate& plate = plates[count];
+    bytes += static_cast<std::size_t>(plate.format->wells) *
+             (kBytesAWell + kBytesAReading * plate.replications.size());
+    if (bytes > kMostLargeBytes) break;
   }
   return count;
 }

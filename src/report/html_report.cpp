@@ -80,7 +80,7 @@ figure { margin: 0.5rem 0 1rem; }
 .large { display: grid;
   grid-template-columns: repeat(auto-fill, minmax(min(100%, 21rem), 1fr)); }
 .large > details[open] { grid-column: 1 / -1; min-width: 0; }
-.maps > svg { max-width: 100%; min-width: 40rem; height: auto; }
+.maps > svg { max-width: 100%; height: auto; }
 .maps .pl { stroke: var(--line); stroke-width: 0.12; }
 .nb { stroke: var(--page); }
 .nx { fill: none; stroke: var(--bad); stroke-width: 0.16; }
@@ -88,7 +88,7 @@ figure { margin: 0.5rem 0 1rem; }
 .lb { text-anchor: middle; }
 .lb .mt { text-anchor: start; }
 .lb .rl { text-anchor: end; dominant-baseline: central; }
-.tt path { fill: none; pointer-events: all; }
+.tt path { fill: none; pointer-events: fill; }
 .tt path:hover { stroke: var(--text); stroke-width: 0.14; }
 .chart .tt path:hover { stroke-width: 1; }
 .legend { display: flex; flex-wrap: wrap; align-items: center; gap: 0.25rem 1.25rem;
@@ -111,12 +111,14 @@ figcaption svg { display: inline-block; vertical-align: middle; }
 .ba { fill: var(--high); }
 .br { fill: var(--faint); }
 footer { margin-top: 3rem; border-top: 1px solid var(--line); padding-top: 0.5rem; }
+@media screen and (max-width: 50rem) {
+  .maps > svg { max-width: none; }
+}
 @media print {
   body { max-width: none; padding: 0; font-size: 9pt; }
   nav { display: none; }
   a { color: inherit; text-decoration: none; }
   .scroll { overflow: visible; }
-  .maps > svg { min-width: 0; }
   .large, .pairs { display: block; }
   .pairs figure { display: inline-block; margin-right: 1rem; }
   figure, .problem, tr { break-inside: avoid; }

@@ -11,8 +11,9 @@
 namespace korvex {
 namespace {
 
-// A longer table is folded.
+// What is longer is folded.
 constexpr std::size_t kLongTable = 30;
+constexpr std::size_t kManyProblems = 100;
 
 struct Verdict {
   const char* of_class;
@@ -207,7 +208,7 @@ std::string Lines(const std::string& text) {
 
 void AppendProblems(const RunRecord& record, std::string& page) {
   if (record.problems.empty()) return;
-  const bool is_long = record.problems.size() > kLongTable;
+  const bool is_long = record.problems.size() > kManyProblems;
   Add(page, "<h3>", Counted(record.problems.size(), "problem"), "</h3>\n");
   if (is_long) Add(page, "<details class=\"long\"><summary>All problems</summary>\n");
   for (const Problem& problem : record.problems) {
