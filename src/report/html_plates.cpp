@@ -47,19 +47,22 @@ std::optional<double> NumberOf(const Reading& reading) {
 class Plates {
  public:
   explicit Plates(const ReportedReadings& reported);
+  Plates(const Plates&) = delete;  // plates_ looks into placed_
+  Plates& operator=(const Plates&) = delete;
 
   const std::vector<Plate>& All() const { return plates_; }
   std::size_t Outside() const { return outside_; }
-  std::size_t Doubled() const { return doubled_; }
 
  private:
+  // Returns the plates of the layout in order of appearance.
+  std::vector<std::uint32_t> PlaceReadings(const ReportedReadings& reported);
+
   std::vector<PlacedReading> placed_;
   std::vector<Plate> plates_;
   std::size_t outside_ = 0;  // readings of keys without a well
-  std::size_t doubled_ = 0;  // readings of a place that has one already
 };
 
-Plates::Plates(const ReportedReadings& reported) {
+std::vector<std::uint32_t> Plates::PlaceReadings(const ReportedReadings& reported) {
   const PlateLayout& layout = *reported.layout;
   constexpr std::uint32_t kNotMet = std::numeric_limits<std::uint32_t>::max();
   std::vector<std::uint32_t> order_of(layout.format_of_plate.size(), kNotMet);
@@ -79,16 +82,16 @@ Plates::Plates(const ReportedReadings& reported) {
     placed_.push_back({order_of[plate], reported.ReplicationOf(reading),
                        static_cast<std::int16_t>(number), &reading});
   }
-  const auto place_of = [](const PlacedReading& placed) {
+  // No two are at one place, which the layout sees to.
+  std::ranges::sort(placed_, {}, [](const PlacedReading& placed) {
     return std::tuple(placed.plate, placed.replication, placed.well);
-  };
-  std::ranges::stable_sort(placed_, {}, place_of);
-  const auto rest = std::unique(
-      placed_.begin(), placed_.end(),
-      [&](const PlacedReading& a, const PlacedReading& b) { return place_of(a) == place_of(b); });
-  doubled_ = static_cast<std::size_t>(placed_.end() - rest);
-  placed_.erase(rest, placed_.end());
+  });
+  return met;
+}
 
+Plates::Plates(const ReportedReadings& reported) {
+  const PlateLayout& layout = *reported.layout;
+  const std::vector<std::uint32_t> met = PlaceReadings(reported);
   for (std::size_t begin = 0; begin < placed_.size();) {
     std::size_t end = begin;
     std::vector<std::int16_t> replications;
@@ -287,10 +290,6 @@ void AppendLayout(const ReportedReadings& reported, const Plates& plates, std::s
   if (plates.Outside() > 0) {
     Add(page, Counted(plates.Outside(), "reading"),
         " of wells that their plates do not have cannot be drawn. ");
-  }
-  if (plates.Doubled() > 0) {
-    Add(page, Counted(plates.Doubled(), "reading"),
-        " of a well that has another reading in the same replication cannot be drawn. ");
   }
   Add(page,
       "Colours go from the 1st to the 99th percentile; what lies outside has the colour of the "
