@@ -56,7 +56,7 @@ std::string Counted(std::size_t count, const std::string& what) {
 void ConsoleRunView::RunEnded(const RunRecord& record) {
   using Outcome = RunRecord::Outcome;
   if (record.outcome == Outcome::kStopped) return;
-  if (record.outcome == Outcome::kChecked) {
+  if (record.options.check) {
     for (const Problem& problem : record.problems) {
       std::string line = "Problem: ";
       if (!problem.place.file.empty()) line += problem.place.file + ": ";

@@ -4,6 +4,7 @@
 
 #include "engine/long_form.h"
 #include "engine/refusal_recorder.h"
+#include "errors/basFuncs.h"
 #include "errors/trap.h"
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
@@ -120,7 +121,12 @@ RunOutcome MainRun::Start(const RunSelection& selection, const RunOptions& optio
       },
       [&](const TrappedError& error) {
         if (!error.IsTold()) {
-          error.Report();
+          // A check shows and mails nothing by itself: its view tells everything at the end.
+          if (options.check) {
+            ReportError("Form1.MainRun", std::nullopt, false, true, true, false);
+          } else {
+            error.Report();
+          }
           moKorvex_->Record().AddProblem({PendingError().Description(), {}, {}});
         }
         const bool stopped = moKorvex_->Stopped() || error.Number() == error_number::kUserInterrupt;
