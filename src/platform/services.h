@@ -36,8 +36,11 @@ struct Services {
   Clock* clock = nullptr;
   MainWindow* main_window = nullptr;
   // Without trailing separator.
-  std::string program_folder;    // of the executable
-  std::string user_folder = {};  // the user's own for what the program keeps; need not exist
+  std::string program_folder;  // of the executable
+  // The user's own, for what the program keeps and for what can be made anew; both need not exist,
+  // and are empty where the user has none.
+  std::string user_folder = {};
+  std::string cache_folder = {};
 };
 
 // The installed set; error 91 when there is none.

@@ -21,6 +21,7 @@
 #include "ui/clsControls.h"
 #include "ui/form_helpers.h"
 #include "ui/frmOptions.h"
+#include "ui/run_summary.h"
 
 namespace korvex {
 namespace {
@@ -29,6 +30,7 @@ constexpr char kDefaultPattern[] = "*.xls";
 // Matches no file: while sub-folders are processed there is nothing to select.
 constexpr char kNoFilePattern[] = "bijo.bijo";
 constexpr int kFolderLabelInterval = 200;  // milliseconds
+constexpr char kShowReport[] = "Show Report";
 
 bool Confirm(const std::string& text, BoxIcon icon = BoxIcon::kNone) {
   return Platform().dialogs->ShowPlain(
@@ -143,14 +145,24 @@ void frmMain::StartOrStop(const char* location) {
     if (run_on_stack_) {
       run_.Stop();
     } else {
-      const RaisedFlag on_stack(run_on_stack_);
-      run_.Start(Selection());
+      Start({.keep_readings = true});
     }
   });
 }
 
+void frmMain::Start(const RunOptions& options) {
+  const RaisedFlag on_stack(run_on_stack_);
+  run_.Start(Selection(), options);
+}
+
 RunSelection frmMain::Selection() const {
   return {FileChooser_->Path(), FileChooser_->SelFullPaths()};
+}
+
+// Whether there may be something to process; the disk is not asked.
+bool frmMain::HasSelection() const {
+  if (optFiles_->GetValue()) return FileChooser_->SelectedCount() > 0;
+  return !FileChooser_->Path().empty();
 }
 
 void frmMain::mnuOptions_Click() {
@@ -183,6 +195,16 @@ void frmMain::mnuRegistry_Click() {
 
 void frmMain::mnuExit_Click() {
   Trap("frmMain.mnuExit_Click", [&] { Close(); });
+}
+
+void frmMain::mnuCheck_Click() {
+  Trap("frmMain.mnuCheck_Click", [&] {
+    if (!run_on_stack_) Start({.check = true, .keep_readings = true});
+  });
+}
+
+void frmMain::mnuReport_Click() {
+  Trap("frmMain.mnuReport_Click", [&] { last_report_.Open(); });
 }
 
 void frmMain::mnuHelpHelp_Click() {
@@ -264,6 +286,7 @@ void frmMain::ProcessedFile() {
 }
 
 void frmMain::EnterRunning() {
+  running_ = true;
   EnableForRun(false);
   SetProcessCaption("Stop");
   SetCursor(wxCURSOR_WAIT);
@@ -272,6 +295,7 @@ void frmMain::EnterRunning() {
 }
 
 void frmMain::LeaveRunning() {
+  running_ = false;
   EnableForRun(true);
   SetProcessCaption("&Run!");
   SetCursor(wxNullCursor);
@@ -290,6 +314,7 @@ void frmMain::EnableForRun(bool enable) {
       if (!item->IsSeparator()) item->Enable(enable);
     }
   }
+  DoMenuUpdates();  // entries that are possible only now and then
   for (FramePanel* frame : {fraMain_, fraCurrentMode_}) {
     korvex::EnableFrame(*frame, enable);
     SharedControls().EnableFrame(*frame, enable);
@@ -301,7 +326,21 @@ void frmMain::SetMessage(const std::string& text) {
   lblMessages_->SetLabelText(ToWx(text));
 }
 
-void frmMain::RunEnded(const RunRecord&) {}
+// A run that was refused before it began leaves the report of the one before it. The run itself is
+// done: nothing here may make it fail.
+void frmMain::RunEnded(const RunRecord& record) {
+  Trap("frmMain.RunEnded", [&] {
+    const bool has_report = running_ && last_report_.Keep(record);
+    const RunSummary summary = Summary(record);
+    if (summary.text.empty()) return;
+    std::vector<std::string> buttons{"OK"};
+    if (has_report) buttons.insert(buttons.begin(), kShowReport);
+    auto ok = static_cast<int>(buttons.size());  // counted from one
+    const std::string answer =
+        ShowMessageBox(summary.text, buttons, kProgramTitle, summary.icon, ok);
+    if (answer == kShowReport) last_report_.Open();
+  });
+}
 
 void frmMain::SetProgress(std::int32_t value, std::int32_t maximum) {
   prg_->SetRange(std::max<std::int32_t>(maximum, 1));

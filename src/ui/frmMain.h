@@ -17,6 +17,7 @@
 #include "engine/MainRun.h"
 #include "ui/FileChooser.h"
 #include "ui/frame_panel.h"
+#include "ui/last_report.h"
 
 namespace korvex {
 
@@ -31,6 +32,7 @@ class frmMain : public wxFrame, private RunView {
  private:
   // The controls and where they stand, in frmMain_layout.cpp.
   void CreateMenus();
+  wxMenu* ToolsMenu();
   void CreateControls();
   wxSizer* ModeRows();
   wxSizer* PatternRow();
@@ -45,6 +47,8 @@ class frmMain : public wxFrame, private RunView {
   void mnuOptions_Click();
   void mnuRegistry_Click();
   void mnuExit_Click();
+  void mnuCheck_Click();
+  void mnuReport_Click();
   void mnuHelpHelp_Click();
   void optFiles_Click();
   void optFolders_Click();
@@ -53,6 +57,8 @@ class frmMain : public wxFrame, private RunView {
   void FileChooser_DblClick();
 
   void StartOrStop(const char* location);
+  void Start(const RunOptions& options);
+  bool HasSelection() const;
   void StoreSelectedMode();
   // Lists no file while sub-folders are processed: there is nothing to choose from.
   void ListFilesOfMode();
@@ -76,6 +82,8 @@ class frmMain : public wxFrame, private RunView {
   std::function<void()> show_afresh_;
   MainRun run_{*this};
   bool run_on_stack_ = false;  // from the first check of a run to its last message
+  bool running_ = false;       // the window shows the running state
+  LastReport last_report_;
   wxSize design_size_;
   wxSize refused_size_;  // the size last objected to; none once the design size is back
 

@@ -17,10 +17,11 @@ constexpr int kChooserHeight = 4500;
 constexpr int kPatternWidth = 26;  // characters
 
 template <class Handler>
-void Append(wxMenu& menu, const char* caption, Handler handler) {
+int Append(wxMenu& menu, const char* caption, Handler handler) {
+  const int id = menu.Append(wxID_ANY, caption)->GetId();
   menu.Bind(
-      wxEVT_MENU, [handler](wxCommandEvent&) { handler(); },
-      menu.Append(wxID_ANY, caption)->GetId());
+      wxEVT_MENU, [handler](wxCommandEvent&) { handler(); }, id);
+  return id;
 }
 
 }  // namespace
@@ -37,8 +38,24 @@ void frmMain::CreateMenus() {
   Append(*mnuHelp, "&Help\tF1", [this] { mnuHelpHelp_Click(); });
   auto* bar = new wxMenuBar;
   bar->Append(mnuFile, "&File");
+  bar->Append(ToolsMenu(), "&Tools");
   bar->Append(mnuHelp, "&Help");
   SetMenuBar(bar);
+}
+
+// Its entries are grey while they are impossible. Both are asked about whenever the menu opens.
+wxMenu* frmMain::ToolsMenu() {
+  auto* mnuTools = new wxMenu;
+  const int check = Append(*mnuTools, "&Check", [this] { mnuCheck_Click(); });
+  const int report = Append(*mnuTools, "&Report of Last Run", [this] { mnuReport_Click(); });
+  const auto enable_while = [this](int id, auto possible) {
+    Bind(
+        wxEVT_UPDATE_UI,
+        [this, possible](wxUpdateUIEvent& event) { event.Enable(!running_ && possible()); }, id);
+  };
+  enable_while(check, [this] { return HasSelection(); });
+  enable_while(report, [this] { return last_report_.Exists(); });
+  return mnuTools;
 }
 
 void frmMain::CreateControls() {

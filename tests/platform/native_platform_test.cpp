@@ -44,7 +44,8 @@ TEST(NativePlatform, TellsFoldersTimeAndEnvironment) {
   const NativePlatform native;
   const Services services = native.Provided();
   EXPECT_TRUE(services.files->FolderExists(services.program_folder));
-  for (const std::string& folder : {services.program_folder, services.user_folder}) {
+  for (const std::string& folder :
+       {services.program_folder, services.user_folder, services.cache_folder}) {
     EXPECT_EQ(services.files->AbsolutePath(folder), folder) << "no separator at the end";
   }
   const std::time_t before = std::time(nullptr);

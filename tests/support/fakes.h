@@ -158,6 +158,8 @@ struct FakeMainWindow : MainWindow {
 class TestPlatform {
  public:
   explicit TestPlatform(PathStyle style = PathStyle::kLinux) : files(style) {
+    services_.cache_folder =
+        style == PathStyle::kWindows ? "C:\\Users\\user\\KORVEX" : "/home/user/.cache/korvex";
     SetProgramFolder(style == PathStyle::kWindows ? "C:\\KORVEX\\bin" : "/opt/korvex/bin");
     files.AddFolder(services_.program_folder);
   }

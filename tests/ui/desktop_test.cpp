@@ -39,6 +39,7 @@ class DesktopTest : public testing::Test {
     services.main_window = &main_window_;
     services.program_folder = folder_ / "program/bin";
     services.user_folder = folder_ / "user";
+    services.cache_folder = folder_ / "cache";
     services_.emplace(services);
   }
   ~DesktopTest() override {
@@ -51,6 +52,15 @@ class DesktopTest : public testing::Test {
     driver_.Expect([text, button](wxDialog& box) {
       EXPECT_EQ(Find<wxTextCtrl>(box, "txtMessage").GetValue(), text);
       Click(box, "cmdMain" + std::to_string(button));
+    });
+  }
+  // What the sample campaign holds on purpose; answered by "Show Report".
+  void ExpectSummary() {
+    driver_.Expect([](wxDialog& box) {
+      const std::string text = FromWx(Find<wxTextCtrl>(box, "txtMessage").GetValue());
+      EXPECT_THAT(text, HasSubstr("the data do not look right"));
+      EXPECT_THAT(text, HasSubstr("measured values are no numbers"));
+      Click(box, "cmdMain0");
     });
   }
   void Run() { Click(*main_window_.Window(), "cmdProcess"); }
@@ -98,8 +108,15 @@ TEST_F(DesktopTest, ConvertsACampaignLikeTheCommandLineWithItsSettings) {
   });
   ChooseMenu(*main_window_.Window(), "File", "Options...");
   ExpectMessage("Process finished!", 0);
+  ExpectSummary();
   Run();
   EXPECT_TRUE(by_command == Content(output_));
+  const std::string report = folder_ / "cache/last-run.html";
+  EXPECT_THAT(shell_.opened, ElementsAre(report, output_));
+  if (native_.Provided().files->Separator() == '/') {
+    EXPECT_EQ(fs::status(PathOf(report)).permissions() & fs::perms::all,
+              fs::perms::owner_read | fs::perms::owner_write);
+  }
   EXPECT_THAT(dialogs_.texts, IsEmpty());
 }
 
@@ -114,7 +131,10 @@ TEST_F(DesktopTest, StopsWithinOneFileWhenTheUserConfirms) {
       Run();
     });
     ExpectMessage("Stop Process?", stop ? 0 : 1);
-    if (!stop) ExpectMessage("Process finished!", 0);
+    if (!stop) {
+      ExpectMessage("Process finished!", 0);
+      ExpectSummary();
+    }
     Run();
     EXPECT_EQ(fs::exists(PathOf(output_)), !stop);
   }

@@ -1,7 +1,9 @@
 // What the forms decide without their controls.
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <algorithm>
+#include <array>
 #include <numeric>
 
 #include "tests/support/errors.h"
@@ -9,6 +11,7 @@
 #include "ui/file_pattern.h"
 #include "ui/message_box_layout.h"
 #include "ui/option_choices.h"
+#include "ui/run_summary.h"
 
 namespace korvex {
 namespace {
@@ -96,6 +99,87 @@ TEST(MessageBoxLayout, GrowsWithTheMessageAndTheButtonsAndNeverShrinks) {
       button.left = button.Right() + 200;
     }
   }
+}
+
+// A record with that many problems, and notes of that many kinds.
+RunRecord Record(RunRecord::Outcome outcome, bool check, int problems, int notes) {
+  RunRecord record;
+  record.outcome = outcome;
+  record.options.check = check;
+  record.inputs.resize(7);
+  record.input_count = 1200;
+  for (int i = 0; i < problems; ++i) {
+    const std::string file = "a/P" + std::to_string(i) + ".xls";
+    record.problems.push_back({"Duplicate key in file \r\n'/.../" + file + "'",
+                               "Row 5 repeats row 3. So.",
+                               {file, i + 1, "K1", "", ""}});
+  }
+  for (int i = 0; i < notes; ++i)
+    record.findings.Note(static_cast<FindingKind>(i), [] { return FindingPlace(); });
+  return record;
+}
+
+TEST(RunSummary, TellsWhatWasFoundInAFewLines) {
+  using enum RunRecord::Outcome;
+  const std::string problem = "\r\n\u2022 a/P0.xls: Duplicate key in file. Row 5 repeats row 3.";
+  const std::string note = Record(kFinished, false, 0, 1).findings.All().front().text;
+  const std::string short_note = note.substr(0, note.find(": ")) + ".";
+  const struct {
+    RunRecord::Outcome outcome;
+    bool check;
+    int problems, notes;
+    std::string text;
+    int icon;
+  } cases[] = {
+      {kFinished, false, 0, 0, "", 0},
+      {kFailed, false, 1, 1, "", 0},
+      {kStopped, false, 1, 1, "", 0},
+      {kFinished, false, 0, 1,
+       "The output was written, but the data do not look right:\r\n\u2022 " + note, 17},
+      {kChecked, true, 0, 0, "Checked 7 files: nothing was found. No output was written.", 13},
+      {kChecked, true, 1, 1,
+       "Checked 7 files: 1 problem, 1 note. No output was written.\r\n\r\n"
+       "These problems keep a run from finishing:" +
+           problem + "\r\n\r\nBesides, the data do not look right:\r\n\u2022 " + short_note,
+       17},
+      {kStopped, true, 0, 0,
+       "The check was stopped at file 7 of 1,200: nothing was found until then.", 13},
+      {kFailed, true, 1, 0,
+       "The check could not be made.\r\n\r\nThese problems keep a run from finishing:" + problem,
+       17},
+  };
+  for (const auto& c : cases) {
+    const RunSummary summary = Summary(Record(c.outcome, c.check, c.problems, c.notes));
+    EXPECT_EQ(summary.text, c.text);
+    EXPECT_EQ(summary.icon, c.icon) << c.text;
+  }
+  // The stop itself is no problem of the data.
+  RunRecord stopped = Record(kStopped, true, 0, 0);
+  stopped.problems.push_back({"An error occurred", "User interrupt occurred", {}});
+  stopped.problems.push_back({"User interrupt occurred", "", {}});
+  EXPECT_EQ(Summary(stopped).text, cases[6].text);
+  // Every row of a file can have the same problem.
+  RunRecord alike = Record(kChecked, true, 2, 0);
+  alike.problems.resize(1200, alike.problems.back());
+  EXPECT_THAT(Summary(alike).text, testing::EndsWith("row 3. (and 1,198 more like it)"));
+}
+
+TEST(RunSummary, StaysShortHoweverMuchWasFound) {
+  using enum RunRecord::Outcome;
+  for (const auto& [problems, notes, entries] :
+       {std::array{0, 4, 4}, std::array{0, 14, 9}, std::array{30, 0, 9}, std::array{30, 1, 9},
+        std::array{2, 14, 9}, std::array{30, 14, 10}}) {
+    RunRecord record = Record(kChecked, true, problems, notes);
+    for (Problem& problem : record.problems) problem.text = std::string(300, '\xC4') + problem.text;
+    const std::vector<std::string> lines = Split(Summary(record).text, kLineBreak);
+    EXPECT_EQ(std::ranges::count_if(lines, [](auto& line) { return line.starts_with("\u2022"); }),
+              entries)
+        << problems << " problems, " << notes << " notes";
+    for (const std::string& line : lines) EXPECT_LE(line.size(), 250u) << line;
+  }
+  const std::string text = Summary(Record(kChecked, true, 30, 14)).text;
+  EXPECT_THAT(text, testing::HasSubstr("and 25 more problems"));
+  EXPECT_THAT(text, testing::HasSubstr("and 11 more notes"));
 }
 
 TEST(WrappedLines, BreakBetweenWordsAndWithinTooLongOnes) {

@@ -9,6 +9,16 @@ namespace korvex {
 namespace {
 
 constexpr char kLog[] = "/opt/korvex/bin/../AppErr/KORVEX.LOG";
+constexpr char kReport[] = "/home/user/.cache/korvex/last-run.html";
+
+// Does something whenever a message is shown.
+struct WatchedDialogs : RecordingDialogs {
+  std::string ShowButtons(const ButtonMessage& message) override {
+    on_message();
+    return RecordingDialogs::ShowButtons(message);
+  }
+  std::function<void()> on_message;
+};
 
 class MainWindowTest : public testing::Test {
  protected:
@@ -40,11 +50,22 @@ class MainWindowTest : public testing::Test {
   std::vector<std::string> Files() { return Items(*window_, "filMain"); }
   void Run() { Click(*window_, "cmdProcess"); }
   void Menu(const std::string& entry) { ChooseMenu(*window_, "File", entry); }
+  bool CanChoose(const std::string& tool) {
+    window_->DoMenuUpdates();
+    const wxMenuBar& menus = *window_->GetMenuBar();
+    return menus.IsEnabled(menus.FindMenuItem("Tools", ToWx(tool)));
+  }
+  void Check() { ChooseMenu(*window_, "Tools", "Check"); }
+  // A measured value that is no number, in one file.
+  void PutFlaw() { campaign.Put("a/P-1-2.xls", {{1, "K1", 7, "OVRFLW"}}); }
   void ExpectUsable(bool usable) {
     const wxMenuBar& menus = *window_->GetMenuBar();
     EXPECT_EQ(Label("cmdProcess"), usable ? "Run!" : "Stop");
-    for (const std::size_t menu : {0, 1}) EXPECT_EQ(menus.IsEnabledTop(menu), usable) << menu;
+    for (const std::size_t menu : {0, 1, 2}) EXPECT_EQ(menus.IsEnabledTop(menu), usable) << menu;
     EXPECT_EQ(menus.IsEnabled(menus.FindMenuItem("File", "Run")), usable) << "F5";
+    if (!usable) {
+      EXPECT_FALSE(CanChoose("Check") || CanChoose("Report of Last Run"));
+    }
     for (const char* name : {"fraMain", "fraCurrentMode", "optFiles", "txtPattern", "filMain"})
       EXPECT_EQ(The<wxWindow>(name).IsThisEnabled(), usable) << name;
     EXPECT_EQ(Label("lblMessages") == "Ready", usable);
@@ -157,6 +178,129 @@ TEST_F(MainWindowTest, ConvertsTheSelectedFilesOnceTheRunMayStart) {
   EXPECT_THAT(dialogs.texts, ElementsAre(none, none, exists, exists, "Process finished!"));
   EXPECT_EQ(The<wxGauge>("prg").GetRange(), 3);
   EXPECT_EQ(campaign.Output().Value(2, 3).number, 0.2);
+}
+
+TEST_F(MainWindowTest, SumsUpWhatARunNoticedAndKeepsItsReport) {
+  PutFlaw();
+  Set("Launch Output File", "1");
+  Open();
+  EXPECT_FALSE(CanChoose("Report of Last Run"));
+  WatchedDialogs watched;
+  watched.on_message = [this] {
+    EXPECT_EQ(Label("cmdProcess"), "Stop") << "the run has not ended yet";
+    EXPECT_THAT(campaign.platform.shell.opened, IsEmpty());
+  };
+  Services services = Platform();
+  services.dialogs = &watched;
+  const InstalledServices installed(services);
+  Run();
+  ASSERT_THAT(watched.texts,
+              ElementsAre("Process finished!", HasSubstr("One measured value is no number")));
+  const ButtonMessage& summary = watched.buttons.back();
+  EXPECT_THAT(summary.buttons, ElementsAre("Show Report", "OK"));
+  EXPECT_EQ(summary.default_button, 1);
+  EXPECT_EQ(summary.icon, 17);
+  EXPECT_EQ(summary.title, "KORVEX");
+  // RecordingDialogs press the first button.
+  EXPECT_THAT(campaign.platform.shell.opened, ElementsAre(kReport, "/out/all.xls"));
+  EXPECT_THAT(campaign.platform.files.Content(kReport), HasSubstr("is no number"));
+  ExpectUsable(true);
+  watched.on_message = [] {};
+
+  // The next run replaces it, though it fails; one that never began does not.
+  campaign.platform.files.AddFile(campaign.Path("a/notes-1.xls"), "no workbook");
+  Run();
+  const std::string report = campaign.platform.files.Content(kReport);
+  EXPECT_THAT(report, HasSubstr("notes-1.xls"));
+  Choose(*window_, "optFiles");
+  Run();
+  EXPECT_EQ(watched.texts.back(), "Please select at least one file to process.");
+  EXPECT_EQ(campaign.platform.files.Content(kReport), report);
+
+  // It outlives the session, but not whoever deletes it.
+  Close();
+  Open();
+  campaign.platform.shell.opened.clear();
+  ChooseMenu(*window_, "Tools", "Report of Last Run");
+  EXPECT_THAT(campaign.platform.shell.opened, ElementsAre(kReport));
+  campaign.platform.files.Remove(kReport);
+  ChooseMenu(*window_, "Tools", "Report of Last Run");
+  EXPECT_THAT(watched.texts.back(), HasSubstr("is not there any more"));
+  EXPECT_FALSE(CanChoose("Report of Last Run"));
+  EXPECT_THAT(campaign.platform.shell.opened, ElementsAre(kReport));
+}
+
+TEST_F(MainWindowTest, FinishesARunWhoseReportCannotBeWritten) {
+  campaign.platform.files.AddFile(kReport, "of an earlier run");
+  campaign.platform.files.Fail(FileOperation::kReplace, kReport, error_number::kDiskFull);
+  Open();
+  EXPECT_TRUE(CanChoose("Report of Last Run"));
+  Run();
+  const std::string complaint = "The report of this run could not be written.";
+  EXPECT_THAT(dialogs.texts, ElementsAre("Process finished!", complaint));
+  EXPECT_THAT(dialogs.plain.back().cause, HasSubstr("last-run.html"));
+  EXPECT_TRUE(campaign.HasOutput());
+  EXPECT_FALSE(CanChoose("Report of Last Run"));
+  EXPECT_FALSE(campaign.platform.files.FileExists(kReport)) << "it is not the last run's";
+  PutFlaw();
+  Run();
+  EXPECT_THAT(dialogs.buttons.back().buttons, ElementsAre("OK"));
+  EXPECT_EQ(dialogs.plain.size(), 1u) << "told once";
+  ExpectUsable(true);
+}
+
+TEST_F(MainWindowTest, ChecksWithoutWritingAnything) {
+  PutFlaw();
+  campaign.Put("b/P-1-1.xls", {{1, "K2", 7, 0.1}, {2, "K2", 7, 0.2}});
+  campaign.platform.files.AddFile(campaign.Path("b/notes-1.xls"), "no workbook");
+  campaign.platform.files.AddFile("/out/all.xls", "kept");
+  Set("Auto-Replace Output files", "0");
+  Open();
+  Choose(*window_, "optFiles");
+  EXPECT_FALSE(CanChoose("Check")) << "nothing is selected";
+  Find<FileChooser>(*window_, "FileChooser").SetPath(campaign.Path("a"));
+  Choose(*window_, "optFiles");
+  The<wxListBox>("filMain").SetSelection(0);
+  EXPECT_TRUE(CanChoose("Check"));
+  const auto settings = campaign.platform.settings.values;
+  campaign.platform.message_loop.on_yield = [&] { ExpectUsable(false); };
+  Check();
+  EXPECT_THAT(dialogs.texts,
+              ElementsAre("Checked 1 file: nothing was found. No output was written."));
+  EXPECT_EQ(campaign.platform.settings.values, settings);
+
+  Choose(*window_, "optFolders");
+  Find<FileChooser>(*window_, "FileChooser").SetPath(campaign.folder);
+  const auto stored = campaign.platform.settings.values;
+  Check();
+  ASSERT_EQ(dialogs.texts.size(), 2u) << "one message for everything";
+  EXPECT_THAT(dialogs.texts.back(), HasSubstr("Checked 4 files: 2 problems, "));
+  for (const char* found : {"Duplicate key in file", "b/notes-1.xls", "is no number"})
+    EXPECT_THAT(dialogs.texts.back(), HasSubstr(found));
+  EXPECT_EQ(campaign.platform.settings.values, stored);
+  EXPECT_EQ(campaign.platform.files.Content("/out/all.xls"), "kept");
+  EXPECT_THAT(campaign.platform.files.Content(kReport), HasSubstr("Duplicate key"));
+  ExpectUsable(true);
+
+  // While the files are counted, and before a file is read.
+  campaign.platform.message_loop.on_yield = [&] { Run(); };
+  for (const bool counting : {true, false}) {
+    dialogs.texts.clear();
+    dialogs.button_answers = {"Yes, Stop.", "OK"};
+    if (!counting) dialogs.button_answers.push_front("Continue");
+    Check();
+    EXPECT_EQ(dialogs.texts.size(), counting ? 2u : 3u) << "questions and one summary";
+    EXPECT_THAT(dialogs.texts.back(),
+                HasSubstr(counting ? "The check was stopped before the first file."
+                                   : "The check was stopped at file 1 of 4: nothing was found"));
+    ExpectUsable(true);
+  }
+  campaign.platform.message_loop.on_yield = {};
+  dialogs.texts.clear();
+  campaign.platform.files.Deny(campaign.Path("b"));
+  Check();
+  EXPECT_THAT(dialogs.texts, ElementsAre(HasSubstr("Permission denied: /data/screen/b")));
+  EXPECT_EQ(campaign.platform.settings.values, stored);
 }
 
 TEST_F(MainWindowTest, StartsAfreshWhenTheSettingsAreDeleted) {

@@ -11,6 +11,7 @@
 #include "tests/support/errors.h"
 #include "tests/support/fakes.h"
 #include "tests/ui/ui_support.h"
+#include "ui/window_services.h"
 
 namespace korvex {
 namespace {
@@ -23,7 +24,7 @@ class MessageBoxTest : public testing::Test {
       step(box);
       if (box.IsShown()) Click(box, "cmdMain0");
     });
-    return frmMessageBox(nullptr).ShowMsgBox(message);
+    return WindowDialogs().ShowButtons(message);
   }
 
   TestPlatform platform_;
@@ -79,8 +80,11 @@ TEST_F(MessageBoxTest, ShowsEveryLineAndEveryButton) {
   for (const std::string& prompt :
        {Lines(5), Lines(30), "File " + path + " (\"" + path + "\") is missing.",
         std::string("A sentence that is too long for one line of an ordinary message box.")}) {
-    Show({prompt, {"OK", "A very long caption indeed"}, "", 13}, [](wxDialog& box) {
+    const std::string cause = "Row 5 repeats what row 3 of " + path + " held first.";
+    const ButtonMessage message{prompt, {"OK", "A very long caption indeed"}, "", 13, 0, 1, cause};
+    Show(message, [&](wxDialog& box) {
       auto& text = Find<wxTextCtrl>(box, "txtMessage");
+      EXPECT_TRUE(text.GetValue().EndsWith(ToWx("\n\n" + cause)));
       ServeEvents();
       EXPECT_LE(text.PositionToCoords(text.GetLastPosition()).y + text.GetCharHeight(),
                 text.GetClientSize().y);

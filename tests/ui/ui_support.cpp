@@ -30,6 +30,7 @@ std::vector<std::string> Items(wxWindow& form, const std::string& list) {
 
 void ChooseMenu(wxFrame& window, const std::string& menu, const std::string& entry) {
   wxMenuBar& bar = *window.GetMenuBar();
+  window.DoMenuUpdates();  // as when the user opens it
   const int id = bar.FindMenuItem(ToWx(menu), ToWx(entry));
   ASSERT_NE(id, wxNOT_FOUND) << menu << ", " << entry;
   const auto position = static_cast<std::size_t>(bar.FindMenu(ToWx(menu)));

@@ -56,6 +56,10 @@ std::string UserFolder(const PosixFileSystem& files) {
   return OwnFile(files, "XDG_STATE_HOME", "/.local/state", "");
 }
 
+std::string CacheFolder(const PosixFileSystem& files) {
+  return OwnFile(files, "XDG_CACHE_HOME", "/.cache", "");
+}
+
 }  // namespace
 
 struct NativePlatform::Parts {
@@ -83,7 +87,8 @@ Services NativePlatform::Provided() const {
           .sound = &parts_->sound,
           .clock = &parts_->clock,
           .program_folder = ProgramFolder(),
-          .user_folder = UserFolder(parts_->files)};
+          .user_folder = UserFolder(parts_->files),
+          .cache_folder = CacheFolder(parts_->files)};
 }
 
 std::unique_ptr<Terminal> OpenTerminal() {

@@ -75,8 +75,8 @@ std::string LocalData() {
   return found;
 }
 
-// What the program keeps for the user besides settings: "%LOCALAPPDATA%\KORVEX". Empty when the
-// user has no such folder.
+// What the program keeps for the user besides settings, and what can be made anew:
+// "%LOCALAPPDATA%\KORVEX". Empty when the user has no such folder.
 std::string UserFolder() {
   const std::string data = LocalData();
   return data.empty() ? "" : data + "\\KORVEX";
@@ -116,7 +116,8 @@ Services NativePlatform::Provided() const {
           .window_system = &parts_->window_system,
           .clock = &parts_->clock,
           .program_folder = ProgramFolder(),
-          .user_folder = UserFolder()};
+          .user_folder = UserFolder(),
+          .cache_folder = UserFolder()};
 }
 
 std::unique_ptr<Terminal> OpenTerminal() {

@@ -54,6 +54,7 @@ TEST(NativePlatform, FindsTheLocalDataOfTheUser) {
   const std::wstring former = ToWide(WindowsShell().EnvironmentVariable("LOCALAPPDATA"));
   SetEnvironmentVariableW(L"LOCALAPPDATA", L"C:\\users\\Gr\u00F6\u00DFe");
   EXPECT_EQ(native.Provided().user_folder, "C:\\users\\Größe\\KORVEX");
+  EXPECT_EQ(native.Provided().cache_folder, native.Provided().user_folder);
   SetEnvironmentVariableW(L"LOCALAPPDATA", nullptr);
   EXPECT_TRUE(native.Provided().user_folder.ends_with("\\KORVEX"));
   SetEnvironmentVariableW(L"LOCALAPPDATA", former.c_str());
