@@ -15,6 +15,7 @@ namespace {
 // Bounds of the page. A small map takes some six bytes a reading; a large one takes these, too, and
 // tooltips.
 constexpr std::size_t kMostPlates = 1000;
+constexpr std::size_t kMostSmallWells = 600000;
 constexpr std::size_t kMostLargeBytes = 12000000;
 constexpr std::size_t kBytesAWell = 60;
 constexpr std::size_t kBytesAReading = 20;
@@ -264,6 +265,18 @@ void AppendLargePlate(const ReportedReadings& reported, const Plate& plate, std:
 }
 
 // How many plates, from the first on, have room among the large maps.
+// How many plates have small maps.
+std::size_t SmallPlates(const std::vector<Plate>& plates) {
+  std::size_t wells = 0;
+  std::size_t count = 0;
+  for (; count < std::min(plates.size(), kMostPlates); ++count) {
+    wells +=
+        static_cast<std::size_t>(plates[count].format->wells) * plates[count].replications.size();
+    if (wells > kMostSmallWells) break;
+  }
+  return count;
+}
+
 std::size_t LargePlates(const std::vector<Plate>& plates) {
   std::size_t bytes = 0;
   std::size_t count = 0;
@@ -312,7 +325,7 @@ void AppendPlates(const ReportedReadings& reported, std::string& page) {
   AppendLayout(reported, plates, page);
   const bool are_few = all.size() <= kFewPlates;
   if (!are_few) {
-    const std::size_t shown = std::min(all.size(), kMostPlates);
+    const std::size_t shown = SmallPlates(all);
     AppendOverview(all, shown, large, page);
     Add(page, "<p class=\"caption\">Each drawing is a plate, its replications side by side.");
     if (shown < all.size()) {
