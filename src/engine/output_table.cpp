@@ -7,7 +7,7 @@
 #include "files/basGeneral.h"
 #include "platform/error.h"
 #include "platform/shown_text.h"
-#include "text/code_page.h"
+#include "text/code_page_1252.h"
 #include "text/text.h"
 #include "workbook/cell_text.h"
 #include "workbook/sheet_rules.h"

@@ -8,7 +8,7 @@
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
-#include "text/code_page.h"
+#include "text/code_page_1252.h"
 #include "text/text.h"
 
 namespace korvex {

@@ -7,7 +7,7 @@
 
 #include "platform/error.h"
 #include "platform/shown_text.h"
-#include "text/code_page.h"
+#include "text/code_page_1252.h"
 
 namespace korvex {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "spreadsheet/bytes/little_endian.h"
 #include "spreadsheet/bytes/unicode.h"
-#include "text/code_page.h"
+#include "text/code_page_1252.h"
 #include "text/utf8.h"
 
 namespace korvex {
