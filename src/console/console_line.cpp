@@ -11,7 +11,8 @@ namespace {
 // A terminal shows "^C" behind the drawn line when Ctrl-C is pressed.
 constexpr std::size_t kEcho = 2;
 
-bool IsControl(char32_t code) {
+// DEL and what a terminal may take for an escape sequence of eight bits, too.
+bool IsC0OrC1Control(char32_t code) {
   return code < 0x20 || (code >= 0x7F && code < 0xA0);
 }
 
@@ -28,7 +29,7 @@ std::string Printable(std::string_view text, bool keep_line_ends) {
     } else if (bytes == "\r" || bytes == "\n" || bytes == "\t") {
       result += ' ';
     } else {
-      result += IsControl(character.code) ? "?" : bytes;
+      result += IsC0OrC1Control(character.code) ? "?" : bytes;
     }
   }
   return result;

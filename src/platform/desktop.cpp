@@ -29,7 +29,7 @@ void CheckMailAddress(const std::string& address, std::size_t longest) {
   if (address.find_first_not_of(' ') == std::string::npos) {
     throw Error(error_number::kInvalidCall, "There is no e-mail address to send to.");
   }
-  if (address.size() > longest || std::ranges::any_of(address, IsControl)) {
+  if (address.size() > longest || std::ranges::any_of(address, IsAsciiControl)) {
     throw Error(error_number::kInvalidCall, "The e-mail address to send to is not one line.");
   }
 }

@@ -6,8 +6,8 @@
 
 namespace korvex {
 
-// An ASCII control character, line ends among them.
-inline bool IsControl(char c) {
+// An ASCII control character, line ends and DEL among them.
+inline bool IsAsciiControl(char c) {
   return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
 }
 

@@ -20,7 +20,7 @@ std::string Quoted(std::string_view text, std::string_view special) {
   constexpr char kDigits[] = "0123456789ABCDEF";
   std::string result = "\"";
   for (const char c : text) {
-    if (IsControl(c) || special.find(c) != std::string_view::npos) {
+    if (IsAsciiControl(c) || special.find(c) != std::string_view::npos) {
       const auto byte = static_cast<unsigned char>(c);
       result += {'%', kDigits[byte >> 4], kDigits[byte & 15]};
     } else {
@@ -31,7 +31,7 @@ std::string Quoted(std::string_view text, std::string_view special) {
 }
 
 bool NeedsQuotes(std::string_view text) {
-  return Trim(text) != text || text.starts_with('"') || std::ranges::any_of(text, IsControl);
+  return Trim(text) != text || text.starts_with('"') || std::ranges::any_of(text, IsAsciiControl);
 }
 
 // "%" is only special within quotation marks, so it is encoded only there.

@@ -12,7 +12,8 @@ namespace {
 constexpr std::size_t kLongestSheetName = 31;  // UTF-16 units
 constexpr std::string_view kNotInSheetNames = "\\/?*[]:";
 
-bool IsControl(char c) {
+// Without DEL, which the spreadsheet application takes in a name.
+bool IsC0Control(char c) {
   return static_cast<unsigned char>(c) < 0x20;
 }
 
@@ -50,7 +51,7 @@ void CheckSheetName(std::string_view name) {
   if (name.find_first_of(kNotInSheetNames) != std::string_view::npos) {
     refuse(R"(the name of a sheet cannot hold any of \ / ? * [ ] :)");
   }
-  if (std::any_of(name.begin(), name.end(), IsControl)) {
+  if (std::any_of(name.begin(), name.end(), IsC0Control)) {
     refuse("the name of a sheet cannot hold control characters.");
   }
   if (name.front() == '\'' || name.back() == '\'') {

@@ -50,7 +50,7 @@ std::vector<std::string> Pieces(std::string_view text, std::size_t size) {
 // The value of an unstructured header: as it stands when that is safe, else as encoded words.
 std::string HeaderText(std::string text) {
   // A line break would begin another header.
-  std::ranges::replace_if(text, IsControl, ' ');
+  std::ranges::replace_if(text, IsAsciiControl, ' ');
   // "=?" begins an encoded word: a text that holds it would be decoded.
   const bool ascii = std::ranges::all_of(text, [](char c) { return c >= ' '; });
   if (ascii && text.size() <= 2 * kMaxWord && text.find("=?") == std::string::npos) return text;
@@ -70,7 +70,7 @@ std::string BodyText(std::string_view text) {
     if (c == '\r') {
       if (i + 1 == text.size() || text[i + 1] != '\n') lines += '\n';
     } else {
-      lines += IsControl(c) && c != '\n' && c != '\t' ? '?' : c;
+      lines += IsAsciiControl(c) && c != '\n' && c != '\t' ? '?' : c;
     }
   }
   std::string result;
