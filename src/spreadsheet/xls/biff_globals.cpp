@@ -8,6 +8,7 @@
 #include "spreadsheet/cells/typed_value.h"
 #include "spreadsheet/xls/biff_records.h"
 #include "spreadsheet/xls/biff_text.h"
+#include "spreadsheet/xls/record_forms.h"
 #include "spreadsheet/xls/record_reader.h"
 #include "text/text.h"
 
@@ -15,7 +16,6 @@ namespace korvex {
 namespace {
 
 constexpr std::size_t kMaxSheets = 65536;  // their numbers have 16 bits
-constexpr int kMostNullRecords = 8;        // writers leave a few zeros between records
 
 class GlobalsReader {
  public:
@@ -80,7 +80,7 @@ BiffGlobals GlobalsReader::Read() {
 void GlobalsReader::CheckRecord(std::uint16_t number, std::size_t length) {
   null_records_ = number == 0 && length == 0 ? null_records_ + 1 : 0;
   if (null_records_ > kMostNullRecords) {
-    RefuseRecord(records_.Offset(), "is one of many that are nothing but zeros");
+    RefuseRecord(records_.Offset(), kTooManyNulls);
   }
   if (length > biff::kMaxRecordData) {
     RefuseRecord(records_.Offset(),

@@ -13,6 +13,11 @@ namespace korvex {
 // Some writers leave a few spare bytes after the data of a record.
 inline constexpr std::size_t kMostSurplus = 8;
 
+// Some leave a few zeros between records, which read as records of number 0 without data. More of
+// them in a row lie where other records were: what is wrong then about the last of them.
+inline constexpr int kMostNullRecords = 8;
+inline constexpr char kTooManyNulls[] = "is one of many that are nothing but zeros";
+
 // Whether the data of a record is longer than its kind allows, spare bytes included. False for
 // kinds of any length, and for unknown ones up to the most that a record can hold.
 bool IsTooLong(std::uint16_t number, std::size_t length);

@@ -35,8 +35,7 @@ double RkNumber(std::uint32_t rk) {
   return (rk & 1) != 0 ? number / 100 : number;
 }
 
-constexpr int kMostNullRecords = 8;  // writers leave a few zeros between records
-constexpr int kMostGap = 32;         // columns between a cell and the next one in its row
+constexpr int kMostGap = 32;  // columns between a cell and the next one in its row
 constexpr int kRecordsAhead = 4;
 constexpr std::size_t kMostInFront = 512;  // bytes of an unknown record in front of all cells
 constexpr std::size_t kFormulaHead = 22;   // in front of the formula itself
@@ -151,12 +150,10 @@ void SheetReader::PassOver(std::uint16_t number, std::span<const std::byte> data
   if (!BelongsBetweenCells(number)) CheckIsNoCell(number, data);
 }
 
-// Some writers leave a few zeros between records. More of them without anything between lie where
-// other records were.
 void SheetReader::PassOverNull() {
   null_records_ = records_.Offset() == nulls_end_ ? null_records_ + 1 : 1;
   nulls_end_ = records_.NextOffset();
-  if (null_records_ > kMostNullRecords) RefuseRecord("is one of many that are nothing but zeros");
+  if (null_records_ > kMostNullRecords) RefuseRecord(kTooManyNulls);
 }
 
 // Looks for cells whose record number is damaged. Such a record is of an unknown kind; or one bit
