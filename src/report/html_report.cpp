@@ -165,6 +165,8 @@ std::string HtmlReport(const RunRecord& record, const ReportOptions& options) {
   }
   std::string page;
   AppendStart(record, page);
+  AppendHeader(record, page);
+  Add(page, "<main>\n");
   AppendSummary(record, options, layout, page);
   AppendContents(has_readings, options, page);
   AppendFindings(record, page);

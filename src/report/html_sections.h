@@ -22,7 +22,9 @@ struct ReportedReadings {
   }
 };
 
-// Title, outcome, counts and settings.
+// Title and outcome.
+void AppendHeader(const RunRecord& record, std::string& page);
+// Counts and settings.
 void AppendSummary(const RunRecord& record, const ReportOptions& options,
                    const std::optional<PlateLayout>& layout, std::string& page);
 // What made the run fail or a check found, then what was noticed.

@@ -263,13 +263,17 @@ void AppendPlaces(const Finding& finding, std::string& page) {
 
 }  // namespace
 
-void AppendSummary(const RunRecord& record, const ReportOptions& options,
-                   const std::optional<PlateLayout>& layout, std::string& page) {
+void AppendHeader(const RunRecord& record, std::string& page) {
   const std::string name = Escaped(LastName(record.processing_folder));
   Add(page, "<header><p class=\"program\">KORVEX ", kProgramVersion,
       " · report of a conversion</p><h1>", name.empty() ? "Report" : name, "</h1>\n");
   AppendVerdict(record, page);
-  Add(page, "</header>\n<main>\n<section class=\"summary\">\n");
+  Add(page, "</header>\n");
+}
+
+void AppendSummary(const RunRecord& record, const ReportOptions& options,
+                   const std::optional<PlateLayout>& layout, std::string& page) {
+  Add(page, "<section class=\"summary\">\n");
   AppendCounts(record, page);
   AppendSettings(record, options, layout, page);
   Add(page, "</section>\n");
