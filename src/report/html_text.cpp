@@ -52,7 +52,7 @@ std::string Escaped(std::string_view text) {
   return out;
 }
 
-std::string Shown(double number) {
+std::string ShownNumber(double number) {
   return InDigits(number, 6);
 }
 

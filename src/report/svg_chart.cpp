@@ -13,7 +13,7 @@ namespace korvex {
 namespace {
 
 std::string Pixel(double value) {
-  return Shown(std::round(value * 10) / 10);
+  return ShownNumber(std::round(value * 10) / 10);
 }
 std::string Pixel(int value) {
   return std::to_string(value);
@@ -52,7 +52,7 @@ void AppendXTicks(const Axis& axis, const Area& area, std::string& page) {
   for (const double tick : axis.Ticks()) {
     const int x = area.X(axis.Place(tick));
     Add(page, "<path class=\"ax\" d=\"M", Pixel(x), " ", Pixel(area.Bottom()), "v4\"/>");
-    AppendText(x, area.Bottom() + 16, "middle", Shown(tick), page);
+    AppendText(x, area.Bottom() + 16, "middle", ShownNumber(tick), page);
   }
 }
 
@@ -61,7 +61,7 @@ void AppendYTicks(const Axis& axis, const Area& area, std::string& page) {
     const int y = area.Y(axis.Place(tick));
     Add(page, "<path class=\"gr\" d=\"M", Pixel(area.left - 4), " ", Pixel(y), "h",
         Pixel(area.width + 4), "\"/>");
-    AppendText(area.left - 7, y + 4, "end", Shown(tick), page);
+    AppendText(area.left - 7, y + 4, "end", ShownNumber(tick), page);
   }
 }
 

@@ -25,7 +25,7 @@ int LargePixels(const PlateFormat& format) {
 
 // Coordinates are whole or halves.
 std::string Coordinate(double value) {
-  return Shown(value);
+  return ShownNumber(value);
 }
 
 int Channel(double linear) {
