@@ -8,6 +8,7 @@
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
+#include "structure/basFuncs_workbooks.h"
 #include "text/text.h"
 #include "workbook/cell_text.h"
 #include "workbook/delimited_writer.h"
@@ -70,14 +71,12 @@ class WorkbookLongForm : public LongFormFile {
  public:
   WorkbookLongForm(const std::string& full_name, const std::string& sheet_name,
                    Application& application)
-      : full_name_(full_name), workbook_(application.AddWorkbook(full_name)) {
-    while (workbook_.WorksheetCount() >= 2) workbook_.Worksheets(1).Delete();
-    sheet_ = &workbook_.Worksheets(1);
-    if (!sheet_name.empty()) sheet_->SetName(sheet_name);
-  }
+      : full_name_(full_name),
+        workbook_(application.AddWorkbook(full_name)),
+        sheet_(KeepOneSheet(workbook_, sheet_name)) {}
 
   void AddCell(CellAddress place, const CellValue& value) override {
-    sheet_->SetValue(place.row, place.column, value);
+    sheet_.SetValue(place.row, place.column, value);
   }
   void EndRow() override {}
   // The application knows its inputs.
@@ -89,7 +88,7 @@ class WorkbookLongForm : public LongFormFile {
  private:
   const std::string full_name_;
   Workbook& workbook_;
-  Worksheet* sheet_;
+  Worksheet& sheet_;
 };
 
 std::unique_ptr<LongFormFile> OpenFile(const std::string& full_name, const std::string& sheet_name,

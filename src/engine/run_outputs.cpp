@@ -7,6 +7,7 @@
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
+#include "structure/basFuncs_workbooks.h"
 
 namespace korvex {
 namespace {
@@ -38,10 +39,7 @@ void RunOutputs::CreateOutputWorkbook(Application& application, const std::strin
                                       const std::string& sheet_name) {
   output_full_name_ = full_name;
   output_workbook_ = &application.AddWorkbook(full_name);
-  while (output_workbook_->WorksheetCount() >= 2) output_workbook_->Worksheets(1).Delete();
-  Worksheet& sheet = output_workbook_->Worksheets(1);
-  if (!sheet_name.empty()) sheet.SetName(sheet_name);
-  table_.emplace(sheet, structure_);
+  table_.emplace(KeepOneSheet(*output_workbook_, sheet_name), structure_);
   table_->WriteHeaders();
 }
 

@@ -47,6 +47,13 @@ int GetHeaderRow(Workbook& workbook) {
   return GetHeaderRow(GetDataSheet(workbook));
 }
 
+Worksheet& KeepOneSheet(Workbook& workbook, const std::string& name) {
+  while (workbook.WorksheetCount() >= 2) workbook.Worksheets(1).Delete();
+  Worksheet& sheet = workbook.Worksheets(1);
+  if (!name.empty()) sheet.SetName(name);
+  return sheet;
+}
+
 void QuitExcel(std::unique_ptr<Application>& application) {
   if (!application) return;
   // Each step is tried by itself: whatever fails in an application that has died, it is released.

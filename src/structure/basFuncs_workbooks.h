@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include "workbook/spreadsheet.h"
 
@@ -22,7 +23,11 @@ int GetLastRow(const Worksheet& sheet);
 int GetHeaderRow(const Worksheet& sheet);
 int GetHeaderRow(Workbook& workbook);
 
-// Closes every workbook without saving, quits the application and releases it. Never fails.
+// Deletes all worksheets but the last, which gets the name; an empty name leaves it its own.
+Worksheet& KeepOneSheet(Workbook& workbook, const std::string& name);
+
+// Ends a spreadsheet application, the embedded one as well as an installed one: closes every
+// workbook without saving, quits the application and releases it. Never fails.
 void QuitExcel(std::unique_ptr<Application>& application);
 
 }  // namespace korvex
