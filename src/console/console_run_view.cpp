@@ -20,21 +20,6 @@ std::string PaddedLeft(const std::string& text, std::size_t width) {
   return std::string(width - std::min(width, text.size()), ' ') + text;
 }
 
-// "Set 1/KIN01-1-1.xls row 12, column Delta OD, key ...: detail".
-std::string PlaceText(const FindingPlace& place) {
-  std::string text = place.file;
-  const auto add = [&](const std::string& what, const char* separator) {
-    if (what.empty()) return;
-    if (!text.empty()) text += separator;
-    text += what;
-  };
-  if (place.row > 0) add("row " + std::to_string(place.row), " ");
-  if (!place.column.empty()) add("column " + place.column, ", ");
-  add(place.key, ", ");
-  add(place.detail, ": ");
-  return text;
-}
-
 // A message of several lines as one.
 std::string OneLine(const std::string& text) {
   std::string line;
@@ -45,10 +30,6 @@ std::string OneLine(const std::string& text) {
     line += trimmed;
   }
   return line;
-}
-
-std::string Counted(std::size_t count, const std::string& what) {
-  return GroupedDigits(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 }  // namespace

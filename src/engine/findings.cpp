@@ -86,6 +86,25 @@ std::string_view NameOf(FindingKind kind) {
   return kWordings[static_cast<std::size_t>(kind)].name;
 }
 
+std::string PlaceText(const FindingPlace& place) {
+  std::string text;
+  const auto add = [&](const char* separator, const char* name, std::string_view value) {
+    if (value.empty()) return;
+    if (!text.empty()) text += separator;
+    text += name;
+    text += value;
+  };
+  // The mark that ends a key would stand before the next mark.
+  std::string_view key = place.key;
+  if (key.ends_with(';')) key.remove_suffix(1);
+  add("", "", place.file);
+  add(", ", "row ", place.row > 0 ? std::to_string(place.row) : "");
+  add(", ", "column ", place.column);
+  add(", ", "key ", key);
+  add(": ", "", place.detail);
+  return text;
+}
+
 bool Findings::IsEmpty() const {
   return std::ranges::all_of(noted_, [](const Noted& noted) { return noted.count == 0; });
 }

@@ -41,6 +41,8 @@ struct FindingPlace {
   std::string column;
   std::string detail;  // what stands there, in a few words
 };
+// "Set 1/KIN01-1-1.xls, row 12, column Delta OD, key well=D07: detail". Empty for no place.
+std::string PlaceText(const FindingPlace& place);
 
 // All places of one kind. `text` is one sentence: what is so, what it means for the output, and
 // what to do.

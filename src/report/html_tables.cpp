@@ -179,25 +179,6 @@ void AppendSettings(const RunRecord& record, const ReportOptions& options,
   Add(page, "</tbody></table></div>\n");
 }
 
-bool IsEmpty(const FindingPlace& place) {
-  return place.file.empty() && place.row == 0 && place.key.empty() && place.column.empty() &&
-         place.detail.empty();
-}
-
-// One line: "file, row 7, key ..., column ...: what stands there".
-std::string PlaceText(const FindingPlace& place) {
-  std::string text;
-  const auto add = [&](const char* name, const std::string& value) {
-    if (!value.empty()) Add(text, text.empty() ? "" : ", ", name, Escaped(value));
-  };
-  add("", place.file);
-  add("row ", place.row > 0 ? std::to_string(place.row) : "");
-  add("column ", place.column);
-  add("key ", place.key);
-  if (!place.detail.empty()) Add(text, text.empty() ? "" : ": ", Escaped(place.detail));
-  return text;
-}
-
 std::string Lines(const std::string& text) {
   std::string lines;
   for (const std::string& line : Split(text, kLineBreak)) {
@@ -218,7 +199,8 @@ void AppendProblems(const RunRecord& record, std::string& page) {
       Add(page, "<p>Cause: ", Lines(WithoutFolders(record.processing_folder, problem.cause)),
           "</p>");
     }
-    if (!IsEmpty(problem.place)) Add(page, "<p>", PlaceText(problem.place), "</p>");
+    const std::string place = PlaceText(problem.place);
+    if (!place.empty()) Add(page, "<p>", Escaped(place), "</p>");
     Add(page, "</div>\n");
   }
   if (is_long) Add(page, "</details>\n");

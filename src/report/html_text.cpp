@@ -65,10 +65,6 @@ std::string ShownPercent(double fraction) {
   return InDigits(percent, percent < 1000 ? 3 : 6) + " %";
 }
 
-std::string Counted(std::size_t count, std::string_view noun) {
-  return GroupedDigits(count) + ' ' + std::string(noun) + (count == 1 ? "" : "s");
-}
-
 std::string LastName(std::string_view path) {
   const char separator = Platform().files->Separator();
   while (path.size() > 1 && path.ends_with(separator)) path.remove_suffix(1);

@@ -28,8 +28,6 @@ inline std::string Shown(double number) {
 std::string ShownFigure(std::optional<double> figure);
 // Of a fraction, with three significant digits: "4.52 %"; six from 1,000 % on.
 std::string ShownPercent(double fraction);
-// "1 key", "1,024 keys".
-std::string Counted(std::size_t count, std::string_view noun);
 
 // The last name of a path; empty for a root.
 std::string LastName(std::string_view path);

@@ -133,4 +133,8 @@ std::string GroupedDigits(std::uint64_t number) {
   return digits;
 }
 
+std::string Counted(std::size_t count, std::string_view noun) {
+  return GroupedDigits(count) + ' ' + std::string(noun) + (count == 1 ? "" : "s");
+}
+
 }  // namespace korvex

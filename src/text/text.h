@@ -36,5 +36,7 @@ std::string Join(const std::vector<std::string>& fields, std::string_view separa
 
 // A count as people read it: "12,288".
 std::string GroupedDigits(std::uint64_t number);
+// "1 key", "1,024 keys".
+std::string Counted(std::size_t count, std::string_view noun);
 
 }  // namespace korvex

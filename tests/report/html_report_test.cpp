@@ -288,7 +288,7 @@ TEST(HtmlReport, TellsProblemsAndFindings) {
   record.output = {"C:\\Users\\ann\\out.xls", 1, "", 1, 1};
   record.problems = {{"An error occurred\r\nwhile processing",
                       "C:\\Users\\ann\\kinases\\Set 1\\P.xls is damaged",
-                      {"Set 1/P.xls", 7, "plate=1;", "OD", ""}}};
+                      {"Set 1/P.xls", 7, "plate=1;", "OD", "\"<5\""}}};
   for (int row = 3; row < 33; ++row) {
     record.findings.Note(FindingKind::kNotANumber, [&] {
       return FindingPlace{"Set 1/P.xls", row, "well=<A>;", "", "OVRFLW"};
@@ -298,7 +298,7 @@ TEST(HtmlReport, TellsProblemsAndFindings) {
       MissingIn(PageOf(record),
                 {"verdict bad\"><strong>Checked.", "One kind of findings",
                  "An error occurred<br>while processing</p><p>Cause: Set 1\\P.xls is damaged</p>"
-                 "<p>Set 1/P.xls, row 7, column OD, key plate=1;</p>",
+                 "<p>Set 1/P.xls, row 7, column OD, key plate=1: &quot;&lt;5&quot;</p>",
                  "<code>not-a-number</code> 30</p>", "The first 20 places",
                  "<th>file</th><th>row</th><th>key</th><th>what stands there</th>",
                  "<td>Set 1/P.xls</td><td>22</td><td>well=&lt;A&gt;;</td><td>OVRFLW</td>",
