@@ -24,7 +24,6 @@ std::vector<std::string> FileNameFields(const std::string& workbook_name) {
 
 // "0,110", "-3,5": sign, digits, one comma, digits, and nothing else.
 std::optional<double> DecimalCommaNumber(std::string_view text) {
-  const auto is_digit = [](char c) { return c >= '0' && c <= '9'; };
   const std::size_t start = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
   const std::size_t comma = text.find(',', start);
   if (comma == std::string_view::npos || comma == start || comma + 1 == text.size()) return {};
@@ -32,8 +31,8 @@ std::optional<double> DecimalCommaNumber(std::string_view text) {
   std::ranges::replace(number, ',', '.');
   const std::string_view digits = text.substr(start);
   const std::size_t end = comma - start;
-  if (!std::ranges::all_of(digits.substr(0, end), is_digit) ||
-      !std::ranges::all_of(digits.substr(end + 1), is_digit)) {
+  if (!std::ranges::all_of(digits.substr(0, end), IsAsciiDigit) ||
+      !std::ranges::all_of(digits.substr(end + 1), IsAsciiDigit)) {
     return {};
   }
   double value = 0;

@@ -1,6 +1,5 @@
 #include "engine/long_form.h"
 
-#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -101,15 +100,10 @@ std::unique_ptr<LongFormFile> OpenFile(const std::string& full_name, const std::
 constexpr std::array<const char*, LongForm::kOwnColumns> kOwnHeaders = {"day", "replication",
                                                                         "value", "file", "row"};
 
-bool Contains(const std::vector<std::string>& names, const std::string& name) {
-  return std::any_of(names.begin(), names.end(),
-                     [&](const std::string& other) { return EqualText(other, name); });
-}
-
 // The name, or the first of "name_2", "name_3" ... that is not among the others.
 std::string NameUnlike(const std::vector<std::string>& others, const std::string& name) {
   std::string unlike = name;
-  for (int number = 2; Contains(others, unlike); ++number) {
+  for (int number = 2; ContainsText(others, unlike); ++number) {
     unlike = name + "_" + std::to_string(number);
   }
   return unlike;
@@ -137,7 +131,7 @@ void LongForm::CheckTarget(const std::string& full_name, const std::vector<std::
 void LongForm::WriteHeaders() {
   columns_ = structure_.KeyColsArray();
   for (const std::string& name : structure_.OutputColsArray()) {
-    if (!Contains(columns_, name)) columns_.push_back(name);
+    if (!ContainsText(columns_, name)) columns_.push_back(name);
   }
   std::vector<std::string> headers;
   for (const std::string& name : columns_) headers.push_back(NameUnlike(headers, HeaderOf(name)));

@@ -12,9 +12,6 @@
 namespace korvex {
 namespace {
 
-constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
-constexpr std::size_t kLongestWell = 8;  // bytes of "=AF0048", and some
-
 // The second byte of a non-breaking blank stands for it: nothing is missed, whatever else it is
 // part of. The inner loop counts in bytes, which the machine does for many of them at once.
 std::size_t Blanks(std::string_view text) {
@@ -23,7 +20,7 @@ std::size_t Blanks(std::string_view text) {
     const std::string_view part = text.substr(0, 255);
     std::uint8_t of_part = 0;
     for (const char c : part) {
-      of_part = static_cast<std::uint8_t>(of_part + ((c == ' ') | (c == kNoBreakSpace[1])));
+      of_part = static_cast<std::uint8_t>(of_part + ((c == ' ') | (c == kNonBreakingBlank[1])));
     }
     count += of_part;
     text.remove_prefix(part.size());
@@ -42,18 +39,17 @@ bool ValuesHoldBlanks(const KeyTable& keys, const std::vector<std::string>& key_
 // Without blanks, in which keys may differ, and with all wells in one form. `out` is replaced.
 void MakeComparable(std::string_view key, std::string& out) {
   out.clear();
-  for (std::size_t i = 0; i < key.size(); ++i) {
-    if (key[i] == ' ') continue;
-    if (key.substr(i, kNoBreakSpace.size()) == kNoBreakSpace) {
-      ++i;
-      continue;
+  for (std::size_t i = 0; i < key.size();) {
+    if (const std::size_t blank = BlankLength(key.substr(i))) {
+      i += blank;
+    } else {
+      out.push_back(key[i++]);
     }
-    out.push_back(key[i]);
   }
   for (std::size_t start = out.find('='); start != std::string::npos;
        start = out.find('=', start + 1)) {
     const std::size_t end = out.find(';', start);
-    if (end == std::string::npos || end - start > kLongestWell) continue;
+    if (end == std::string::npos || end - start > kLongestWellText) continue;
     const auto well = WellFromName(std::string_view(out).substr(start + 1, end - start - 1));
     if (well) out.replace(start + 1, end - start - 1, NameOf(*well));
   }

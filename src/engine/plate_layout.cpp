@@ -20,7 +20,8 @@ constexpr std::size_t kWellPercent = 95;
 // most keys: each plate has one key to a well, but not every plate has every well.
 constexpr std::size_t kPlatesPerKeyOfWell = 4;
 
-bool IsWellPercent(std::size_t part, std::size_t whole) {
+// What is left may be mistakes.
+bool AreNearlyAll(std::size_t part, std::size_t whole) {
   return part * 100 >= whole * kWellPercent;
 }
 
@@ -30,22 +31,6 @@ std::size_t NumberOf(Well well) {
 
 bool Holds(const PlateFormat& format, Well well) {
   return well.row < format.rows && well.column < format.columns;
-}
-
-std::string_view WithoutBlanks(std::string_view text) {
-  constexpr std::string_view kNonBreakingBlank = "\xC2\xA0";
-  const auto is_plain = [](char c) { return c > ' '; };
-  if (!text.empty() && is_plain(text.front()) && is_plain(text.back())) return text;
-  for (;;) {
-    text = TrimBlanks(text, " \t");
-    if (text.starts_with(kNonBreakingBlank)) {
-      text.remove_prefix(kNonBreakingBlank.size());
-    } else if (text.ends_with(kNonBreakingBlank)) {
-      text.remove_suffix(kNonBreakingBlank.size());
-    } else {
-      return text;
-    }
-  }
 }
 
 // Digits alone, none or too many of which are no number.
@@ -71,7 +56,7 @@ class FormatCount {
   }
   const PlateFormat* Smallest() const {
     for (std::size_t i = 0; i < held_.size(); ++i) {
-      if (IsWellPercent(held_[i], whole_)) return &kPlateFormats[i];
+      if (AreNearlyAll(held_[i], whole_)) return &kPlateFormats[i];
     }
     return &kLargest;
   }
@@ -226,7 +211,7 @@ std::vector<WellColumn> LayoutFinder::LikelyWells(Column plate) {
     if (plate == column) continue;
     for (const bool as_numbers : {false, true}) {
       WellColumn wells = Read(column, as_numbers);
-      if (!IsWellPercent(wells.readings, readings_.readings.size())) continue;
+      if (!AreNearlyAll(wells.readings, readings_.readings.size())) continue;
       if (as_numbers && 2 * wells.wells < wells.format->wells) continue;
       found.push_back(std::move(wells));
     }
@@ -380,7 +365,7 @@ PlateLayout LayoutFinder::Lay(const WellColumn& wells, Column plate) const {
 
 std::optional<Well> WellFromName(std::string_view text) {
   constexpr int kLetters = 26;
-  text = WithoutBlanks(text);
+  text = TrimAllBlanks(text);
   const std::size_t letters = static_cast<std::size_t>(
       std::ranges::find_if_not(
           text, [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }) -
@@ -397,7 +382,7 @@ std::optional<Well> WellFromName(std::string_view text) {
 }
 
 std::optional<Well> WellFromNumber(std::string_view text, const PlateFormat& format) {
-  const std::optional<int> number = NumberFrom(WithoutBlanks(text), 4);
+  const std::optional<int> number = NumberFrom(TrimAllBlanks(text), 4);
   if (!number || *number == 0 || *number > format.wells) return std::nullopt;
   return Well{(*number - 1) / format.columns, (*number - 1) % format.columns};
 }

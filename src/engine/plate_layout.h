@@ -32,6 +32,8 @@ inline constexpr PlateFormat kPlateFormats[] = {{96, 8, 12}, {384, 16, 24}, {153
 // do not count, non-breaking ones neither. None for anything else, and for what lies outside the
 // largest plate.
 std::optional<Well> WellFromName(std::string_view text);
+// In bytes: the longest text that is looked at as a well's name, with blanks around it.
+inline constexpr std::size_t kLongestWellText = 12;
 // "1" to "1536": wells counted row by row on a plate of that format. None outside of it.
 std::optional<Well> WellFromNumber(std::string_view text, const PlateFormat& format);
 // "A01", "AF48".

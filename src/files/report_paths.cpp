@@ -24,7 +24,7 @@ std::string RootOf(const std::string& path) {
 }
 
 bool IsHomes(const std::string& name) {
-  return std::ranges::any_of(kHomes, [&](std::string_view home) { return EqualText(name, home); });
+  return ContainsText(kHomes, name);
 }
 
 bool IsPathStart(std::string_view text, std::size_t at) {

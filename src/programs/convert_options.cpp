@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
+#include <span>
 #include <string_view>
 
 #include "platform/services.h"
@@ -21,8 +22,8 @@ std::string CheckColumnNames(const std::vector<std::string>& names) {
       return "a column name cannot hold \"" + std::string(basSettings::kListSeparator) +
              "\": " + names[i];
     }
-    for (std::size_t j = 0; j < i; ++j) {
-      if (EqualText(names[i], names[j])) return "the column is given twice: " + names[i];
+    if (ContainsText(std::span(names).first(i), names[i])) {
+      return "the column is given twice: " + names[i];
     }
   }
   return {};

@@ -229,9 +229,7 @@ void AppendChosen(const RunReadings& readings, const ReportOptions& options,
   for (const auto* choices : {&options.low, &options.high}) {
     for (const ControlChoice& choice : *choices) {
       const bool is_known = choice.column.empty() ||
-                            std::ranges::any_of(readings.columns, [&](const KeyedColumn& column) {
-                              return EqualText(choice.column, column.name);
-                            });
+                            ContainsText(readings.columns, choice.column, &KeyedColumn::name);
       if (!is_known) {
         Add(page, " There is no key or output column <b>", Escaped(choice.column), "</b>.");
       }

@@ -94,6 +94,21 @@ std::string_view TrimBlanks(std::string_view text, std::string_view blanks) {
   return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
+std::string_view TrimAllBlanks(std::string_view text) {
+  const auto is_plain = [](char c) { return c > ' '; };
+  if (!text.empty() && is_plain(text.front()) && is_plain(text.back())) return text;
+  for (;;) {
+    text = TrimBlanks(text, " \t");
+    if (text.starts_with(kNonBreakingBlank)) {
+      text.remove_prefix(kNonBreakingBlank.size());
+    } else if (text.ends_with(kNonBreakingBlank)) {
+      text.remove_suffix(kNonBreakingBlank.size());
+    } else {
+      return text;
+    }
+  }
+}
+
 std::string clsStrings::TrimJunk(std::string_view string) const {
   while (!string.empty() && IsJunk(string.front())) string.remove_prefix(1);
   while (!string.empty() && IsJunk(string.back())) string.remove_suffix(1);

@@ -2,7 +2,10 @@
 // stand for themselves.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,6 +22,17 @@ void AppendUpperCase(std::string_view text, std::string& out);
 // Comparison that ignores letter case: compares the upper-cased texts byte by byte.
 bool EqualText(std::string_view a, std::string_view b);
 int CompareText(std::string_view a, std::string_view b);
+// Whether one of the texts is equal to `text`. `projection` makes a text of an element, as
+// `&KeyedColumn::name` does.
+template <class Texts, class Projection = std::identity>
+bool ContainsText(const Texts& texts, std::string_view text, Projection projection = {}) {
+  return std::ranges::any_of(
+      texts, [&](std::string_view each) { return EqualText(each, text); }, projection);
+}
+
+constexpr bool IsAsciiDigit(char c) {
+  return c >= '0' && c <= '9';
+}
 
 class clsStrings {
  public:
@@ -28,6 +42,16 @@ class clsStrings {
 
 // Takes blanks (U+0020 alone, unless others are named) off both ends.
 std::string_view TrimBlanks(std::string_view text, std::string_view blanks = " ");
+
+// U+00A0, which people cannot tell from a blank.
+inline constexpr std::string_view kNonBreakingBlank = "\xC2\xA0";
+// In bytes, of the plain or non-breaking blank at the beginning of the text; 0 for none.
+constexpr std::size_t BlankLength(std::string_view text) {
+  if (text.starts_with(' ')) return 1;
+  return text.starts_with(kNonBreakingBlank) ? kNonBreakingBlank.size() : 0;
+}
+// Takes blanks, non-breaking ones and tabs off both ends.
+std::string_view TrimAllBlanks(std::string_view text);
 
 // Splits at every occurrence of a separator, whose letter case is ignored when it has any. An empty
 // text splits into no fields at all.

@@ -224,10 +224,6 @@ void AppendExactNumber(double number, std::string& out) {
   out.append(std::string_view(buffer.data(), end));
 }
 
-constexpr bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 void DropBlanks(std::string_view& text) {
   text = TrimBlanks(text, " \t\n\v\f\r");
 }
@@ -262,7 +258,7 @@ std::optional<double> ParseGrouped(std::string_view text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] != ',') {
       plain.push_back(text[i]);
-    } else if (i == 0 || !IsDigit(text[i - 1]) ||
+    } else if (i == 0 || !IsAsciiDigit(text[i - 1]) ||
                plain.find_first_not_of("0123456789") != plain.npos) {
       return std::nullopt;
     }
@@ -359,7 +355,7 @@ std::optional<double> ParseNumber(std::string_view text) {
     DropBlanks(text);
   }
   bool has_currency = false;
-  while (!text.empty() && !IsDigit(text.front()) && text.front() != '.') {
+  while (!text.empty() && !IsAsciiDigit(text.front()) && text.front() != '.') {
     const char c = text.front();
     const bool is_sign = c == '-' || c == '+';
     if (is_sign ? has_sign : c != '$' || has_currency) return std::nullopt;
@@ -396,7 +392,8 @@ std::int16_t ToInt16(std::string_view text) {
 }
 
 CellValue CellFromText(std::string_view text) {
-  if (text.empty() || !(IsDigit(text.front()) || text.front() == '-')) return CellValue::Text(text);
+  if (text.empty() || !(IsAsciiDigit(text.front()) || text.front() == '-'))
+    return CellValue::Text(text);
   // The longest plain form: sign, "0.", and 15 digits.
   if (text.size() > kSignificantDigits + 3 || text.find_first_not_of("-.0123456789") != text.npos)
     return CellValue::Text(text);

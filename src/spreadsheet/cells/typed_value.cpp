@@ -35,7 +35,7 @@ int TakeDigits(std::string_view& text, std::size_t digits) {
   if (text.size() < digits) return -1;
   int number = 0;
   for (std::size_t i = 0; i < digits; ++i) {
-    if (text[i] < '0' || text[i] > '9') return -1;
+    if (!IsAsciiDigit(text[i])) return -1;
     number = 10 * number + (text[i] - '0');
   }
   text.remove_prefix(digits);
