@@ -38,7 +38,8 @@ std::string StandardErrorText(int number);
 
 // Carries number, source and description up to the procedure that traps it. The source names the
 // unit that raised the error; raised without one, it is the program's title. A description is one
-// line: control characters of the names in it are escaped (`Shown`).
+// line: control characters of the names in it are escaped (`Shown`). `WithHeading` alone makes
+// lines of it.
 class Error : public std::exception {
  public:
   // With the standard text of the number.

@@ -51,7 +51,8 @@ void SetSendEmailOnError(bool send);
 std::string ErrorEmailAddress();
 void SetErrorEmailAddress(const std::string& address);
 
-// What is processed: the sub-folders of a folder for this one text, selected files for any other.
+// Whether a run takes the sub-folders of a folder (the first text) or the files that the user
+// selected (any other text). The procedures keep their name of long standing.
 inline constexpr char kProcessSubFolders[] = "Process Sub-Folders of this folder:";
 inline constexpr char kProcessSelectedFiles[] = "Process the selected files.";
 std::string EverySheetRepresents();

@@ -26,11 +26,12 @@ inline constexpr std::int16_t kPseudoColumn = -1;
 // of a workbook. Column names ignore letter case. Column numbers and positions are one-based.
 class clsStructure {
  public:
-  // Reads the available columns of a sample workbook: the first file of the first sub-folder of
-  // `path`, or the first of `files` when single files are processed. Without an `application` it
-  // starts one for the sample and quits it again. Never fails: it tells the user what is wrong with
-  // the sample, and keeps what it could read. A run passes the `folders` that it has listed, so
-  // that the sample is one of the files that it reads.
+  // Checks the user's choice of columns against a sample workbook: forgets what was read before,
+  // and reads the available columns of the first file of the first sub-folder of `path`, or of the
+  // first of `files` when single files are processed. Without an `application` it starts one for
+  // the sample and quits it again. Never fails: it tells the user what is wrong with the sample,
+  // and keeps what it could read. A run passes the `folders` that it has listed, so that the sample
+  // is one of the files that it reads.
   void Constructor(const std::string& path, const std::vector<std::string>& files,
                    Application* application, ListedFolders* folders = nullptr);
 

@@ -1,5 +1,6 @@
-// The Windows headers, the same way in every file that needs them. For the sources of this folder
-// and their tests alone: what these headers define as macros reaches everything after them.
+// The Windows headers, the same way in every file that needs them. For this folder,
+// src/automation and their tests alone: what these headers define as macros reaches everything
+// after them.
 #pragma once
 
 #ifndef _WIN32_WINNT

@@ -28,7 +28,7 @@ struct XlsxGlobals {
 // strict and in the transitional form of the format.
 XlsxGlobals ReadXlsxGlobals(const ZipArchive& archive, ReadBudget& budget);
 
-// For each cell format, by its index: 1 if it shows a date, else 0. Empty when `part` is "".
+// What each cell format, by its index, shows of a date. Empty when `part` is "".
 std::vector<DateForm> ReadXlsxDateForms(const ZipArchive& archive, const std::string& part,
                                         ReadBudget& budget);
 
