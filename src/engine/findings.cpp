@@ -28,8 +28,7 @@ constexpr std::array<Wording, kFindingKinds> kWordings = {{
     {"unread-rows", "One row below a row with a blank first cell was not read",
      "# rows below rows with a blank first cell were not read",
      "their wells are missing in the output. Fill the first column of every row, or delete the "
-     "rows "
-     "that do not belong to the data"},
+     "rows that do not belong to the data"},
     {"repeated-header", "The header row stands more than once in one file",
      "The header row stands more than once in # files",
      "only the rows below the last one were read. Delete the repeated header rows"},
@@ -57,8 +56,7 @@ constexpr std::array<Wording, kFindingKinds> kWordings = {{
     {"number-as-text", "One measured value is a number written as text",
      "# measured values are numbers written as text",
      "they stay texts in the output, which calculations pass over. Store numbers in the file; "
-     "where "
-     "a decimal comma is the only reason, --decimal-comma reads them as numbers"},
+     "where a decimal comma is the only reason, --decimal-comma reads them as numbers"},
     {"skipped-folder", "One folder inside a sub-folder was not read",
      "# folders inside sub-folders were not read",
      "only files that lie directly in a sub-folder are. Move its files up, or make it a sub-folder "
@@ -66,8 +64,7 @@ constexpr std::array<Wording, kFindingKinds> kWordings = {{
     {"rounded-number", "One field of a file name counts as a whole number that it is not",
      "# fields of file names count as whole numbers that they are not",
      "the readings may stand with those of another replication or day. Write whole numbers into "
-     "the "
-     "file names"},
+     "the file names"},
     {"key-outside-plate", "One key names a well that its plate does not have",
      "# keys name wells that their plates do not have",
      "they cannot be placed on a plate. Correct the well in the file"},

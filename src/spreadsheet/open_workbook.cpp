@@ -20,7 +20,7 @@ void CheckType(const ZipArchive& archive, const ReadBuffers& buffers) {
   ReadBudget budget(buffers.file.size());
   ZipPartReader part(archive, "mimetype", budget);
   const std::string_view read(type, part.Read(type));
-  const std::string_view kFamily = "application/vnd.oasis.opendocument.";
+  constexpr std::string_view kFamily = "application/vnd.oasis.opendocument.";
   if (read.starts_with("application/vnd.sun.xml.calc")) {
     RefuseAs("a spreadsheet of OpenOffice.org 1 (.sxc)");
   }
