@@ -197,6 +197,7 @@ void clsKorvex::ProcessSubFolders() {
   record_.input_count = names.size();
   if (table != nullptr) Step([&] { table->CheckReplicationsAhead(names); });
   outputs_.BeginLongForm(*application_, SheetName(), paths);
+  application_->Expect(paths, kDataSheetName);
   for (const std::string& sub_folder : sub_folders) {
     ++current_folder_;
     place_ = {};
@@ -238,6 +239,7 @@ void clsKorvex::ProcessSelectedFiles() {
   record_.input_count = names.size();
   if (table != nullptr) Step([&] { table->CheckReplicationsAhead(names); });
   outputs_.BeginLongForm(*application_, SheetName(), files_);
+  application_->Expect(files_, kDataSheetName);
   Step([&] { ProcessFiles(files_); });
 }
 

@@ -14,6 +14,8 @@
 namespace korvex {
 namespace {
 
+constexpr int kMostJobs = 256;
+
 // A list of columns is stored as one text and looked up without regard to letter case.
 std::string CheckColumnNames(const std::vector<std::string>& names) {
   for (std::size_t i = 0; i < names.size(); ++i) {
@@ -97,6 +99,9 @@ void Describe(CLI::App& app, ConvertOptions& options) {
       ->type_name("[COLUMN=]TEXT");
   app.add_flag("--decimal-comma", options.decimal_comma,
                "Texts of the data column like 0,110 are numbers");
+  app.add_option("--jobs", options.jobs, "Threads that read ahead (default: the cores)")
+      ->type_name("N")
+      ->check(CLI::Range(1, kMostJobs));
   app.add_flag("--no-replace", options.no_replace, "Ask before replacing an output file");
   app.add_flag("--open", options.open, "Open the output workbook at the end");
   app.add_option("--settings", options.settings_file,

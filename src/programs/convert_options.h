@@ -20,6 +20,7 @@ struct ConvertOptions {
   std::optional<std::string> well;
   std::vector<std::string> low;  // as given: TEXT or COLUMN=TEXT
   std::vector<std::string> high;
+  std::optional<int> jobs;
   std::optional<std::string> settings_file;
   std::optional<std::string> spreadsheet;  // kEmbedded or kInstalled
   bool check = false;

@@ -246,7 +246,7 @@ int Main(const ConvertOptions& options) {
   Services services = native.Provided();
   const FileSystem& files = *services.files;
   OverlaySettingsStore settings(*services.settings);
-  SpreadsheetChoice spreadsheets(*services.files);
+  SpreadsheetChoice spreadsheets(*services.files, options.jobs);
   ConsoleDialogs dialogs(*terminal, line);
   ConsoleMessageLoop message_loop(*terminal, [&] { run.Stop(); });
   CommandLine command_line;

@@ -1,5 +1,8 @@
 #include "programs/spreadsheet_choice.h"
 
+#include <algorithm>
+#include <thread>
+
 #ifdef _WIN32
 #include "automation/installed_spreadsheet.h"
 #endif
@@ -7,9 +10,18 @@
 #include "spreadsheet/embedded_application.h"
 
 namespace korvex {
+namespace {
 
-SpreadsheetChoice::SpreadsheetChoice(FileSystem& files)
-    : embedded_(std::make_unique<EmbeddedSpreadsheet>(files)) {
+// More threads than that do not make one conversion quicker: the engine is one thread.
+constexpr unsigned kMostCores = 8;
+
+}  // namespace
+
+SpreadsheetChoice::SpreadsheetChoice(FileSystem& files, std::optional<int> jobs) {
+  // 0 where nobody knows how many cores there are.
+  const auto cores =
+      static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, kMostCores));
+  embedded_ = std::make_unique<EmbeddedSpreadsheet>(files, jobs.value_or(cores));
 #ifdef _WIN32
   if (InstalledSpreadsheet::IsInstalled()) {
     installed_ = std::make_unique<InstalledSpreadsheet>(files);

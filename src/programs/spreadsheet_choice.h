@@ -17,7 +17,8 @@ inline constexpr char kInstalled[] = "installed";
 // Owns the applications. `files` must outlive it.
 class SpreadsheetChoice {
  public:
-  explicit SpreadsheetChoice(FileSystem& files);
+  // The embedded application reads ahead on `jobs` threads, on one for each core without a number.
+  explicit SpreadsheetChoice(FileSystem& files, std::optional<int> jobs = std::nullopt);
   ~SpreadsheetChoice();
 
   // The one of that name; without a name the installed one, where there is one. Error 429 when the

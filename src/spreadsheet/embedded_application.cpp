@@ -11,7 +11,10 @@
 
 namespace korvex {
 
-EmbeddedApplication::EmbeddedApplication(FileSystem& files) : files_(files) {}
+EmbeddedApplication::EmbeddedApplication(FileSystem& files, int jobs)
+    : files_(files),
+      buffers_(static_cast<std::size_t>(std::max(jobs, 1))),
+      read_ahead_(std::make_unique<ReadAhead>(files, buffers_, jobs)) {}
 
 EmbeddedApplication::~EmbeddedApplication() = default;
 
@@ -29,15 +32,26 @@ Workbook& EmbeddedApplication::AddWorkbook(const std::string& full_name) {
 
 Workbook& EmbeddedApplication::OpenWorkbook(const std::string& full_name, const OpenOptions&) {
   CheckRunning();
+  std::unique_ptr<InputWorkbook> workbook;
   try {
-    workbooks_.push_back(std::make_unique<InputWorkbook>(
-        files_, full_name, buffers_, [this](const Workbook& closing) { Drop(closing); }));
+    workbook = read_ahead_->Take(full_name);
+    if (workbook == nullptr) {
+      workbook = std::make_unique<InputWorkbook>(files_, full_name, buffers_);
+    }
   } catch (const Error& error) {
     // The object model knows one number for all that an application refuses.
     throw Error(error_number::kAutomation, error.Description());
   }
+  workbook->OnClose([this](const Workbook& closing) { Drop(closing); });
   inputs_.push_back(full_name);
+  workbooks_.push_back(std::move(workbook));
   return *workbooks_.back();
+}
+
+void EmbeddedApplication::Expect(const std::vector<std::string>& full_names,
+                                 const std::string& sheet) {
+  CheckRunning();
+  read_ahead_->Expect(full_names, sheet);
 }
 
 int EmbeddedApplication::WorkbookCount() const {
@@ -57,6 +71,7 @@ Workbook& EmbeddedApplication::Workbooks(int index) {
 
 // Workbooks that were not saved are dropped without a question.
 void EmbeddedApplication::Quit() {
+  read_ahead_.reset();
   workbooks_.clear();
   has_quit_ = true;
 }
@@ -71,7 +86,7 @@ void EmbeddedApplication::Drop(const Workbook& closing) {
 }
 
 std::unique_ptr<Application> EmbeddedSpreadsheet::CreateApplication() {
-  return std::make_unique<EmbeddedApplication>(files_);
+  return std::make_unique<EmbeddedApplication>(files_, jobs_);
 }
 
 // The format is chosen by the ending of the name; other endings are refused.

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/error.h"
 #include "platform/file_system.h"
 #include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/cells/cell_place.h"
@@ -19,15 +20,21 @@ constexpr std::size_t kMostKeptMemory = 16u << 20;
 }  // namespace
 
 std::unique_ptr<ReadBuffers> ReadBufferPool::Take() {
-  if (spare_ != nullptr) return std::move(spare_);
-  return std::make_unique<ReadBuffers>();
+  const std::lock_guard lock(mutex_);
+  if (spare_.empty()) return std::make_unique<ReadBuffers>();
+  std::unique_ptr<ReadBuffers> buffers = std::move(spare_.back());
+  spare_.pop_back();
+  return buffers;
 }
 
 void ReadBufferPool::GiveBack(std::unique_ptr<ReadBuffers> buffers) {
   const std::size_t memory =
       buffers->file.capacity() + buffers->strings.MemorySize() + buffers->cells.MemorySize();
   const std::size_t of_format = buffers->format ? buffers->format->MemorySize() : 0;
-  if (memory + of_format <= kMostKeptMemory) spare_ = std::move(buffers);
+  const std::lock_guard lock(mutex_);
+  if (memory + of_format <= kMostKeptMemory && spare_.size() < most_spare_) {
+    spare_.push_back(std::move(buffers));
+  }
 }
 
 class InputWorkbook::Sheet : public Worksheet {
@@ -113,11 +120,10 @@ void InputWorkbook::Sheet::RefusePlace(int row, int column) const {
 }
 
 InputWorkbook::InputWorkbook(const FileSystem& files, const std::string& full_name,
-                             ReadBufferPool& pool, std::function<void(const Workbook&)> on_close)
+                             ReadBufferPool& pool)
     : full_name_(full_name),
       name_start_(full_name.rfind(files.Separator()) + 1),
       pool_(pool),
-      on_close_(std::move(on_close)),
       buffers_(pool.Take()) {
   reader_ = NamingFile(full_name, [&] {
     ReadWorkbookFile(files, full_name, buffers_->file);
@@ -137,6 +143,10 @@ InputWorkbook::~InputWorkbook() {
   worksheets_.clear();
   reader_.reset();
   pool_.GiveBack(std::move(buffers_));
+}
+
+void InputWorkbook::Prepare(const std::string& sheet) {
+  Attempt([&] { Worksheets(sheet).LastCell(); });
 }
 
 std::string InputWorkbook::Name() const {

@@ -1,9 +1,12 @@
 // A workbook that is open for reading only.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "spreadsheet/cells/workbook_reader.h"
@@ -13,15 +16,21 @@ namespace korvex {
 
 class FileSystem;
 
-// Keeps the memory of a closed workbook for the next one, unless it is unusually much.
+// Keeps the memory of closed workbooks for the next ones, unless it is unusually much. May be used
+// from several threads.
 class ReadBufferPool {
  public:
+  // Keeps the memory of at most so many workbooks.
+  explicit ReadBufferPool(std::size_t most_spare = 1) : most_spare_(most_spare) {}
+
   // New buffers while the kept ones are in use.
   std::unique_ptr<ReadBuffers> Take();
   void GiveBack(std::unique_ptr<ReadBuffers> buffers);
 
  private:
-  std::unique_ptr<ReadBuffers> spare_;
+  const std::size_t most_spare_;
+  std::mutex mutex_;
+  std::vector<std::unique_ptr<ReadBuffers>> spare_;
 };
 
 // The cells of a sheet are read when they are first asked for. Every change and SaveAs is error
@@ -30,12 +39,17 @@ class ReadBufferPool {
 class InputWorkbook : public Workbook {
  public:
   // Opens `full_name`. The pool must outlive the workbook; the file system is needed only during
-  // this call. Close() calls `on_close`, which may destroy the workbook. Errors: those of the file
+  // this call. Errors: those of the file
   // system; 1004 with path and cause for a file that is no workbook, damaged or protected; 7 for
   // one that needs more memory than there is.
-  InputWorkbook(const FileSystem& files, const std::string& full_name, ReadBufferPool& pool,
-                std::function<void(const Workbook&)> on_close);
+  InputWorkbook(const FileSystem& files, const std::string& full_name, ReadBufferPool& pool);
   ~InputWorkbook() override;
+
+  // Close() calls it; it may destroy the workbook.
+  void OnClose(std::function<void(const Workbook&)> on_close) { on_close_ = std::move(on_close); }
+  // Reads the cells of a worksheet before somebody asks for them. What fails is raised when they
+  // are asked for.
+  void Prepare(const std::string& sheet);
 
   std::string Name() const override;
   std::string Path() const override;

@@ -7,10 +7,6 @@
 #include "workbook/cell_text.h"
 
 namespace korvex {
-namespace {
-constexpr char kDataSheetName[] = "data";
-}
-
 Worksheet& GetDataSheet(Workbook& workbook) {
   return workbook.Worksheets(kDataSheetName);
 }

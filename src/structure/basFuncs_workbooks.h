@@ -8,6 +8,9 @@
 
 namespace korvex {
 
+// The name of the worksheet that holds the readings.
+inline constexpr char kDataSheetName[] = "data";
+
 // The worksheet "data"; error 9 when there is none.
 Worksheet& GetDataSheet(Workbook& workbook);
 

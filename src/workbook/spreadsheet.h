@@ -10,6 +10,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "workbook/cell.h"
 
@@ -85,6 +86,12 @@ class Application {
   // of the name cannot hold. A name that no workbook can be saved under is refused.
   virtual Workbook& AddWorkbook(const std::string& full_name) = 0;
   virtual Workbook& OpenWorkbook(const std::string& full_name, const OpenOptions& options) = 0;
+  // A hint: these workbooks will be opened next, in this order, and of each the worksheet of that
+  // name will be read. An application may do nothing with it.
+  virtual void Expect(const std::vector<std::string>& full_names, const std::string& sheet) {
+    static_cast<void>(full_names);
+    static_cast<void>(sheet);
+  }
   virtual int WorkbookCount() const = 0;
   virtual Workbook& Workbooks(int index) = 0;
   virtual void Quit() = 0;

@@ -34,7 +34,7 @@ class InputWorkbookTest : public ::testing::Test {
   }
 
   std::unique_ptr<InputWorkbook> Open(const std::string& file = kFile) {
-    return std::make_unique<InputWorkbook>(files_, file, pool_, nullptr);
+    return std::make_unique<InputWorkbook>(files_, file, pool_);
   }
 
   MemoryFileSystem files_{PathStyle::kLinux};
