@@ -14,11 +14,21 @@ namespace korvex {
 
 class FileSystem;
 
+// What applications hand on: memory, and the workbook that one has opened and closed alone. A run
+// opens a sample first, whose cells serve again when its file comes in turn with the same bytes.
+struct HandedOn {
+  explicit HandedOn(int jobs) : buffers(static_cast<std::size_t>(jobs)) {}
+
+  ReadBufferPool buffers;  // outlives the sample
+  std::unique_ptr<InputWorkbook> sample;
+};
+
 class EmbeddedApplication : public Application {
  public:
   // `files` must outlive the application. Workbooks that are expected are read on `jobs` threads,
   // that of the caller among them.
-  explicit EmbeddedApplication(FileSystem& files, int jobs = 1);
+  explicit EmbeddedApplication(FileSystem& files, int jobs = 1,
+                               std::shared_ptr<HandedOn> handed_on = nullptr);
   ~EmbeddedApplication() override;
 
   // There is no window to show or redraw, and nothing to confirm.
@@ -39,11 +49,13 @@ class EmbeddedApplication : public Application {
 
  private:
   void CheckRunning() const;
+  std::unique_ptr<InputWorkbook> Read(const std::string& full_name);
   void Drop(const Workbook& closing);
 
   FileSystem& files_;
-  // The workbooks use both, so that these outlive them.
-  ReadBufferPool buffers_;
+  const bool hands_on_;
+  // The workbooks use these, so that they outlive them.
+  std::shared_ptr<HandedOn> handed_on_;
   std::unique_ptr<ReadAhead> read_ahead_;
   std::vector<std::string> inputs_;  // full names of all files opened so far
   std::vector<std::unique_ptr<Workbook>> workbooks_;
@@ -54,14 +66,16 @@ class EmbeddedApplication : public Application {
 class EmbeddedSpreadsheet : public SpreadsheetProgram {
  public:
   // `files` must outlive the applications.
-  explicit EmbeddedSpreadsheet(FileSystem& files, int jobs = 1) : files_(files), jobs_(jobs) {}
+  explicit EmbeddedSpreadsheet(FileSystem& files, int jobs = 1)
+      : files_(files), jobs_(jobs), handed_on_(std::make_shared<HandedOn>(jobs)) {}
 
   std::unique_ptr<Application> CreateApplication() override;
   void CheckOutputName(const std::string& full_name) const override;
 
  private:
   FileSystem& files_;
-  int jobs_;
+  const int jobs_;
+  const std::shared_ptr<HandedOn> handed_on_;
 };
 
 }  // namespace korvex

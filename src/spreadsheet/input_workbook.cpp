@@ -17,6 +17,11 @@ namespace {
 // Memory of one unusually large workbook is not kept: all the others need far less.
 constexpr std::size_t kMostKeptMemory = 16u << 20;
 
+std::size_t MemoryOf(const ReadBuffers& buffers) {
+  return buffers.file.capacity() + buffers.strings.MemorySize() + buffers.cells.MemorySize() +
+         (buffers.format ? buffers.format->MemorySize() : 0);
+}
+
 }  // namespace
 
 std::unique_ptr<ReadBuffers> ReadBufferPool::Take() {
@@ -28,11 +33,8 @@ std::unique_ptr<ReadBuffers> ReadBufferPool::Take() {
 }
 
 void ReadBufferPool::GiveBack(std::unique_ptr<ReadBuffers> buffers) {
-  const std::size_t memory =
-      buffers->file.capacity() + buffers->strings.MemorySize() + buffers->cells.MemorySize();
-  const std::size_t of_format = buffers->format ? buffers->format->MemorySize() : 0;
   const std::lock_guard lock(mutex_);
-  if (memory + of_format <= kMostKeptMemory && spare_.size() < most_spare_) {
+  if (MemoryOf(*buffers) <= kMostKeptMemory && spare_.size() < most_spare_) {
     spare_.push_back(std::move(buffers));
   }
 }
@@ -147,6 +149,15 @@ InputWorkbook::~InputWorkbook() {
 
 void InputWorkbook::Prepare(const std::string& sheet) {
   Attempt([&] { Worksheets(sheet).LastCell(); });
+}
+
+bool InputWorkbook::IsStill(const FileSystem& files) const {
+  std::vector<std::byte> content;
+  return Attempt([&] { files.ReadFile(full_name_, content); }) && content == buffers_->file;
+}
+
+bool InputWorkbook::IsSmall() const {
+  return MemoryOf(*buffers_) <= kMostKeptMemory;
 }
 
 std::string InputWorkbook::Name() const {

@@ -50,6 +50,11 @@ class InputWorkbook : public Workbook {
   // Reads the cells of a worksheet before somebody asks for them. What fails is raised when they
   // are asked for.
   void Prepare(const std::string& sheet);
+  const std::string& FullName() const { return full_name_; }
+  // Whether the file has the same bytes as when it was opened.
+  bool IsStill(const FileSystem& files) const;
+  // Whether it takes no more memory than is kept for the next workbook.
+  bool IsSmall() const;
 
   std::string Name() const override;
   std::string Path() const override;
