@@ -1,5 +1,8 @@
 #include "engine/key_table.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace korvex {
 
 void KeyTable::BeginSheet(std::uint32_t input, std::int16_t replication, int batch, int first_row) {
@@ -17,33 +20,41 @@ KeyTable::Found KeyTable::Add(std::string_view key) {
   return found;
 }
 
-std::optional<KeyTable::Place> KeyTable::FindIn(std::size_t sheet, std::uint32_t key,
-                                                bool with_missing) const {
-  std::optional<Place> place;
-  ForEachReading(sheet, [&](std::uint32_t found, bool is_missing, int row) {
-    if (found == key && !place && (with_missing || !is_missing)) {
-      place = {sheets_[sheet].input, row};
-    }
-  });
-  return place;
+void KeyTable::ChainReadings() const {
+  first_of_key_.resize(Count(), kNone);
+  last_of_key_.resize(Count(), kNone);
+  next_.resize(readings_.size(), kNone);
+  for (; chained_ < readings_.size(); ++chained_) {
+    if (readings_[chained_] == kNone) continue;
+    const std::uint32_t key = readings_[chained_] & ~kMissing;
+    const auto reading = static_cast<std::uint32_t>(chained_);
+    (first_of_key_[key] == kNone ? first_of_key_[key] : next_[last_of_key_[key]]) = reading;
+    last_of_key_[key] = reading;
+  }
+}
+
+std::optional<KeyTable::Place> KeyTable::FindFirst(
+    std::uint32_t key, bool with_missing, const std::function<bool(const Sheet&)>& is_meant) const {
+  ChainReadings();
+  for (std::uint32_t reading = first_of_key_[key]; reading != kNone; reading = next_[reading]) {
+    if (!with_missing && (readings_[reading] & kMissing) != 0) continue;
+    const auto behind =
+        std::ranges::upper_bound(sheets_, std::size_t{reading}, {}, &Sheet::first_reading);
+    const Sheet& sheet = *std::prev(behind);
+    if (is_meant && !is_meant(sheet)) continue;
+    return Place{sheet.input, sheet.first_row + static_cast<int>(reading - sheet.first_reading)};
+  }
+  return std::nullopt;
 }
 
 std::optional<KeyTable::Place> KeyTable::Find(
     std::uint32_t key, const std::function<bool(const Sheet&)>& is_meant) const {
-  for (std::size_t sheet = 0; sheet < sheets_.size(); ++sheet) {
-    if (!is_meant(sheets_[sheet])) continue;
-    if (const auto place = FindIn(sheet, key, false)) return place;
-  }
-  return std::nullopt;
+  return FindFirst(key, false, is_meant);
 }
 
 std::optional<KeyTable::Place> KeyTable::FindRow(
     std::uint32_t key, const std::function<bool(const Sheet&)>& is_meant) const {
-  for (std::size_t sheet = 0; sheet < sheets_.size(); ++sheet) {
-    if (is_meant && !is_meant(sheets_[sheet])) continue;
-    if (const auto place = FindIn(sheet, key, true)) return place;
-  }
-  return std::nullopt;
+  return FindFirst(key, true, is_meant);
 }
 
 }  // namespace korvex

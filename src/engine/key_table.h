@@ -77,7 +77,9 @@ class KeyTable {
   static constexpr std::uint32_t kMissing = 0x8000'0000;
   static constexpr std::uint32_t kNone = 0xFFFF'FFFF;
 
-  std::optional<Place> FindIn(std::size_t sheet, std::uint32_t key, bool with_missing) const;
+  std::optional<Place> FindFirst(std::uint32_t key, bool with_missing,
+                                 const std::function<bool(const Sheet&)>& is_meant) const;
+  void ChainReadings() const;
   std::size_t EndOf(std::size_t sheet) const {
     return sheet + 1 < sheets_.size() ? sheets_[sheet + 1].first_reading : readings_.size();
   }
@@ -86,6 +88,13 @@ class KeyTable {
   std::vector<std::uint32_t> last_sheet_;  // by key: one past the number of the last sheet
   std::vector<Sheet> sheets_;
   std::vector<std::uint32_t> readings_;  // the keys of all rows, flagged where the value is missing
+
+  // The readings of each key, chained when one is first looked for, and from then on as far as they
+  // have come: a check may look for thousands.
+  mutable std::size_t chained_ = 0;
+  mutable std::vector<std::uint32_t> first_of_key_;  // indices into the readings, or kNone
+  mutable std::vector<std::uint32_t> last_of_key_;
+  mutable std::vector<std::uint32_t> next_;  // by reading
 };
 
 }  // namespace korvex
