@@ -23,6 +23,7 @@ namespace {
 using Kind = FindingKind;
 
 constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
+constexpr std::uint64_t kNotInOutput = 1;
 constexpr std::size_t kLongestDetail = 60;  // bytes of a cell's text in a place
 constexpr std::size_t kLongestWell = 12;    // bytes of a well's name with blanks around it
 constexpr std::size_t kLongestColumn = 3;   // digits of a well's column
@@ -236,13 +237,16 @@ void RunWatch::Row(const KeyTable::Found& key, int row, const CellValue& value) 
   // A column that is read of no row may refuse the file when it is asked for: it is not watched.
   const bool has_columns = sheet_->HasColumnValues();
   const std::uint64_t hash = has_columns && output_ != nullptr ? HashOfOutput() : 0;
+  // A check refuses rows whose keys may come again: the output holds no values to compare with.
+  if (key.key >= output_hashes_.size()) output_hashes_.resize(key.key + 1, kNotInOutput);
   if (key.is_new) {
-    output_hashes_.push_back(hash);
+    output_hashes_[key.key] = hash;
     if (has_columns) WatchNewKey();
-  } else if (has_columns && output_hashes_[key.key] != hash) {
+  } else if (has_columns && output_hashes_[key.key] != hash &&
+             output_hashes_[key.key] != kNotInOutput) {
     NoteConflicts(key.key, row);
   }
-  if (record_.readings) KeepReading(key.key, key.is_new, row, value, is_missing);
+  if (record_.readings) KeepReading(key.key, row, value, is_missing);
 }
 
 void RunWatch::NoteValue(std::uint32_t key, int row, const CellValue& value) {
@@ -349,21 +353,34 @@ void RunWatch::CountNumber(WatchedColumn& column, double number) {
   ++column.numbered_within[format - std::begin(kPlateFormats)];
 }
 
-void RunWatch::KeepReading(std::uint32_t key, bool is_new, int row, const CellValue& value,
-                           bool is_missing) {
+// A key has its texts from its first row that was not refused, and empty ones until then.
+void RunWatch::KeepKey(std::uint32_t key, int row) {
   RunReadings& kept = *record_.readings;
-  if (is_new) {
-    kept.keys.push_back(KeyName(key));
-    for (std::size_t i = 0; i < columns_.size(); ++i) {
-      KeyedColumn& column = kept.columns[i];
-      text_.clear();
-      AppendCellText(sheet_->GetColumnValue(columns_[i].source, row), text_);
-      const auto [entry, added] =
-          text_numbers_[i].try_emplace(text_, static_cast<std::uint32_t>(column.texts.size()));
-      if (added) column.texts.push_back(text_);
-      column.text_of_key.push_back(entry->second);
-    }
+  has_texts_.resize(std::max<std::size_t>(key + 1, has_texts_.size()));
+  if (has_texts_[key]) return;
+  has_texts_[key] = true;
+  while (kept.keys.size() <= key) {
+    kept.keys.push_back(KeyName(static_cast<std::uint32_t>(kept.keys.size())));
   }
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    KeyedColumn& column = kept.columns[i];
+    const auto number_of = [&](const std::string& text) {
+      const auto [entry, added] =
+          text_numbers_[i].try_emplace(text, static_cast<std::uint32_t>(column.texts.size()));
+      if (added) column.texts.push_back(text);
+      return entry->second;
+    };
+    if (column.text_of_key.size() < key) column.text_of_key.resize(key, number_of({}));
+    text_.clear();
+    AppendCellText(sheet_->GetColumnValue(columns_[i].source, row), text_);
+    column.text_of_key.resize(kept.keys.size());
+    column.text_of_key[key] = number_of(text_);
+  }
+}
+
+void RunWatch::KeepReading(std::uint32_t key, int row, const CellValue& value, bool is_missing) {
+  RunReadings& kept = *record_.readings;
+  KeepKey(key, row);
   Reading reading;
   reading.key = key;
   reading.input = static_cast<std::uint32_t>(record_.inputs.size() - 1);

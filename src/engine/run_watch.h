@@ -83,8 +83,8 @@ class RunWatch {
   void WatchNewKey();
   static void CountText(WatchedColumn& column, std::string_view text);
   static void CountNumber(WatchedColumn& column, double number);
-  void KeepReading(std::uint32_t key, bool is_new, int row, const CellValue& value,
-                   bool is_missing);
+  void KeepKey(std::uint32_t key, int row);
+  void KeepReading(std::uint32_t key, int row, const CellValue& value, bool is_missing);
   void NoteLacking(std::size_t first_sheet, const std::vector<std::int16_t>& replications);
   void NoteNearEqualKeys();
   void NoteKeysOutsidePlate();
@@ -101,6 +101,7 @@ class RunWatch {
   std::vector<std::uint64_t> output_hashes_;  // by key, of its first row's output values
   std::size_t batch_start_ = 0;               // the first sheet of the batch
   std::vector<std::uint16_t> counts_;         // by key: its readings in the batch
+  std::vector<bool> has_texts_;               // by key
   std::vector<std::unordered_map<std::string, std::uint32_t>> text_numbers_;  // by column
   std::unordered_map<std::string, std::uint32_t> reading_text_numbers_;
   std::string text_;  // scratch storage

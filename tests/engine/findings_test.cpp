@@ -289,6 +289,26 @@ TEST(Check, GoesThroughEverythingAndWritesNothing) {
   EXPECT_EQ(found.run.Start({campaign.folder, {}}, options), RunOutcome::kFinished);
 }
 
+TEST(Check, GoesOnAfterRowsThatAreRefusedWhereTheirKeysAreFirstMet) {
+  RunOptions options;
+  options.check = true;
+  options.keep_readings = true;
+  // No replication 200 has a letter. K2 and K3 come again behind a key of their own file.
+  const Found found(
+      {{"a/A-1-200.xls", Plate(0)}, {"a/B-1-1.xls", With(With(Plate(2), 0, 1, "N0"), 3, 1, "K2")}},
+      {"compound ID"}, options);
+  EXPECT_EQ(found.outcome, RunOutcome::kFailed);
+  EXPECT_EQ(found.view.record.problems.size(), 1u);
+  EXPECT_THAT(found.Findings(), ElementsAre(HasSubstr("incomplete-replication")));
+  const RunReadings& kept = *found.view.record.readings;
+  std::vector<std::string> texts;
+  for (const Reading& reading : kept.readings) {
+    texts.push_back(kept.columns[0].Text(reading.key) + " of " + kept.keys[reading.key]);
+  }
+  EXPECT_THAT(texts, ElementsAre("N0 of compound ID=N0;", "K3 of compound ID=K3;",
+                                 "L0 of compound ID=L0;", "K2 of compound ID=K2;"));
+}
+
 TEST(LongFormRun, IsRefusedWhereTheLongFormMustNotBeReplaced) {
   RunOptions options;
   options.wide = false;
