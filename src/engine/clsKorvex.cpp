@@ -130,7 +130,9 @@ void clsKorvex::Step(Body&& body) {
     if (error.Number() == error_number::kUserInterrupt) throw;
     // What was told has been recorded on its way.
     if (error.Number() != error_number::kCannotPerform) {
-      record_.AddProblem({"An error occurred while processing the file " +
+      const bool is_file = !record_.inputs.empty() && record_.inputs.back().path == place_.file;
+      record_.AddProblem({std::string("An error occurred while processing the ") +
+                              (is_file ? "file " : "folder ") +
                               (place_.file.empty() ? processing_folder_ : place_.file),
                           error.Description(), place_});
     }

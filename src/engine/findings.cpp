@@ -3,9 +3,12 @@
 #include <algorithm>
 
 #include "text/text.h"
+#include "text/utf8.h"
 
 namespace korvex {
 namespace {
+
+constexpr std::size_t kLongestKey = 200;  // bytes of a key in a line of text
 
 // What a kind means: one thing and several things of it, and what to do. "#" stands for the count.
 struct Wording {
@@ -97,7 +100,7 @@ std::string PlaceText(const FindingPlace& place) {
   add("", "", place.file);
   add(", ", "row ", place.row > 0 ? std::to_string(place.row) : "");
   add(", ", "column ", place.column);
-  add(", ", "key ", key);
+  add(", ", "key ", Shortened(key, kLongestKey));
   add(": ", "", place.detail);
   return text;
 }

@@ -63,7 +63,13 @@ std::string HeaderOf(const std::string& column) {
 }
 
 std::string ReplicationLetter(std::int16_t replication) {
-  if (replication < 1 || replication > kLastReplication) throw Error(error_number::kInvalidCall);
+  if (replication < 1 || replication > kLastReplication) {
+    throw Error(error_number::kInvalidCall,
+                "Replication " + std::to_string(replication) +
+                    " has no letter, which the header of its column would be. Number the " +
+                    "replications from 1 to " + std::to_string(kLastReplication) +
+                    ", or take the long form, which has a row for every reading.");
+  }
   return Utf8FromCodePage1252(static_cast<unsigned char>(64 + replication));
 }
 

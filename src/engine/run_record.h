@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -94,17 +95,10 @@ struct RunRecord {
   enum class Outcome { kFinished, kFailed, kStopped, kChecked };
 
   // Takes a problem down. One that repeats the last is counted once: every row of a file can fail
-  // for the same cause.
-  void AddProblem(Problem problem) {
-    if (!problems.empty()) {
-      const Problem& last = problems.back();
-      if (last.text == problem.text && last.cause == problem.cause &&
-          last.place.file == problem.place.file) {
-        return;
-      }
-    }
-    problems.push_back(std::move(problem));
-  }
+  // for the same cause. Of one kind in one file the first are kept, the others counted in one that
+  // says so: a wrong key can collide in every row of a campaign.
+  static constexpr std::size_t kMostAlike = 20;
+  void AddProblem(Problem problem);
 
   Outcome outcome = Outcome::kFailed;
   std::string processing_folder;
@@ -120,6 +114,14 @@ struct RunRecord {
   std::optional<OutputRecord> output;  // once it is in place
   std::optional<OutputRecord> long_form;
   std::optional<RunReadings> readings;  // when a report was asked for
+
+ private:
+  struct Alike {
+    std::size_t count = 0;
+    std::size_t rest = 0;  // the problem that counts those that were not kept
+  };
+
+  std::map<std::string, Alike> alike_;  // by the kind of a problem, in the file of the last one
 };
 
 }  // namespace korvex

@@ -54,10 +54,7 @@ bool Contains(const std::vector<std::string>& names, const std::string& name) {
 }
 
 std::string Quoted(std::string_view text) {
-  if (text.size() <= kLongestDetail) return "\"" + std::string(text) + "\"";
-  std::size_t end = kLongestDetail;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;
-  return "\"" + std::string(text.substr(0, end)) + "...\"";
+  return "\"" + Shortened(text, kLongestDetail) + "\"";
 }
 
 bool IsBlankText(std::string_view text) {

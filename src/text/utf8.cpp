@@ -37,4 +37,10 @@ std::size_t Utf16Length(std::string_view text) {
   return units;
 }
 
+std::string Shortened(std::string_view text, std::size_t longest) {
+  if (text.size() <= longest) return std::string(text);
+  while (longest > 0 && (static_cast<unsigned char>(text[longest]) & 0xC0) == 0x80) --longest;
+  return std::string(text.substr(0, longest)) + "...";
+}
+
 }  // namespace korvex

@@ -22,6 +22,9 @@ struct Utf8Character {
 // The first character of a text that is not empty. Overlong forms and surrogates are invalid.
 Utf8Character FirstUtf8(std::string_view text);
 
+// The text, or its first characters within that many bytes and "...".
+std::string Shortened(std::string_view text, std::size_t longest);
+
 // Writes a character, at most kLongestUtf8 bytes, and returns the end of it. `code` is a Unicode
 // scalar value.
 inline constexpr std::size_t kLongestUtf8 = 4;

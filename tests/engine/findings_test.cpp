@@ -309,6 +309,20 @@ TEST(Check, GoesOnAfterRowsThatAreRefusedWhereTheirKeysAreFirstMet) {
                                  "L0 of compound ID=L0;", "K2 of compound ID=K2;"));
 }
 
+TEST(Check, CountsManyProblemsOfOneKind) {
+  RunRecord record;
+  for (int i = 0; i < 3000; ++i) {
+    record.AddProblem({"Duplicate key in file \r\n'a'\r\nKey name: " + std::to_string(i),
+                       {},
+                       {"a", i, {}, {}, {}}});
+    record.AddProblem({"Unreadable", "row " + std::to_string(i), {"a", i, {}, {}, {}}});
+  }
+  record.AddProblem({"Duplicate key in file ", {}, {"b", 1, {}, {}, {}}});
+  EXPECT_EQ(record.problems.size(), 2 * (RunRecord::kMostAlike + 1) + 1);
+  EXPECT_EQ(record.problems.at(40).text, "And 2,980 more in this file: Duplicate key in file ");
+  EXPECT_EQ(record.problems.back().place.file, "b");
+}
+
 TEST(LongFormRun, IsRefusedWhereTheLongFormMustNotBeReplaced) {
   RunOptions options;
   options.wide = false;
