@@ -186,7 +186,8 @@ def replication_of(full_name):
 
 def replication_letter(replication):
     if not 0 <= 64 + replication <= 255:
-        raise Failure(5, "Invalid procedure call or argument")
+        raise Failure(5, "Replication %d has no letter, which the header of its column would be. Number the replications "
+                         "from 1 to 191, or take the long form, which has a row for every reading." % replication)
     return bytes([64 + replication]).decode("cp1252", "replace")
 
 
