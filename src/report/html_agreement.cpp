@@ -31,6 +31,7 @@ std::vector<KeyValue> KeyValues(const ReportedReadings& reported) {
     if (reading.text != Reading::kNumber) continue;
     values.push_back({reading.key, reported.ReplicationOf(reading), reading.number});
   }
+  // Stable, so that of several numbers at one place the one that was read first stays in front.
   const auto place_of = [](const KeyValue& value) {
     return std::pair(value.key, value.replication);
   };
@@ -74,6 +75,7 @@ struct Pair {
 Pair PairOf(const std::vector<KeyValue>& values, std::int16_t first, std::int16_t second) {
   Pair pair{first, second, {}, {}};
   ForEachKey(values, [&](std::span<const KeyValue> of_key) {
+    // A key that lacks one of the two replications is no point, rather than one at 0.
     const auto x = std::ranges::find(of_key, first, &KeyValue::replication);
     const auto y = std::ranges::find(of_key, second, &KeyValue::replication);
     if (x == of_key.end() || y == of_key.end()) return;
@@ -96,6 +98,7 @@ void AppendPair(const Pair& pair, const Axis& axis, std::string& page) {
 
 void AppendPairs(const std::vector<KeyValue>& values, const std::vector<std::int16_t>& replications,
                  std::string& page) {
+  // One axis for all pairs, so that a pair that agrees badly looks so beside the others.
   std::vector<double> numbers;
   for (const KeyValue& value : values) numbers.push_back(value.value);
   const Axis axis(numbers);
@@ -130,6 +133,7 @@ void AppendPairs(const std::vector<KeyValue>& values, const std::vector<std::int
 // A round number at or above, for the end of an axis.
 double RoundUp(double value) {
   const double power = std::pow(10, std::floor(std::log10(value)));
+  // Finer steps at the lower end, where the next round number would leave half the axis empty.
   for (const double step : {1.0, 1.5, 2.0, 3.0, 4.0, 5.0, 6.0, 8.0}) {
     if (value <= step * power) return step * power;
   }
@@ -159,10 +163,14 @@ void AppendVariation(const std::vector<KeyValue>& values, std::string& page) {
     return;
   }
   std::ranges::sort(variations);
+  // A key with a mean near 0 varies by thousands of percent: the axis ends at the 99th percentile,
+  // so that one such key does not squeeze all others into the first bar.
   const double highest = Percentile(variations, 0.99);
+  // At least 0.01 %: below it, differences are roundings. Where no key varies, any end will do.
   const double end = highest > 0 ? RoundUp(std::max(highest, 0.01)) : 1;
   std::vector<std::size_t> counts(kVariationClasses);
   for (const double variation : variations) {
+    // The last class holds all that lies beyond the end, however far.
     const double place = variation / end * static_cast<double>(kVariationClasses - 1);
     ++counts[static_cast<std::size_t>(std::min(place, static_cast<double>(kVariationClasses - 1)))];
   }

@@ -24,6 +24,8 @@ constexpr double kGoodZPrime = 0.5;
 enum class Control : std::uint8_t { kNone, kLow, kHigh, kBoth };
 
 bool IsChosen(const KeyedColumn& column, std::uint32_t key, const ControlChoice& choice) {
+  // Names of columns ignore letter case as everywhere; the texts of wells must stand there as
+  // given.
   if (!choice.column.empty() && !EqualText(choice.column, column.name)) return false;
   return TrimBlanks(column.Text(key)) == TrimBlanks(choice.text);
 }
@@ -37,6 +39,7 @@ bool IsChosen(const RunReadings& readings, std::uint32_t key,
 }
 
 std::vector<Control> ControlsOf(const RunReadings& readings, const ReportOptions& options) {
+  // Once for each key, not for each reading: a key says the same in all its replications.
   std::vector<Control> controls;
   for (std::uint32_t key = 0; key < readings.keys.size(); ++key) {
     const bool is_low = IsChosen(readings, key, options.low);
@@ -74,6 +77,8 @@ std::vector<Group> Groups(const ReportedReadings& reported, const std::vector<Co
   std::uint32_t met = 0;
   std::vector<ControlReading> found;
   for (const Reading& reading : reported.readings.readings) {
+    // Counted for readings that are no controls, too: plates stand in the order in which the run
+    // met them.
     std::uint32_t& order = order_of[plate_of(reading)];
     if (order == std::numeric_limits<std::uint32_t>::max()) order = met++;
     const Control control = controls[reading.key];
@@ -83,6 +88,7 @@ std::vector<Group> Groups(const ReportedReadings& reported, const std::vector<Co
     }
     found.push_back({order, reported.ReplicationOf(reading), &reading});
   }
+  // The replications of a plate lie in several files, between which other plates were read.
   const auto group_of = [](const ControlReading& each) {
     return std::pair(each.order, each.replication);
   };
@@ -92,6 +98,7 @@ std::vector<Group> Groups(const ReportedReadings& reported, const std::vector<Co
     const Reading& reading = *found[i].reading;
     if (i == 0 || group_of(found[i]) != group_of(found[i - 1])) {
       std::string name;
+      // Without plates a workbook stands for one: it is one reading of one plate.
       if (!has_plates) {
         name = reported.record.inputs[reading.input].path;
       } else if (const auto column = reported.layout->plate_column) {
@@ -140,6 +147,7 @@ void AppendZPrimes(const std::vector<Quality>& qualities, std::string& page) {
 
 void AppendTable(const std::vector<Group>& groups, const std::vector<Quality>& qualities,
                  bool has_plates, std::string& page) {
+  // The class "long" opens the table on paper, where nobody can click.
   const bool is_long = groups.size() > kLongTable;
   if (is_long) {
     Add(page, "<details class=\"long\"><summary>", GroupedDigits(groups.size()),
@@ -170,6 +178,7 @@ std::string EndOf(std::string_view name) {
   constexpr std::size_t kMost = 16;
   name.remove_prefix(name.rfind('/') + 1);
   if (Utf16Length(name) <= kMost) return std::string(name);
+  // Whole characters go, and one more than are too many: the ellipsis needs a place.
   while (Utf16Length(name) >= kMost) name.remove_prefix(FirstUtf8(name).length);
   return "…" + std::string(name);
 }
@@ -180,6 +189,7 @@ void AppendCharts(const std::vector<Group>& groups, const std::vector<Quality>& 
   std::vector<double> values;
   for (std::size_t i = 0; i < std::min(groups.size(), kMostStrips); ++i) {
     const Group& group = groups[i];
+    // Every chart names its first strip, even if the plate began in the chart before.
     const bool is_new = i % kStripsAChart == 0 || group.name != groups[i - 1].name;
     strips.push_back({is_new ? Escaped(EndOf(group.name)) : "",
                       Escaped(group.name) + " replication " + std::to_string(group.replication) +
@@ -188,6 +198,7 @@ void AppendCharts(const std::vector<Group>& groups, const std::vector<Quality>& 
     values.insert(values.end(), group.low.begin(), group.low.end());
     values.insert(values.end(), group.high.begin(), group.high.end());
   }
+  // One axis for all charts: plates whose signal drifts away are seen from one to the next.
   const Axis axis(values);
   Add(page, "<figure>");
   for (std::size_t first = 0; first < strips.size(); first += kStripsAChart) {
@@ -223,11 +234,13 @@ void AppendChosen(const RunReadings& readings, const ReportOptions& options,
   };
   Add(page, "<p>Low: ", Named(options.low), " (", count(Control::kLow),
       "). High: ", Named(options.high), " (", count(Control::kHigh), ").");
+  // Left out rather than counted twice: such a well would pull both means together.
   if (std::ranges::count(controls, Control::kBoth) > 0) {
     Add(page, " ", count(Control::kBoth), " that would be both left out.");
   }
   for (const auto* choices : {&options.low, &options.high}) {
     for (const ControlChoice& choice : *choices) {
+      // Said here, since a misspelt column only shows as wells that are missing.
       const bool is_known = choice.column.empty() ||
                             ContainsText(readings.columns, choice.column, &KeyedColumn::name);
       if (!is_known) {

@@ -79,6 +79,8 @@ std::vector<std::uint32_t> Plates::PlaceReadings(const ReportedReadings& reporte
       order_of[plate] = static_cast<std::uint32_t>(met.size());
       met.push_back(plate);
     }
+    // One number instead of row and column sorts in the order in which wells are drawn: neighbours
+    // in a row follow one another and become one line.
     const int number = well->row * layout.format_of_plate[plate]->columns + well->column;
     placed_.push_back({order_of[plate], reported.ReplicationOf(reading),
                        static_cast<std::int16_t>(number), &reading});
@@ -102,6 +104,7 @@ Plates::Plates(const ReportedReadings& reported) {
         replications.push_back(replication);
       }
     }
+    // From the place in order of appearance back to the number in the layout.
     const std::uint32_t plate = met[placed_[begin].plate];
     plates_.push_back(
         {layout.plate_column ? reported.readings.columns[*layout.plate_column].texts[plate] : "",
@@ -117,6 +120,7 @@ std::vector<DrawnWell> DrawnWells(const Plate& plate) {
   std::uint32_t map = 0;
   for (const PlacedReading& placed : plate.readings) {
     if (placed.replication != plate.replications[map]) ++map;
+    // A blank is drawn like a well that was never read: the hatching below stays visible.
     if (!IsValue(*placed.reading)) continue;
     const Well well{placed.well / plate.format->columns, placed.well % plate.format->columns};
     wells.push_back({map, well, NumberOf(*placed.reading)});
@@ -156,6 +160,8 @@ class Tooltips {
 
 void Tooltips::Append(const Plate& plate, const PlateDrawing& drawing, std::string& page) const {
   const std::size_t maps = plate.replications.size();
+  // By well and then by map, the other way round than the readings lie: a tooltip tells all
+  // replications of a well together.
   std::vector<const Reading*> by_well(static_cast<std::size_t>(plate.format->wells) * maps);
   std::size_t map = 0;
   for (const PlacedReading& placed : plate.readings) {
@@ -172,6 +178,8 @@ void Tooltips::Append(const Plate& plate, const PlateDrawing& drawing, std::stri
     title = NameOf(well);
     AppendKey((*first)->key, title);
     title += ':';
+    // Replications of one well may name different keys, which is worth showing: a new key is told
+    // before its values.
     std::uint32_t key = (*first)->key;
     for (const Reading* reading : values) {
       if (reading != nullptr && reading->key != key) {
@@ -182,6 +190,7 @@ void Tooltips::Append(const Plate& plate, const PlateDrawing& drawing, std::stri
       }
       AppendValue(reading, title);
     }
+    // A title element, not a script: it shows in viewers that run no scripts, too.
     drawing.AppendTooltip(well, title, page);
   }
   Add(page, "</g>");
@@ -190,6 +199,8 @@ void Tooltips::Append(const Plate& plate, const PlateDrawing& drawing, std::stri
 void Tooltips::AppendKey(std::uint32_t key, std::string& title) const {
   const auto& columns = reported_.readings.columns;
   for (std::size_t i = 0; i < columns.size(); ++i) {
+    // Plate and well are told by the place; output columns would make a page of thousands of wells
+    // several times as large.
     if (!columns[i].in_key || i == reported_.layout->well_column ||
         i == reported_.layout->plate_column) {
       continue;
@@ -212,6 +223,7 @@ void Tooltips::AppendValue(const Reading* reading, std::string& title) const {
 
 void AppendOverview(const std::vector<Plate>& plates, std::size_t shown, std::size_t large,
                     std::string& page) {
+  // All plates take part in the scale, those that are not drawn, too.
   std::vector<double> numbers;
   for (const Plate& plate : plates) AddNumbers(plate, numbers);
   const ColourScale scale(std::move(numbers));
@@ -227,6 +239,7 @@ void AppendOverview(const std::vector<Plate>& plates, std::size_t shown, std::si
     drawing.AppendStart(LabelOf(plate), page);
     drawing.AppendWells(DrawnWells(plate), scale, page);
     Add(page, "</svg><figcaption>");
+    // Only plates that are drawn large further down have a place to go to.
     if (i < large) {
       Add(page, "<a href=\"#plate", std::to_string(i + 1), "\">", caption, "</a>");
     } else {
@@ -249,11 +262,14 @@ void AppendLargePlate(const ReportedReadings& reported, const Plate& plate, std:
   for (const std::int16_t replication : plate.replications) {
     titles.push_back("replication " + std::to_string(replication));
   }
+  // Folded, since a browser draws only what is open: a page of hundreds of large maps stays quick.
   Add(page, "<details", is_open ? " open" : "", "><summary>", TitleOf(plate), " <small>",
       Counted(plate.replications.size(), "replication"), ", ", Counted(number_count, "number"));
   if (wells.size() > number_count) {
     Add(page, ", ", GroupedDigits(wells.size() - number_count), " other");
   }
+  // The anchor lies within the folded part: browsers open what a link leads into, but not what it
+  // leads to.
   Add(page, "</small></summary><div id=\"plate", std::to_string(number), "\">");
   scale.AppendLegend(page);
   Add(page, "<div class=\"scroll maps\">");
@@ -264,8 +280,7 @@ void AppendLargePlate(const ReportedReadings& reported, const Plate& plate, std:
   Add(page, "</svg></div></div></details>\n");
 }
 
-// How many plates, from the first on, have room among the large maps.
-// How many plates have small maps.
+// How many plates, from the first on, have room among the small maps.
 std::size_t SmallPlates(const std::vector<Plate>& plates) {
   std::size_t wells = 0;
   std::size_t count = 0;
@@ -277,6 +292,7 @@ std::size_t SmallPlates(const std::vector<Plate>& plates) {
   return count;
 }
 
+// The same for the large maps, whose size is that of their paths and tooltips.
 std::size_t LargePlates(const std::vector<Plate>& plates) {
   std::size_t bytes = 0;
   std::size_t count = 0;

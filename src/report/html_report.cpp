@@ -9,6 +9,12 @@
 namespace korvex {
 namespace {
 
+// Everything is in the page itself, so that it can be mailed and kept: no script, no font, no
+// picture from elsewhere. What drawings repeat has names of two letters: "hb" and "hl" are ground
+// and lines of a hatch, "pl" a plate, "nb" and "nx" a well without a number and its cross, "gl" the
+// lines between wells, "lb", "mt" and "rl" labels, titles of maps and letters of rows, "tt"
+// tooltips; "ax", "gr" and "eq" axis, grid and line of equality, "d1" to "d3" dots by their number,
+// "lo", "hi" and "mn" controls and their means, "ba" and "br" bars and the bar of the rest.
 constexpr std::string_view kStyle = R"(
 :root { color-scheme: light dark; --text: #1f2629; --faint: #566268; --page: #fff; --panel: #f3f6f7;
   --blank: #f3f6f7;
@@ -136,6 +142,7 @@ void AppendStart(const RunRecord& record, std::string& page) {
       Escaped(LastName(record.processing_folder)), ": KORVEX report</title>\n<style>", kStyle);
   PlateDrawing::AppendStyle(page);
   Add(page, "</style>\n</head>\n<body>\n");
+  // Once for all drawings: what "url(#...)" names is looked up in the whole page.
   PlateDrawing::AppendPatterns(page);
 }
 
@@ -156,6 +163,7 @@ void AppendContents(bool has_readings, const ReportOptions& options, std::string
 }  // namespace
 
 std::string HtmlReport(const RunRecord& record, const ReportOptions& options) {
+  // Found before the first section, since the settings tell which columns were found.
   std::string why_no_layout;
   std::optional<PlateLayout> layout;
   const bool has_readings = record.readings && !record.readings->readings.empty();

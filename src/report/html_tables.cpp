@@ -37,6 +37,7 @@ Verdict VerdictOf(RunRecord::Outcome outcome) {
 void AppendVerdict(const RunRecord& record, std::string& page) {
   Verdict verdict = VerdictOf(record.outcome);
   const std::size_t kinds = record.findings.All().size();
+  // A check that found problems ran to its end, but the data cannot be converted as they are.
   if (!record.problems.empty()) {
     verdict.of_class = "bad";
   } else if (kinds > 0 && verdict.of_class == std::string_view("good")) {
@@ -88,6 +89,7 @@ std::string FileFact(const std::optional<OutputRecord>& file, const std::string&
 
 // "1 to 3" for what has no gaps, else "1, 3".
 std::string ReplicationsOf(const std::vector<InputRecord>& inputs) {
+  // By their numbers: inputs come in the order of their names, where 10 stands before 2.
   std::set<std::int16_t> met;
   for (const InputRecord& input : inputs) met.insert(input.replication);
   std::string text;
@@ -96,6 +98,7 @@ std::string ReplicationsOf(const std::vector<InputRecord>& inputs) {
     auto next = std::next(it);
     for (; next != met.end() && *next == *last + 1; ++next) last = next;
     Add(text, text.empty() ? "" : ", ", std::to_string(*it));
+    // Two neighbours are a list; a range saves words from three on.
     if (last != it) Add(text, *last == *it + 1 ? ", " : " to ", std::to_string(*last));
     it = next;
   }
@@ -112,6 +115,7 @@ void AppendCounts(const RunRecord& record, std::string& page) {
     batches.insert(input.batch);
   }
   Add(page, "<div><h2>What was converted</h2><table class=\"facts\"><tbody>\n");
+  // Those that were begun: a run that failed or was stopped has not reached the others.
   std::string workbooks = GroupedDigits(record.inputs.size());
   if (record.sub_folders) Add(workbooks, " in ", Counted(batches.size(), "sub-folder"));
   AppendFact("workbooks read", workbooks, page);
@@ -132,6 +136,8 @@ void AppendCounts(const RunRecord& record, std::string& page) {
     if (missing > 0) Add(fact, ", ", GroupedDigits(missing), " blank");
     AppendFact("readings", fact, page);
   }
+  // A run for the long form alone says nothing of an output workbook; one that wrote neither says
+  // so.
   const std::string none = record.output || record.long_form ? "" : "none";
   AppendFact("output", record.output ? FileFact(record.output, record.processing_folder) : none,
              page);
@@ -157,6 +163,8 @@ std::string ChoicesFact(const std::vector<ControlChoice>& choices) {
 void AppendSettings(const RunRecord& record, const ReportOptions& options,
                     const std::optional<PlateLayout>& layout, std::string& page) {
   Add(page, "<div><h2>Settings</h2><table class=\"facts\"><tbody>\n");
+  // The last name alone: the way to it holds names of users and machines, and would differ between
+  // equal runs.
   AppendFact("processing folder", Escaped(LastName(record.processing_folder)), page);
   AppendFact("processed", record.sub_folders ? "every file of every sub-folder" : "selected files",
              page);
@@ -189,6 +197,8 @@ std::string Lines(const std::string& text) {
 
 void AppendProblems(const RunRecord& record, std::string& page) {
   if (record.problems.empty()) return;
+  // So many are refusals of a check, mostly for one cause: folded, so that the findings below stay
+  // in reach.
   const bool is_long = record.problems.size() > kManyProblems;
   Add(page, "<h3>", Counted(record.problems.size(), "problem"), "</h3>\n");
   if (is_long) Add(page, "<details class=\"long\"><summary>All problems</summary>\n");
@@ -222,6 +232,7 @@ void AppendPlaces(const Finding& finding, std::string& page) {
   };
   std::vector<const Column*> columns;
   for (const Column& column : kColumns) {
+    // Most kinds know a file and one thing more; columns without a text would push these apart.
     if (std::ranges::any_of(finding.places, [&](const FindingPlace& place) {
           return !column.cell(place).empty();
         })) {

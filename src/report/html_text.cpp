@@ -14,16 +14,20 @@ namespace {
 
 // Which characters HTML refuses although they are valid UTF-8.
 bool IsRefused(char32_t code) {
+  // Controls, U+FFFE and U+FFFF of every plane and U+FDD0 to U+FDEF: a page that holds them is not
+  // valid HTML, even when they are escaped.
   if (code == U'\t' || code == U'\n' || code == U'\r') return false;
   return code < 0x20 || (code >= 0x7F && code < 0xA0) || (code >= 0xFDD0 && code <= 0xFDEF) ||
          (code & 0xFFFE) == 0xFFFE || code == kInvalidByte;
 }
 
 std::string InDigits(double number, int digits) {
+  // Never locale-dependent: figures look the same wherever the page is made.
   char buffer[40];
   const auto [end, error] =
       std::to_chars(buffer, buffer + sizeof buffer, number, std::chars_format::general, digits);
   std::string text(buffer, error == std::errc() ? end : buffer);
+  // A small negative number that is rounded to nothing is no negative one to a reader.
   return text == "-0" ? "0" : text;
 }
 
@@ -43,6 +47,7 @@ std::string Escaped(std::string_view text) {
     } else if (character.code == U'>') {
       out += "&gt;";
     } else if (character.code == U'"') {
+      // Attributes are in double quotes throughout, so that the single one may stay.
       out += "&quot;";
     } else {
       out += text.substr(0, character.length);
@@ -62,6 +67,7 @@ std::string ShownFigure(std::optional<double> figure) {
 
 std::string ShownPercent(double fraction) {
   const double percent = fraction * 100;
+  // With three digits, what is larger would turn into powers of ten: "1.23e+03".
   return InDigits(percent, percent < 1000 ? 3 : 6) + " %";
 }
 

@@ -60,6 +60,8 @@ class JsonWriter {
   void Begin(std::string_view name) {
     if (!is_first_) json_ += ',';
     is_first_ = false;
+    // The outermost value begins the file; every other one has a line of its own, so that two
+    // reports can be compared line by line.
     if (depth_ > 0) StartLine();
     if (name.empty()) return;
     Quote(name);
@@ -78,6 +80,7 @@ class JsonWriter {
     is_first_ = true;
     write();
     --depth_;
+    // An empty list or object stays on its line: "[]".
     if (!is_first_) StartLine();
     is_first_ = false;
     json_ += closing;
@@ -94,6 +97,9 @@ class JsonWriter {
   }
 
   void AppendCharacter(char32_t code) {
+    // Only what JSON demands is escaped (RFC 8259): quote, backslash and controls. All other
+    // characters stay UTF-8, and since a JSON text must be valid UTF-8, bytes that are none are
+    // replaced.
     constexpr std::string_view kShort = "\"\\\b\f\n\r\t";
     constexpr std::string_view kShortEscapes = "\"\\bfnrt";
     if (code == kInvalidByte) return AppendUtf8(kReplacementCharacter, json_);
@@ -136,6 +142,7 @@ class RecordWriter {
 
   std::string Write() {
     json_.Object("", [&] {
+      // First, so that a reader knows from the first line what it has before it.
       json_.Text("schema", "korvex-report");
       json_.Count("version", kSchemaVersion);
       json_.Object("program", [&] {
@@ -176,6 +183,7 @@ class RecordWriter {
       Texts("output_columns", record_.output_columns);
       json_.Text("data_column", record_.data_column);
       json_.Flag("decimal_comma", record_.options.decimal_comma);
+      // As the user named them: found columns may change with the data and are no settings.
       json_.TextOrNull("plate_column", record_.options.plate_column);
       json_.TextOrNull("well_column", record_.options.well_column);
       json_.Object("controls", [&] {
@@ -214,6 +222,7 @@ class RecordWriter {
   void Output(std::string_view name, const std::optional<OutputRecord>& output) {
     if (!output) return json_.Null(name);
     json_.Object(name, [&] {
+      // Relative, as in the page: equal runs give equal reports wherever the campaign lies.
       json_.Text("path", PathFrom(record_.processing_folder, output->path));
       json_.Count("size", output->size);
       json_.TextOrNull("sha256", output->sha256);
@@ -242,6 +251,7 @@ class RecordWriter {
   }
 
   void CountOrNull(std::string_view name, int count) {
+    // Rows and replications count from 1: 0 means that there is none.
     if (count == 0) return json_.Null(name);
     json_.Count(name, count);
   }

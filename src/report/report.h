@@ -11,11 +11,14 @@ namespace korvex {
 
 // The wells that hold a control: those whose value in a key or output column is `text`, in any
 // column when none is named.
+// Blanks around the text do not count, its letter case does; that of the column does not.
 struct ControlChoice {
   std::string column;
   std::string text;
 };
 
+// A choice that no well meets makes nothing fail: the page says so. Wells that are both low and
+// high are left out.
 struct ReportOptions {
   std::vector<ControlChoice> low;
   std::vector<ControlChoice> high;

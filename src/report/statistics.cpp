@@ -16,6 +16,7 @@ std::optional<double> IfFinite(double value) {
 
 std::optional<double> Mean(std::span<const double> values) {
   if (values.empty()) return std::nullopt;
+  // Sums of numbers near the end of the range overflow: then there is no mean.
   return IfFinite(std::accumulate(values.begin(), values.end(), 0.0) /
                   static_cast<double>(values.size()));
 }
@@ -25,6 +26,8 @@ std::optional<double> SampleDeviation(std::span<const double> values) {
   if (values.size() < 2 || !mean) return std::nullopt;
   // The mean of equal values may be off by a rounding, which is no spread.
   if (std::ranges::all_of(values, [&](double value) { return value == values.front(); })) return 0;
+  // Two passes: the sum of squares less the square of the sum would cancel all digits of values
+  // that are large and close together.
   double squares = 0;
   for (const double value : values) squares += (value - *mean) * (value - *mean);
   return IfFinite(std::sqrt(squares / static_cast<double>(values.size() - 1)));
@@ -34,6 +37,7 @@ std::optional<double> CoefficientOfVariation(std::span<const double> values) {
   const std::optional<double> mean = Mean(values);
   const std::optional<double> deviation = SampleDeviation(values);
   if (!mean || !deviation) return std::nullopt;
+  // Infinite or NaN for a mean of 0.
   return IfFinite(*deviation / std::abs(*mean));
 }
 
@@ -72,10 +76,12 @@ std::optional<double> PearsonCorrelation(std::span<const double> x, std::span<co
   for (std::size_t i = 0; i < x.size(); ++i) {
     products += (x[i] - mean_x) / *deviation_x * ((y[i] - mean_y) / *deviation_y);
   }
+  // Roundings may carry a perfect correlation beyond 1.
   return std::clamp(products / static_cast<double>(x.size() - 1), -1.0, 1.0);
 }
 
 std::optional<double> SpearmanCorrelation(std::span<const double> x, std::span<const double> y) {
+  // Not the short formula of the differences of ranks, which is wrong when values are equal.
   return PearsonCorrelation(AverageRanks(x), AverageRanks(y));
 }
 
@@ -85,6 +91,7 @@ ControlSample SampleOf(std::span<const double> values) {
 
 std::optional<double> ZPrime(const ControlSample& low, const ControlSample& high) {
   if (!low.deviation || !high.deviation) return std::nullopt;
+  // Equal means divide by 0: then there is no Z'. The controls may lie either way round.
   const double range = std::abs(*high.mean - *low.mean);
   return IfFinite(1 - 3 * (*high.deviation + *low.deviation) / range);
 }
@@ -92,6 +99,7 @@ std::optional<double> ZPrime(const ControlSample& low, const ControlSample& high
 std::optional<double> SignalWindow(const ControlSample& low, const ControlSample& high) {
   if (!low.deviation || !high.deviation) return std::nullopt;
   const double range = std::abs(*high.mean - *low.mean);
+  // By the spread of the high control alone, as its authors define it; none when that is 0.
   return IfFinite((range - 3 * (*high.deviation + *low.deviation)) / *high.deviation);
 }
 

@@ -31,6 +31,7 @@ struct ControlSample {
   std::optional<double> mean;
   std::optional<double> deviation;
 };
+// Of one value there is a mean but no deviation.
 ControlSample SampleOf(std::span<const double> values);
 
 // 1 - 3 (s_high + s_low) / |mean_high - mean_low|: Zhang, Chung and Oldenburg, 1999.

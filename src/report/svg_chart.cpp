@@ -12,6 +12,7 @@
 namespace korvex {
 namespace {
 
+// Tenths of a pixel cannot be told apart; longer numbers only make the page larger.
 std::string Pixel(double value) {
   return ShownNumber(std::round(value * 10) / 10);
 }
@@ -83,7 +84,9 @@ Axis::Axis(const std::vector<double>& values) {
   const auto [least, most] = std::ranges::minmax_element(values);
   // A fraction of the halves, since the extent of two large numbers may be out of range.
   double room = (*most / 2 - *least / 2) * 0.06;
+  // Equal values still need an axis of some length.
   if (room == 0) room = *most == 0 ? 1 : std::abs(*most) * 0.05;
+  // The room must not lead beyond the largest number there is.
   low_ = std::max(*least - room, -std::numeric_limits<double>::max());
   high_ = std::min(*most + room, std::numeric_limits<double>::max());
   FindTicks();
@@ -99,6 +102,7 @@ double Axis::Place(double value) const {
 
 // At multiples of 1, 2 or 5 times a power of ten, four or so.
 void Axis::FindTicks() {
+  // Divided before they are subtracted, since the extent may be out of range.
   const double rough = high_ / 4 - low_ / 4;
   const double power = std::pow(10, std::floor(std::log10(rough)));
   const double share = rough / power;
@@ -106,6 +110,7 @@ void Axis::FindTicks() {
   const double first = std::ceil(low_ / step);
   const double last = std::floor(high_ / step);
   if (!(last - first < 20)) return;  // the axis is too short or too long for its numbers
+  // Multiplied each time: adding the step up would add its rounding up, too.
   for (double i = first; i <= last; ++i) ticks_.push_back(i * step);
 }
 
@@ -114,6 +119,7 @@ void AppendScatter(const std::vector<std::pair<double, double>>& points, const A
   constexpr Area kArea{66, 8, 200, 200};
   constexpr std::size_t kSeveral = 3;
   constexpr std::size_t kMany = 10;
+  // One count a pixel: what is drawn is bounded by the area, not by the number of points.
   std::vector<std::size_t> counts(static_cast<std::size_t>((kArea.width + 1) * (kArea.height + 1)));
   for (const auto& [x, y] : points) {
     const int spot = (kArea.Y(axis.Place(y)) - kArea.top) * (kArea.width + 1) +
@@ -130,6 +136,7 @@ void AppendScatter(const std::vector<std::pair<double, double>>& points, const A
     if (count > 0) (count >= kMany ? many : count >= kSeveral ? several : one).Add(x, y);
   }
   AppendSvgStart(y_label + " against " + x_label, kArea.Right() + 14, kArea.Bottom() + 42, page);
+  // What comes later lies on top: grid, axes, line of equality, dots.
   AppendYTicks(axis, kArea, page);
   AppendXTicks(axis, kArea, page);
   AppendFrame(kArea, page);
@@ -147,6 +154,7 @@ void AppendHistogram(const std::vector<std::size_t>& counts, double end, const s
                      std::string& page) {
   constexpr Area kArea{58, 10, 560, 180};
   const Axis x_axis(0, end);
+  // A little room above the highest bar.
   const Axis y_axis(0, static_cast<double>(*std::ranges::max_element(counts)) * 1.05);
   AppendSvgStart("Number of keys by " + x_label, kArea.Right() + 14, kArea.Bottom() + 42, page);
   AppendYTicks(y_axis, kArea, page);
@@ -159,6 +167,8 @@ void AppendHistogram(const std::vector<std::size_t>& counts, double end, const s
     const double x = kArea.left + width * static_cast<double>(i);
     const double height = kArea.height * y_axis.Place(static_cast<double>(counts[i]));
     const bool is_rest = i + 1 == counts.size();
+    // At least one pixel high, so that a single key among many thousands is seen; one pixel
+    // narrower than its class, so that bars stay apart.
     Add(page, "<path class=\"", is_rest ? "br" : "ba", "\" d=\"M", Pixel(x), " ",
         Pixel(kArea.Bottom()), "v-", Pixel(std::max(height, 1.0)), "h", Pixel(width - 1), "V",
         Pixel(kArea.Bottom()), "z\"><title>", GroupedDigits(counts[i]), "</title></path>");
@@ -178,6 +188,7 @@ void AddWells(const std::vector<double>& values, int x, const Axis& axis, const 
   if (const auto mean = Mean(values)) {
     Add(means, "M", Pixel(x - 4), " ", Pixel(area.Y(axis.Place(*mean))), "h8");
   }
+  // Dots at one height would only lie on each other; a page with many wells stays small.
   std::set<int> heights;
   for (const double value : values) heights.insert(area.Y(axis.Place(value)));
   for (const int y : heights) dots.Add(x, y);
@@ -191,6 +202,7 @@ void AppendStrips(std::span<const ControlStrip> strips, const Axis& axis, std::s
   const int count = static_cast<int>(strips.size());
   const int strip_width = std::clamp(kWidth / count, 18, 60);
   const Area area{64, 8, strip_width * count, 170};
+  // Bytes of markup, and so rather too much than too little room for the slanted labels.
   std::size_t longest = 0;
   for (const ControlStrip& strip : strips) longest = std::max(longest, strip.label.size());
   const int labels = std::min(24 + 5 * static_cast<int>(longest), 110);
@@ -219,6 +231,7 @@ void AppendStrips(std::span<const ControlStrip> strips, const Axis& axis, std::s
         "</title></path>");
     left += strip_width;
   }
+  // Means over the dots, and over both what reacts to the pointer.
   low.AppendTo("lo", page);
   high.AppendTo("hi", page);
   Add(page, "<path class=\"mn\" d=\"", means, "\"/><g class=\"tt\">", tooltips, "</g></svg>");

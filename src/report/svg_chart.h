@@ -20,6 +20,7 @@ class Axis {
 
   // From 0 at the low end to 1.
   double Place(double value) const;
+  // In ascending order; none when numbers of that size have no room for steps between them.
   const std::vector<double>& Ticks() const { return ticks_; }
 
  private:
@@ -37,6 +38,7 @@ void AppendScatter(const std::vector<std::pair<double, double>>& points, const A
                    const std::string& x_label, const std::string& y_label, std::string& page);
 
 // Counts of equally wide classes from 0 to `end`; the last one counts what lies above.
+// At least one class, of which one is not 0. `x_label` is markup.
 void AppendHistogram(const std::vector<std::size_t>& counts, double end, const std::string& x_label,
                      std::string& page);
 
@@ -47,6 +49,7 @@ struct ControlStrip {
   std::vector<double> low;
   std::vector<double> high;
 };
+// One chart, a strip for each element, at least one; low and high beside each other.
 void AppendStrips(std::span<const ControlStrip> strips, const Axis& axis, std::string& page);
 
 }  // namespace korvex

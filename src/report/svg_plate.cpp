@@ -28,6 +28,8 @@ std::string Coordinate(double value) {
   return ShownNumber(value);
 }
 
+// From linear light to a byte of sRGB by the curve of IEC 61966-2-1. What lies outside the gamut
+// takes the nearest byte.
 int Channel(double linear) {
   const double value = std::clamp(linear, 0.0, 1.0);
   const double encoded =
@@ -60,6 +62,8 @@ std::string ColourScale::Colour(int of_class) {
   const double hue = (302 - 196 * share) * std::numbers::pi / 180;
   const double a = chroma * std::cos(hue);
   const double b = chroma * std::sin(hue);
+  // To the cone responses, whose cubes are linear, and from these to linear sRGB: the two matrices
+  // as published.
   const double l = std::pow(lightness + 0.3963377774 * a + 0.2158037573 * b, 3);
   const double m = std::pow(lightness - 0.1055613458 * a - 0.0638541728 * b, 3);
   const double s = std::pow(lightness - 0.0894841775 * a - 1.2914855480 * b, 3);
@@ -83,6 +87,7 @@ void ColourScale::AppendLegend(std::string& page) const {
         ShownFigure(high_), "\" viewBox=\"-38 0 ", std::to_string(kWidth + 76), " 26\" width=\"",
         std::to_string(kWidth + 76), "\" height=\"26\"><g stroke-width=\"10\">");
     for (int i = 0; i < kClasses; ++i) {
+      // By class rather than by a gradient: the strip shows the very steps that the wells have.
       Add(page, "<path class=\"c", std::to_string(i), "\" d=\"M", std::to_string(i * kStep), " 5h",
           std::to_string(kStep), "\"/>");
     }
@@ -127,10 +132,14 @@ void PlateDrawing::AppendStart(const std::string& label, std::string& page) cons
   const Point end = Corner(lines * maps_a_line_ - 1);
   const double width = end.x + format_.columns;
   const double height = end.y + format_.rows;
+  // The view box counts wells, width and height count pixels: the browser scales, and paths stay
+  // short whole numbers.
   Add(page, "<svg role=\"img\" aria-label=\"", label, "\" viewBox=\"0 0 ", Coordinate(width), " ",
       Coordinate(height), "\" width=\"", Coordinate(width * pixels_), "\" height=\"",
       Coordinate(height * pixels_), "\"><path class=\"pl\" fill=\"url(#hatch",
       std::to_string(pixels_), ")\" d=\"");
+  // The ground of all maps is hatched; wells that have a value are drawn over it, so that a well
+  // without a reading costs no byte.
   const std::string columns = std::to_string(format_.columns);
   for (std::size_t map = 0; map < maps_; ++map) {
     const Point corner = Corner(map);
@@ -142,6 +151,7 @@ void PlateDrawing::AppendStart(const std::string& label, std::string& page) cons
 
 void PlateDrawing::AppendLabels(const std::vector<std::string>& titles, std::string& page) const {
   const double pixels = pixels_;
+  // Fonts are measured in wells, too, and so divided by the pixels of a well.
   const std::string size = Coordinate(std::round(1000 / pixels) / 100);    // 10 pixels
   const std::string larger = Coordinate(std::round(1200 / pixels) / 100);  // 12 pixels
   // As many labels as there is room for.
@@ -184,6 +194,9 @@ void PlateDrawing::AppendGrid(Point corner, std::string& page) const {
 
 void PlateDrawing::AppendWells(const std::vector<DrawnWell>& wells, const ColourScale& scale,
                                std::string& page) const {
+  // One path for each colour, since an element for each well would take ten times the bytes and
+  // make the browser slow. Wells are lines as thick as a well, which are shorter to write than
+  // squares.
   constexpr std::size_t kNoNumber = ColourScale::kClasses;
   struct Path {
     std::string commands;
@@ -207,6 +220,8 @@ void PlateDrawing::AppendWells(const std::vector<DrawnWell>& wells, const Colour
     // Neighbours in a row are one line; else the pen moves by the shorter of both ways to say it.
     if (path.run == 0 || path.end.x != at.x || path.end.y != at.y) {
       end_run(path);
+      // Absolute at the start of a path, relative to the end of the last line from then on. A minus
+      // sign parts two numbers by itself.
       const bool is_first = path.commands.empty();
       Add(path.commands, is_first ? "M" : "m", Coordinate(at.x - (is_first ? 0 : path.end.x)));
       const double down = at.y - (is_first ? 0 : path.end.y);
@@ -215,6 +230,7 @@ void PlateDrawing::AppendWells(const std::vector<DrawnWell>& wells, const Colour
     ++path.run;
     path.end = {at.x + 1, at.y};
   }
+  // A line lies on both sides of its path: half a well further down it covers its row.
   Add(page, "<g class=\"w\" transform=\"translate(0 .5)\">");
   for (std::size_t i = 0; i < paths.size(); ++i) {
     end_run(paths[i]);
@@ -232,6 +248,7 @@ void PlateDrawing::AppendTooltip(Well well, const std::string& title, std::strin
   for (std::size_t map = 0; map < maps_; ++map) {
     const Point corner = Corner(map);
     const Point at{corner.x + well.column, corner.y + well.row};
+    // After "z" the pen is back at the corner, from which the next "m" counts.
     Add(page, map == 0 ? "M" : "m", Coordinate(at.x - last.x), " ", Coordinate(at.y - last.y),
         "h1v1h-1z");
     last = at;
@@ -247,6 +264,8 @@ void PlateDrawing::AppendStyle(std::string& page) {
 }
 
 void PlateDrawing::AppendPatterns(std::string& page) {
+  // Of no size instead of not displayed: patterns in what is not displayed are not drawn by all
+  // browsers. One pattern for each size of a well, so that lines are a pixel wide in all drawings.
   Add(page, "<svg class=\"patterns\" width=\"0\" height=\"0\" aria-hidden=\"true\"><defs>");
   for (const int pixels : kPixels) {
     // Lines of one pixel at every fourth; a well is a unit.

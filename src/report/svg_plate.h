@@ -23,6 +23,7 @@ class ColourScale {
  public:
   static constexpr int kClasses = 32;
 
+  // In any order; none for a plate without numbers, whose scale has a legend without colours.
   explicit ColourScale(std::vector<double> values);
 
   bool HasValues() const { return has_values_; }
@@ -54,6 +55,9 @@ class PlateDrawing {
  public:
   enum class Size { kSmall, kLarge };
 
+  // `maps` is the number of replications, at least one; `format` must outlive the drawing.
+  // AppendStart comes first, what is appended later lies on top, and the caller ends the drawing
+  // with "</svg>".
   PlateDrawing(const PlateFormat& format, std::size_t maps, Size size);
 
   // The beginning of the drawing: the wells without a reading, hatched. `label` is its name for
@@ -61,6 +65,7 @@ class PlateDrawing {
   void AppendStart(const std::string& label, std::string& page) const;
   // Rows and columns of a large drawing, and over each map its title.
   void AppendLabels(const std::vector<std::string>& titles, std::string& page) const;
+  // In any order; wells of one map that follow one another in a row take the fewest bytes.
   void AppendWells(const std::vector<DrawnWell>& wells, const ColourScale& scale,
                    std::string& page) const;
   // One shape over a well in the maps from the first to the last, which shows `title` (markup).
@@ -76,6 +81,7 @@ class PlateDrawing {
     double y;
   };
 
+  // The upper left well of a map, four maps a line.
   Point Corner(std::size_t map) const;
   void AppendGrid(Point corner, std::string& page) const;
 
