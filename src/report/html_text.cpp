@@ -27,7 +27,7 @@ std::string InDigits(double number, int digits) {
   const auto [end, error] =
       std::to_chars(buffer, buffer + sizeof buffer, number, std::chars_format::general, digits);
   std::string text(buffer, error == std::errc() ? end : buffer);
-  // A small negative number that is rounded to nothing is no negative one to a reader.
+  // Negative zero is no negative number to a reader.
   return text == "-0" ? "0" : text;
 }
 
