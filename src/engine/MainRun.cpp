@@ -58,6 +58,7 @@ class Interlude {
   void operator()() {
     const auto now = std::chrono::steady_clock::now();
     if (now - last_ < kInterval) return;
+    // The loop first: it may bring the click that asks for the stop.
     Platform().message_loop->Yield();
     engine_.AskWhetherToStop();
     last_ = std::chrono::steady_clock::now();
@@ -108,6 +109,8 @@ ExistingOutput CheckOutputFile(const std::string& output, OutputKind kind) {
 
 RunOutcome MainRun::Start(const RunSelection& selection, const RunOptions& options) {
   RunOutcome outcome = RunOutcome::kFinished;
+  // The engine of a run that finished is kept until the next one: it is still asked where its
+  // output lies.
   moKorvex_.reset(new clsKorvex(view_, options));
   // The engine reports its own failures and ends with error 17: only what goes wrong around it is
   // reported here.
@@ -129,6 +132,7 @@ RunOutcome MainRun::Start(const RunSelection& selection, const RunOptions& optio
           }
           moKorvex_->Record().AddProblem({PendingError().Description(), {}, {}});
         }
+        // A stop comes as error 17 from the engine, and as error 18 while files are counted.
         const bool stopped = moKorvex_->Stopped() || error.Number() == error_number::kUserInterrupt;
         outcome = stopped ? RunOutcome::kStopped : RunOutcome::kFailed;
         EndRun(stopped ? RunRecord::Outcome::kStopped : RunRecord::Outcome::kFailed);
@@ -170,6 +174,7 @@ void MainRun::CheckOutputs(const RunOptions& options) {
 void MainRun::Convert(const RunSelection& selection) {
   RunRecord& record = moKorvex_->Record();
   RefusalRecorder recorder(Platform(), record, moKorvex_->Place());
+  // Only while the run converts: its last message says that it has finished, which is no problem.
   const InstalledServices recorded(recorder.Recording());
   CheckSelection(selection, moKorvex_->Folders());
   if (!record.options.check) basSettings::SetLastPath(selection.folder);
@@ -193,6 +198,8 @@ std::int32_t MainRun::ProgressMaximum(const RunSelection& selection) {
     for (const std::string& name : folders.SubFolders(selection.folder)) {
       const std::string sub_folder = JoinPath(selection.folder, name);
       interlude();
+      // Outside the try: a sub-folder itself that cannot be listed ends the run, since its files
+      // would be missing.
       const std::vector<FolderEntry>& entries = folders.Entries(sub_folder);
       try {
         files += CountFiles(sub_folder, entries, [&] { interlude(); });

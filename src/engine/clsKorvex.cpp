@@ -94,6 +94,7 @@ void clsKorvex::ProcessFolders(std::string& folder, const std::vector<std::strin
 
 void clsKorvex::Run() {
   application_ = Platform().spreadsheet->CreateApplication();
+  // Before the structure is checked: the report of a refused run names its settings, too.
   BeginRecord();
   Step([&] { CheckStructure(); });
   HideApplication();
@@ -110,6 +111,7 @@ void clsKorvex::Run() {
   outputs_.EndRun(record_.findings);
   watch_->EndRun();
   if (record_.options.check) return;
+  // After all findings are known, and before anything takes its place on the disk.
   CheckStrict();
   place_ = {};
   outputs_.Save(record_);
@@ -146,6 +148,7 @@ void clsKorvex::BeginRecord() {
   record_.key_columns = basSettings::KeysColumns();
   record_.data_column = basSettings::DataColumn();
   clsArray names;
+  // The data column is an output column by its replications only, as in the structure.
   names.AddTexts(basSettings::OutputColumns());
   names.Remove(record_.data_column);
   record_.output_columns = names.Texts();
@@ -187,7 +190,9 @@ void clsKorvex::ProcessSubFolders() {
     Step([&] {
       CheckIsThere(path);
       const std::vector<std::string> found = folders_.Workbooks(path);
+      // Called for its error: too many files are refused before any is read.
       Int16(found.size(), "files in " + path);
+      // The first sub-folder alone decides how wide the sheet is when headers are first appended.
       if (table != nullptr && sub_folder == sub_folders.front()) {
         table->CheckFoldersAhead(found, folder_count_);
       }
@@ -207,10 +212,13 @@ void clsKorvex::ProcessSubFolders() {
     Step([&] {
       const std::vector<std::string> files = FilesOf(sub_folder);
       const std::string path = JoinPath(processing_folder_, sub_folder);
+      // After the folder was found to hold workbooks: an empty one is refused, and is no finding.
       watch_->NoteSkippedFolders(sub_folder, folders_.Entries(path), folders_.Workbooks(path));
       ProcessFiles(files);
     });
     place_ = {};
+    // Again with the columns that there are now: later sub-folders may have brought new
+    // replications.
     if (table != nullptr) {
       Step([&] { table->CheckFoldersAhead(current_folder_, folder_count_); });
     }
@@ -255,6 +263,7 @@ void clsKorvex::ProcessFiles(const std::vector<std::string>& files) {
       ++number;
       Step([&] { ProcessFile(path, base_name, number, count); });
     }
+    // A batch that failed is not ended, since nothing of the run is saved.
     outputs_.EndBatch();
     watch_->EndBatch();
   } catch (...) {
@@ -278,11 +287,14 @@ void clsKorvex::ProcessFile(const std::string& path, const std::string& base_nam
       [&] {
         input = &OpenInput(path);
         CheckSheetExists(*input);
+        // Of every workbook: its columns may stand in another order than those of the sample.
         structure_.RefreshAvailableCols(*input);
         DataSheet sheet(*input, structure_, record_.options.decimal_comma);
+        // Once a file, where nothing of it has been written yet.
         Platform().message_loop->Yield();
         AskWhetherToStop();
         ProcessSheet(sheet, base_name, file_number, file_count);
+        // Exchanged first, so that a failing close is not tried again below.
         std::exchange(input, nullptr)->Close();
         events_.ProcessedFile();
       },
@@ -290,6 +302,7 @@ void clsKorvex::ProcessFile(const std::string& path, const std::string& base_nam
         const bool stopped = error.Number() == error_number::kUserInterrupt;
         if (error.IsTold() || record_.options.check) {
           if (input != nullptr) Attempt([&] { input->Close(); });
+          // The step around it takes down the error itself, with its own text.
           if (record_.options.check) throw;
         } else if (!stopped) {
           error.Report("An error occurred while processing the file " + FailedPath(path));
@@ -297,12 +310,15 @@ void clsKorvex::ProcessFile(const std::string& path, const std::string& base_nam
         if (basSettings::ProcessingFiles()) {
           events_.ErrorMessage("Error while processing file " + FailedPath(path));
         }
+        // Told or reported by now, or a stop, of which nothing is to be told.
         throw Error(stopped ? error_number::kUserInterrupt : error_number::kCannotPerform);
       });
 }
 
 Workbook& clsKorvex::OpenInput(const std::string& path) {
   OpenOptions options;
+  // Read-only, so that a workbook that somebody has open can be read, too; a campaign does not fill
+  // the list of recent files.
   options.read_only = true;
   options.ignore_read_only_recommended = true;
   options.add_to_recent_files = false;
@@ -357,6 +373,7 @@ void clsKorvex::RefuseKey(const DataSheet& sheet, int row, const KeyTable::Found
     return outputs_.Table() != nullptr &&
            EqualText(ReplicationLetter(other.replication), ReplicationLetter(current.replication));
   };
+  // A blank row makes a later one in its sheet a duplicate, but takes no place in the output.
   const auto first =
       key.is_duplicate ? keys_.FindRow(key.key, is_meant) : keys_.Find(key.key, is_meant);
   CollidingRow colliding{sheet, row, key_, {}, 0, !record_.options.check};
@@ -394,6 +411,7 @@ void clsKorvex::AskWhetherToStop() {
   const std::string answer =
       ShowMessageBox("Stop Process?", {kStopButton, "Continue"}, kProgramTitle);
   if (EqualText(answer, kStopButton)) throw Error(error_number::kUserInterrupt);
+  // The answer holds until the user asks for a stop again.
   stop_requested_ = false;
 }
 

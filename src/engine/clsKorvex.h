@@ -72,11 +72,14 @@ class clsKorvex {
   void CheckStructure();
   void HideApplication();
   std::string SheetName() const;
+  // Refuse what can be known before the first file is read, then process every batch.
   void ProcessSubFolders();
   void ProcessSelectedFiles();
   // The sub-folder's files, by their full names. Refuses a folder without any.
   std::vector<std::string> FilesOf(const std::string& sub_folder);
   void ProcessFiles(const std::vector<std::string>& files);
+  // One input workbook, from opening to closing. Error 17 for what was told or reported, 18 for a
+  // stop; in a check the error itself.
   void ProcessFile(const std::string& path, const std::string& base_name, std::int16_t file_number,
                    std::int16_t file_count);
   Workbook& OpenInput(const std::string& path);
@@ -86,13 +89,16 @@ class clsKorvex {
   void Step(Body&& body);
   void BeginRecord();
   void ProcessRow(DataSheet& sheet, int row);
+  // The same in a check: a row that fails is one problem, and the next row is looked at.
   void CheckRow(DataSheet& sheet, int row);
+  // Tells which row had the key first, and raises error 17.
   [[noreturn]] void RefuseKey(const DataSheet& sheet, int row, const KeyTable::Found& key);
   void CheckStrict();
   void ProcessSheet(DataSheet& sheet, const std::string& base_name, std::int16_t file_number,
                     std::int16_t file_count);
 
   KorvexEvents& events_;
+  // The one of the run; it goes at the end of a run that was saved, or with the engine.
   std::unique_ptr<Application> application_;
   clsStructure structure_;
   RunRecord record_;
@@ -105,6 +111,7 @@ class clsKorvex {
   std::string processing_folder_;
   std::string output_full_name_;
   std::vector<std::string> files_;
+  // Set from within Yield, on the thread of the run, and so plain.
   bool stop_requested_ = false;
   bool running_ = false;
   bool stopped_ = false;

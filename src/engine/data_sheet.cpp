@@ -27,6 +27,8 @@ std::optional<double> DecimalCommaNumber(std::string_view text) {
   const std::size_t start = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
   const std::size_t comma = text.find(',', start);
   if (comma == std::string_view::npos || comma == start || comma + 1 == text.size()) return {};
+  // The conversion knows a minus but no plus, and takes exponents and "inf", which the digits rule
+  // out.
   std::string number(text.substr(start == 1 && text[0] == '+' ? 1 : 0));
   std::ranges::replace(number, ',', '.');
   const std::string_view digits = text.substr(start);
@@ -63,6 +65,8 @@ void DataSheet::ReadLayout(int output_columns) {
 }
 
 void DataSheet::FindColumns(int output_columns) {
+  // The first column decides where the data end, whatever columns the run asks for; it gets index
+  // 0.
   ReadAlways(1);
   for (const std::string& name : structure_.KeyColsArray()) {
     key_columns_.push_back({name + "=", SourceOf(name)});
@@ -105,6 +109,7 @@ ColumnSource DataSheet::SourceOf(const std::string& name) {
 }
 
 std::size_t DataSheet::ReadAlways(int sheet_column) {
+  // Columns may serve as key and output at once: each is read once a row.
   const auto known = std::ranges::find(read_columns_, sheet_column);
   const auto index = static_cast<std::size_t>(known - read_columns_.begin());
   if (known == read_columns_.end()) read_columns_.push_back(sheet_column);
@@ -116,6 +121,7 @@ bool DataSheet::HasRow(int row) {
   if (row > last_row_) return false;
   row_values_.resize(read_columns_.size());
   current_row_ = row;
+  // All cells of a row at once, which takes less than looking up each by itself.
   has_row_values_ = sheet_.ReadRow(row, read_columns_, row_values_);
   return !IsBlank(ValueOf(row, 1, 0));
 }
@@ -125,6 +131,8 @@ void DataSheet::BuildKey(int row, std::string& key) {
   const bool is_read = row == current_row_ && has_row_values_;
   for (const KeyColumn& column : key_columns_) {
     key += column.label;
+    // Most key columns are sheet columns: their text goes straight into the key, with no copy
+    // between. A million rows pass here.
     if (is_read && column.source.kind == ColumnSource::Kind::kSheetColumn) {
       AppendCellText(row_values_[column.source.index], key);
     } else {
@@ -140,6 +148,7 @@ CellValue DataSheet::GetColumnValue(const ColumnSource& source, int row) {
     case Kind::kSheetColumn:
       return ValueOf(row, source.sheet_column, source.index);
     case Kind::kDate:
+      // Kept for the sheet, since a cell value only refers to its text.
       if (!date_) date_ = GetDate();
       return CellValue::Text(*date_);
     case Kind::kFilename:

@@ -66,6 +66,7 @@ class DataSheet {
   CellValue SheetColumnValue(const ColumnSource& source) const { return row_values_[source.index]; }
   // Error 17 (told) for a date that cannot be read, 9 or 13 for a day number.
   CellValue GetColumnValue(const ColumnSource& source, int row);
+  // The value of the data column: as it stands, or the number that a decimal comma made of a text.
   CellValue MeasuredValue(int row) const;
   // Where the values of a column of that name come from in this sheet. To be asked before its rows
   // are read.
@@ -94,7 +95,9 @@ class DataSheet {
     ColumnSource source;
   };
 
+  // Raises what ReadLayout raises for columns.
   void FindColumns(int output_columns);
+  // Has a column read of every row. Returns its index in row_values_.
   std::size_t ReadAlways(int sheet_column);
   CellValue ValueOf(int row, int sheet_column, std::size_t index) const {
     if (row == current_row_ && has_row_values_) return row_values_[index];

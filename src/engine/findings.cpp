@@ -18,6 +18,7 @@ struct Wording {
   std::string_view advice;
 };
 
+// In the order of FindingKind. The names stand in reports for programs and do not change.
 constexpr std::array<Wording, kFindingKinds> kWordings = {{
     {"misplaced-replication",
      "The readings of one replication stand under a header that is not their own",
@@ -110,6 +111,8 @@ bool Findings::IsEmpty() const {
 }
 
 std::vector<Finding> Findings::All() const {
+  // In the order of the kinds, whichever was met first: the reports of several runs can be
+  // compared.
   std::vector<Finding> all;
   for (std::size_t i = 0; i < kFindingKinds; ++i) {
     const Noted& noted = noted_[i];

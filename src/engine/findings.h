@@ -12,6 +12,7 @@
 
 namespace korvex {
 
+// In the order in which they are told. Each has a wording in findings.cpp, at the same place.
 enum class FindingKind : std::uint8_t {
   kMisplacedReplication,
   kOverwrittenHeader,
@@ -67,6 +68,7 @@ class Findings {
     ++noted.count;
   }
 
+  // Whether nothing was noted: what a strict run asks.
   bool IsEmpty() const;
   // In the order of the kinds.
   std::vector<Finding> All() const;

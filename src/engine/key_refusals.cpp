@@ -12,6 +12,7 @@ namespace {
 
 std::string CauseOf(const CollidingRow& row) {
   if (row.first_row == 0) return {};
+  // The whole path, where the file has gone or cannot be looked at any more.
   std::string first_file = Shown(row.first_file);
   Attempt([&] { first_file = GetDisplayPath(row.first_file); });
   return "Row " + std::to_string(row.row) + " repeats what row " + std::to_string(row.first_row) +
@@ -21,6 +22,7 @@ std::string CauseOf(const CollidingRow& row) {
 // A refusal is no error that somebody has to look into: the log gets a line of text.
 [[noreturn]] void Refuse(const CollidingRow& row, const std::string& message) {
   const std::string cause = CauseOf(row);
+  // A log that cannot be written keeps nobody from being told.
   if (row.is_logged) {
     Attempt([&] {
       AppLog().AddText(

@@ -11,6 +11,7 @@ namespace korvex {
 
 // A row whose key is there already.
 struct CollidingRow {
+  // The sheet and the key must outlive it.
   const DataSheet& sheet;
   int row = 0;
   const std::string& key;

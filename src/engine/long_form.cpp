@@ -50,6 +50,7 @@ class TextLongForm : public LongFormFile {
   }
   void Save(bool as_new, const std::vector<std::string>& inputs) override {
     Naming(target_, [&] {
+      // Checked again: what the name leads to may have changed since the run began.
       CheckOutputTarget(files_, target_, inputs);
       writer_.Finish();
       as_new ? file_->CommitAsNew() : file_->Commit();
@@ -130,6 +131,7 @@ void LongForm::CheckTarget(const std::string& full_name, const std::vector<std::
 
 void LongForm::WriteHeaders() {
   columns_ = structure_.KeyColsArray();
+  // Once each: a column that is in the key and in the output has the same value in both.
   for (const std::string& name : structure_.OutputColsArray()) {
     if (!ContainsText(columns_, name)) columns_.push_back(name);
   }
@@ -147,6 +149,7 @@ void LongForm::BeginSheet(DataSheet& sheet, const std::string& file) {
   inputs_.push_back(sheet.FullName());
   sources_.clear();
   for (const std::string& name : columns_) sources_.push_back(sheet.SourceOf(name));
+  // A name without a day leaves the cell empty, as only a column "day_num" refuses it.
   const std::optional<std::int16_t> day = sheet.Day();
   day_ = day ? CellValue::Number(*day) : CellValue();
   file_text_ = file;
@@ -175,6 +178,8 @@ void LongForm::EndRow() {
 }
 
 bool TakenReadings::Take(std::size_t key, std::int16_t replication, const CellValue& value) {
+  // The readings of one key are few, so that a chain through all readings is searched quickly and
+  // costs less than a table of pairs.
   if (key >= last_of_key_.size()) last_of_key_.resize(key + 1);
   std::uint32_t& last = last_of_key_[key];
   for (std::uint32_t place = last; place != 0; place = taken_[place - 1].next) {

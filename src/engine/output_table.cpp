@@ -18,6 +18,7 @@ namespace {
 // So many empty columns in a row mean that the headers have ended.
 constexpr int kEmptyColumnsAtEnd = 6;
 
+// Left the name in the inputs, right the one that the output has for it.
 constexpr std::array<std::array<const char*, 2>, 4> kRenamedHeaders = {{
     {"cell plate #", "plate_96"},
     {"cell plate wells ##", "well_96"},
@@ -25,6 +26,7 @@ constexpr std::array<std::array<const char*, 2>, 4> kRenamedHeaders = {{
     {"compound #", "chem_num"},
 }};
 
+// For values that are filled in after the run; the columns below them stay empty.
 constexpr std::array<const char*, 6> kExtraHeaders = {"screen_num", "row_num",  "vic_num",
                                                       "plate_384",  "well_384", "plate_id"};
 
@@ -81,11 +83,13 @@ CellValue WrittenAsText(const CellValue& value, std::string& text) {
   // A whole number reads back from its text as it was.
   if (value.kind == CellKind::kNumber && std::abs(value.number) < 1e15 &&
       value.number == std::trunc(value.number)) {
+    // Adding 0 makes 0 of a negative zero, whose text is "0".
     return CellValue::Number(value.number + 0.0);
   }
   text.clear();
   AppendCellText(value, text);
   if (value.kind == CellKind::kNumber) {
+    // Through its text, which has 15 digits at most: the cell holds the number that the text says.
     return CellValue::Number(ParseNumber(text).value_or(value.number));
   }
   return CellFromText(text);
@@ -108,6 +112,7 @@ bool OutputTable::WriteData(std::uint32_t key, const DataSheet& sheet, const Cel
     replication_column_ = ReplicationColumn(sheet);
     TakeDownPlace(sheet.Replication(), replication_column_);
   }
+  // A blank reading leaves the place to a later file.
   const CellValue present = sheet_.Value(RowOf(key), replication_column_);
   if (present.kind != CellKind::kEmpty && !TrimBlanks(CellText(present)).empty()) return false;
   sheet_.SetValue(RowOf(key), replication_column_, value);
@@ -115,6 +120,7 @@ bool OutputTable::WriteData(std::uint32_t key, const DataSheet& sheet, const Cel
 }
 
 void OutputTable::TakeDownPlace(std::int16_t replication, int column) {
+  // From the last one back: those of the current batch stand at the end.
   for (auto placed = placed_.rbegin(); placed != placed_.rend() && placed->batch == batch_;
        ++placed) {
     if (placed->replication == replication && placed->column == column) return;
@@ -131,6 +137,8 @@ int OutputTable::ReplicationColumn(const DataSheet& sheet) {
   auto& [column, replications] = replication_table_.Item(letter);
   replications.insert(replication);
   if (column == 0) {
+    // By its number, not in the order of meeting: A, B and C stand side by side whichever file came
+    // first. Gaps between them are deleted at the end of the batch.
     column = column_count_ + replication;
     sheet_.SetValue(1, column, CellValue::Text(letter));
   } else if (HeaderIsEmpty(column)) {
@@ -168,6 +176,8 @@ bool OutputTable::HeaderIsEmpty(int column) const {
 }
 
 void OutputTable::RemoveEmptyColumns() {
+  // So many in a row are taken for the end of the headers. Of a wider gap a part stays, and the
+  // extra headers go into it.
   int deleted_in_a_row = 0;
   for (int column = 1; column <= kLastHeaderColumn && deleted_in_a_row < kEmptyColumnsAtEnd;) {
     if (HeaderIsEmpty(column)) {
@@ -191,6 +201,8 @@ void OutputTable::AddExtraHeaders() {
   while (column <= kLastHeaderColumn && !HeaderIsEmpty(column)) ++column;
   if (column > kLastHeaderColumn) return;
   for (const std::string& header : extra_headers_.Texts()) {
+    // Behind a wide gap letters may follow: the headers go over them, and it is taken down whose
+    // they were.
     const std::string present = CellText(sheet_.Value(1, column));
     for (Placed& placed : placed_) {
       const bool is_below =
@@ -223,6 +235,8 @@ void OutputTable::NoteMisplaced(Findings& findings) const {
 void OutputTable::CheckReplicationsAhead(const std::vector<std::string>& workbook_names) const {
   const int highest = ReplicationsOf(workbook_names).highest;
   if (highest == 0) return;
+  // A replication's number is its place behind the output columns: one file with the number 150
+  // needs room for all below it, too.
   try {
     sheet_.CheckRoom({1, column_count_ + highest});
   } catch (const Error& error) {

@@ -25,6 +25,7 @@ bool AreNearlyAll(std::size_t part, std::size_t whole) {
   return part * 100 >= whole * kWellPercent;
 }
 
+// One number for a well on any plate: as if it were on the largest.
 std::size_t NumberOf(Well well) {
   return static_cast<std::size_t>(well.row * kLargest.columns + well.column);
 }
@@ -37,6 +38,7 @@ bool Holds(const PlateFormat& format, Well well) {
 std::optional<int> NumberFrom(std::string_view digits, std::size_t most_digits) {
   int number = 0;
   const char* const end = digits.data() + digits.size();
+  // A minus is refused here, since the conversion would take it.
   if (digits.empty() || digits.size() > most_digits || digits.front() == '-') return std::nullopt;
   const auto [stop, error] = std::from_chars(digits.data(), end, number);
   if (error != std::errc() || stop != end) return std::nullopt;
@@ -55,6 +57,7 @@ class FormatCount {
     }
   }
   const PlateFormat* Smallest() const {
+    // From the smallest: each larger format holds what a smaller one holds.
     for (std::size_t i = 0; i < held_.size(); ++i) {
       if (AreNearlyAll(held_[i], whole_)) return &kPlateFormats[i];
     }
@@ -84,6 +87,8 @@ struct WellColumn {
 class PlaceSet {
  public:
   explicit PlaceSet(std::size_t most) {
+    // A power of two, and half of the slots free at least, so that a search ends after a step or
+    // two.
     std::size_t slots = 16;
     while (slots < 2 * most) slots *= 2;
     slots_.resize(slots);
@@ -107,6 +112,8 @@ class PlaceSet {
   }
 
  private:
+  // Another one in every run, so that nobody can write a campaign whose readings all meet in one
+  // slot.
   std::uint64_t start_ = std::uint64_t{HashOf("start")} << 32 | HashOf("place");
   std::vector<std::uint64_t> slots_;
 };
@@ -135,6 +142,7 @@ class LayoutFinder {
   PlateLayout Lay(const WellColumn& wells, Column plate) const;
 
   std::uint64_t PlaceOf(const Reading& reading, Well well, Column plate) const {
+    // 32 bits for the plate, 16 for the well and 16 for the replication: a place is a number.
     const std::uint64_t number = plate ? readings_.columns[*plate].text_of_key[reading.key] : 0;
     return (number << 16 | NumberOf(well)) << 16 |
            static_cast<std::uint16_t>(inputs_[reading.input].replication);
@@ -164,6 +172,8 @@ std::optional<PlateLayout> LayoutFinder::Find(std::string_view plate, std::strin
   const std::vector<WellColumn> candidates =
       well_column ? NamedWells(*well_column) : LikelyWells(plate_column);
   for (const WellColumn& wells : candidates) {
+    // A named plate column must tell the readings of a well apart; without one, a column that does
+    // is looked for.
     Column found = plate_column;
     if (plate_column ? !Doubled(wells, plate_column) : FindPlates(wells, found)) {
       return Lay(wells, found);
@@ -195,6 +205,8 @@ bool LayoutFinder::FindNamed(std::string_view name, Column& column) {
 }
 
 std::vector<WellColumn> LayoutFinder::NamedWells(std::size_t column) {
+  // A named column is taken at its word: it needs no 95 %. Of the two ways to read it, the one with
+  // more readings counts.
   WellColumn names = Read(column, false);
   WellColumn numbers = Read(column, true);
   WellColumn& wells = names.readings >= numbers.readings ? names : numbers;
@@ -232,6 +244,7 @@ std::vector<WellColumn> LayoutFinder::LikelyWells(Column plate) {
 
 WellColumn LayoutFinder::Read(std::size_t column, bool as_numbers) const {
   const KeyedColumn& values = readings_.columns[column];
+  // Counted by text, so that each text is read as a well once, however many readings have it.
   std::vector<std::size_t> readings_of_text(values.texts.size());
   for (std::size_t key = 0; key < readings_of_key_.size(); ++key) {
     readings_of_text[values.text_of_key[key]] += readings_of_key_[key];
@@ -252,6 +265,7 @@ WellColumn LayoutFinder::Read(std::size_t column, bool as_numbers) const {
   const PlateFormat& format = *formats.Smallest();
   if (as_numbers) {
     wells.format = &format;
+    // Now that the format is known: number 13 is B01 on 96 wells and A13 on 384.
     for (std::size_t i = 0; i < values.texts.size(); ++i) {
       wells.well_of_text[i] = WellFromNumber(values.texts[i], format);
     }
@@ -277,6 +291,7 @@ bool LayoutFinder::FindPlates(const WellColumn& wells, Column& plate) const {
     if (const auto& well = WellOf(wells, key)) ++keys_of_well[NumberOf(*well)];
   }
   const bool is_one_plate = !Doubled(wells, std::nullopt);
+  // On one plate, a key column with a single value is its name.
   const std::size_t most_plates =
       is_one_plate ? 1 : kPlatesPerKeyOfWell * *std::ranges::max_element(keys_of_well);
 
@@ -307,6 +322,8 @@ std::optional<std::pair<const Reading*, const Reading*>> LayoutFinder::Doubled(
   for (const Reading& reading : readings_.readings) {
     const std::optional<std::uint64_t> place = place_of(reading);
     if (!place || places.Insert(*place)) continue;
+    // Searched only now: a set that knew the reading of every place would be twice as large, and
+    // mostly nothing is double.
     const auto first = std::ranges::find_if(
         readings_.readings, [&](const Reading& each) { return place_of(each) == place; });
     return std::pair(&*first, &reading);
@@ -343,6 +360,7 @@ PlateLayout LayoutFinder::Lay(const WellColumn& wells, Column plate) const {
   }
   layout.well_of_key.reserve(keys);
   for (std::size_t key = 0; key < keys; ++key) layout.well_of_key.push_back(WellOf(wells, key));
+  // Numbers have one format; of names each plate gets the smallest that holds its own.
   if (wells.format != nullptr) return layout;
 
   std::vector<FormatCount> formats(layout.format_of_plate.size());
@@ -355,6 +373,7 @@ PlateLayout LayoutFinder::Lay(const WellColumn& wells, Column plate) const {
   std::ranges::transform(formats, layout.format_of_plate.begin(),
                          [](const FormatCount& count) { return count.Smallest(); });
   for (std::size_t key = 0; key < keys; ++key) {
+    // What is left over on a plate, 5 % at most, is taken for mistakes and not drawn.
     auto& well = layout.well_of_key[key];
     if (well && !Holds(*layout.format_of_plate[layout.plate_of_key[key]], *well)) well.reset();
   }
@@ -373,6 +392,8 @@ std::optional<Well> WellFromName(std::string_view text) {
   if (letters == 0 || letters > 2) return std::nullopt;
   int row = 0;
   for (const char letter : text.substr(0, letters)) {
+    // Letters count without a zero: AA is Z plus one, as in columns of a sheet. The bit 0x20 makes
+    // small letters of capital ones.
     row = row * kLetters + ((letter | 0x20) - 'a' + 1);
   }
   const std::optional<int> column = NumberFrom(text.substr(letters), 3);

@@ -5,11 +5,13 @@ namespace korvex {
 RefusalRecorder::RefusalRecorder(const Services& services, RunRecord& record,
                                  const FindingPlace& place)
     : services_(services), shown_(*services.dialogs), record_(record), place_(place) {
+  // A copy is changed: the services that were installed stay as they are.
   services_.dialogs = this;
   if (record.options.check) services_.mail = this;
 }
 
 BoxAnswer RefusalRecorder::ShowPlain(const PlainMessage& message) {
+  // What gives a choice is a question, not a refusal.
   if (message.buttons != BoxButtons::kOk) return shown_.ShowPlain(message);
   record_.AddProblem({message.text, message.cause, place_});
   return record_.options.check ? BoxAnswer::kOk : shown_.ShowPlain(message);

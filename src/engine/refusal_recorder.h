@@ -18,14 +18,17 @@ class RefusalRecorder : private Dialogs, private Mail {
   // The services, `record` and `place` (what the run works on now) must outlive the recorder.
   RefusalRecorder(const Services& services, RunRecord& record, const FindingPlace& place);
 
+  // To be installed while the run is on the stack. The reference lasts as long as the recorder.
   const Services& Recording() const { return services_; }
 
  private:
+  // A message with one button is taken down; in a check that button is its answer at once.
   BoxAnswer ShowPlain(const PlainMessage& message) override;
   std::string ShowButtons(const ButtonMessage& message) override;
   std::string BrowseForFolder(void* owner, const std::string& prompt) override;
   std::string BrowseNetwork(void* owner, const std::string& title) override;
 
+  // The mail of a check, which is never sent.
   void SignOn() override {}
   void Compose() override {}
   void SetSubject(const std::string&) override {}

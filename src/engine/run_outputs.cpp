@@ -26,9 +26,11 @@ std::string FreeNameLike(const std::string& full_name) {
 OutputRecord RecordOf(const std::string& full_name, int rows, int columns, bool with_digest) {
   const FileSystem& files = *Platform().files;
   OutputRecord output{full_name, 0, {}, rows, columns};
+  // A size that cannot be asked for fails no run whose output is in place.
   if (const auto version = files.VersionOf(full_name)) {
     output.size = static_cast<std::uint64_t>(version->size);
   }
+  // For a report alone, since it reads the whole file once more.
   if (with_digest) output.sha256 = Sha256OfFile(files, full_name);
   return output;
 }
@@ -58,12 +60,14 @@ void RunOutputs::BeginSheet(DataSheet& sheet, const std::string& file, int batch
 
 bool RunOutputs::Write(const KeyTable::Found& key, DataSheet& sheet, int row,
                        const CellValue& value) {
+  // Without a sheet, whose cells show what is taken, the places are remembered.
   if (table_) {
     if (!table_->WriteData(key.key, sheet, value)) return false;
     if (key.is_new) table_->WriteOutputColumns(key.key, sheet, row);
   } else if (!taken_.Take(key.key, sheet.Replication(), value)) {
     return false;
   }
+  // Last, since a row that has been written to a text file cannot be taken back.
   if (long_form_) long_form_->Write(row, value);
   return true;
 }
@@ -92,6 +96,7 @@ void RunOutputs::SaveOutputWorkbook(RunRecord& record) {
   } else {
     output_workbook_->SaveAs(output_full_name_);
   }
+  // It refers to a sheet of the workbook.
   table_.reset();
   std::exchange(output_workbook_, nullptr)->Close();
   record.output = RecordOf(output_full_name_, last.row, last.column, record.readings.has_value());
@@ -119,6 +124,7 @@ void RunOutputs::SaveUnlessTaken() {
   };
   if (save_as(output_full_name_)) return;
   std::string kept;
+  // Once more when a file of the new name appears between looking and saving.
   do {
     kept = FreeNameLike(output_full_name_);
   } while (!save_as(kept));

@@ -50,6 +50,7 @@ class RunOutputs {
 
  private:
   void SaveOutputWorkbook(RunRecord& record);
+  // Error 58 when a file had the name by then; the output lies beside it under another name.
   void SaveUnlessTaken();
   void SaveLongForm(RunRecord& record);
 

@@ -66,6 +66,7 @@ struct Reading {
 struct RunReadings {
   std::vector<std::string> keys;     // "name=value;" of each key column, in order of appearance
   std::vector<KeyedColumn> columns;  // the key columns, then the output columns that are none
+  // Those of one workbook follow one another. Each takes 24 bytes; texts stand apart and once.
   std::vector<Reading> readings;
   std::vector<std::string> reading_texts;
 };
@@ -91,6 +92,7 @@ struct RunOptions {
   std::string well_column = {};
 };
 
+// Whole at every moment: a run that fails or is stopped leaves what was known by then.
 struct RunRecord {
   enum class Outcome { kFinished, kFailed, kStopped, kChecked };
 
@@ -100,9 +102,11 @@ struct RunRecord {
   static constexpr std::size_t kMostAlike = 20;
   void AddProblem(Problem problem);
 
+  // A run that says nothing of its end has failed.
   Outcome outcome = Outcome::kFailed;
   std::string processing_folder;
   bool sub_folders = true;  // else selected files
+  // As the settings name them, in their order.
   std::vector<std::string> key_columns;
   std::vector<std::string> output_columns;
   std::string data_column;
