@@ -4,7 +4,7 @@
 # What building the programs needs, what the tests, the comparison with other programs and the
 # fuzzers need on top, and what the checks of .ci/run need.
 BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libwxgtk3.2-dev libgcrypt20-dev libexpat1-dev
-  libxlsxwriter-dev zlib1g-dev)
+  zlib1g-dev)
 TEST_PACKAGES=(libgtest-dev libgmock-dev xvfb openbox)
 PEER_PACKAGES=(libreoffice-calc gnumeric python3-xlrd python3-openpyxl)
 FUZZ_PACKAGES=(clang-14 libclang-rt-14-dev xz-utils)

@@ -7,9 +7,8 @@ WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev cmake ninja-buil
 
 # The libraries that Debian has no Windows form of, built from Debian's own sources, and the package
 # of each that is used on Linux.
-WINDOWS_LIBRARIES=(wxwidgets3.2 expat libxlsxwriter)
-declare -A LINUX_PACKAGE=([wxwidgets3.2]=libwxgtk3.2-dev [expat]=libexpat1-dev
-  [libxlsxwriter]=libxlsxwriter-dev)
+WINDOWS_LIBRARIES=(wxwidgets3.2 expat)
+declare -A LINUX_PACKAGE=([wxwidgets3.2]=libwxgtk3.2-dev [expat]=libexpat1-dev)
 
 # As the programs are compiled (HARDENING in CMakeLists.txt).
 HARDENED="-O2 -fstack-protector-strong -D_FORTIFY_SOURCE=2"
@@ -22,7 +21,6 @@ wxwidgets_OPTIONS=(--host=x86_64-w64-mingw32 --disable-shared --enable-monolithi
 # The programs refuse documents that declare entities.
 expat_OPTIONS=(-DEXPAT_DTD=OFF -DEXPAT_SHARED_LIBS=OFF -DEXPAT_BUILD_TOOLS=OFF -DEXPAT_BUILD_EXAMPLES=OFF
   -DEXPAT_BUILD_TESTS=OFF -DEXPAT_BUILD_DOCS=OFF -DCMAKE_C_FLAGS="$HARDENED")
-libxlsxwriter_OPTIONS=(-DBUILD_SHARED_LIBS=OFF -DCMAKE_C_FLAGS="$HARDENED")
 
 # Where the builds of these libraries are kept, for all checkouts.
 WINDOWS_CACHE=${XDG_CACHE_HOME:-$HOME/.cache}/korvex/windows
@@ -38,7 +36,8 @@ apt_sources() {
 is_pinned() { [[ " ${WINDOWS_SOURCES:-}" == *" $1="* ]]; }
 
 # wanted_version PACKAGE: the version of its source that WINDOWS_SOURCES in the environment asks for
-# ("expat=2.5.0-1 libxlsxwriter=1.1.4-2"), else the one that the Linux programs' package is made from.
+# ("wxwidgets3.2=3.2.2+dfsg-2 expat=2.5.0-1"), else the one that the Linux programs' package is made
+# from.
 wanted_version() {
   local word
   for word in ${WINDOWS_SOURCES:-}; do
@@ -89,8 +88,8 @@ library_folder() {
   echo "$WINDOWS_CACHE/$1-${2//[^0-9a-z.]/-}-$key"
 }
 
-# build_wx FOLDER PREFIX, build_with_cmake FOLDER PREFIX NAME-OF-OPTIONS SOURCE: the source in
-# FOLDER/source, to be used from PREFIX, into FOLDER/installed.
+# build_wx FOLDER PREFIX, build_expat FOLDER PREFIX: the source in FOLDER/source, to be used from
+# PREFIX, into FOLDER/installed.
 build_wx() {
   mkdir "$1/build"
   build_quietly "$1" env -C "$1/build" ../source/configure "${wxwidgets_OPTIONS[@]}" \
@@ -98,10 +97,9 @@ build_wx() {
   build_quietly "$1" make -C "$1/build" -j"$(nproc)"
   build_quietly "$1" make -C "$1/build" install DESTDIR="$1/installed"
 }
-build_with_cmake() {
-  local -n options=$3
-  build_quietly "$1" cmake -S "$1/$4" -B "$1/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-    --toolchain "$root/cmake/mingw-w64.cmake" -DCMAKE_INSTALL_PREFIX="$2" "${options[@]}"
+build_expat() {
+  build_quietly "$1" cmake -S "$1/source/expat" -B "$1/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+    --toolchain "$root/cmake/mingw-w64.cmake" -DCMAKE_INSTALL_PREFIX="$2" "${expat_OPTIONS[@]}"
   build_quietly "$1" ninja -C "$1/build"
   build_quietly "$1" env DESTDIR="$1/installed" ninja -C "$1/build" install
 }
@@ -121,8 +119,7 @@ build_newest() (
     build_quietly "$scratch" dpkg-source --no-check -x ./*.dsc source
     case $1 in
       wxwidgets3.2) build_wx "$scratch" "$folder" ;;
-      expat) build_with_cmake "$scratch" "$folder" expat_OPTIONS source/expat ;;
-      *) build_with_cmake "$scratch" "$folder" "${1}_OPTIONS" source ;;
+      expat) build_expat "$scratch" "$folder" ;;
     esac
     # There at once and whole, also when two builds do this.
     mv -T "$scratch/installed$folder" "$folder" 2>/dev/null || [ -d "$folder" ]

@@ -6,7 +6,6 @@
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "spreadsheet/output_workbook.h"
-#include "spreadsheet/xlsx/xlsx_writer.h"
 #include "workbook/output_rules.h"
 
 namespace korvex {
@@ -23,8 +22,6 @@ EmbeddedApplication::~EmbeddedApplication() = default;
 Workbook& EmbeddedApplication::AddWorkbook(const std::string& full_name) {
   CheckRunning();
   const OutputFormat& format = OutputFormatOf(full_name);
-  // A run should fail here, before it reads its first workbook, and not when it saves.
-  if (&format == &kXlsxFormat) CheckXlsxFolder(files_);
   ++new_workbooks_;
   workbooks_.push_back(std::make_unique<OutputWorkbook>(
       files_, "Book" + std::to_string(new_workbooks_), format, inputs_,

@@ -77,11 +77,7 @@ void OutputSheet::CheckFits(const OutputFormat& format) const {
 
 int OutputSheet::CountA(int row) const {
   CheckCellPosition(row, 1);
-  int count = 0;
-  for (int column = 0; column < cells_.ColumnCount(); ++column) {
-    if (cells_.At(row - 1, column).kind != CellKind::kEmpty) ++count;
-  }
-  return count;
+  return cells_.CountInRow(row - 1);
 }
 
 void OutputSheet::DeleteColumn(int column) {

@@ -5,8 +5,8 @@
 
 #include "platform/error.h"
 #include "platform/file_system.h"
+#include "spreadsheet/bytes/byte_writer.h"
 #include "spreadsheet/xls/biff8_writer.h"
-#include "spreadsheet/xls/byte_writer.h"
 #include "spreadsheet/xls/compound_file_writer.h"
 #include "spreadsheet/xlsx/xlsx_writer.h"
 #include "text/text.h"
@@ -112,7 +112,7 @@ void OutputWorkbook::WriteFile(const OutputFormat& format, const std::string& ta
   if (format.separator != 0) {
     WriteDelimited(*this, format, *file);
   } else if (&format == &kXlsxFormat) {
-    WriteXlsx(files_, texts_, Contents(), *file);
+    WriteXlsx(texts_, Contents(), *file);
   } else {
     WriteXls(texts_, Contents(), *file);
   }

@@ -4,8 +4,8 @@
 #include <memory>
 #include <string>
 
+#include "spreadsheet/bytes/byte_writer.h"
 #include "spreadsheet/open_workbook.h"
-#include "spreadsheet/xls/byte_writer.h"
 #include "tests/support/errors.h"
 #include "tests/support/memory_file_system.h"
 #include "tests/support/workbook_bytes.h"

@@ -73,6 +73,14 @@ bool CellStore::HasDates(int column) const {
   });
 }
 
+int CellStore::CountInRow(int row) const {
+  int count = 0;
+  for (int column = 0; column < ColumnCount(); ++column) {
+    if (At(row, column).kind != CellKind::kEmpty) ++count;
+  }
+  return count;
+}
+
 std::uint64_t CellStore::Count(CellKind kind) const {
   std::uint64_t count = 0;
   for (const Column& column : columns_) {

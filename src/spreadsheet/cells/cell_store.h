@@ -43,6 +43,8 @@ class CellStore {
   // One past the last row of a column that is not empty; 0 for an empty column.
   int RowEnd(int column) const;
   bool HasDates(int column) const;
+  // How many cells of a row are not empty.
+  int CountInRow(int row) const;
   std::uint64_t Count(CellKind kind) const;
 
  private:

@@ -1,13 +1,14 @@
 #include "spreadsheet/xls/biff8_writer.h"
-#include "spreadsheet/bytes/unicode.h"
 
 #include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
 
+#include "spreadsheet/bytes/byte_writer.h"
+#include "spreadsheet/bytes/unicode.h"
 #include "spreadsheet/cells/cell_store.h"
-#include "spreadsheet/xls/byte_writer.h"
+#include "spreadsheet/xls/biff_records.h"
 
 namespace korvex {
 

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "spreadsheet/bytes/byte_writer.h"
 #include "spreadsheet/cells/cell_store.h"
-#include "spreadsheet/xls/byte_writer.h"
 #include "spreadsheet/xls/shared_string_writer.h"
 
 namespace korvex {

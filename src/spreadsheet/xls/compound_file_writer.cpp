@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "platform/error.h"
-#include "spreadsheet/xls/byte_writer.h"
+#include "spreadsheet/bytes/byte_writer.h"
 #include "spreadsheet/xls/compound_file.h"
 
 namespace korvex {

@@ -5,7 +5,8 @@
 #include <array>
 #include <cstring>
 
-#include "spreadsheet/xls/byte_writer.h"
+#include "spreadsheet/bytes/byte_writer.h"
+#include "spreadsheet/xls/biff_records.h"
 
 namespace korvex {
 

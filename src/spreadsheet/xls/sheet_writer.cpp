@@ -7,8 +7,9 @@
 #include <optional>
 #include <vector>
 
+#include "spreadsheet/bytes/byte_writer.h"
 #include "spreadsheet/cells/cell_store.h"
-#include "spreadsheet/xls/byte_writer.h"
+#include "spreadsheet/xls/biff_records.h"
 #include "spreadsheet/xls/shared_string_writer.h"
 
 namespace korvex {

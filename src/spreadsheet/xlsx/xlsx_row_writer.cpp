@@ -1,11 +1,9 @@
 #include "spreadsheet/xlsx/xlsx_row_writer.h"
 
 #include <bit>
-#include <cerrno>
 #include <cmath>
-#include <cstring>
+#include <utility>
 
-#include "platform/error.h"
 #include "text/utf8.h"
 #include "workbook/cell_error.h"
 #include "workbook/cell_text.h"
@@ -74,18 +72,12 @@ std::size_t AppendSpecial(std::string_view text, std::string& out) {
   return first.length;
 }
 
-[[noreturn]] void FailToWrite() {
-  const int number = errno == ENOSPC ? error_number::kDiskFull : error_number::kDeviceIo;
-  throw Error(number, std::string(std::strerror(errno)) + ".");
-}
-
 bool IsBlank(char c) {
   return c == ' ' || c == '\t' || c == '\n';
 }
 
-}  // namespace
-
-void AppendXlsxText(std::string_view text, std::string& out) {
+// Appends a text in the form that it has between tags.
+void AppendEscaped(std::string_view text, std::string& out) {
   while (!text.empty()) {
     std::size_t plain = 0;
     while (plain < text.size() && IsPlain(text[plain])) ++plain;
@@ -95,9 +87,17 @@ void AppendXlsxText(std::string_view text, std::string& out) {
   }
 }
 
-XlsxRowWriter::XlsxRowWriter(const CellStore& cells, const TextPool& texts,
-                             const XlsxDateStyles& styles, std::FILE* file)
-    : cells_(cells), texts_(texts), styles_(styles), file_(file) {
+// Dates are shown with what they have: serials below 1 are times of day, whole ones dates alone.
+XlsxFormat FormatOf(CellKind kind, double number) {
+  if (!IsDateKind(kind)) return XlsxFormat::kGeneral;
+  if (number >= 0 && number < 1) return XlsxFormat::kTime;
+  return std::trunc(number) == number ? XlsxFormat::kDate : XlsxFormat::kDateTime;
+}
+
+}  // namespace
+
+XlsxRowWriter::XlsxRowWriter(const CellStore& cells, const TextPool& texts, Sink take)
+    : cells_(cells), texts_(texts), take_(std::move(take)) {
   for (int column = 1; column <= cells.ColumnCount(); ++column) {
     letters_.push_back(ColumnLetters(column));
   }
@@ -105,7 +105,7 @@ XlsxRowWriter::XlsxRowWriter(const CellStore& cells, const TextPool& texts,
 
 // Cells are stored by column and written by row: for each 512 rows the blocks that hold anything
 // are looked up once.
-std::uint64_t XlsxRowWriter::Write() {
+void XlsxRowWriter::Write() {
   for (int block = 0; block < cells_.BlockCount(); ++block) {
     parts_.clear();
     for (std::size_t column = 0; column < letters_.size(); ++column) {
@@ -116,9 +116,7 @@ std::uint64_t XlsxRowWriter::Write() {
       AppendRow(block * CellBlock::kRows + row + 1, static_cast<std::size_t>(row));
     }
   }
-  Flush();
-  if (std::fflush(file_) != 0) FailToWrite();
-  return written_;
+  if (!text_.empty()) take_(text_);
 }
 
 void XlsxRowWriter::AppendRow(int row, std::size_t row_in_block) {
@@ -132,7 +130,7 @@ void XlsxRowWriter::AppendRow(int row, std::size_t row_in_block) {
     }
     AppendCell(column, block->kinds[row_in_block], block->bits[row_in_block]);
     // Within a row, too: one row of 16,384 long texts takes half a gigabyte.
-    if (text_.size() >= kBlock) Flush();
+    if (text_.size() >= kBlock) take_(text_);
   }
   if (!is_empty) text_.append("</row>");
 }
@@ -151,8 +149,8 @@ void XlsxRowWriter::AppendCell(std::size_t column, CellKind kind, std::uint64_t 
   } else if (kind == CellKind::kError) {
     text_.append(" t=\"e\"><v>").append(ErrorName(static_cast<int>(number)));
   } else {
-    if (const int style = StyleOf(kind, number); style != 0) {
-      text_.append(" s=\"").append(std::to_string(style)).push_back('"');
+    if (const XlsxFormat format = FormatOf(kind, number); format != XlsxFormat::kGeneral) {
+      text_.append(" s=\"").append(std::to_string(static_cast<int>(format))).push_back('"');
     }
     text_.append("><v>");
     AppendDataText(CellValue::Number(number), text_);
@@ -165,22 +163,8 @@ void XlsxRowWriter::AppendText(std::string_view text) {
   const bool keeps_blanks = IsBlank(text.front()) || IsBlank(text.back());
   text_.append(keeps_blanks ? " t=\"inlineStr\"><is><t xml:space=\"preserve\">"
                             : " t=\"inlineStr\"><is><t>");
-  AppendXlsxText(text, text_);
+  AppendEscaped(text, text_);
   text_.append("</t></is></c>");
-}
-
-// Dates are shown with what they have: serials below 1 are times of day, whole ones dates alone.
-int XlsxRowWriter::StyleOf(CellKind kind, double number) const {
-  if (!IsDateKind(kind)) return 0;
-  if (number >= 0 && number < 1) return styles_.time;
-  return std::trunc(number) == number ? styles_.date : styles_.date_time;
-}
-
-// The library ignores write errors in this file, so that they are caught here.
-void XlsxRowWriter::Flush() {
-  if (std::fwrite(text_.data(), 1, text_.size(), file_) != text_.size()) FailToWrite();
-  written_ += text_.size();
-  text_.clear();
 }
 
 }  // namespace korvex

@@ -10,7 +10,7 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,21 +20,19 @@
 
 namespace korvex {
 
-// The cell formats of dates, as indices into the styles of the workbook.
-struct XlsxDateStyles {
-  int date_time = 0;
-  int date = 0;
-  int time = 0;
-};
+// The formats of cells, as indices into the styles of the workbook.
+enum class XlsxFormat { kGeneral, kDateTime, kDate, kTime };
 
 class XlsxRowWriter {
  public:
-  // All must outlive the writer; `file` takes the rows.
-  XlsxRowWriter(const CellStore& cells, const TextPool& texts, const XlsxDateStyles& styles,
-                std::FILE* file);
+  // Takes a block of rows and leaves an empty text for the next one.
+  using Sink = std::function<void(std::string&)>;
 
-  // Returns the number of bytes written. Error 61 when the disk is full, 57 for other failures.
-  std::uint64_t Write();
+  // The cells and the texts must outlive the writer.
+  XlsxRowWriter(const CellStore& cells, const TextPool& texts, Sink take);
+
+  // Errors of the sink pass through.
+  void Write();
 
  private:
   struct Part {
@@ -45,21 +43,14 @@ class XlsxRowWriter {
   void AppendRow(int row, std::size_t row_in_block);
   void AppendCell(std::size_t column, CellKind kind, std::uint64_t bits);
   void AppendText(std::string_view text);
-  int StyleOf(CellKind kind, double number) const;
-  void Flush();
 
   const CellStore& cells_;
   const TextPool& texts_;
-  const XlsxDateStyles& styles_;
-  std::FILE* file_;
+  const Sink take_;
   std::vector<std::string> letters_;  // of the columns
   std::vector<Part> parts_;           // of the rows being written, that hold anything
   std::string row_number_;
-  std::string text_;  // not written yet
-  std::uint64_t written_ = 0;
+  std::string text_;  // of the block
 };
-
-// Appends a text in the form that it has between tags.
-void AppendXlsxText(std::string_view text, std::string& out);
 
 }  // namespace korvex

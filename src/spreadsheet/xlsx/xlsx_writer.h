@@ -1,29 +1,22 @@
-// Writes an .xlsx workbook, and checks what was written (xlsx_package_check.cpp).
+// Writes an .xlsx workbook.
 #pragma once
 
-#include <cstdint>
-#include <string>
 #include <vector>
 
 #include "spreadsheet/cells/cell_store.h"
 
 namespace korvex {
 
-class FileSystem;
 class ReplacementFile;
 class TextPool;
 
-// The workbook is made in a scratch folder, row by row, and checked there before it is copied into
-// `file`: the library that makes it ignores write errors. For a while the folder holds the rows
-// twice, as plain text. Errors name the folder.
-void WriteXlsx(FileSystem& files, const TextPool& texts, const std::vector<SheetContent>& sheets,
+// The rows are packed on another thread while they are made, and go into the file as they are
+// packed. Equal content gives equal bytes, with the thread and without. Errors of the file pass
+// through.
+//
+// A sheet whose first row holds anything has it as its header row: it stays in view, and has a
+// filter over what is below.
+void WriteXlsx(const TextPool& texts, const std::vector<SheetContent>& sheets,
                ReplacementFile& file);
-
-// Whether every part of the package at `path`, a path for fopen, is whole and the rows of the n-th
-// worksheet take row_bytes[n] bytes.
-bool IsWholeXlsx(const std::string& path, const std::vector<std::uint64_t>& row_bytes);
-
-// Throws if no scratch folder can be made, so that a run need not find out at its end.
-void CheckXlsxFolder(FileSystem& files);
 
 }  // namespace korvex

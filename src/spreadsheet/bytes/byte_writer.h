@@ -15,7 +15,6 @@
 #include <vector>
 
 #include "platform/file_system.h"
-#include "spreadsheet/xls/biff_records.h"
 
 namespace korvex {
 
@@ -42,9 +41,10 @@ class ByteWriter {
     ((std::memcpy(at, &values, sizeof(T)), at += sizeof(T)), ...);
   }
 
-  // A whole BIFF record; its length is the fields' own.
-  template <FixedWidth... T>
-  void PutRecord(biff::Record number, T... fields) {
+  // A whole BIFF record: its number, its length, which is the fields' own, and the fields.
+  template <class Record, FixedWidth... T>
+  requires(std::is_enum_v<Record> && sizeof(Record) == 2) void PutRecord(Record number,
+                                                                         T... fields) {
     Put(number, static_cast<std::uint16_t>((sizeof(T) + ... + 0)), fields...);
   }
 
