@@ -234,12 +234,24 @@ class CellsWriter {
   U16 row_ = 0;
 };
 
-// WINDOW2  0 uint16 options (bits 9 and 10: selected, active), 2 first row, 4 first column shown,
-//          6 uint32 colour of the grid, 10 zoom in the page preview, 12 zoom, 14 uint32
-//          of no meaning
-void WriteWindow(bool selected, ByteWriter& out) {
-  const auto options = static_cast<U16>(selected ? 0x06B6 : 0x00B6);
+// WINDOW2  0 uint16 options (bits 3 and 8: panes that are frozen and were never split; 9 and 10:
+//          selected, active), 2 first row, 4 first column shown, 6 uint32 colour of the grid,
+//          10 zoom in the page preview, 12 zoom, 14 uint32 of no meaning
+// A sheet whose first row holds anything has it as its header row, which stays in view:
+// PANE       0 uint16 columns in the left panes, 2 rows in the upper ones, 4 first row of the lower
+//            ones, 6 first column of the right ones, 8 uint16 pane with the cursor
+// SELECTION  0 uint8 pane, 1 uint16 row and 3 column of the cursor, 5 range with the cursor,
+//            7 ranges, 9 {uint16 first row, last row, uint8 first column, last column} ...
+void WriteWindow(const SheetContent& sheet, ByteWriter& out) {
+  constexpr U8 kLowerLeft = 2;
+  const bool has_headers = sheet.cells->CountInRow(0) > 0;
+  const auto options =
+      static_cast<U16>(0x00B6 | (sheet.selected ? 0x0600 : 0) | (has_headers ? 0x0108 : 0));
   out.PutRecord(biff::kWindow2, options, U16{0}, U16{0}, U32{0x40}, U16{0}, U16{0}, U32{0});
+  if (!has_headers) return;
+  out.PutRecord(biff::kPane, U16{0}, U16{1}, U16{1}, U16{0}, U16{kLowerLeft});
+  out.PutRecord(biff::kSelection, kLowerLeft, U16{1}, U16{0}, U16{0}, U16{1}, U16{1}, U16{1}, U8{0},
+                U8{0});
 }
 
 }  // namespace
@@ -252,7 +264,7 @@ void WriteSheet(const SheetContent& sheet, SharedStringWriter& strings, ByteWrit
   CellsWriter cells(*sheet.cells, strings, out);
   cells.WriteDimensions();
   cells.WriteRows();
-  WriteWindow(sheet.selected, out);
+  WriteWindow(sheet, out);
   out.PutRecord(biff::kEof);
 }
 

@@ -12,8 +12,10 @@
 namespace korvex::test {
 namespace {
 
-// The records of columns and cells that are written for a sheet.
-Bytes CellRecords(const CellStore& cells) {
+using enum biff::Record;
+
+// The records of these numbers that are written for a sheet.
+Bytes Records(const CellStore& cells, std::initializer_list<biff::Record> numbers) {
   TextPool texts;
   texts.Intern("unused");
   texts.Intern("used");
@@ -21,12 +23,10 @@ Bytes CellRecords(const CellStore& cells) {
   const std::string sheet = Written([&](ByteWriter& out) {
     WriteSheet({"data", &cells, true}, strings, out);
   });
-  using enum biff::Record;
   Bytes found;
   RecordReader records(std::as_bytes(std::span(sheet)), 0);
   while (records.Next()) {
-    for (const biff::Record number :
-         {kColInfo, kDimensions, kRow, kRk, kMulRk, kNumber, kLabelSst, kBoolErr}) {
+    for (const biff::Record number : numbers) {
       const auto* const data = reinterpret_cast<const char*>(records.Data().data());
       if (records.Number() == number) found += Record(number, Bytes(data, records.Data().size()));
     }
@@ -77,7 +77,23 @@ TEST(SheetWriter, WritesTheSmallestRecordThatHoldsACellExactly) {
       Record(biff::kBoolErr, CellHead(600, 3, kGeneral) + U8(42) + U8(1)) +
       NumberCell(601, 3, 37000.123, kDateTime) +
       Record(biff::kRk, CellHead(602, 3, kTime) + U32(10 * 4 + 3));
-  EXPECT_EQ(CellRecords(cells), expected);
+  EXPECT_EQ(
+      Records(cells, {kColInfo, kDimensions, kRow, kRk, kMulRk, kNumber, kLabelSst, kBoolErr}),
+      expected);
+}
+
+TEST(SheetWriter, KeepsAHeaderRowInView) {
+  const auto window = [](unsigned options) {
+    return Record(kWindow2, U16(options) + U32(0) + U32(0x40) + U32(0) + U32(0));
+  };
+  CellStore cells;
+  cells.Put(1, 0, Stored(CellKind::kNumber, 1));
+  EXPECT_EQ(Records(cells, {kWindow2, kPane, kSelection}), window(0x6B6));
+  cells.Put(0, 3, {CellKind::kText, 1});
+  EXPECT_EQ(Records(cells, {kWindow2, kPane, kSelection}),
+            window(0x7BE) + Record(kPane, U16(0) + U16(1) + U16(1) + U16(0) + U16(2)) +
+                Record(kSelection, U8(2) + U16(1) + U16(0) + U16(0) + U16(1) + U16(1) + U16(1) +
+                                       U8(0) + U8(0)));
 }
 
 }  // namespace
