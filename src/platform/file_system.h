@@ -63,14 +63,6 @@ struct FileVersion {
   friend bool operator==(const FileVersion&, const FileVersion&) = default;
 };
 
-// A folder for temporary files, deleted with its content at the end of its lifetime.
-class ScratchFolder {
- public:
-  virtual ~ScratchFolder() = default;
-  // Without a separator at its end, and such that the C library opens files in it by PATH/NAME.
-  virtual const std::string& Path() const = 0;
-};
-
 // Errors: 53 no such file, 76 no such folder, 70 permission denied or in use, 75 other access
 // errors, 61 disk full, 57 device error, 58 file exists, 68 device not available. Descriptions name
 // the path.
@@ -120,8 +112,6 @@ class FileSystem {
   // Error 70 when another program keeps the lock for five seconds. May create the file; its folder
   // must exist.
   virtual std::unique_ptr<FileLock> Lock(const std::string& path) = 0;
-  // In the folder for temporary files. The path that an error names is that folder's.
-  virtual std::unique_ptr<ScratchFolder> MakeScratchFolder() = 0;
   // Creates one level. No error when the folder exists already.
   virtual void CreateFolder(const std::string& path) = 0;
   virtual void CreatePrivateFolder(const std::string& path) = 0;

@@ -1,7 +1,6 @@
 // What every file system of a machine has to do.
 #include "platform/file_system.h"
 
-#include <cstdio>
 #include <tuple>
 #include <utility>
 
@@ -136,17 +135,6 @@ TEST_F(FileSystemTest, CreatesOneFolderLevelAndDeletesFiles) {
   EXPECT_EQ(ErrorOf([&] { files_.CreateFolder(file); }).Number(), 75);
   files_.DeleteFile(file);
   EXPECT_EQ(ErrorOf([&] { files_.DeleteFile(file); }).Number(), 53);
-}
-
-TEST_F(FileSystemTest, MakesAFolderForTemporaryFiles) {
-  auto folder = files_.MakeScratchFolder();
-  const std::string path = folder->Path();
-  std::FILE* const file = std::fopen((path + "/x").c_str(), "wb");
-  ASSERT_NE(file, nullptr) << path;
-  std::fclose(file);
-  EXPECT_TRUE(files_.FileExists(path + "/x"));
-  folder.reset();
-  EXPECT_FALSE(files_.FolderExists(path));
 }
 
 TEST_F(FileSystemTest, OffersFoldersToStartFrom) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "platform/error.h"
-#include "tests/platform/temp_folder.h"
 #include "text/text.h"
 
 namespace korvex {
@@ -12,15 +11,6 @@ namespace {
 [[noreturn]] void Raise(int number, const std::string& path) {
   throw Error(number, StandardErrorText(number) + ": " + path);
 }
-
-class DiskScratchFolder : public ScratchFolder {
- public:
-  const std::string& Path() const override { return path_; }
-
- private:
-  TempFolder folder_;
-  std::string path_ = folder_.Path();
-};
 
 }  // namespace
 
@@ -197,10 +187,6 @@ std::unique_ptr<AppendFile> MemoryFileSystem::OpenForAppending(const std::string
 std::unique_ptr<ReplacementFile> MemoryFileSystem::Replace(const std::string& path) {
   CheckWritable(FileOperation::kReplace, path);
   return std::make_unique<Replacing>(*this, path);
-}
-
-std::unique_ptr<ScratchFolder> MemoryFileSystem::MakeScratchFolder() {
-  return std::make_unique<DiskScratchFolder>();
 }
 
 void MemoryFileSystem::CreateFolder(const std::string& path) {

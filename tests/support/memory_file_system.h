@@ -47,8 +47,6 @@ class MemoryFileSystem : public FileSystem {
   std::unique_ptr<FileLock> Lock(const std::string&) override {
     return std::make_unique<FileLock>();
   }
-  // On the disk, as the C library knows no other.
-  std::unique_ptr<ScratchFolder> MakeScratchFolder() override;
   void CreateFolder(const std::string& path) override;
   void CreatePrivateFolder(const std::string& path) override { CreateFolder(path); }
   void DeleteFile(const std::string& path) override;

@@ -369,10 +369,6 @@ std::unique_ptr<FileLock> PosixFileSystem::Lock(const std::string& path) {
   }
 }
 
-std::unique_ptr<ScratchFolder> PosixFileSystem::MakeScratchFolder() {
-  return std::make_unique<PosixScratchFolder>();
-}
-
 void PosixFileSystem::CreateFolder(const std::string& path) {
   MakeFolder(path, 0777);
 }

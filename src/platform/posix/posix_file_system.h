@@ -35,7 +35,6 @@ class PosixFileSystem : public FileSystem {
   std::unique_ptr<ReplacementFile> ReplacePrivately(const std::string& path) override;
   // Locks the file itself, which is created, private to the user, when it is missing.
   std::unique_ptr<FileLock> Lock(const std::string& path) override;
-  std::unique_ptr<ScratchFolder> MakeScratchFolder() override;
   void CreateFolder(const std::string& path) override;
   void CreatePrivateFolder(const std::string& path) override;
   void DeleteFile(const std::string& path) override;

@@ -11,19 +11,14 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <random>
-#include <system_error>
 #include <vector>
 
 #include "platform/posix/posix_io.h"
 
 namespace korvex {
 namespace {
-
-constexpr int kNameAttempts = 100;
-constexpr char kScratchPrefix[] = "korvex-";
 
 std::string HexDigits(std::uint32_t number) {
   char digits[2 * sizeof number + 1];
@@ -51,7 +46,7 @@ bool LeadsTo(const std::string& path, const struct stat& open_file) {
 // A program of the administrator gives its temporary file to the owner of the former file before
 // it renames it, so such a file may belong to somebody else.
 bool IsOurs(const struct stat& status) {
-  return status.st_uid == geteuid() || (geteuid() == 0 && S_ISREG(status.st_mode));
+  return status.st_uid == geteuid() || geteuid() == 0;
 }
 
 // Network file systems lock only what is open for writing.
@@ -62,18 +57,12 @@ Descriptor OpenLeftover(const std::string& path) {
 
 void RemoveUnlessHeld(const std::string& path) {
   struct stat status {};
-  if (lstat(path.c_str(), &status) != 0 || !IsOurs(status)) return;
-  if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) return;
+  if (lstat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || !IsOurs(status)) return;
   const Descriptor file = OpenLeftover(path);
   if (!file.IsOpen() || flock(file.Get(), LOCK_EX | LOCK_NB) != 0) return;
   // Its owner may have renamed it between the two calls.
   if (fstat(file.Get(), &status) != 0 || !LeadsTo(path, status)) return;
-  if (S_ISDIR(status.st_mode)) {
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
-  } else {
-    unlink(path.c_str());
-  }
+  unlink(path.c_str());
 }
 
 }  // namespace
@@ -101,30 +90,6 @@ void RemoveLeftovers(const std::string& folder, std::string_view prefix) {
     if (std::string_view(entry->d_name).starts_with(marked)) found.push_back(entry->d_name);
   }
   for (const std::string& name : found) RemoveUnlessHeld(folder + "/" + name);
-}
-
-PosixScratchFolder::PosixScratchFolder() {
-  const char* const chosen = getenv("TMPDIR");
-  const std::string parent = chosen != nullptr && *chosen != '\0' ? chosen : "/tmp";
-  // Before making a new one, so that folders of killed runs do not fill the disk.
-  RemoveLeftovers(parent, kScratchPrefix);
-  for (int attempt = 0; attempt < kNameAttempts; ++attempt) {
-    path_ = parent + "/" + TemporaryName(kScratchPrefix);
-    if (mkdir(path_.c_str(), 0700) != 0) {
-      if (errno == EEXIST) continue;
-      break;
-    }
-    folder_ = OpenFile(path_, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-    if (folder_.IsOpen() && HoldTemporary(folder_.Get(), path_)) return;
-  }
-  throw SystemError(errno, "write to", parent);
-}
-
-PosixScratchFolder::~PosixScratchFolder() {
-  // Looking into the folder takes descriptors, of which there may be none left.
-  if (rmdir(path_.c_str()) == 0) return;
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
 }
 
 }  // namespace korvex

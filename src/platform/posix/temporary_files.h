@@ -1,4 +1,4 @@
-// Temporary files and folders of the program, and the removal of those that a killed program has
+// Temporary files of the program, and the removal of those that a killed program has
 // left.
 //
 // Their names are PREFIX, a mark of this machine, "-" and random digits. The program that made
@@ -12,7 +12,6 @@
 #include <string>
 #include <string_view>
 
-#include "platform/file_system.h"
 #include "platform/posix/posix_io.h"
 
 namespace korvex {
@@ -46,23 +45,6 @@ class HeldSignals {
  private:
   // The signals that were held back before.
   sigset_t former_;
-};
-
-// A folder for files of the moment, below TMPDIR or /tmp; only its owner may look into it. While it
-// exists the signals that end a program wait, so that they do not leave it behind.
-class PosixScratchFolder : public ScratchFolder {
- public:
-  PosixScratchFolder();
-  ~PosixScratchFolder() override;
-  PosixScratchFolder(const PosixScratchFolder&) = delete;
-  PosixScratchFolder& operator=(const PosixScratchFolder&) = delete;
-
-  const std::string& Path() const override { return path_; }
-
- private:
-  HeldSignals held_;  // first member, so released last
-  std::string path_;
-  Descriptor folder_;  // keeps it from being taken for a leftover
 };
 
 }  // namespace korvex

@@ -1,24 +1,16 @@
 #include "platform/windows/temporary_files.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <iterator>
 #include <random>
-#include <system_error>
 #include <vector>
 
-#include "platform/error.h"
-#include "platform/windows/wide_text.h"
 #include "platform/windows/windows_api.h"
-#include "platform/windows/windows_error.h"
 
 namespace korvex {
 namespace {
-
-constexpr wchar_t kScratchPrefix[] = L"korvex-";
 
 std::wstring HexDigits(std::uint32_t number) {
   wchar_t digits[2 * sizeof number + 1];
@@ -47,12 +39,6 @@ bool HasOwner(std::wstring_view name) {
   return mutex.IsOpen() || GetLastError() != ERROR_FILE_NOT_FOUND;
 }
 
-using PathBuffer = std::array<wchar_t, MAX_PATH + 2>;
-
-bool IsPlain(std::wstring_view path) {
-  return std::all_of(path.begin(), path.end(), [](wchar_t c) { return c < 0x7F; });
-}
-
 }  // namespace
 
 TemporaryName::TemporaryName(std::wstring_view prefix) {
@@ -75,46 +61,9 @@ void RemoveLeftovers(const std::wstring& folder, std::wstring_view prefix) {
   for (const WIN32_FIND_DATAW& leftover : found) {
     const DWORD attributes = leftover.dwFileAttributes;
     // Nothing is deleted through a link.
-    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) || HasOwner(leftover.cFileName)) continue;
-    const std::wstring path = folder + leftover.cFileName;
-    std::error_code ignored;
-    if (attributes & FILE_ATTRIBUTE_DIRECTORY) {
-      std::filesystem::remove_all(path, ignored);
-    } else {
-      DeleteFileW(path.c_str());
-    }
+    if (attributes & (FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY)) continue;
+    if (!HasOwner(leftover.cFileName)) DeleteFileW((folder + leftover.cFileName).c_str());
   }
-}
-
-WindowsScratchFolder::WindowsScratchFolder() : owned_name_(kScratchPrefix) {
-  PathBuffer parent{};
-  GetTempPathW(static_cast<DWORD>(parent.size()), parent.data());
-  RemoveLeftovers(parent.data(), kScratchPrefix);
-  folder_ = parent.data() + owned_name_.Text();
-  if (!CreateDirectoryW(folder_.c_str(), nullptr)) {
-    throw SystemError(GetLastError(), "write to", FromWide(parent.data()));
-  }
-  PathBuffer short_name{};
-  // Drives can be set up without short names; then this fails.
-  const DWORD length = GetShortPathNameW(folder_.c_str(), short_name.data(), MAX_PATH);
-  const bool has_short_name = length > 0 && length < MAX_PATH && IsPlain(short_name.data());
-  if (!IsPlain(folder_) && !has_short_name) {
-    Remove();
-    throw Error(error_number::kPathFileAccess,
-                "Cannot write to " + FromWide(parent.data()) +
-                    ": its name has letters that not every part of Windows knows. Set the "
-                    "environment variable TMP to a folder with a plain name.");
-  }
-  path_ = FromWide(IsPlain(folder_) ? folder_.c_str() : short_name.data());
-}
-
-WindowsScratchFolder::~WindowsScratchFolder() {
-  Remove();
-}
-
-void WindowsScratchFolder::Remove() {
-  std::error_code ignored;
-  std::filesystem::remove_all(folder_, ignored);
 }
 
 }  // namespace korvex

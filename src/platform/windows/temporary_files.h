@@ -1,4 +1,4 @@
-// Temporary files and folders of the program, and the removal of those that a killed program has
+// Temporary files of the program, and the removal of those that a killed program has
 // left.
 //
 // Their names are a prefix, a mark of this machine, "-" and random digits. A program first makes
@@ -10,12 +10,11 @@
 #include <string>
 #include <string_view>
 
-#include "platform/file_system.h"
 #include "platform/windows/windows_handle.h"
 
 namespace korvex {
 
-// A name for one file or folder, different in every object and owned for as long as it lives.
+// A name for one file, different in every object and owned for as long as it lives.
 class TemporaryName {
  public:
   explicit TemporaryName(std::wstring_view prefix);
@@ -31,25 +30,5 @@ class TemporaryName {
 // Removes what killed programs have left in the folder, a system path with a separator at its end,
 // under names of that prefix. Never fails: what cannot be removed stays.
 void RemoveLeftovers(const std::wstring& folder, std::wstring_view prefix);
-
-// A folder for files of the moment, below the user's folder for temporary files. Goes by its short
-// name where the long one is not plain ASCII: the C library knows file names in the code page of
-// the system only, and a user's name may have letters that it lacks.
-class WindowsScratchFolder : public ScratchFolder {
- public:
-  WindowsScratchFolder();
-  ~WindowsScratchFolder() override;
-  WindowsScratchFolder(const WindowsScratchFolder&) = delete;
-  WindowsScratchFolder& operator=(const WindowsScratchFolder&) = delete;
-
-  const std::string& Path() const override { return path_; }
-
- private:
-  void Remove();
-
-  TemporaryName owned_name_;
-  std::wstring folder_;
-  std::string path_;
-};
 
 }  // namespace korvex

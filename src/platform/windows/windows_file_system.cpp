@@ -277,10 +277,6 @@ std::unique_ptr<FileLock> WindowsFileSystem::Lock(const std::string& path) {
   }
 }
 
-std::unique_ptr<ScratchFolder> WindowsFileSystem::MakeScratchFolder() {
-  return std::make_unique<WindowsScratchFolder>();
-}
-
 void WindowsFileSystem::CreateFolder(const std::string& path) {
   if (CreateDirectoryW(SystemPath(path).c_str(), nullptr)) return;
   const DWORD code = GetLastError();

@@ -43,7 +43,6 @@ class WindowsFileSystem : public FileSystem {
   // By a hidden file "NAME.lock" beside it, which the system deletes with the program that made it:
   // a lock on the file itself would be in the way of replacing it.
   std::unique_ptr<FileLock> Lock(const std::string& path) override;
-  std::unique_ptr<ScratchFolder> MakeScratchFolder() override;
   void CreateFolder(const std::string& path) override;
   void CreatePrivateFolder(const std::string& path) override { CreateFolder(path); }
   void DeleteFile(const std::string& path) override;

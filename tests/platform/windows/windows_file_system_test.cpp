@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdio>
 #include <tuple>
 #include <utility>
 
@@ -74,21 +73,6 @@ TEST_F(WindowsFileSystemTest, ReachesEveryFileWhateverItsName) {
   for (; deep != folder_.Path(); deep.erase(deep.rfind('\\'))) {
     RemoveDirectoryW(SystemPath(deep).c_str());
   }
-}
-
-// The C library knows file names in the code page of the system only.
-TEST_F(WindowsFileSystemTest, MakesATemporaryFolderThatTheCLibraryCanOpen) {
-  std::wstring former(MAX_PATH, L'\0');
-  former.resize(GetEnvironmentVariableW(L"TMP", former.data(), MAX_PATH));
-  SetEnvironmentVariableW(L"TMP", ToWide(folder_.PutFolder("Ωμέγα 漢字")).c_str());
-  const auto scratch = files_.MakeScratchFolder();
-  SetEnvironmentVariableW(L"TMP", former.c_str());
-  std::FILE* const file = std::fopen((scratch->Path() + "/x").c_str(), "wb");
-  ASSERT_NE(file, nullptr) << scratch->Path();
-  std::fclose(file);
-  const std::vector<std::string> made = Names(folder_ / "Ωμέγα 漢字");
-  ASSERT_EQ(made.size(), 1u);
-  EXPECT_THAT(Names(folder_ / "Ωμέγα 漢字\\" + made[0]), Contains("x"));
 }
 
 TEST_F(WindowsFileSystemTest, RefusesNamesThatNoFileHas) {
