@@ -67,7 +67,8 @@ def readings(bin_dir, workbook, name, rounds, script_rounds):
     if cell_count(bin_dir, workbook) != found:
         raise SystemExit("%s: not the number of cells that openpyxl finds" % workbook)
     return [Timed("workbook-dump, %s .xlsx" % name, [bin_dir + "/workbook-dump", workbook], rounds),
-            Timed("openpyxl, %s .xlsx" % name, script, script_rounds)]
+            Timed("openpyxl, %s .xlsx" % name, script, script_rounds),
+            Timed("zlib and expat, %s .xlsx" % name, [bin_dir + "/expat_count", workbook], rounds)]
 
 
 def main():
@@ -117,7 +118,8 @@ def main():
     print("large / small                %8.2f for %.1f times the workbooks" % (
         many.median() / fast.median(), counts["large"] / counts["small"]))
     print("report / none, large         %8.2f" % (reported.median() / many.median()))
-    for ours, theirs in packed:
+    for ours, theirs, bare in packed:
+        print("%-28s %8.2f" % ("ours / zlib and expat", ours.median() / bare.median()))
         print("%-28s %8.1f" % ("openpyxl / ours, .xlsx", theirs.median() / ours.median()))
     print("outputs of korvex-convert and of the script: " + ("the same cells" if same else "DIFFERENT CELLS"))
     return 0 if same else 1

@@ -3,11 +3,11 @@
 
 # What building the programs needs, what the tests, the comparison with other programs and the
 # fuzzers need on top, and what the checks of .ci/run need.
-BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libwxgtk3.2-dev libgcrypt20-dev libexpat1-dev
+BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libwxgtk3.2-dev libgcrypt20-dev libdeflate-dev
   zlib1g-dev)
-TEST_PACKAGES=(libgtest-dev libgmock-dev xvfb openbox)
+TEST_PACKAGES=(libgtest-dev libgmock-dev libexpat1-dev xvfb openbox)
 PEER_PACKAGES=(libreoffice-calc gnumeric python3-xlrd python3-openpyxl)
-FUZZ_PACKAGES=(clang-14 libclang-rt-14-dev xz-utils)
+FUZZ_PACKAGES=(libexpat1-dev clang-14 libclang-rt-14-dev xz-utils)
 CHECK_PACKAGES=(clang-format clang-tidy shellcheck git python3)
 
 # Installs the named Debian packages that are not there yet. Silent when none is missing.

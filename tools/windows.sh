@@ -7,8 +7,8 @@ WINDOWS_PACKAGES=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev cmake ninja-buil
 
 # The libraries that Debian has no Windows form of, built from Debian's own sources, and the package
 # of each that is used on Linux.
-WINDOWS_LIBRARIES=(wxwidgets3.2 expat)
-declare -A LINUX_PACKAGE=([wxwidgets3.2]=libwxgtk3.2-dev [expat]=libexpat1-dev)
+WINDOWS_LIBRARIES=(wxwidgets3.2 libdeflate)
+declare -A LINUX_PACKAGE=([wxwidgets3.2]=libwxgtk3.2-dev [libdeflate]=libdeflate-dev)
 
 # As the programs are compiled (HARDENING in CMakeLists.txt).
 HARDENED="-O2 -fstack-protector-strong -D_FORTIFY_SOURCE=2"
@@ -18,9 +18,7 @@ wxwidgets_OPTIONS=(--host=x86_64-w64-mingw32 --disable-shared --enable-monolithi
   --without-opengl --disable-svg --disable-html --disable-xrc --disable-aui --disable-propgrid
   --disable-ribbon --disable-stc --disable-richtext --disable-mediactrl --disable-webview
   --disable-sockets --disable-protocols --disable-webrequest CFLAGS="$HARDENED" CXXFLAGS="$HARDENED")
-# The programs refuse documents that declare entities.
-expat_OPTIONS=(-DEXPAT_DTD=OFF -DEXPAT_SHARED_LIBS=OFF -DEXPAT_BUILD_TOOLS=OFF -DEXPAT_BUILD_EXAMPLES=OFF
-  -DEXPAT_BUILD_TESTS=OFF -DEXPAT_BUILD_DOCS=OFF -DCMAKE_C_FLAGS="$HARDENED")
+libdeflate_OPTIONS=(CC=x86_64-w64-mingw32-gcc-posix AR=x86_64-w64-mingw32-ar CFLAGS="$HARDENED")
 
 # Where the builds of these libraries are kept, for all checkouts.
 WINDOWS_CACHE=${XDG_CACHE_HOME:-$HOME/.cache}/korvex/windows
@@ -36,8 +34,8 @@ apt_sources() {
 is_pinned() { [[ " ${WINDOWS_SOURCES:-}" == *" $1="* ]]; }
 
 # wanted_version PACKAGE: the version of its source that WINDOWS_SOURCES in the environment asks for
-# ("wxwidgets3.2=3.2.2+dfsg-2 expat=2.5.0-1"), else the one that the Linux programs' package is made
-# from.
+# ("wxwidgets3.2=3.2.2+dfsg-2 libdeflate=1.14-1"), else the one that the Linux programs' package is
+# made from.
 wanted_version() {
   local word
   for word in ${WINDOWS_SOURCES:-}; do
@@ -88,7 +86,7 @@ library_folder() {
   echo "$WINDOWS_CACHE/$1-${2//[^0-9a-z.]/-}-$key"
 }
 
-# build_wx FOLDER PREFIX, build_expat FOLDER PREFIX: the source in FOLDER/source, to be used from
+# build_wx FOLDER PREFIX, build_deflate FOLDER PREFIX: the source in FOLDER/source, to be used from
 # PREFIX, into FOLDER/installed.
 build_wx() {
   mkdir "$1/build"
@@ -97,11 +95,12 @@ build_wx() {
   build_quietly "$1" make -C "$1/build" -j"$(nproc)"
   build_quietly "$1" make -C "$1/build" install DESTDIR="$1/installed"
 }
-build_expat() {
-  build_quietly "$1" cmake -S "$1/source/expat" -B "$1/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-    --toolchain "$root/cmake/mingw-w64.cmake" -DCMAKE_INSTALL_PREFIX="$2" "${expat_OPTIONS[@]}"
-  build_quietly "$1" ninja -C "$1/build"
-  build_quietly "$1" env DESTDIR="$1/installed" ninja -C "$1/build" install
+# Of libdeflate the static library alone, under the name that the linker looks for.
+build_deflate() {
+  local library=libdeflatestatic.lib
+  build_quietly "$1" make -C "$1/source" -j"$(nproc)" "${libdeflate_OPTIONS[@]}" "$library"
+  install -D -m 644 "$1/source/$library" "$1/installed$2/lib/libdeflate.a"
+  install -D -m 644 "$1/source/libdeflate.h" "$1/installed$2/include/libdeflate.h"
 }
 
 # build_newest PACKAGE WANTED: builds it from the wanted source or what is to be had instead; the
@@ -119,7 +118,7 @@ build_newest() (
     build_quietly "$scratch" dpkg-source --no-check -x ./*.dsc source
     case $1 in
       wxwidgets3.2) build_wx "$scratch" "$folder" ;;
-      expat) build_expat "$scratch" "$folder" ;;
+      libdeflate) build_deflate "$scratch" "$folder" ;;
     esac
     # There at once and whole, also when two builds do this.
     mv -T "$scratch/installed$folder" "$folder" 2>/dev/null || [ -d "$folder" ]

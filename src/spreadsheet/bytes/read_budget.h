@@ -27,6 +27,8 @@ class ReadBudget {
       Refuse("unpacks to more than " + GroupedDigits(most_unpacked_) + " bytes");
     }
   }
+  // Whether so many bytes more could be unpacked.
+  bool Allows(std::uint64_t count) const { return count <= most_unpacked_ - unpacked_; }
   // `used` is the memory of cells and texts so far, without the capacity that they keep to grow.
   void CheckMemory(std::size_t used) const {
     if (used > most_memory_) {

@@ -1,15 +1,18 @@
 // Reads XML as a stream: a document goes in piece by piece, its elements come out.
 //
 // Refused are document type declarations, and with them entities, documents that nest too deep, and
-// names or texts that take too much memory. Encodings: UTF-8, UTF-16, ISO-8859-1, US-ASCII and the
-// single-byte code pages of Windows.
+// names or texts that take too much memory; and whatever is not sound by XML 1.0 (up to its fourth
+// edition) and its namespaces. Encodings: xml_input.h.
 #pragma once
 
 #include <cstddef>
-#include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+
+#include "spreadsheet/bytes/xml_input.h"
+#include "spreadsheet/bytes/zip_archive.h"
 
 namespace korvex {
 
@@ -31,19 +34,31 @@ struct XmlName {
   }
 };
 
+// Attributes without a prefix have no namespace. Values are UTF-8.
+struct XmlAttribute {
+  XmlName name;
+  std::string_view value;
+};
+
 // Views that are valid during the call that got them.
 class XmlElement {
  public:
-  XmlElement(XmlName name, int depth, const char* const* attributes,
-             std::span<const XmlNamespace> namespaces)
-      : name_(name), depth_(depth), attributes_(attributes), namespaces_(namespaces) {}
+  XmlElement(XmlName name, int depth, std::span<const XmlAttribute> attributes)
+      : name_(name), depth_(depth), attributes_(attributes) {}
 
   const XmlName& Name() const { return name_; }
   bool Is(char space, std::string_view local) const { return name_.Is(space, local); }
   int Depth() const { return depth_; }  // 1 for the root
-  // UTF-8, or null when there is no such attribute. Attributes without a prefix have no namespace.
-  const char* Attribute(std::string_view local) const;
-  const char* Attribute(char space, std::string_view local) const;
+  std::span<const XmlAttribute> Attributes() const { return attributes_; }
+  std::optional<std::string_view> Attribute(std::string_view local) const {
+    return Attribute(kNoNamespace, local);
+  }
+  std::optional<std::string_view> Attribute(char space, std::string_view local) const {
+    for (const XmlAttribute& attribute : attributes_) {
+      if (attribute.name.Is(space, local)) return attribute.value;
+    }
+    return {};
+  }
   // Whether the attribute is "1" or "true".
   bool IsOn(std::string_view local) const;
   // The first attribute that is not in `known`, of those in a namespace that the reader knows or in
@@ -53,8 +68,7 @@ class XmlElement {
  private:
   XmlName name_;
   int depth_;
-  const char* const* attributes_;  // names and values in turn, a null at the end
-  std::span<const XmlNamespace> namespaces_;
+  std::span<const XmlAttribute> attributes_;
 };
 
 // What a reader does with a document. Exceptions pass through the parser.
@@ -70,9 +84,6 @@ class XmlHandler {
   virtual void Text(std::string_view) {}
 };
 
-// Fills the front of the buffer with the next bytes of a document and returns their number; 0 at
-// the end.
-using XmlSource = std::function<std::size_t(std::span<char>)>;
 // A document that is in memory.
 XmlSource SourceOf(std::span<const std::byte> bytes);
 
@@ -80,5 +91,11 @@ XmlSource SourceOf(std::span<const std::byte> bytes);
 // refusals name it.
 void ParseXml(const XmlSource& source, const std::string& part,
               std::span<const XmlNamespace> namespaces, XmlHandler& handler);
+// The same for a document in memory that has a NUL behind it.
+void ParseXml(std::string_view whole, const std::string& part,
+              std::span<const XmlNamespace> namespaces, XmlHandler& handler);
+// The same for a part of an archive.
+void ParseXmlPart(const ZipArchive& archive, const std::string& part, ReadBudget& budget,
+                  std::span<const XmlNamespace> namespaces, XmlHandler& handler);
 
 }  // namespace korvex

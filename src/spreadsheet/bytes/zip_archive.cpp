@@ -1,5 +1,6 @@
 #include "spreadsheet/bytes/zip_archive.h"
 
+#include <libdeflate.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -48,6 +49,7 @@ constexpr std::size_t kHeaderSize = 30;
 
 constexpr std::uint16_t kStored = 0;
 constexpr std::uint16_t kDeflated = 8;
+constexpr std::size_t kLargestWhole = 64u << 20;
 constexpr std::size_t kMostPlaces = 4;           // that a message names
 constexpr std::size_t kInflaterStep = 1u << 30;  // its counts have 32 bits
 
@@ -225,12 +227,33 @@ std::size_t ZipPartReader::Read(std::span<char> room) {
   const std::size_t count = Unpack(room);
   budget_.AddUnpacked(count);
   size_ += count;
-  check_sum_ = static_cast<std::uint32_t>(
-      crc32_z(check_sum_, reinterpret_cast<const Bytef*>(room.data()), count));
+  check_sum_ = static_cast<std::uint32_t>(libdeflate_crc32(check_sum_, room.data(), count));
   if (count == 0 && (size_ != part_->size || check_sum_ != part_->check_sum)) {
     RefusePart("does not have the check sum that it should have");
   }
   return count;
+}
+
+// A part that turns out to be damaged counts only when it is read again, piece by piece.
+std::optional<std::string_view> ZipPartReader::ReadWhole() {
+  if (part_->size > kLargestWhole || !budget_.Allows(part_->size)) return {};
+  const auto size = static_cast<std::size_t>(part_->size);
+  if (part_->method == kStored && left_.size() != size) return {};
+  whole_ = std::make_unique_for_overwrite<char[]>(size + 1);
+  whole_[size] = '\0';
+  if (part_->method == kStored) {
+    if (size > 0) std::memcpy(whole_.get(), left_.data(), size);
+  } else {
+    const std::unique_ptr<libdeflate_decompressor, void (*)(libdeflate_decompressor*)> inflater(
+        libdeflate_alloc_decompressor(), libdeflate_free_decompressor);
+    if (inflater == nullptr) throw std::bad_alloc();
+    const libdeflate_result result = libdeflate_deflate_decompress(
+        inflater.get(), left_.data(), left_.size(), whole_.get(), size, nullptr);
+    if (result != LIBDEFLATE_SUCCESS) return {};
+  }
+  if (libdeflate_crc32(0, whole_.get(), size) != part_->check_sum) return {};
+  budget_.AddUnpacked(size);
+  return std::string_view(whole_.get(), size);
 }
 
 std::size_t ZipPartReader::Unpack(std::span<char> room) {

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -64,6 +65,9 @@ class ZipPartReader {
   // Fills the front of `room` and returns how many bytes; 0 at the end. Refuses a part whose size
   // or check sum turns out wrong.
   std::size_t Read(std::span<char> room);
+  // Unpacks all of it at once, which is quicker. The part has a NUL behind it and is valid as long
+  // as the reader. None for a large part and for one that is damaged: Read says what is wrong.
+  std::optional<std::string_view> ReadWhole();
 
  private:
   std::size_t Unpack(std::span<char> room);
@@ -75,6 +79,7 @@ class ZipPartReader {
   std::unique_ptr<z_stream_s> inflater_;  // of a deflated part, until its end
   std::uint64_t size_ = 0;                // so far
   std::uint32_t check_sum_ = 0;
+  std::unique_ptr<char[]> whole_;
 };
 
 }  // namespace korvex

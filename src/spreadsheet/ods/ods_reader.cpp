@@ -16,9 +16,7 @@ constexpr std::size_t kMostBlanks = 65536;  // more than a cell holds
 
 // How often an element is repeated: once when the attribute is missing. No sheet has more rows.
 std::uint32_t ReadCount(const XmlElement& element, char space, std::string_view attribute) {
-  const char* const text = element.Attribute(space, attribute);
-  if (text == nullptr) return 1;
-  const std::string_view digits(text);
+  const std::string_view digits = element.Attribute(space, attribute).value_or("1");
   std::uint32_t count = 1;
   const auto error = std::from_chars(digits.data(), digits.data() + digits.size(), count).ec;
   if (error == std::errc::result_out_of_range) return kMostXmlRows;
@@ -30,8 +28,7 @@ bool IsIn(std::string_view text, std::initializer_list<std::string_view> list) {
 }
 
 std::string_view Value(const XmlElement& element, char space, std::string_view attribute) {
-  const char* const value = element.Attribute(space, attribute);
-  return value != nullptr ? value : "";
+  return element.Attribute(space, attribute).value_or("");
 }
 
 // Formulas that use another file leave a copy of its cells as a sheet: 'file:///a.ods'#$data
@@ -120,10 +117,15 @@ bool OdsTextReader::Start(const XmlElement& element) {
 
 void OdsTextReader::Append(std::string_view text) {
   if (!is_in_paragraph_) return;
-  for (const char letter : text) {
-    const bool is_space = letter == ' ' || letter == '\t' || letter == '\n' || letter == '\r';
-    if (!is_space || !is_after_space_) text_ += is_space ? ' ' : letter;
-    is_after_space_ = is_space;
+  constexpr std::string_view kSpaces = " \t\n\r";
+  while (!text.empty()) {
+    const std::size_t word = std::min(text.find_first_of(kSpaces), text.size());
+    text_ += text.substr(0, word);
+    if (word > 0) is_after_space_ = false;
+    if (word == text.size()) return;
+    if (!is_after_space_) text_ += ' ';
+    is_after_space_ = true;
+    text.remove_prefix(std::min(text.find_first_not_of(kSpaces, word), text.size()));
   }
 }
 
@@ -190,18 +192,16 @@ bool OdsReader::StartTable(const XmlElement& element) {
 
 void OdsReader::StartCell(const XmlElement& element) {
   column_count_ = Repetitions(element, "number-columns-repeated");
-  has_formula_ = element.Attribute(ods::kTable, "formula") != nullptr;
-  const char* const mark = element.Attribute(ods::kCalc, "value-type");
-  mark_ = mark == nullptr                     ? Mark::kNone
-          : std::string_view(mark) == "error" ? Mark::kError
-                                              : Mark::kValue;
+  has_formula_ = element.Attribute(ods::kTable, "formula").has_value();
+  const auto mark = element.Attribute(ods::kCalc, "value-type");
+  mark_ = !mark ? Mark::kNone : *mark == "error" ? Mark::kError : Mark::kValue;
   value_.reset();
   string_value_.reset();
   text_.Clear();
-  const char* const type = element.Attribute(ods::kOffice, "value-type");
+  const auto type = element.Attribute(ods::kOffice, "value-type");
   // A formula that was not calculated is written without a type.
-  lacks_value_ = has_formula_ && type == nullptr;
-  if (type != nullptr) ReadValue(element, type);
+  lacks_value_ = has_formula_ && !type;
+  if (type) ReadValue(element, *type);
 }
 
 // The class has a list of the types and the attributes of their values. A date that the calendar
@@ -211,22 +211,23 @@ void OdsReader::ReadValue(const XmlElement& element, std::string_view type) {
   if (!has_check_sum_ && !is_number && !IsIn(type, {"string", "date", "time", "boolean", "void"})) {
     RefuseName(type);
   }
-  const char* const value =
-      element.Attribute(ods::kOffice, is_number ? "value" : std::string(type) + "-value");
+  const auto found = is_number ? element.Attribute(ods::kOffice, "value")
+                               : element.Attribute(ods::kOffice, std::string(type) + "-value");
   lacks_value_ = is_number || IsIn(type, {"date", "time", "boolean"});
-  if (value == nullptr) return;
+  if (!found) return;
+  const std::string_view value = *found;
   std::optional<double> number;
   if (type == "string") {
     string_value_ = value;
   } else if (type == "boolean") {
-    value_ = {CellKind::kBoolean, std::string_view(value) == "true" ? 1.0 : 0.0};
+    value_ = {CellKind::kBoolean, value == "true" ? 1.0 : 0.0};
   } else if (type == "date") {
     if (const std::optional<DayAndTime> date = ReadIsoDate(value)) number = date->Serial();
   } else {
     number = is_number ? ReadNumber(value) : ReadIsoDuration(value);
   }
   if (number) value_ = TypeNumber(*number, is_number ? DateForm::kNone : DateForm::kMoment, false);
-  if (!has_check_sum_ && is_number && !number && *value != '\0') RefuseName(value);
+  if (!has_check_sum_ && is_number && !number && !value.empty()) RefuseName(value);
   // Booleans that came from other formats are written as formulas of type float.
   if (number && is_number && IsTruth(Value(element, ods::kTable, "formula"))) {
     value_ = {CellKind::kBoolean, *number != 0 ? 1.0 : 0.0};

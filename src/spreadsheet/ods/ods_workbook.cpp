@@ -39,9 +39,7 @@ void OdsWorkbook::ReadDocument(ReadBudget& budget, SheetCollector& sheets) {
     if (IsEncrypted(*archive_, budget)) {
       Refuse("needs a password: it is an encrypted OpenDocument spreadsheet");
     }
-    ZipPartReader part(*archive_, kContent, budget);
-    ParseXml([&](std::span<char> room) { return part.Read(room); }, kContent, ods::kNamespaces,
-             reader);
+    ParseXmlPart(*archive_, kContent, budget, ods::kNamespaces, reader);
   } else {
     ParseXml(SourceOf(Document()), "", ods::kNamespaces, reader);
   }

@@ -49,8 +49,7 @@ void CheckElement(const XmlElement& element, std::span<const std::string_view> k
 }
 
 std::string_view Value(const XmlElement& element, std::string_view attribute) {
-  const char* const value = element.Attribute(kMain, attribute);
-  return value != nullptr ? value : "";
+  return element.Attribute(kMain, attribute).value_or("");
 }
 
 // A number of rows or columns, cut to the rows of a sheet.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <map>
 
 #include "spreadsheet/bytes/refusal.h"
@@ -23,13 +22,6 @@ struct Relationship {
   std::string kind;  // "worksheet"
   std::string part;
 };
-
-void ParsePart(const ZipArchive& archive, const std::string& part, ReadBudget& budget,
-               XmlHandler& handler) {
-  ZipPartReader reader(archive, part, budget);
-  ParseXml([&](std::span<char> room) { return reader.Read(room); }, part, xlsx::kNamespaces,
-           handler);
-}
 
 std::string FolderOf(std::string_view part) {
   return std::string(part.substr(0, part.rfind('/') + 1));
@@ -62,17 +54,16 @@ class RelationshipsHandler : public XmlHandler {
 
   bool StartElement(const XmlElement& element) override {
     if (element.Depth() == 1) return element.Is(xlsx::kPackage, "Relationships");
-    const char* const id = element.Attribute("Id");
-    const char* const type = element.Attribute("Type");
-    const char* const target = element.Attribute("Target");
-    const char* const mode = element.Attribute("TargetMode");
-    const bool is_external = mode != nullptr && std::string_view(mode) == "External";
-    if (element.Is(xlsx::kPackage, "Relationship") && id != nullptr && type != nullptr &&
-        target != nullptr && !is_external && found.size() < most_) {
-      const std::string_view kind(type);
-      std::string part = ResolveTarget(folder_, target);
-      if (std::max({part.size(), kind.size(), std::strlen(id)}) > kLongestPartName) return false;
-      found.push_back({id, std::string(kind.substr(kind.rfind('/') + 1)), std::move(part)});
+    const auto id = element.Attribute("Id");
+    const auto type = element.Attribute("Type");
+    const auto target = element.Attribute("Target");
+    const bool is_external = element.Attribute("TargetMode") == "External";
+    if (element.Is(xlsx::kPackage, "Relationship") && id && type && target && !is_external &&
+        found.size() < most_) {
+      std::string part = ResolveTarget(folder_, *target);
+      if (std::max({part.size(), type->size(), id->size()}) > kLongestPartName) return false;
+      found.push_back(
+          {std::string(*id), std::string(type->substr(type->rfind('/') + 1)), std::move(part)});
     }
     return false;
   }
@@ -91,7 +82,7 @@ std::vector<Relationship> ReadRelationships(const ZipArchive& archive, const std
   const std::string folder = FolderOf(part);
   const std::string list = folder + "_rels/" + part.substr(folder.size()) + ".rels";
   RelationshipsHandler handler(folder, archive.PartCount());
-  if (archive.Has(list)) ParsePart(archive, list, budget, handler);
+  if (archive.Has(list)) ParseXmlPart(archive, list, budget, xlsx::kNamespaces, handler);
   return std::move(handler.found);
 }
 
@@ -136,11 +127,11 @@ class WorkbookHandler : public XmlHandler {
       Refuse("is damaged: it lists more sheets than its zip archive has parts");
     }
     SheetInfo sheet;
-    if (const char* const name = element.Attribute("name")) sheet.name = name;
+    sheet.name = element.Attribute("name").value_or("");
     budget_.CheckMemory(names_size_ += sheet.name.size());
     std::string part;
-    if (const char* const id = element.Attribute(xlsx::kRelations, "id")) {
-      const auto found = relationships_.find(id);
+    if (const auto id = element.Attribute(xlsx::kRelations, "id")) {
+      const auto found = relationships_.find(*id);
       if (found != relationships_.end()) {
         sheet.kind = KindOf(found->second);
         part = found->second.part;
@@ -174,13 +165,11 @@ class StylesHandler : public XmlHandler {
       default:
         break;
     }
-    const char* const id_text = element.Attribute("numFmtId");
-    const std::string_view digits(id_text != nullptr ? id_text : "0");
+    const std::string_view digits = element.Attribute("numFmtId").value_or("0");
     int id = 0;
     std::from_chars(digits.data(), digits.data() + digits.size(), id);
     if (element.Is(kMain, "numFmt")) {
-      const char* const code = element.Attribute("formatCode");
-      if (code != nullptr) written_[id] = DateFormOf(code);
+      if (const auto code = element.Attribute("formatCode")) written_[id] = DateFormOf(*code);
     } else if (element.Is(kMain, "xf")) {
       formats_.push_back(id);
     }
@@ -236,7 +225,7 @@ XlsxGlobals ReadXlsxGlobals(const ZipArchive& archive, ReadBudget& budget) {
     if (relationship.kind == "styles") globals.styles_part = relationship.part;
   }
   WorkbookHandler handler(relationships, archive.PartCount(), budget, globals);
-  ParsePart(archive, part, budget, handler);
+  ParseXmlPart(archive, part, budget, xlsx::kNamespaces, handler);
   if (!handler.IsWorkbook()) Refuse("is damaged: its part " + part + " does not hold a workbook");
   return globals;
 }
@@ -245,7 +234,7 @@ std::vector<DateForm> ReadXlsxDateForms(const ZipArchive& archive, const std::st
                                         ReadBudget& budget) {
   if (part.empty()) return {};
   StylesHandler handler(budget);
-  ParsePart(archive, part, budget, handler);
+  ParseXmlPart(archive, part, budget, xlsx::kNamespaces, handler);
   if (!handler.HasStyles()) Refuse("is damaged: its part " + part + " does not hold styles");
   return handler.DateForms();
 }

@@ -59,8 +59,8 @@ bool XlsxSheetReader::StartElement(const XmlElement& element) {
 // A number that cannot be read is as good as none: the row follows the one before.
 void XlsxSheetReader::StartRow(const XmlElement& element) {
   row_ = next_row_;
-  if (const char* const number = element.Attribute("r")) {
-    if (const auto row = ReadWhole<std::uint32_t>(number); row && *row > 0) row_ = *row - 1;
+  if (const auto number = element.Attribute("r")) {
+    if (const auto row = ReadWhole<std::uint32_t>(*number); row && *row > 0) row_ = *row - 1;
   }
   next_row_ = row_ + 1;
   column_ = 0;
@@ -68,17 +68,21 @@ void XlsxSheetReader::StartRow(const XmlElement& element) {
 
 // A cell's name says its place. Programs that leave it out write the cells of a row without gaps.
 void XlsxSheetReader::StartCell(const XmlElement& element) {
-  if (const char* const name = element.Attribute("r")) {
-    if (const std::optional<CellPlace> place = ReadCellName(name)) {
-      row_ = place->row;
-      column_ = place->column;
+  type_ = Type::kNumber;
+  format_ = 0;
+  for (const XmlAttribute& attribute : element.Attributes()) {
+    if (attribute.name.Is(kNoNamespace, "r")) {
+      if (const std::optional<CellPlace> place = ReadCellName(attribute.value)) {
+        row_ = place->row;
+        column_ = place->column;
+      }
+    } else if (attribute.name.Is(kNoNamespace, "t")) {
+      type_ = TypeOf(attribute.value);
+    } else if (attribute.name.Is(kNoNamespace, "s")) {
+      // A format that the styles do not have is none.
+      format_ = ReadWhole<std::size_t>(attribute.value).value_or(0);
     }
   }
-  const char* const type = element.Attribute("t");
-  type_ = type != nullptr ? TypeOf(type) : Type::kNumber;
-  // A format that the styles do not have is none.
-  const char* const format = element.Attribute("s");
-  format_ = format != nullptr ? ReadWhole<std::size_t>(format).value_or(0) : 0;
   has_value_ = false;
   has_formula_ = false;
   has_inline_text_ = false;
@@ -108,10 +112,13 @@ void XlsxSheetReader::EndElement(const XmlName& name, int depth) {
   if (depth == kCellDepth) {
     EndCell();
     ++column_;
+  } else if (depth == kCellDepth - 1) {
+    CheckMemory();
   } else if (depth == kCellDepth + 1) {
     is_in_value_ = false;
   } else if (depth > kCellDepth + 1) {
     inline_text_.End(name, cells_.OwnTexts());
+    CheckMemory();
   }
 }
 
@@ -182,7 +189,12 @@ void XlsxSheetReader::DoubtFormula(bool is_zero) {
   }
 }
 
+void XlsxSheetReader::CheckMemory() const {
+  budget_.CheckMemory(strings_.UsedMemory() + cells_.UsedMemory());
+}
+
 void XlsxSheetReader::AddText(TextRange text) {
+  CheckMemory();
   cells_.AddOwnText(row_, static_cast<std::uint16_t>(column_), text);
 }
 

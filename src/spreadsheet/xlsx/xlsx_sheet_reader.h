@@ -29,8 +29,12 @@ class XlsxSheetReader : public XmlHandler {
  public:
   // All must outlive the reader. `date_forms` is by index of the cell format.
   XlsxSheetReader(const SharedStrings& strings, const std::vector<DateForm>& date_forms,
-                  const XlsxGlobals& globals, SheetCells& cells)
-      : strings_(strings), date_forms_(date_forms), globals_(globals), cells_(cells) {}
+                  const XlsxGlobals& globals, const ReadBudget& budget, SheetCells& cells)
+      : strings_(strings),
+        date_forms_(date_forms),
+        globals_(globals),
+        budget_(budget),
+        cells_(cells) {}
 
   bool StartElement(const XmlElement& element) override;
   void EndElement(const XmlName& name, int depth) override;
@@ -50,12 +54,15 @@ class XlsxSheetReader : public XmlHandler {
   void AddCell();
   void AddSharedText();
   void DoubtFormula(bool is_zero);
+  // Once a row, and for each text of its own: rows hold few cells, but texts can be long.
+  void CheckMemory() const;
   void AddText(TextRange text);
   void AddTyped(const TypedNumber& typed);
 
   const SharedStrings& strings_;
   const std::vector<DateForm>& date_forms_;
   const XlsxGlobals& globals_;
+  const ReadBudget& budget_;
   SheetCells& cells_;
   bool is_worksheet_ = false;
   std::uint32_t row_ = 0;  // of the next cell, zero-based, as is

@@ -13,7 +13,8 @@ namespace {
 // numbers of those after it stay right.
 class StringsHandler : public XmlHandler {
  public:
-  explicit StringsHandler(SharedStrings& strings) : strings_(strings) {}
+  StringsHandler(SharedStrings& strings, const ReadBudget& budget)
+      : strings_(strings), budget_(budget) {}
 
   bool StartElement(const XmlElement& element) override {
     if (element.Depth() == 1) return element.Is(xlsx::kMain, "sst");
@@ -23,11 +24,13 @@ class StringsHandler : public XmlHandler {
   void EndElement(const XmlName& name, int depth) override {
     if (depth == 2) strings_.EndText();
     if (depth > 2) text_.End(name, strings_.Texts());
+    budget_.CheckMemory(strings_.UsedMemory());
   }
   void Text(std::string_view text) override { text_.Text(text); }
 
  private:
   SharedStrings& strings_;
+  const ReadBudget& budget_;
   XlsxTextReader text_;
 };
 
@@ -43,14 +46,8 @@ void XlsxWorkbook::ReadStrings() {
   SharedStrings& strings = buffers_.strings;
   strings.Clear();
   if (globals_.strings_part.empty()) return;
-  ZipPartReader part(archive_, globals_.strings_part, budget_);
-  StringsHandler handler(strings);
-  // Before each piece of the part: what the pieces so far have become must stay within the budget.
-  const XmlSource source = [&](std::span<char> room) {
-    budget_.CheckMemory(strings.UsedMemory());
-    return part.Read(room);
-  };
-  ParseXml(source, globals_.strings_part, xlsx::kNamespaces, handler);
+  StringsHandler handler(strings, budget_);
+  ParseXmlPart(archive_, globals_.strings_part, budget_, xlsx::kNamespaces, handler);
 }
 
 // Formats and texts are read with the first sheet and serve all of them.
@@ -65,13 +62,8 @@ void XlsxWorkbook::ReadSheet(std::size_t index, SheetCells& cells) {
   if (sheet.kind == SheetKind::kWorksheet) {
     const std::string& name = globals_.sheet_parts[index];
     if (name.empty()) Refuse("is damaged: its sheet \"" + sheet.name + "\" has no part");
-    ZipPartReader part(archive_, name, budget_);
-    XlsxSheetReader handler(buffers_.strings, date_forms_, globals_, cells);
-    const XmlSource source = [&](std::span<char> room) {
-      budget_.CheckMemory(buffers_.strings.UsedMemory() + cells.UsedMemory());
-      return part.Read(room);
-    };
-    ParseXml(source, name, xlsx::kNamespaces, handler);
+    XlsxSheetReader handler(buffers_.strings, date_forms_, globals_, budget_, cells);
+    ParseXmlPart(archive_, name, budget_, xlsx::kNamespaces, handler);
     if (!handler.IsWorksheet()) {
       Refuse("is damaged: its part " + name + " does not hold a worksheet");
     }
