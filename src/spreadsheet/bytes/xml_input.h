@@ -33,8 +33,9 @@ class XmlInput {
   const char* End() const { return end_; }
   // Whether the document ends with the window.
   bool IsLast() const { return is_last_; }
-  // Reads on. What stands before `kept` is dropped, the rest moves; returns its new place. Each
-  // call at least doubles what is kept, so that scanning it again costs linear time.
+  // Reads on. What stands before `kept` is dropped, the rest moves; returns its new place. If the
+  // source fills what it is given, each call at least doubles what is kept, so that scanning it
+  // again costs linear time.
   const char* More(const char* kept);
 
   // What an XML declaration says of the encoding. If it fits, what follows the declaration is read
