@@ -85,19 +85,19 @@ ExistingOutput CheckOutputFile() {
   return CheckOutputFile(basSettings::OutputFullName(), OutputKind::kWorkbook);
 }
 
-ExistingOutput CheckOutputFile(const std::string& output, OutputKind kind) {
+ExistingOutput CheckOutputFile(const std::string& full_name, OutputKind kind) {
   std::string cause;
-  if (!IsUsableOutput(output, kind, cause)) {
+  if (!IsUsableOutput(full_name, kind, cause)) {
     RefuseRun(std::string("Please specify a valid filename for the output file. ") + kLineBreak +
                   "(File could be in use).",
               cause);
   }
-  if (!Platform().files->FileExists(output)) {
+  if (!Platform().files->FileExists(full_name)) {
     return basSettings::AutoReplaceOutputFiles() ? ExistingOutput::kReplace : ExistingOutput::kKeep;
   }
   if (basSettings::AutoReplaceOutputFiles()) return ExistingOutput::kReplace;
   PlainMessage question;
-  question.text = "The file \"" + GetDisplayPath(output) + "\" exists. " +
+  question.text = "The file \"" + GetDisplayPath(full_name) + "\" exists. " +
                   "Would you like to replace it with a new output file?";
   question.buttons = BoxButtons::kOkCancel;
   question.icon = BoxIcon::kExclamation;
