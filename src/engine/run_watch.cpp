@@ -481,7 +481,9 @@ void RunWatch::EndRun() {
 void RunWatch::NoteNearEqualKeys() {
   const bool mixed_wells = std::ranges::any_of(
       columns_, [](const WatchedColumn& column) { return column.has_zeros && column.lacks_zeros; });
-  for (const auto& [first, second] : NearEqualKeys(keys_, record_.key_columns, mixed_wells)) {
+  for (const auto& near_equal : NearEqualKeys(keys_, record_.key_columns, mixed_wells)) {
+    const std::uint32_t first = near_equal.first;
+    const std::uint32_t second = near_equal.second;
     record_.findings.Note(Kind::kNearEqualKeys, [&] {
       FindingPlace place{{}, 0, KeyName(second), {}, "beside " + Quoted(KeyName(first))};
       if (const auto met = keys_.FindRow(second)) {
