@@ -60,7 +60,8 @@ void ConsoleRunView::WriteFindings(const RunRecord& record) {
     std::string line = "Note: " + finding.text;
     const std::size_t shown = std::min(finding.places.size(), kPlacesShown);
     for (std::size_t i = 0; i < shown; ++i) {
-      line += (i == 0 ? " (" : "; ") + PlaceText(finding.places[i]);
+      line += i == 0 ? " (" : "; ";
+      line += PlaceText(finding.places[i]);
     }
     if (finding.count > shown) {
       line += "; and " + GroupedDigits(finding.count - shown) + " more";

@@ -22,17 +22,12 @@ namespace {
 
 using Kind = FindingKind;
 
-constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
 constexpr std::uint64_t kNotInOutput = 1;
 constexpr std::size_t kLongestDetail = 60;  // bytes of a cell's text in a place
-constexpr std::size_t kLongestWell = 12;    // bytes of a well's name with blanks around it
 constexpr std::size_t kLongestColumn = 3;   // digits of a well's column
 constexpr std::size_t kColumnSample =
     100;  // values after which a column may turn out to hold no wells
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 bool IsLetter(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
@@ -41,16 +36,11 @@ bool IsLetter(char c) {
 bool IsWholeNumber(std::string_view text) {
   text = TrimBlanks(text);
   if (!text.empty() && (text[0] == '-' || text[0] == '+')) text.remove_prefix(1);
-  return !text.empty() && std::ranges::all_of(text, IsDigit);
+  return !text.empty() && std::ranges::all_of(text, IsAsciiDigit);
 }
 
 bool CountsAsNumber(const std::string& text) {
   return ParseNumber(text).has_value();
-}
-
-bool Contains(const std::vector<std::string>& names, const std::string& name) {
-  return std::ranges::any_of(names,
-                             [&](const std::string& other) { return EqualText(other, name); });
 }
 
 std::string Quoted(std::string_view text) {
@@ -58,28 +48,17 @@ std::string Quoted(std::string_view text) {
 }
 
 bool IsBlankText(std::string_view text) {
-  while (!text.empty()) {
-    if (text.front() == ' ') {
-      text.remove_prefix(1);
-    } else if (text.starts_with(kNoBreakSpace)) {
-      text.remove_prefix(kNoBreakSpace.size());
-    } else {
-      return false;
-    }
-  }
-  return true;
+  while (const std::size_t length = BlankLength(text)) text.remove_prefix(length);
+  return text.empty();
 }
 
 // A number as people write it: with a decimal comma, or blanks between the digits.
 bool IsNumberAsText(std::string_view text) {
   std::string digits;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == ' ') continue;
-    if (text.substr(i, kNoBreakSpace.size()) == kNoBreakSpace) {
-      ++i;
-      continue;
-    }
-    digits.push_back(text[i]);
+  while (!text.empty()) {
+    const std::size_t blank = BlankLength(text);
+    if (blank == 0) digits.push_back(text.front());
+    text.remove_prefix(std::max(blank, std::size_t{1}));
   }
   if (ParseNumber(digits)) return true;
   std::ranges::replace(digits, ',', '.');
@@ -169,7 +148,7 @@ void RunWatch::BeginSheet(DataSheet& sheet, const OutputTable* output) {
     const auto index = static_cast<std::size_t>(column.position - 1);
     if (column.source.kind != ColumnSource::Kind::kSheetColumn || index >= lacked_.size()) continue;
     const std::string& name = record_.output_columns[index];
-    if (Contains(record_.key_columns, name)) continue;
+    if (ContainsText(record_.key_columns, name)) continue;
     shared_columns_.push_back({column.position, column.source, name, lacked_[index]});
   }
   InputRecord& input = record_.inputs.back();
@@ -216,7 +195,7 @@ void RunWatch::NoteMissingColumns() {
   for (const WatchedColumn& column : columns_) {
     if (column.source.kind != ColumnSource::Kind::kNothing) continue;
     const auto is_it = [&](const std::string& name) { return EqualText(name, column.name); };
-    if (Contains(record_.key_columns, column.name)) {
+    if (ContainsText(record_.key_columns, column.name)) {
       record_.findings.Note(Kind::kMissingKeyColumn, [&] { return Place(0, column.name); });
     }
     const auto output = std::ranges::find_if(record_.output_columns, is_it);
@@ -319,15 +298,15 @@ void RunWatch::WatchNewKey() {
 
 // Every text of every key comes here: the usual forms are told apart without a call.
 void RunWatch::CountText(WatchedColumn& column, std::string_view text) {
-  if (text.empty() || text.size() > kLongestWell) return;
-  const auto is_blank = [](char c) { return c == ' ' || c == kNoBreakSpace[0]; };
+  if (text.empty() || text.size() > kLongestWellText) return;
+  const auto is_blank = [](char c) { return c == ' ' || c == kNonBreakingBlank[0]; };
   std::size_t letters = 0;
   while (letters < text.size() && IsLetter(text[letters])) ++letters;
   if (letters == text.size() || letters > 2) return;
-  if (letters > 0 && IsDigit(text[letters])) {
+  if (letters > 0 && IsAsciiDigit(text[letters])) {
     const bool has_end = text.size() <= letters + kLongestColumn;
-    if (!has_end && !is_blank(text[text.size() - 1]) && text.back() != kNoBreakSpace[1]) return;
-  } else if (!IsDigit(text[0]) && !is_blank(text[0])) {
+    if (!has_end && !is_blank(text[text.size() - 1]) && text.back() != kNonBreakingBlank[1]) return;
+  } else if (!IsAsciiDigit(text[0]) && !is_blank(text[0])) {
     return;
   }
   if (const auto well = WellFromName(text)) {

@@ -215,7 +215,7 @@ void Tooltips::AppendValue(const Reading* reading, std::string& title) const {
   if (reading == nullptr || reading->text == Reading::kMissing) {
     title += "–";
   } else if (reading->text == Reading::kNumber) {
-    title += Shown(reading->number);
+    title += ShownNumber(reading->number);
   } else {
     Add(title, "&quot;", Escaped(reported_.readings.reading_texts[reading->text]), "&quot;");
   }

@@ -20,10 +20,6 @@ std::string Escaped(std::string_view text);
 
 // A measured number, at most six significant digits: "0.0415", "123457", "1.5e-07".
 std::string ShownNumber(double number);
-// The same, for the titles of wells.
-inline std::string Shown(double number) {
-  return ShownNumber(number);
-}
 // A computed figure, at most four significant digits; a dash for none.
 std::string ShownFigure(std::optional<double> figure);
 // Of a fraction, with three significant digits: "4.52 %"; six from 1,000 % on.
