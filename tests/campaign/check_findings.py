@@ -322,7 +322,7 @@ def check_problems(converter):
     book.save(dateless)
     expected = {"a/B2-1-1.xls": "Duplicate key in file", "a/noreplication.xls": "Could not extract replication number",
                 "a/C4-1-x.xls": "Could not extract replication number", "a/D5-1-1.xls": "no data column",
-                "a/E6-1-1.xls": "column name \"Delta OD\" twice", "b/F1-1-2.xls": OVERWRITTEN, "b/G7-1-200.xls": "procedure call",
+                "a/E6-1-1.xls": "column name \"Delta OD\" twice", "b/F1-1-2.xls": OVERWRITTEN, "b/G7-1-200.xls": "has no letter",
                 "b/H8-1-1.xls": "No \"data\" sheet", "c": "is empty", "a/I9-1-1.txt": "plain text", "a/J9-1-1.xls": "ends after",
                 "b/K10-1-1.xls": "extract the date"}
     before, settings = sorted(glob.glob(folder + "/**", recursive=True)), content(converter.settings)
