@@ -107,7 +107,9 @@ class FileSystem {
   // Fails now if Commit could not replace the file. A link is followed; error 76 for one whose
   // target does not exist.
   virtual std::unique_ptr<ReplacementFile> Replace(const std::string& path) = 0;
-  // The same, but a file that is new is for this user alone where the system tells users apart.
+  // The same for a file of the program's own. One that is new is for this user alone where the
+  // system tells users apart, and at every moment of a Commit there is a file of that name: the
+  // former or the new one.
   virtual std::unique_ptr<ReplacementFile> ReplacePrivately(const std::string& path) = 0;
   // Error 70 when another program keeps the lock for five seconds. May create the file; its folder
   // must exist.

@@ -108,8 +108,8 @@ class AccessList {
 
 }  // namespace
 
-WindowsReplacementFile::WindowsReplacementFile(const std::string& path)
-    : path_(path), target_(SystemPath(path)), owned_name_(kPrefix) {
+WindowsReplacementFile::WindowsReplacementFile(const std::string& path, Keep keep)
+    : path_(path), target_(SystemPath(path)), keep_(keep), owned_name_(kPrefix) {
   ExamineTarget();
   Create();
 }
@@ -217,7 +217,8 @@ void WindowsReplacementFile::Finish() {
 DWORD WindowsReplacementFile::TakeItsPlace() {
   constexpr DWORD kReplace = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
   const DWORD code = Patiently([&] {
-    const DWORD taken = replaces_ ? TakeOver() : Move(kReplace);
+    const bool takes_over = replaces_ && keep_ == Keep::kAttributes;
+    const DWORD taken = takes_over ? TakeOver() : Move(kReplace);
     // ReplaceFile works in two steps and was stopped between them.
     if (taken != ERROR_UNABLE_TO_MOVE_REPLACEMENT) return taken;
     // The former file is gone, and its place is empty.

@@ -7,6 +7,9 @@
 //
 // The constructor checks that the target can be replaced, so that what forbids it is reported
 // before the first byte.
+//
+// The system replaces a file in one of two ways. One keeps the attributes and streams of the former
+// file, but for a moment there is no file of that name; the other has no such moment.
 #pragma once
 
 #include <string>
@@ -20,7 +23,13 @@ namespace korvex {
 
 class WindowsReplacementFile : public ReplacementFile {
  public:
-  explicit WindowsReplacementFile(const std::string& path);
+  // What the new file must not lose when it replaces one.
+  enum class Keep {
+    kAttributes,  // of the former file: for the user's own files
+    kPlace,       // for files that other programs read at any time
+  };
+
+  explicit WindowsReplacementFile(const std::string& path, Keep keep = Keep::kAttributes);
   ~WindowsReplacementFile() override;
   WindowsReplacementFile(const WindowsReplacementFile&) = delete;
   WindowsReplacementFile& operator=(const WindowsReplacementFile&) = delete;
@@ -45,6 +54,7 @@ class WindowsReplacementFile : public ReplacementFile {
   std::string path_;     // as the caller spells it
   std::wstring target_;  // what it leads to, for the system
   std::wstring name_;    // of the file beside it, for the system; empty once it is in place
+  Keep keep_;
   bool replaces_ = false;
   TemporaryName owned_name_;
   Handle file_;

@@ -256,6 +256,10 @@ std::unique_ptr<ReplacementFile> WindowsFileSystem::Replace(const std::string& p
   return std::make_unique<WindowsReplacementFile>(path);
 }
 
+std::unique_ptr<ReplacementFile> WindowsFileSystem::ReplacePrivately(const std::string& path) {
+  return std::make_unique<WindowsReplacementFile>(path, WindowsReplacementFile::Keep::kPlace);
+}
+
 std::unique_ptr<FileLock> WindowsFileSystem::Lock(const std::string& path) {
   const std::wstring name = SystemPath(path + ".lock");
   const auto start = std::chrono::steady_clock::now();

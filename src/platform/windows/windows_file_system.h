@@ -37,9 +37,7 @@ class WindowsFileSystem : public FileSystem {
   // permissions, a read-only one is refused.
   std::unique_ptr<ReplacementFile> Replace(const std::string& path) override;
   // The folder of a user's own files says who may read them.
-  std::unique_ptr<ReplacementFile> ReplacePrivately(const std::string& path) override {
-    return Replace(path);
-  }
+  std::unique_ptr<ReplacementFile> ReplacePrivately(const std::string& path) override;
   // By a hidden file "NAME.lock" beside it, which the system deletes with the program that made it:
   // a lock on the file itself would be in the way of replacing it.
   std::unique_ptr<FileLock> Lock(const std::string& path) override;
