@@ -1,5 +1,6 @@
 #include "engine/MainRun.h"
 
+#include <algorithm>
 #include <chrono>
 
 #include "engine/long_form.h"
@@ -170,6 +171,51 @@ void MainRun::CheckOutputs(const RunOptions& options) {
   }
 }
 
+// A campaign is often converted a second time, and then the output of the first time may lie among
+// the workbooks. Only files of the same name are looked at, which costs nothing: a link to an input
+// under another name is refused when the output is saved.
+void MainRun::CheckOutputsAmongInputs(const RunSelection& selection) {
+  const FileSystem& files = *Platform().files;
+  const std::vector<std::string> inputs = Inputs(selection);
+  const auto is_input = [&](const std::string& full_name) {
+    const std::string title = SharedFileSys().GetFileTitle(full_name, false);
+    return std::ranges::any_of(inputs, [&](const std::string& input) {
+      return EqualText(SharedFileSys().GetFileTitle(input, false), title) &&
+             files.IsSameFile(input, full_name);
+    });
+  };
+  const auto refuse = [](const std::string& what, const std::string& full_name) {
+    RefuseRun("The " + what + " \"" + GetDisplayPath(full_name) +
+              "\" is itself one of the files to process. Choose another name or folder for it, or "
+              "move the file away.");
+  };
+  RunOptions& options = moKorvex_->Record().options;
+  // A refused run writes its reports, too: never over an input.
+  const std::vector<std::string> reports = options.reports;
+  std::erase_if(options.reports, is_input);
+  if (options.wide && is_input(basSettings::OutputFullName())) {
+    refuse("output file", basSettings::OutputFullName());
+  }
+  if (!options.long_form.empty() && is_input(options.long_form)) {
+    refuse("long form", options.long_form);
+  }
+  const auto refused = std::ranges::find_if(reports, is_input);
+  if (refused != reports.end()) refuse("report", *refused);
+}
+
+std::vector<std::string> MainRun::Inputs(const RunSelection& selection) {
+  if (!basSettings::ProcessingSubFolders()) return selection.files;
+  std::vector<std::string> inputs;
+  ListedFolders& folders = moKorvex_->Folders();
+  for (const std::string& sub_folder : folders.SubFolders(selection.folder)) {
+    const std::string folder = JoinPath(selection.folder, sub_folder);
+    for (const std::string& name : folders.Workbooks(folder)) {
+      inputs.push_back(JoinPath(folder, name));
+    }
+  }
+  return inputs;
+}
+
 // Runs with the refusals recorded.
 void MainRun::Convert(const RunSelection& selection) {
   RunRecord& record = moKorvex_->Record();
@@ -182,7 +228,13 @@ void MainRun::Convert(const RunSelection& selection) {
   view_.SetMessage("Initializing...");
   progress_maximum_ = ProgressMaximum(selection);
   view_.SetProgress(1, progress_maximum_);
-  if (!record.options.check) CheckOutputs(record.options);
+  if (record.options.check) {
+    // Taken down; the check goes on.
+    Attempt([&] { CheckOutputsAmongInputs(selection); });
+  } else {
+    CheckOutputsAmongInputs(selection);
+    CheckOutputs(record.options);
+  }
   std::string folder = selection.folder;
   moKorvex_->ProcessFolders(folder, selection.files);
 }

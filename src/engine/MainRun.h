@@ -64,6 +64,9 @@ class MainRun {
   void Run(const RunSelection& selection);
   void Convert(const RunSelection& selection);
   void CheckOutputs(const RunOptions& options);
+  // Tells the user, and raises error 17, when a file that the run is to write is one that it reads.
+  void CheckOutputsAmongInputs(const RunSelection& selection);
+  std::vector<std::string> Inputs(const RunSelection& selection);
   void EndRun(RunRecord::Outcome outcome);
   std::int32_t ProgressMaximum(const RunSelection& selection);
 

@@ -9,6 +9,7 @@
 #include "errors/trap.h"
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
+#include "files/stray_files.h"
 #include "platform/ciphers.h"
 #include "platform/dialogs.h"
 #include "platform/error.h"
@@ -322,7 +323,8 @@ Workbook& clsKorvex::OpenInput(const std::string& path) {
   options.read_only = true;
   options.ignore_read_only_recommended = true;
   options.add_to_recent_files = false;
-  return application_->OpenWorkbook(path, options);
+  return OpenUnlessStray(path,
+                         [&]() -> Workbook& { return application_->OpenWorkbook(path, options); });
 }
 
 void clsKorvex::ProcessSheet(DataSheet& sheet, const std::string& base_name,

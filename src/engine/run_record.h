@@ -82,12 +82,14 @@ struct OutputRecord {
 
 // What a run is asked for beside the settings.
 struct RunOptions {
-  bool wide = true;               // write the output workbook
-  std::string long_form = {};     // full name of the file with one row per reading; empty for none
-  bool check = false;             // go through everything and write nothing
-  bool strict = false;            // findings are failures
-  bool decimal_comma = false;     // measured texts like "0,110" are numbers
-  bool keep_readings = false;     // for a report
+  bool wide = true;            // write the output workbook
+  std::string long_form = {};  // full name of the file with one row per reading; empty for none
+  bool check = false;          // go through everything and write nothing
+  bool strict = false;         // findings are failures
+  bool decimal_comma = false;  // measured texts like "0,110" are numbers
+  bool keep_readings = false;  // for a report
+  // Full names of the reports that the view writes when the run ends, however it ends.
+  std::vector<std::string> reports = {};
   std::string plate_column = {};  // as the user named them; empty for found ones
   std::string well_column = {};
 };

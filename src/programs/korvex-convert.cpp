@@ -56,7 +56,8 @@ class ReportingRunView : public ConsoleRunView {
 
   void RunEnded(const RunRecord& record) override {
     ConsoleRunView::RunEnded(record);
-    for (const std::string& report : options_.reports) WriteReport(report, record);
+    // As the run left them: it takes out what would be written over an input.
+    for (const std::string& report : record.options.reports) WriteReport(report, record);
   }
   // The same for a run that was refused before it began.
   void RefusedAhead(const std::string& cause) {
@@ -161,6 +162,9 @@ RunOptions RunOptionsOf(const ConvertOptions& options, const FileSystem& files) 
   run.strict = options.strict;
   run.decimal_comma = options.decimal_comma;
   run.keep_readings = !options.reports.empty();
+  for (const std::string& report : options.reports) {
+    run.reports.push_back(files.AbsolutePath(report));
+  }
   run.plate_column = options.plate.value_or("");
   run.well_column = options.well.value_or("");
   return run;

@@ -6,6 +6,7 @@
 #include "files/basFuncs_paths.h"
 #include "files/basGeneral.h"
 #include "files/folder_listing.h"
+#include "files/stray_files.h"
 #include "platform/error.h"
 #include "platform/services.h"
 #include "settings/basSettings.h"
@@ -99,7 +100,8 @@ void clsStructure::ReadSample(Application& application) {
   application.SetVisible(false);
   application.SetScreenUpdating(false);
   application.SetDisplayAlerts(false);
-  Workbook& sample = application.OpenWorkbook(sample_file_, {});
+  Workbook& sample = OpenUnlessStray(
+      sample_file_, [&]() -> Workbook& { return application.OpenWorkbook(sample_file_, {}); });
   RefreshAvailableCols(sample);
   sample.Close();
 }

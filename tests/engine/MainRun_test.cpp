@@ -74,6 +74,44 @@ TEST_F(MainRunTest, RefusesWhatCannotBeRun) {
   EXPECT_EQ(campaign.spreadsheet.running, 0);
 }
 
+TEST_F(MainRunTest, RefusesToWriteOverAnInput) {
+  const auto place = [&](const char* folder, const char* name) {
+    campaign.Set("Main Section", "Output Path", folder);
+    campaign.Set("Main Section", "Output File", name);
+  };
+  place("/data/screen/a/", "p-1-1.xls");
+  for (const char* name : {"a/P-1-1.xls", "a/p-1-1.xls", "b/long.xlsx"}) Put(name);
+  files.AddFile("/data/screen/b/run.html", "<html>");
+  const std::string before = files.Content("/data/screen/a/p-1-1.xls");
+  const std::string refusal =
+      "is itself one of the files to process. Choose another name or folder for it, or move the "
+      "file away.";
+  const auto refused = [&](const RunOptions& options, const std::vector<std::string>& selected) {
+    Forget();
+    EXPECT_EQ(run.Start({campaign.folder, selected}, options), RunOutcome::kFailed);
+    return Told();
+  };
+  EXPECT_THAT(refused({}, {}), HasSubstr("The output file \"/.../screen/a/p-1-1.xls\" " + refusal));
+  EXPECT_THAT(refused({.wide = false, .long_form = "/data/screen/b/long.xlsx"}, {}),
+              HasSubstr("The long form \"/.../screen/b/long.xlsx\" " + refusal));
+  const RunOptions reporting{.wide = false,
+                             .long_form = "/out/long.csv",
+                             .reports = {"/out/a.html", "/data/screen/b/run.html"}};
+  EXPECT_THAT(refused(reporting, {}),
+              HasSubstr("The report \"/.../screen/b/run.html\" " + refusal));
+  EXPECT_FALSE(campaign.HasOutput());
+  EXPECT_THAT(view.record.options.reports, ElementsAre("/out/a.html")) << "which is still written";
+  refused({.check = true}, {});
+  EXPECT_THAT(view.record.problems[0].text, HasSubstr(refusal));
+  EXPECT_EQ(view.record.inputs.size(), 4u) << "a check goes on";
+
+  campaign.ProcessSelectedFiles();
+  EXPECT_THAT(refused({}, {"/data/screen/a/p-1-1.xls"}), HasSubstr(refusal));
+  EXPECT_EQ(run.Start({campaign.folder, {"/data/screen/a/P-1-1.xls"}}), RunOutcome::kFinished)
+      << "another file, whose name has other letter case";
+  EXPECT_NE(files.Content("/data/screen/a/p-1-1.xls"), before);
+}
+
 TEST_F(MainRunTest, AsksBeforeItReplacesTheOutputFile) {
   campaign.Set("Main Section", "Auto-Replace Output files", "0");
   Put("a/P-1-1.xls");
@@ -97,18 +135,6 @@ TEST_F(MainRunTest, AsksBeforeItReplacesTheOutputFile) {
   EXPECT_GT(files.Content("/out/all (3).xls").size(), 1000u);
   campaign.Set("Main Section", "Auto-Replace Output files", "-1");
   EXPECT_EQ(Start(), RunOutcome::kFinished);
-}
-
-TEST_F(MainRunTest, ReadsNothingWhenTheLongFormWouldReplaceAnInput) {
-  Put("a/P-1-1.xls");
-  Put("a/P-1-2.csv");  // workbooks are told by their content
-  const std::string input = campaign.Path("a/P-1-2.csv");
-  const std::string content = files.Content(input);
-  EXPECT_EQ(run.Start({campaign.folder, {}}, {.long_form = input}), RunOutcome::kFailed);
-  EXPECT_THAT(Told(), HasSubstr("It was read as input"));
-  EXPECT_THAT(view.calls, testing::Not(Contains("processed")));
-  EXPECT_EQ(files.Content(input), content);
-  EXPECT_FALSE(campaign.HasOutput());
 }
 
 TEST_F(MainRunTest, TellsAStopFromAFailure) {

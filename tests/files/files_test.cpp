@@ -8,6 +8,7 @@
 #include "files/clsFileSys.h"
 #include "files/folder_listing.h"
 #include "files/folder_paths.h"
+#include "files/stray_files.h"
 #include "tests/support/errors.h"
 #include "tests/support/fakes.h"
 #include "text/text.h"
@@ -193,6 +194,31 @@ TEST(FolderPaths, ClimbToAFolderThatExists) {
   EXPECT_EQ(NearestExistingFolder("C:\\plates\\gone\\run1"), "C:\\plates");
   EXPECT_EQ(NearestExistingFolder("C:\\gone"), "C:\\");
   EXPECT_EQ(NearestExistingFolder("E:\\stick"), "C:\\");
+}
+
+TEST(StrayFiles, AreToldForWhatTheyAre) {
+  const TestPlatform platform;
+  const struct {
+    const char* name;
+    const char* told;  // empty for a name of any other file
+  } cases[] = {
+      {"~$P1-1-1.xls", "it says that P1-1-1.xls is open in a spreadsheet application"},
+      {".~lock.P1-1-1.ods#", "it says that P1-1-1.ods is open"},
+      {"THUMBS.DB", "Windows keeps small pictures"},
+      {"._P1-1-1.xls", "macOS keeps in it what it notes about P1-1-1.xls, hidden from view"},
+      {".DS_Store", "macOS keeps the look of the folder in it, hidden from view. Delete it"},
+      {"~$", ""},
+      {"P~$1-1-1.xls", ""},
+      {"Thumbs.db.xls", ""},
+  };
+  for (const auto& c : cases) {
+    const std::string path = std::string("/data/a/") + c.name;
+    EXPECT_EQ(StrayFileText(path).empty(), *c.told == 0) << c.name;
+    const Error error = ErrorOf(
+        [&] { OpenUnlessStray(path, [] { throw Error(error_number::kAutomation, "not read"); }); });
+    EXPECT_THAT(error.Description(), testing::HasSubstr(*c.told ? c.told : "not read"));
+    EXPECT_EQ(error.Description().starts_with(path + " is not a workbook: "), *c.told != 0);
+  }
 }
 
 TEST(MessageBox, ReducesADefaultButtonAndFillsInWhatIsLeftOut) {
