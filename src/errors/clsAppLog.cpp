@@ -4,11 +4,11 @@
 
 #include "errors/basFuncs.h"
 #include "files/folder_listing.h"
+#include "platform/code_page_converter.h"
 #include "platform/desktop.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
-#include "text/code_page_1252.h"
 #include "text/text.h"
 
 namespace korvex {
@@ -95,7 +95,7 @@ void clsAppLog::Write(std::string_view text) {
   if (!stream_)
     throw korvex::Error(error_number::kObjectNotSet, "The application error log is not open.");
   // What earlier releases wrote into the same file is in this code page.
-  stream_->Write(ToCodePage1252(text));
+  stream_->Write(ToSystemCodePage(text));
 }
 
 clsAppLog& AppLog() {

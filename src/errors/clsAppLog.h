@@ -1,5 +1,5 @@
 // The application error log, a text file that grows for the life of the installation. Written in
-// code page 1252 with CR LF line ends; texts come in as UTF-8.
+// the system's code page with CR LF line ends; texts come in as UTF-8.
 #pragma once
 
 #include <memory>

@@ -15,6 +15,7 @@
 #include "console/console_run_view.h"
 #include "engine/MainRun.h"
 #include "engine/long_form.h"
+#include "errors/basFuncs.h"
 #include "errors/clsAppLog.h"
 #include "files/basGeneral.h"
 #include "files/folder_listing.h"
@@ -48,6 +49,12 @@ struct CommandLine : MainWindow {
   RunSelection selection;
 };
 
+// Takes the pending error down. Where a run reports its errors itself, this is for what goes wrong
+// before and after it; the caller tells the user.
+void LogError(const std::string& location) {
+  ReportError(location, std::nullopt, false, true, true, false);
+}
+
 // A run on the terminal, whose report is written when it ends, however it ends.
 class ReportingRunView : public ConsoleRunView {
  public:
@@ -80,6 +87,7 @@ class ReportingRunView : public ConsoleRunView {
       file->Commit();
       ++reports_written_;
     } catch (const Error& error) {
+      LogError("korvex-convert.WriteReport");
       line_.WriteLine("The report cannot be written: " + error.Description());
     }
   }
@@ -260,6 +268,8 @@ int Main(const ConvertOptions& options) {
   services.message_loop = &message_loop;
   services.main_window = &command_line;
   const InstalledServices installed(services);
+  std::string log_complaint;
+  const bool logging = OpenErrorLog(log_complaint);
   try {
     const RunSelection& selection = command_line.selection = SelectionOf(options, files);
     std::string complaint = ComplaintAbout(options, selection, files);
@@ -282,8 +292,6 @@ int Main(const ConvertOptions& options) {
     // After Keep, since this is no choice of the user.
     OpenOnlyWhenChosen();
 
-    std::string log_complaint;
-    const bool logging = OpenErrorLog(log_complaint);
     int status = kFinished;
     if (options.list_columns) {
       status = ListColumns(selection, folders);
@@ -301,6 +309,7 @@ int Main(const ConvertOptions& options) {
   } catch (...) {
     const Error error = PendingError();
     if (error.Number() != error_number::kCannotPerform) {
+      LogError("korvex-convert.Main");
       line.WriteLine(error.Description());
       view.RefusedAhead(error.Description());
     }

@@ -205,9 +205,16 @@ convert -o "$work/link.xls" "$campaign"
 refused "$(native "$work/link.xls"): It was read as input, and would be lost." 1
 check "keeps the input" cmp -s "$first/KIN01-1-1.xls" "$work/kept.xls"
 
+start "output in a sub-folder, from the last time"
+convert -q -o "$first/all.xls" "$campaign"
+convert -o "$first/all.xls" "$campaign"
+output=$first/none.xls
+refused "The output file \"$(shown "Set 1 kinase inhibitors/all.xls")\" is itself one of the files to process." 0
+check "says so at once" [ "$(grep -c Folder "$work/told")" = 0 ]
+
 start "output of another format"
 convert -o "$campaign/campaign.ods" "$campaign"
-refused "Only .xls, .xlsx, .csv and .tsv files can be written" 0
+refused "Only .xls, .xlsx, .csv and .tsv files can be written" 1
 check "says so at once" [ "$(grep -c Folder "$work/told")" = 0 ]
 
 start "output as .xlsx"

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "platform/background_mail.h"
 #include "platform/posix/posix_desktop.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/posix_io.h"
@@ -68,7 +69,7 @@ struct NativePlatform::Parts {
 
   PosixFileSystem files;
   IniSettingsStore settings;
-  SendmailMail mail;
+  BackgroundMail mail{[] { return std::make_unique<SendmailMail>(); }};
   DesktopShell shell;
   DesktopSound sound;
   SystemClock clock;

@@ -2,7 +2,9 @@
 
 #include <utility>
 
+#include "platform/code_page_converter.h"
 #include "platform/error.h"
+#include "platform/windows/com_apartment.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_api.h"
 #include "platform/windows/windows_error.h"
@@ -12,18 +14,6 @@
 
 namespace korvex {
 namespace {
-
-std::string InCodePage(const std::string& text) {
-  // Simple MAPI is older than Unicode on Windows; its functions take the machine's code page.
-  const std::wstring wide = ToWide(text);
-  const auto length = static_cast<int>(wide.size());
-  const auto convert = [&](char* bytes, int size) {
-    return WideCharToMultiByte(CP_ACP, 0, wide.data(), length, bytes, size, nullptr, nullptr);
-  };
-  std::string bytes(static_cast<std::size_t>(convert(nullptr, 0)), '\0');
-  convert(bytes.data(), static_cast<int>(bytes.size()));
-  return bytes;
-}
 
 void Check(ULONG result, const std::string& action) {
   if (result == SUCCESS_SUCCESS) return;
@@ -57,7 +47,7 @@ class MapiMail::Session {
 
   lpMapiRecipDesc Resolve(const std::string& name) {
     lpMapiRecipDesc recipient = nullptr;
-    Check(resolve_(handle_, 0, InCodePage(name).data(), 0, 0, &recipient),
+    Check(resolve_(handle_, 0, ToSystemCodePage(name).data(), 0, 0, &recipient),
           "find the e-mail address " + name);
     return recipient;
   }
@@ -86,6 +76,7 @@ class MapiMail::Session {
     function = reinterpret_cast<Function>(address);
   }
 
+  ComApartment apartment_;  // mail programs are made of COM components
   LPMAPILOGON sign_on_ = nullptr;
   LPMAPILOGOFF sign_off_ = nullptr;
   LPMAPIRESOLVENAME resolve_ = nullptr;
@@ -152,9 +143,9 @@ void MapiMail::Send() {
   // Without a session the mail program would sign on by itself, with a dialog perhaps.
   Session& session = SignedOn();
   CheckMailAddress(recipient_);
-  std::string name = InCodePage(recipient_);
-  std::string subject = InCodePage(subject_);
-  std::string text = InCodePage(text_);
+  std::string name = ToSystemCodePage(recipient_);
+  std::string subject = ToSystemCodePage(subject_);
+  std::string text = ToSystemCodePage(text_);
   MapiRecipDesc recipient{};
   recipient.lpszName = name.data();
   // A copy, so that the class set below does not change what belongs to the mail program.

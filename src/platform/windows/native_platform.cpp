@@ -1,5 +1,6 @@
 #include "platform/native_platform.h"
 
+#include "platform/background_mail.h"
 #include "platform/windows/mapi_mail.h"
 #include "platform/windows/registry_settings_store.h"
 #include "platform/windows/wide_text.h"
@@ -95,7 +96,7 @@ struct NativePlatform::Parts {
 
   WindowsFileSystem files;
   std::unique_ptr<SettingsStore> settings;
-  MapiMail mail;
+  BackgroundMail mail{[] { return std::make_unique<MapiMail>(); }};
   WindowsShell shell;
   WindowsSound sound;
   WindowsWindowSystem window_system;
