@@ -36,7 +36,26 @@ bool HasEnding(const std::string& name, std::string_view ending) {
          EqualText(std::string_view(name).substr(name.size() - ending.size()), ending);
 }
 
+// A quotation mark in a path has come from the end of another argument, by a command processor that
+// takes a backslash before it for a part of the mark.
+[[maybe_unused]] void CheckQuotationMarks(const ConvertOptions& options) {
+  std::vector<std::string> paths = options.files;
+  paths.insert(paths.end(), options.reports.begin(), options.reports.end());
+  for (const auto* path :
+       {&options.folder, &options.output, &options.long_form, &options.settings_file}) {
+    if (*path) paths.push_back(**path);
+  }
+  for (const std::string& path : paths) {
+    if (path.find('"') == std::string::npos) continue;
+    throw CLI::ValidationError(
+        "paths", "a path cannot hold a quotation mark; leave out the backslash before it: " + path);
+  }
+}
+
 void CheckOptions(const ConvertOptions& options) {
+#ifdef _WIN32
+  CheckQuotationMarks(options);
+#endif
   if (options.folder && !options.files.empty()) {
     throw CLI::ValidationError("FOLDER", "give either a folder or --files, not both");
   }

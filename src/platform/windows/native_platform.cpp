@@ -1,6 +1,7 @@
 #include "platform/native_platform.h"
 
 #include "platform/background_mail.h"
+#include "platform/windows/command_line.h"
 #include "platform/windows/mapi_mail.h"
 #include "platform/windows/registry_settings_store.h"
 #include "platform/windows/wide_text.h"
@@ -127,12 +128,7 @@ std::unique_ptr<Terminal> OpenTerminal() {
 
 // What main is given has been through the code page of the machine.
 std::vector<std::string> ProgramArguments(int, char**) {
-  std::vector<std::string> arguments;
-  int count = 0;
-  wchar_t** texts = CommandLineToArgvW(GetCommandLineW(), &count);
-  for (int i = 1; texts && i < count; ++i) arguments.push_back(FromWide(texts[i]));
-  LocalFree(texts);
-  return arguments;
+  return CommandLineArguments(GetCommandLineW());
 }
 
 }  // namespace korvex
