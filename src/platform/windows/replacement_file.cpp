@@ -1,5 +1,6 @@
 #include "platform/windows/replacement_file.h"
 
+#include <chrono>
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -15,26 +16,13 @@ namespace {
 constexpr wchar_t kPrefix[] = L".korvex-";
 
 // Programs that look into every new file (virus scanners, search indexes) keep it open for a
-// moment.
-constexpr int kMoveAttempts = 20;
-constexpr DWORD kMoveInterval = 25;  // milliseconds
+// moment. At the end of a run more is at stake than a moment (`patience`).
+constexpr std::chrono::milliseconds kMoment{500};
+constexpr DWORD kInterval = 25;  // milliseconds
 
-// The path of an open file, links followed.
-std::string FinalPath(HANDLE file, const std::string& path) {
-  std::wstring final(MAX_PATH, L'\0');
-  for (;;) {
-    const DWORD size = GetFinalPathNameByHandleW(
-        file, final.data(), static_cast<DWORD>(final.size()), FILE_NAME_NORMALIZED);
-    if (size == 0) return path;
-    const bool fits = size < final.size();
-    final.resize(size);
-    if (fits) return FromWide(final);
-  }
-}
-
-void MarkForDeletion(HANDLE file, bool mark) {
+bool MarkForDeletion(HANDLE file, bool mark) {
   FILE_DISPOSITION_INFO disposition{mark};
-  SetFileInformationByHandle(file, FileDispositionInfo, &disposition, sizeof disposition);
+  return SetFileInformationByHandle(file, FileDispositionInfo, &disposition, sizeof disposition);
 }
 
 bool IsPassing(DWORD code) {
@@ -47,12 +35,13 @@ DWORD ResultOf(BOOL done) {
 
 // Repeats `step` while it fails for a cause that may pass.
 template <class Step>
-DWORD Patiently(Step step) {
-  for (int attempt = 1;; ++attempt) {
+DWORD Patiently(std::chrono::milliseconds patience, Step step) {
+  const auto end = std::chrono::steady_clock::now() + patience;
+  for (;;) {
     const DWORD code = step();
-    if (!IsPassing(code) || attempt == kMoveAttempts) return code;
     // "Access denied" as well: so the system answers for a file that is being deleted.
-    Sleep(kMoveInterval);
+    if (!IsPassing(code) || std::chrono::steady_clock::now() >= end) return code;
+    Sleep(kInterval);
   }
 }
 
@@ -108,8 +97,13 @@ class AccessList {
 
 }  // namespace
 
-WindowsReplacementFile::WindowsReplacementFile(const std::string& path, Keep keep)
-    : path_(path), target_(SystemPath(path)), keep_(keep), owned_name_(kPrefix) {
+WindowsReplacementFile::WindowsReplacementFile(const std::string& path, Keep keep,
+                                               std::chrono::milliseconds patience)
+    : path_(path),
+      target_(SystemPath(path)),
+      keep_(keep),
+      patience_(patience),
+      owned_name_(kPrefix) {
   ExamineTarget();
   Create();
 }
@@ -144,7 +138,7 @@ void WindowsReplacementFile::ExamineTarget() {
 
 // Whether the folder, and the programs that have the file open, allow replacing it.
 void WindowsReplacementFile::CheckPlace() const {
-  const DWORD code = Patiently([&] {
+  const DWORD code = Patiently(kMoment, [&] {
     // Asking for the right to delete is enough: nothing is deleted here.
     return ResultOf(Handle(CreateFileW(target_.c_str(), GENERIC_READ | DELETE, kShareAll, nullptr,
                                        OPEN_EXISTING, 0, nullptr))
@@ -164,11 +158,22 @@ void WindowsReplacementFile::Create() {
   // Not shared, so that no other program sees half a workbook.
   file_ = Handle(CreateFileW(name.c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
                              FILE_ATTRIBUTE_NORMAL, nullptr));
-  if (!file_.IsOpen()) throw Failure(GetLastError());
+  if (!file_.IsOpen()) {
+    const DWORD code = GetLastError();
+    // So Windows answers for a folder that it protects from programs that it does not know.
+    if (code == ERROR_FILE_NOT_FOUND && IsFolder(AttributesOf(SystemPath(folder)))) {
+      throw Error(error_number::kPermissionDenied,
+                  "Cannot write to " + path_ +
+                      ": Windows protects the folder and lets only programs that it knows make "
+                      "files there (Controlled folder access). Allow KORVEX, or choose another "
+                      "folder.");
+    }
+    throw Failure(code);
+  }
   name_ = std::move(name);
   if (replaces_) TakeOverRights();
   // Not before: a file that is marked for deletion cannot be opened.
-  MarkForDeletion(file_.Get(), true);
+  is_marked_ = MarkForDeletion(file_.Get(), true);
 }
 
 // If the list cannot be set, the new file keeps the list that the folder gives, which is right when
@@ -196,7 +201,7 @@ void WindowsReplacementFile::Commit() {
 
 void WindowsReplacementFile::CommitAsNew() {
   Finish();
-  const DWORD code = Patiently([&] { return Move(MOVEFILE_WRITE_THROUGH); });
+  const DWORD code = Patiently(patience_, [&] { return Move(MOVEFILE_WRITE_THROUGH); });
   if (code == ERROR_ALREADY_EXISTS || code == ERROR_FILE_EXISTS) {
     throw Error(error_number::kFileExists,
                 "Cannot write to " + path_ + ": There is a file of that name now.");
@@ -209,14 +214,15 @@ void WindowsReplacementFile::Finish() {
   if (!FlushFileBuffers(file_.Get())) throw Failure(GetLastError());
   // From here to the move a killed program leaves the file; the next run removes it
   // (RemoveLeftovers).
-  MarkForDeletion(file_.Get(), false);
+  // A mark that stayed would delete the output after all.
+  if (is_marked_ && !MarkForDeletion(file_.Get(), false)) throw Failure(GetLastError());
   // File servers report what could not be stored no later than here.
   if (!file_.Close()) throw Failure(GetLastError());
 }
 
 DWORD WindowsReplacementFile::TakeItsPlace() {
   constexpr DWORD kReplace = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
-  const DWORD code = Patiently([&] {
+  const DWORD code = Patiently(patience_, [&] {
     const bool takes_over = replaces_ && keep_ == Keep::kAttributes;
     const DWORD taken = takes_over ? TakeOver() : Move(kReplace);
     // ReplaceFile works in two steps and was stopped between them.

@@ -12,6 +12,7 @@
 // file, but for a moment there is no file of that name; the other has no such moment.
 #pragma once
 
+#include <chrono>
 #include <string>
 
 #include "platform/file_system.h"
@@ -29,7 +30,9 @@ class WindowsReplacementFile : public ReplacementFile {
     kPlace,       // for files that other programs read at any time
   };
 
-  explicit WindowsReplacementFile(const std::string& path, Keep keep = Keep::kAttributes);
+  // `patience` is how long a Commit waits for programs that have either file open.
+  explicit WindowsReplacementFile(const std::string& path, Keep keep = Keep::kAttributes,
+                                  std::chrono::milliseconds patience = std::chrono::seconds(10));
   ~WindowsReplacementFile() override;
   WindowsReplacementFile(const WindowsReplacementFile&) = delete;
   WindowsReplacementFile& operator=(const WindowsReplacementFile&) = delete;
@@ -55,6 +58,8 @@ class WindowsReplacementFile : public ReplacementFile {
   std::wstring target_;  // what it leads to, for the system
   std::wstring name_;    // of the file beside it, for the system; empty once it is in place
   Keep keep_;
+  std::chrono::milliseconds patience_;
+  bool is_marked_ = false;  // for deletion; not every file system can
   bool replaces_ = false;
   TemporaryName owned_name_;
   Handle file_;

@@ -11,6 +11,11 @@ namespace {
 
 // Not in every edition of the headers.
 constexpr DWORD kQuotaExceeded = 1295;
+constexpr DWORD kVirusInfected = 225;
+constexpr DWORD kVirusDeleted = 226;
+constexpr DWORD kCloudNotRunning = 362;
+constexpr DWORD kCloudUnreachable = 388;
+constexpr DWORD kCloudFailed = 389;
 
 struct Cause {
   int number;
@@ -24,6 +29,12 @@ constexpr Cause kInUse{error_number::kPermissionDenied, "The file is in use by a
 constexpr Cause kFull{error_number::kDiskFull, "No space left on device"};
 constexpr Cause kIo{error_number::kDeviceIo, "Input/output error"};
 constexpr Cause kNotReady{error_number::kDeviceUnavailable, "The device is not ready"};
+
+constexpr Cause kAway{error_number::kDeviceUnavailable, "The file server does not answer"};
+constexpr Cause kInTheCloud{error_number::kDeviceUnavailable,
+                            "The file is stored online and cannot be fetched now"};
+constexpr Cause kVirus{error_number::kPermissionDenied,
+                       "The virus scanner keeps the file from being opened"};
 
 constexpr struct {
   DWORD code;
@@ -74,6 +85,23 @@ constexpr struct {
     {ERROR_UNRECOGNIZED_MEDIA, kNotReady},
     {ERROR_UNRECOGNIZED_VOLUME, kNotReady},
     {ERROR_DEVICE_NOT_CONNECTED, kNotReady},
+    {ERROR_REM_NOT_LIST, kAway},
+    {ERROR_SEM_TIMEOUT, kAway},
+    {ERROR_BAD_NET_RESP, kAway},
+    {ERROR_VC_DISCONNECTED, kAway},
+    {ERROR_CONNECTION_UNAVAIL, kAway},
+    {ERROR_CONNECTION_ABORTED, kAway},
+    {ERROR_NO_NETWORK, kAway},
+    {ERROR_NO_NET_OR_BAD_PATH, kAway},
+    {ERROR_NETWORK_BUSY, {error_number::kDeviceUnavailable, "The file server is busy"}},
+    {ERROR_SESSION_CREDENTIAL_CONFLICT,
+     {error_number::kPermissionDenied,
+      "This computer is signed in to the file server under another name"}},
+    {kCloudNotRunning, kInTheCloud},
+    {kCloudUnreachable, kInTheCloud},
+    {kCloudFailed, kInTheCloud},
+    {kVirusInfected, kVirus},
+    {kVirusDeleted, kVirus},
     {ERROR_NETWORK_UNREACHABLE, {error_number::kDeviceUnavailable, "Network is unreachable"}},
     {ERROR_HOST_UNREACHABLE, {error_number::kDeviceUnavailable, "No route to host"}},
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/windows/wide_text.h"
 #include "platform/windows/windows_error.h"
 
 namespace korvex {
@@ -30,6 +31,18 @@ DWORD AttributesOf(const std::wstring& system_path) {
     return INVALID_FILE_ATTRIBUTES;
   }
   return information.dwFileAttributes;
+}
+
+std::string FinalPath(HANDLE file, const std::string& path) {
+  std::wstring final(MAX_PATH, L'\0');
+  for (;;) {
+    const DWORD size = GetFinalPathNameByHandleW(
+        file, final.data(), static_cast<DWORD>(final.size()), FILE_NAME_NORMALIZED);
+    if (size == 0) return path;
+    const bool fits = size < final.size();
+    final.resize(size);
+    if (fits) return FromWide(final);
+  }
 }
 
 bool IsFolder(DWORD attributes) {

@@ -17,6 +17,9 @@ inline constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHA
 DWORD AttributesOf(const std::wstring& system_path);
 bool IsFolder(DWORD attributes);
 
+// The path of an open file, links followed; `path` where the system does not know.
+std::string FinalPath(HANDLE file, const std::string& path);
+
 // Error 75 for a file that is to be made with a name that Windows programs cannot reach: one with a
 // blank or dot at its end, or with a colon, which would make it a hidden part of another file.
 void CheckNewName(const std::wstring& system_path, const std::string& path);

@@ -1,7 +1,9 @@
 #include "platform/windows/windows_file_system.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
+#include <cstring>
 #include <limits>
 #include <thread>
 #include <utility>
@@ -13,6 +15,7 @@
 #include "platform/windows/windows_error.h"
 #include "platform/windows/windows_file.h"
 #include "platform/windows/windows_path.h"
+#include "text/text.h"
 
 namespace korvex {
 namespace {
@@ -118,10 +121,34 @@ Handle OpenToAsk(const std::string& path) {
                             FILE_FLAG_BACKUP_SEMANTICS, nullptr));
 }
 
-bool Identify(const std::string& path, BY_HANDLE_FILE_INFORMATION& information) {
-  const Handle file = OpenToAsk(path);
-  return file.IsOpen() && GetFileInformationByHandle(file.Get(), &information);
-}
+// What is the same for one file by all its names. File systems that number their files with 128
+// bits have no number of 64, and some number none at all: there the place is left.
+struct Identity {
+  explicit Identity(HANDLE file, const std::string& path) {
+    FILE_ID_INFO id{};
+    has_number = GetFileInformationByHandleEx(file, FileIdInfo, &id, sizeof id);
+    volume = id.VolumeSerialNumber;
+    std::memcpy(number.data(), &id.FileId, number.size());
+    BY_HANDLE_FILE_INFORMATION information;
+    if (!has_number && GetFileInformationByHandle(file, &information)) {
+      volume = information.dwVolumeSerialNumber;
+      number = {information.nFileIndexHigh, information.nFileIndexLow, 0, 0};
+    }
+    has_number = number != decltype(number){};
+    if (!has_number) place = FinalPath(file, path);
+  }
+
+  bool operator==(const Identity& other) const {
+    if (has_number != other.has_number) return false;
+    return has_number ? volume == other.volume && number == other.number
+                      : EqualText(place, other.place);
+  }
+
+  bool has_number = false;
+  std::uint64_t volume = 0;
+  std::array<DWORD, 4> number{};
+  std::string place;
+};
 
 std::size_t ReadSome(HANDLE file, std::span<std::byte> bytes, const std::string& path) {
   constexpr std::size_t kLargestRead = 16 * 1024 * 1024;
@@ -169,12 +196,10 @@ bool WindowsFileSystem::FolderExists(const std::string& path) const {
 }
 
 bool WindowsFileSystem::IsSameFile(const std::string& a, const std::string& b) const {
-  BY_HANDLE_FILE_INFORMATION first;
-  BY_HANDLE_FILE_INFORMATION second;
-  return Identify(a, first) && Identify(b, second) &&
-         first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
-         first.nFileIndexHigh == second.nFileIndexHigh &&
-         first.nFileIndexLow == second.nFileIndexLow;
+  // Both open at once: numbers are given anew when a file is gone.
+  const Handle first = OpenToAsk(a);
+  const Handle second = OpenToAsk(b);
+  return first.IsOpen() && second.IsOpen() && Identity(first.Get(), a) == Identity(second.Get(), b);
 }
 
 std::optional<FileVersion> WindowsFileSystem::VersionOf(const std::string& path) const {

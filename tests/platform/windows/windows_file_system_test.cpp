@@ -2,10 +2,13 @@
 #include "platform/windows/windows_file_system.h"
 
 #include <array>
+#include <chrono>
 #include <cstddef>
+#include <thread>
 #include <tuple>
 #include <utility>
 
+#include "platform/windows/replacement_file.h"
 #include "platform/windows/temporary_files.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_handle.h"
@@ -101,13 +104,25 @@ TEST_F(WindowsFileSystemTest, SharesAFileWithAnotherProgramAsFarAsThatAllows) {
     EXPECT_EQ(NumberOfReplacing(file), 70);
   }
   {
-    const auto replacement = files_.Replace(file);
-    Write(*replacement, "new");
+    WindowsReplacementFile replacement(file, WindowsReplacementFile::Keep::kAttributes,
+                                       std::chrono::milliseconds(50));
+    Write(replacement, "new");
     const Handle reader = Holder(file, FILE_SHARE_READ);  // opened meanwhile
-    EXPECT_EQ(ErrorOf([&] { replacement->Commit(); }).Number(), 70);
+    EXPECT_EQ(ErrorOf([&] { replacement.Commit(); }).Number(), 70);
   }
   EXPECT_EQ(Content(file), "old");
   EXPECT_EQ(folder_.EntryCount(), 1u);
+  {
+    const auto replacement = files_.Replace(file);
+    Write(*replacement, "new");
+    // A scanner that takes its time.
+    std::thread scanner([held = Holder(file, FILE_SHARE_READ)] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    });
+    EXPECT_EQ(ErrorOf([&] { replacement->Commit(); }).Number(), 0);
+    scanner.join();
+  }
+  EXPECT_EQ(Content(file), "new");
   const Handle owner = Holder(file, 0);
   EXPECT_EQ(ErrorOf([&] { Read(file); }).Description(),
             "Cannot read " + file + ": The file is in use by another program.");
