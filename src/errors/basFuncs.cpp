@@ -1,5 +1,7 @@
 #include "errors/basFuncs.h"
 
+#include <utility>
+
 #include "errors/clsAppLog.h"
 #include "platform/desktop.h"
 #include "platform/dialogs.h"
@@ -53,7 +55,24 @@ std::string AppErrFolder() {
   return folder;
 }
 
+namespace {
+
+// Once for each cause: a run whose every file fails would fill the log with it.
+void LogObstacle(const std::string& obstacle) {
+  static std::string logged;
+  if (std::exchange(logged, obstacle) == obstacle) return;
+  Attempt([&] { AppLog().AddText(obstacle, "", true, 2, false); });
+}
+
+}  // namespace
+
 void SendErrorMail(int err_num, const std::string& err_desc) {
+  std::string obstacle;
+  Attempt([&] { obstacle = Platform().mail->Obstacle(); });
+  if (!obstacle.empty()) {
+    LogObstacle(obstacle);
+    return;
+  }
   // All steps in order, whatever fails: a mail program may need the last ones, such as signing off,
   // to free what the first ones took.
   Attempt([] { Platform().mail->SignOn(); });

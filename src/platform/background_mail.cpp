@@ -27,8 +27,9 @@ struct BackgroundMail::Desk {
 };
 
 BackgroundMail::BackgroundMail(std::function<std::unique_ptr<Mail>()> make,
+                               std::function<std::string()> obstacle,
                                std::chrono::milliseconds patience)
-    : desk_(std::make_shared<Desk>()), patience_(patience) {
+    : desk_(std::make_shared<Desk>()), obstacle_(std::move(obstacle)), patience_(patience) {
   desk_->make = std::move(make);
 }
 

@@ -17,8 +17,9 @@ namespace korvex {
 class BackgroundMail : public Mail {
  public:
   // `make` makes the mail that does the work. It is called on the thread, since a mail program may
-  // belong to the thread that speaks to it first.
+  // belong to the thread that speaks to it first. `obstacle` is asked on the caller's thread.
   explicit BackgroundMail(std::function<std::unique_ptr<Mail>()> make,
+                          std::function<std::string()> obstacle = {},
                           std::chrono::milliseconds patience = std::chrono::seconds(10));
   // Waits for what is under way, for `patience` at most. What is not sent by then is lost, unless
   // the process goes on long enough.
@@ -26,6 +27,7 @@ class BackgroundMail : public Mail {
   BackgroundMail(const BackgroundMail&) = delete;
   BackgroundMail& operator=(const BackgroundMail&) = delete;
 
+  std::string Obstacle() const override { return obstacle_ ? obstacle_() : std::string(); }
   // A message is handed on as a whole, when its session is signed off.
   void SignOn() override { message_.clear(); }
   void Compose() override;
@@ -44,6 +46,7 @@ class BackgroundMail : public Mail {
 
   std::vector<Step> message_;  // that is being composed
   std::shared_ptr<Desk> desk_;
+  std::function<std::string()> obstacle_;
   std::chrono::milliseconds patience_;
   std::thread thread_;  // from the first message on
 };

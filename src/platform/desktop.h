@@ -49,6 +49,8 @@ class Mail {
  public:
   virtual ~Mail() = default;
 
+  // Why nothing can be mailed from here at all; empty when nothing is known against it.
+  virtual std::string Obstacle() const { return {}; }
   virtual void SignOn() = 0;
   virtual void Compose() = 0;  // starts an empty message in the session signed on
   virtual void SetSubject(const std::string& subject) = 0;

@@ -74,6 +74,14 @@ TEST_F(ErrorsTest, AreReportedInEveryStepThatStillWorks) {
   EXPECT_EQ(platform.mail.steps.back(), "SignOff");
 }
 
+TEST_F(ErrorsTest, AreNotMailedWhereNothingCanBe) {
+  platform.mail.obstacle = "Nothing is mailed: no mail program.";
+  for (int i = 0; i < 3; ++i) ReportPending(false, false, true);
+  EXPECT_EQ(platform.mail.steps.size(), 0u);
+  EXPECT_EQ(Log(), "Nothing is mailed: no mail program.\r\nTime: 05/03/2004 14:07:09\r\n\r\n")
+      << "once";
+}
+
 TEST_F(ErrorsTest, AreMailedWhenTheSettingsCanBeReadAndAskForIt) {
   const std::tuple<const char*, int, bool> cases[] = {
       {"-1", 0, true}, {"0", 0, false}, {"perhaps", 0, false}, {"-1", 70, false}};

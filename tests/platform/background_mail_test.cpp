@@ -76,7 +76,7 @@ TEST(BackgroundMail, IsNotHeldUpByAMailProgramThatHangs) {
   const auto signals = std::make_shared<HangingMail::Signals>();
   std::promise<void> ended;
   auto mail = std::make_unique<BackgroundMail>(
-      [signals] { return std::make_unique<HangingMail>(signals); }, 20ms);
+      [signals] { return std::make_unique<HangingMail>(signals); }, nullptr, 20ms);
   SendOne(*mail, "hangs");
   signals->called.get_future().wait();
   SendOne(*mail, "waits");

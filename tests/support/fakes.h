@@ -89,6 +89,7 @@ class RecordingDialogs : public Dialogs {
 // Records a step as its name, followed by ": " and its argument when it has one.
 class FakeMail : public Mail {
  public:
+  std::string Obstacle() const override { return obstacle; }
   void SignOn() override { Step("SignOn"); }
   void Compose() override { Step("Compose"); }
   void SetSubject(const std::string& subject) override { Step("SetSubject", subject); }
@@ -101,6 +102,7 @@ class FakeMail : public Mail {
   void SignOff() override { Step("SignOff"); }
 
   std::vector<std::string> steps;
+  std::string obstacle;
   std::set<std::string> failing;  // names of the steps that raise an error, once recorded
 
  private:

@@ -7,7 +7,10 @@
 #include "platform/windows/com_apartment.h"
 #include "platform/windows/wide_text.h"
 #include "platform/windows/windows_api.h"
+#include "platform/windows/windows_desktop.h"
 #include "platform/windows/windows_error.h"
+#include "platform/windows/windows_file.h"
+#include "platform/windows/windows_handle.h"
 
 // After the header of the system, which it needs.
 #include <mapi.h>
@@ -22,7 +25,68 @@ void Check(ULONG result, const std::string& action) {
                                            std::to_string(result) + " of Simple MAPI.");
 }
 
+// A text of the registry, variables in it replaced; empty when there is none.
+std::wstring RegistryText(HKEY root, const std::wstring& key, const wchar_t* name) {
+  std::wstring text(32'768, L'\0');
+  auto size = static_cast<DWORD>(text.size() * sizeof(wchar_t));
+  constexpr DWORD kTexts = RRF_RT_REG_SZ;  // expandable ones come as these
+  const LSTATUS read = RegGetValueW(root, key.c_str(), name, kTexts, nullptr, text.data(), &size);
+  return read == ERROR_SUCCESS ? std::wstring(text.c_str()) : std::wstring();
+}
+
+// The user's own choice, or else the machine's.
+std::wstring ClientsText(const std::wstring& key, const wchar_t* name) {
+  const std::wstring own = RegistryText(HKEY_CURRENT_USER, key, name);
+  return own.empty() ? RegistryText(HKEY_LOCAL_MACHINE, key, name) : own;
+}
+
+template <class Value>
+bool ReadAt(HANDLE file, LONG place, Value& value) {
+  DWORD count = 0;
+  return SetFilePointer(file, place, nullptr, FILE_BEGIN) != INVALID_SET_FILE_POINTER &&
+         ReadFile(file, &value, sizeof value, &count, nullptr) && count == sizeof value;
+}
+
+// The processors that a program or library was built for; 0 when it is none.
+WORD MachineOf(const std::wstring& image) {
+  const Handle file(
+      CreateFileW(image.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+  IMAGE_DOS_HEADER start;
+  IMAGE_NT_HEADERS header;
+  return file.IsOpen() && ReadAt(file.Get(), 0, start) &&
+                 ReadAt(file.Get(), start.e_lfanew, header) &&
+                 header.Signature == IMAGE_NT_SIGNATURE
+             ? header.FileHeader.Machine
+             : WORD{0};
+}
+
+// Whether a library can be loaded into this process.
+bool IsOfOurKind(const std::wstring& library) {
+  wchar_t path[MAX_PATH];
+  wchar_t own[MAX_PATH];
+  // A bare name is looked for where the system keeps its own.
+  return SearchPathW(nullptr, library.c_str(), nullptr, MAX_PATH, path, nullptr) != 0 &&
+         GetModuleFileNameW(nullptr, own, MAX_PATH) != 0 && MachineOf(path) == MachineOf(own);
+}
+
 }  // namespace
+
+std::string MapiObstacle(const std::wstring& clients) {
+  const std::string nothing = "Nothing is mailed: ";
+  if (!HasDesktop()) {
+    return nothing + "the program runs without a desktop, where nobody could answer a question.";
+  }
+  const std::wstring name = ClientsText(clients, nullptr);
+  if (name.empty()) return nothing + "this machine has no mail program.";
+  const std::string its_name = "the mail program \"" + FromWide(name) + "\" ";
+  for (const wchar_t* value : {L"DLLPathEx", L"DLLPath"}) {
+    const std::wstring library = ClientsText(clients + L"\\" + name, value);
+    if (library.empty()) continue;
+    if (IsOfOurKind(library)) return {};
+    return nothing + its_name + "is not there, or was built for other processors.";
+  }
+  return nothing + its_name + "does not take messages from other programs.";
+}
 
 // The functions of Simple MAPI, and what one signing on gave. The library is never unloaded: a mail
 // program may leave threads behind in it.

@@ -12,6 +12,11 @@
 
 namespace korvex {
 
+// Why no mail program is to be called at all; empty when one is. Without a registered one, or with
+// one that was built for other processors, the system would show a box; without a desktop nobody
+// could answer what the mail program asks. `clients` is the key of the registry that has them.
+std::string MapiObstacle(const std::wstring& clients = L"Software\\Clients\\Mail");
+
 class MapiMail : public Mail {
  public:
   explicit MapiMail(std::string library = "MAPI32.DLL");

@@ -97,7 +97,7 @@ struct NativePlatform::Parts {
 
   WindowsFileSystem files;
   std::unique_ptr<SettingsStore> settings;
-  BackgroundMail mail{[] { return std::make_unique<MapiMail>(); }};
+  BackgroundMail mail{[] { return std::make_unique<MapiMail>(); }, [] { return MapiObstacle(); }};
   WindowsShell shell;
   WindowsSound sound;
   WindowsWindowSystem window_system;

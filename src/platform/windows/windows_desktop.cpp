@@ -66,6 +66,13 @@ bool IsComputer(const std::wstring& path) {
 
 }  // namespace
 
+bool HasDesktop() {
+  USEROBJECTFLAGS flags{};
+  return GetUserObjectInformationW(GetProcessWindowStation(), UOI_FLAGS, &flags, sizeof flags,
+                                   nullptr) &&
+         (flags.dwFlags & WSF_VISIBLE);
+}
+
 void WindowsShell::Open(const std::string& file) {
   // The program of a document may be found by a component of the shell.
   const ComApartment apartment;

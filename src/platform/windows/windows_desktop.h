@@ -7,6 +7,10 @@
 
 namespace korvex {
 
+// Whether windows of this process can be seen: not those of services and of jobs that run while
+// nobody is signed in.
+bool HasDesktop();
+
 class WindowsShell : public Shell {
  public:
   // Nothing happens for a file that does not exist or that no program opens.

@@ -89,6 +89,42 @@ TEST_F(MapiMailTest, TellsWhichStepTheMailProgramRefuses) {
   }
 }
 
+// A key of the registry, for the time of a test.
+struct TestKey {
+  ~TestKey() { RegDeleteTreeW(HKEY_CURRENT_USER, name.c_str()); }
+  void Put(const std::wstring& below, const wchar_t* value, const std::wstring& text) const {
+    RegSetKeyValueW(HKEY_CURRENT_USER, (name + below).c_str(), value, REG_SZ, text.c_str(),
+                    static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+  }
+
+  std::wstring name = L"Software\\KORVEX test";
+};
+
+TEST_F(MapiMailTest, IsNotTriedWithoutAMailProgramOfThisKind) {
+  const TestKey clients;
+  EXPECT_THAT(MapiObstacle(clients.name), HasSubstr("no mail program"));
+  clients.Put(L"", nullptr, L"Post");
+  EXPECT_THAT(MapiObstacle(clients.name), HasSubstr("does not take messages"));
+  const std::pair<std::wstring, const char*> libraries[] = {
+      {ToWide(library_), ""},
+      {L"kernel32.dll", ""},
+      {L"C:\\windows\\syswow64\\kernel32.dll", "other processors"},
+      {L"C:\\none.dll", "is not there"},
+      {ToWide(folder_.Put("text.dll", "no library")), "other processors"}};
+  for (const auto& [library, obstacle] : libraries) {
+    clients.Put(L"\\Post", L"DLLPath", library);
+    EXPECT_THAT(MapiObstacle(clients.name), HasSubstr(obstacle)) << FromWide(library);
+    EXPECT_EQ(MapiObstacle(clients.name).empty(), *obstacle == 0) << FromWide(library);
+  }
+  // A process without a desktop, as services are.
+  const HWINSTA former = GetProcessWindowStation();
+  const HWINSTA hidden = CreateWindowStationW(nullptr, 0, WINSTA_ALL_ACCESS, nullptr);
+  SetProcessWindowStation(hidden);
+  EXPECT_THAT(MapiObstacle(clients.name), HasSubstr("without a desktop"));
+  SetProcessWindowStation(former);
+  CloseWindowStation(hidden);
+}
+
 TEST_F(MapiMailTest, RefusesEmptyAndMultiLineAddresses) {
   mail_.SignOn();
   for (const char* address : {"", "  ", "a@b\r\nBcc: c@d"}) {
