@@ -49,7 +49,7 @@ class KeyTable {
   std::string_view Name(std::uint32_t key) const { return keys_.Name(key); }
 
   // All keys, one behind the other.
-  const std::string& Text() const { return keys_.Text(); }
+  std::string_view Text() const { return keys_.Text(); }
   // The first row with a measured value of the key, in a sheet that `is_meant`.
   std::optional<Place> Find(std::uint32_t key,
                             const std::function<bool(const Sheet&)>& is_meant) const;
@@ -85,9 +85,9 @@ class KeyTable {
   }
 
   NameIndex keys_;
-  std::vector<std::uint32_t> last_sheet_;  // by key: one past the number of the last sheet
+  GrowingArray<std::uint32_t> last_sheet_;  // by key: one past the number of the last sheet
   std::vector<Sheet> sheets_;
-  std::vector<std::uint32_t> readings_;  // the keys of all rows, flagged where the value is missing
+  GrowingArray<std::uint32_t> readings_;  // the keys of all rows, flagged where there is no value
 
   // The readings of each key, chained when one is first looked for, and from then on as far as they
   // have come: a check may look for thousands.

@@ -97,11 +97,11 @@ class RunWatch {
   const OutputTable* output_ = nullptr;
   std::vector<WatchedColumn> columns_;  // the key columns, then the output columns that are none
   std::vector<SharedColumn> shared_columns_;
-  std::vector<bool> lacked_;                  // by output column: a file had none
-  std::vector<std::uint64_t> output_hashes_;  // by key, of its first row's output values
-  std::size_t batch_start_ = 0;               // the first sheet of the batch
-  std::vector<std::uint16_t> counts_;         // by key: its readings in the batch
-  std::vector<bool> has_texts_;               // by key
+  std::vector<bool> lacked_;                   // by output column: a file had none
+  GrowingArray<std::uint64_t> output_hashes_;  // by key, of its first row's output values
+  std::size_t batch_start_ = 0;                // the first sheet of the batch
+  std::vector<std::uint16_t> counts_;          // by key: its readings in the batch
+  std::vector<bool> has_texts_;                // by key
   std::vector<std::unordered_map<std::string, std::uint32_t>> text_numbers_;  // by column
   std::unordered_map<std::string, std::uint32_t> reading_text_numbers_;
   std::string text_;  // scratch storage

@@ -10,21 +10,25 @@
 #include <vector>
 
 #include "platform/error.h"
-#include "text/text.h"
+#include "platform/growing_array.h"
+#include "text/text_hash.h"
 
 namespace korvex {
 
-// The index of names behind a keyed collection: an open-addressing hash table over names that lie
-// one behind the other in one text, so that a look-up allocates nothing and a name costs its own
-// length and a few bytes.
+// The index of names behind a keyed collection: a hash table over names that lie one behind the
+// other in one text, so that a look-up allocates nothing and a name costs its own length and a few
+// bytes.
 class NameIndex {
  public:
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-  std::size_t Count() const { return names_.size(); }
-  std::string_view Name(std::size_t position) const;
+  std::size_t Count() const { return ends_.size(); }
+  std::string_view Name(std::size_t position) const {
+    const std::size_t start = position == 0 ? 0 : ends_[position - 1];
+    return {text_.data() + start, ends_[position] - start};
+  }
   // All names, one behind the other.
-  const std::string& Text() const { return text_; }
+  std::string_view Text() const { return {text_.data(), text_.size()}; }
   // Position in insertion order, kNone when the name is absent.
   std::size_t Find(std::string_view name) const;
   // Position of the name, and whether it had to be added.
@@ -32,22 +36,10 @@ class NameIndex {
   void Clear();
 
  private:
-  struct Stored {
-    std::size_t start;
-    std::uint32_t length;
-    std::uint32_t hash;  // of the upper-cased name
-  };
-
-  std::uint32_t Hash(std::string_view name) const;
-  // The slot that holds the name, or the empty slot where it belongs.
-  std::size_t SlotOf(std::string_view name, std::uint32_t hash) const;
-  void Grow();
-
-  std::string text_;
-  std::vector<Stored> names_;
-  std::vector<std::uint32_t> slots_;  // position + 1, 0 for an empty slot
+  GrowingArray<char> text_;
+  GrowingArray<std::size_t> ends_;  // of each name in the text
+  HashSlots slots_;
   std::size_t last_found_ = 0;
-  mutable std::string upper_;
 };
 
 template <class Value>

@@ -79,9 +79,9 @@ void SheetCells::GoBack() {
 void SheetCells::Order() {
   std::stable_sort(cells_.begin(), cells_.end(),
                    [](const Cell& a, const Cell& b) { return Place(a) < Place(b); });
-  auto out = cells_.begin();
-  for (auto cell = cells_.begin(); cell != cells_.end(); ++cell) {
-    const auto later = cell + 1;
+  Cell* out = cells_.begin();
+  for (const Cell* cell = cells_.begin(); cell != cells_.end(); ++cell) {
+    const Cell* const later = cell + 1;
     if (later != cells_.end() && Place(*later) == Place(*cell)) {
       if (repeats_ == Repeats::kAreDamage && cell->kind != CellKind::kEmpty) {
         Refuse("is damaged: it has more than one value for cell " +
@@ -91,7 +91,7 @@ void SheetCells::Order() {
     }
     if (cell->kind != CellKind::kEmpty) *out++ = *cell;
   }
-  cells_.erase(out, cells_.end());
+  cells_.CutAt(out);
   is_ordered_ = true;
 }
 
@@ -113,12 +113,12 @@ void SheetCells::Finish(const ReadBudget& budget) {
   row_starts_.clear();
   if (cells_.empty() || cells_.back().row > kSparseRows + kSparseRowsPerCell * cells_.size())
     return;
-  row_starts_.resize(std::size_t{cells_.back().row} + 2);
-  std::size_t row = 0;
-  for (std::size_t i = 0; i < cells_.size(); ++i) {
-    while (row <= cells_[i].row) row_starts_[row++] = static_cast<std::uint32_t>(i);
+  std::uint32_t at = 0;
+  for (const Cell& cell : cells_) {
+    while (row_starts_.size() <= cell.row) row_starts_.push_back(at);
+    ++at;
   }
-  row_starts_[row] = static_cast<std::uint32_t>(cells_.size());
+  row_starts_.push_back(at);
 }
 
 int SheetCells::CountA(int row) const {

@@ -11,6 +11,7 @@
 #include <span>
 #include <vector>
 
+#include "platform/growing_array.h"
 #include "spreadsheet/bytes/read_budget.h"
 #include "spreadsheet/bytes/text_arena.h"
 #include "spreadsheet/cells/cell_place.h"
@@ -155,14 +156,6 @@ class SheetCells {
       GoBack();
     }
     last_column_ = std::max(last_column_, column);
-    if (cells_.size() == cells_.capacity()) {
-      return AddToFull(row, column, kind, is_shared_text, content);
-    }
-    cells_.push_back({row, column, kind, is_shared_text, false, false, false, content});
-  }
-  // Out of line: what takes more memory would slow down what does not.
-  [[gnu::noinline]] void AddToFull(std::uint32_t row, std::uint16_t column, CellKind kind,
-                                   bool is_shared_text, Content content) {
     cells_.push_back({row, column, kind, is_shared_text, false, false, false, content});
   }
   void GoBack();
@@ -176,8 +169,9 @@ class SheetCells {
   void Order();
   CellValue View(const Cell& cell) const;
 
-  std::vector<Cell> cells_;
-  std::vector<std::uint32_t> row_starts_;  // by zero-based row, and the end; empty for sparse cells
+  GrowingArray<Cell> cells_;
+  GrowingArray<std::uint32_t>
+      row_starts_;  // by zero-based row, and the end; empty for sparse cells
   const TextArena* shared_texts_ = nullptr;
   TextArena own_texts_;
   std::vector<TextRange> texts_above_;  // by column, its last own text

@@ -6,35 +6,27 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/growing_array.h"
+#include "text/text_hash.h"
+
 namespace korvex {
 
 // Ids count from 0 in the order of the first calls. Texts are never moved or removed: a view of one
 // is valid as long as the pool.
 class TextPool {
  public:
-  TextPool();
-
   // The id of a text. A new text is copied; for a known one this costs one look-up and no
   // allocation.
   std::uint32_t Intern(std::string_view text);
-  std::string_view Text(std::uint32_t id) const { return {texts_[id].data, texts_[id].length}; }
+  std::string_view Text(std::uint32_t id) const { return texts_[id]; }
   std::uint32_t Count() const { return static_cast<std::uint32_t>(texts_.size()); }
 
  private:
-  struct Entry {
-    const char* data;
-    std::uint32_t length;
-    std::uint32_t hash;
-  };
-
   // Copies a text into a block.
-  const char* Store(std::string_view text);
-  std::size_t FreeSlot(std::uint32_t hash) const;
-  void DoubleSlots();
+  std::string_view Store(std::string_view text);
 
-  std::vector<Entry> texts_;
-  // Open addressing; a power of two, at most half full. Holds ids.
-  std::vector<std::uint32_t> slots_;
+  GrowingArray<std::string_view> texts_;
+  HashSlots slots_;  // of ids
   std::vector<std::unique_ptr<char[]>> blocks_;
   char* free_ = nullptr;
   std::size_t free_size_ = 0;
