@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 
 #include "engine/long_form.h"
 #include "engine/refusal_recorder.h"
@@ -179,10 +180,11 @@ void MainRun::CheckOutputsAmongInputs(const RunSelection& selection) {
   const std::vector<std::string> inputs = Inputs(selection);
   const auto is_input = [&](const std::string& full_name) {
     const std::string title = SharedFileSys().GetFileTitle(full_name, false);
-    return std::ranges::any_of(inputs, [&](const std::string& input) {
-      return EqualText(SharedFileSys().GetFileTitle(input, false), title) &&
-             files.IsSameFile(input, full_name);
+    std::vector<std::string> namesakes;
+    std::ranges::copy_if(inputs, std::back_inserter(namesakes), [&](const std::string& input) {
+      return EqualText(SharedFileSys().GetFileTitle(input, false), title);
     });
+    return files.IsOneOf(full_name, namesakes);
   };
   const auto refuse = [](const std::string& what, const std::string& full_name) {
     RefuseRun("The " + what + " \"" + GetDisplayPath(full_name) +

@@ -27,7 +27,7 @@ struct InputRecord {
   int first_row = 0;             // one-based row of the first reading
   int rows = 0;                  // that were read
   int unread_rows = 0;           // that hold something below the row where reading ended
-  std::uint64_t size = 0;        // in bytes
+  std::uint64_t size = 0;        // in bytes; as the digest, of runs that keep readings
   std::string sha256;            // lower-case hexadecimal; empty when nobody asked for it
 };
 

@@ -131,11 +131,12 @@ const std::string& RunWatch::BeginInput(const std::string& full_name, int batch)
   input.path = PathFrom(record_.processing_folder, full_name);
   input.full_name = full_name;
   input.batch = batch;
+  if (!record_.readings) return input.path;
   if (const auto version = files.VersionOf(full_name)) {
     input.size = static_cast<std::uint64_t>(version->size);
   }
   // A file that cannot be read is refused in a moment.
-  if (record_.readings) Attempt([&] { input.sha256 = Sha256OfFile(files, full_name); });
+  Attempt([&] { input.sha256 = Sha256OfFile(files, full_name); });
   return input.path;
 }
 

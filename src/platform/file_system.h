@@ -85,8 +85,8 @@ class FileSystem {
 
   virtual bool FileExists(const std::string& path) const = 0;
   virtual bool FolderExists(const std::string& path) const = 0;
-  // Whether both paths lead to one file that exists, by links or in another spelling.
-  virtual bool IsSameFile(const std::string& a, const std::string& b) const = 0;
+  // Whether a file that exists is one of the others, to which links or other spellings may lead.
+  virtual bool IsOneOf(const std::string& file, std::span<const std::string> others) const = 0;
   // None for a file that does not exist. Two contents can have one version within the step in which
   // the file system counts time (up to two seconds).
   virtual std::optional<FileVersion> VersionOf(const std::string& path) const = 0;

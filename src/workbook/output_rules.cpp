@@ -50,12 +50,9 @@ const OutputFormat& OutputFormatOf(std::string_view file_name) {
 void CheckOutputTarget(const FileSystem& files, const std::string& target,
                        const std::vector<std::string>& inputs) {
   OutputFormatOf(target);
-  if (!files.FileExists(target)) return;
   // Compared as files and not by their names: the target may be a link to an input.
-  for (const std::string& input : inputs) {
-    if (!files.IsSameFile(input, target)) continue;
-    Refuse("It was read as input, and would be lost. Choose another file.");
-  }
+  if (!files.IsOneOf(target, inputs)) return;
+  Refuse("It was read as input, and would be lost. Choose another file.");
 }
 
 // By error 58 the engine knows that it has to keep the output under another name.

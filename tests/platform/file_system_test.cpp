@@ -107,9 +107,11 @@ TEST_F(FileSystemTest, NeverReplacesAFileThatIsCommittedAsNew) {
 
 TEST_F(FileSystemTest, KnowsAFileByAnyOfItsNames) {
   const std::string file = folder_.Put("x.xls", "x");
-  EXPECT_TRUE(files_.IsSameFile(file, folder_ / "./x.xls"));
-  EXPECT_FALSE(files_.IsSameFile(file, folder_.Put("y.xls", "x")));
-  EXPECT_FALSE(files_.IsSameFile(folder_ / "no.xls", folder_ / "no.xls"));
+  const std::string other = folder_.Put("y.xls", "x");
+  const std::string missing = folder_ / "no.xls";
+  EXPECT_TRUE(files_.IsOneOf(file, std::vector{missing, other, folder_ / "./x.xls"}));
+  EXPECT_FALSE(files_.IsOneOf(file, std::vector{missing, other}));
+  EXPECT_FALSE(files_.IsOneOf(missing, std::vector{missing}));
   EXPECT_FALSE(files_.FileExists(file + files_.Separator()));
 }
 

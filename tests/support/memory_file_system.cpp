@@ -140,8 +140,10 @@ bool MemoryFileSystem::FolderExists(const std::string& path) const {
   return node && node->is_folder;
 }
 
-bool MemoryFileSystem::IsSameFile(const std::string& a, const std::string& b) const {
-  return FileExists(a) && Find(a) == Find(b);
+bool MemoryFileSystem::IsOneOf(const std::string& file, std::span<const std::string> others) const {
+  return FileExists(file) && std::ranges::any_of(others, [&](const std::string& other) {
+           return Find(other) == Find(file);
+         });
 }
 
 std::optional<FileVersion> MemoryFileSystem::VersionOf(const std::string& path) const {

@@ -241,11 +241,14 @@ bool PosixFileSystem::FolderExists(const std::string& path) const {
   return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-bool PosixFileSystem::IsSameFile(const std::string& a, const std::string& b) const {
-  struct stat first {};
-  struct stat second {};
-  return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
-         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+bool PosixFileSystem::IsOneOf(const std::string& file, std::span<const std::string> others) const {
+  struct stat wanted {};
+  if (stat(file.c_str(), &wanted) != 0) return false;
+  return std::ranges::any_of(others, [&](const std::string& other) {
+    struct stat status {};
+    return stat(other.c_str(), &status) == 0 && status.st_dev == wanted.st_dev &&
+           status.st_ino == wanted.st_ino;
+  });
 }
 
 std::optional<FileVersion> PosixFileSystem::VersionOf(const std::string& path) const {
@@ -314,6 +317,8 @@ void PosixFileSystem::ReadStart(const std::string& path, std::size_t most,
     if (count == 0) break;
     if (count > 0) {
       size += static_cast<std::size_t>(count);
+      // It had its full size, and not the one byte more that was asked for.
+      if (size == static_cast<std::size_t>(status.st_size) && size < content.size()) break;
     } else if (errno != EINTR) {
       throw SystemError(errno, "read", path, Missing::kFile);
     }

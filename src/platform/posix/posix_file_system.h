@@ -20,7 +20,7 @@ class PosixFileSystem : public FileSystem {
 
   bool FileExists(const std::string& path) const override;
   bool FolderExists(const std::string& path) const override;
-  bool IsSameFile(const std::string& a, const std::string& b) const override;
+  bool IsOneOf(const std::string& file, std::span<const std::string> others) const override;
   std::optional<FileVersion> VersionOf(const std::string& path) const override;
   std::vector<FolderEntry> List(const std::string& folder) const override;
 

@@ -56,6 +56,8 @@ class PosixReplacementFile : public ReplacementFile {
   std::optional<FileRights> former_;  // of the file that is replaced
   Descriptor file_;
   std::string name_;  // full path of the temporary file; empty while it has none
+  off64_t written_ = 0;
+  off64_t on_the_way_ = 0;  // bytes that the disk has been told to take
 };
 
 }  // namespace korvex

@@ -195,11 +195,17 @@ bool WindowsFileSystem::FolderExists(const std::string& path) const {
   return IsFolder(AttributesOf(SystemPath(path)));
 }
 
-bool WindowsFileSystem::IsSameFile(const std::string& a, const std::string& b) const {
-  // Both open at once: numbers are given anew when a file is gone.
-  const Handle first = OpenToAsk(a);
-  const Handle second = OpenToAsk(b);
-  return first.IsOpen() && second.IsOpen() && Identity(first.Get(), a) == Identity(second.Get(), b);
+bool WindowsFileSystem::IsOneOf(const std::string& file,
+                                std::span<const std::string> others) const {
+  // Held open while others are looked at: numbers are given anew when a file is gone.
+  const Handle wanted = OpenToAsk(file);
+  if (!wanted.IsOpen()) return false;
+  const Identity identity(wanted.Get(), file);
+  return std::ranges::any_of(others, [&](const std::string& other) {
+    const Handle found = OpenToAsk(other);
+    return found.IsOpen() && Identity(found.Get(), other) == identity;
+  });
+}
 }
 
 std::optional<FileVersion> WindowsFileSystem::VersionOf(const std::string& path) const {
