@@ -226,11 +226,12 @@ bool Decode(ContinuedData data, SharedStrings& strings) {
   strings.Clear();
   if (!data.Skip(8)) return true;
   std::uint16_t length;
-  while (data.ReadU16(length)) {
+  for (;;) {
+    while (AppendShortText(data, strings.Texts())) strings.EndText();
+    if (!data.ReadU16(length)) return true;
     if (!AppendUnicodeText(data, length, strings.Texts())) return false;
     strings.EndText();
   }
-  return true;
 }
 
 // Whether EXTSST is an index of that many texts: it has an entry for each group, and the last is

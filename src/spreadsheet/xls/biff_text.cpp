@@ -1,6 +1,7 @@
 #include "spreadsheet/xls/biff_text.h"
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
 
 #include "spreadsheet/bytes/unicode.h"
@@ -49,6 +50,28 @@ bool AppendUnicodeText(ContinuedData& data, std::uint16_t count, TextArena& out)
   if ((flags & kPhonetic) != 0 && !data.ReadU32(phonetic_size)) return false;
   if (!AppendCharacters(data, count, (flags & kWide) != 0, out)) return false;
   if (runs != 0 || phonetic_size != 0) data.Skip(std::uint64_t{runs} * 4 + phonetic_size);
+  return true;
+}
+
+bool AppendShortText(ContinuedData& data, TextArena& out) {
+  constexpr std::size_t kHead = 3;  // count and flags
+  constexpr std::size_t kStep = 8;
+  constexpr std::uint64_t kHighBits = 0x8080'8080'8080'8080;
+  if (data.Left() < kHead + 2 * kStep) return false;
+  const std::byte* const head = data.At();
+  const std::size_t count = LoadU16(head);
+  if (count > 2 * kStep || LoadU8(head + 2) != 0) return false;
+  // Two steps are copied whatever the count is, and what lies beyond it is not looked at.
+  const auto bits = [&](std::size_t from) {
+    const std::size_t used = std::min(count - std::min(count, from), kStep);
+    const std::uint64_t letters = LoadU64(head + kHead + from);
+    return used == 0 ? 0 : letters << 8 * (kStep - used);
+  };
+  if (((bits(0) | bits(kStep)) & kHighBits) != 0) return false;
+  char* const at = out.Reserve(2 * kStep);
+  std::memcpy(at, head + kHead, 2 * kStep);
+  out.CommitUpTo(at + count);
+  data.Advance(kHead + count);
   return true;
 }
 

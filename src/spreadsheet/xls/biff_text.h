@@ -22,6 +22,11 @@ namespace korvex {
 // data ends before the characters do; what is there is appended all the same.
 bool AppendUnicodeText(ContinuedData& data, std::uint16_t count, TextArena& out);
 
+// Appends a BIFF8 text whose 16-bit count of characters `data` begins with, if it is of the form
+// that nearly all shared texts have: a few ASCII characters, and the record goes on behind them.
+// False, and nothing is taken, when it is of another.
+bool AppendShortText(ContinuedData& data, TextArena& out);
+
 // Appends `count` bytes of text in `code_page`, CONTINUE records included; false as above.
 bool AppendByteText(ContinuedData& data, std::size_t count, const CodePage& code_page,
                     TextArena& out);

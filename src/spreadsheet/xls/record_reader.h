@@ -33,6 +33,11 @@ class RecordReader {
     return true;
   }
 
+  // What comes after the current record, and a step over bytes of it that hold whole records. The
+  // record before it stays the current one.
+  std::span<const std::byte> Ahead() const { return {next_, end_}; }
+  void PassTo(const std::byte* next) { next_ = next; }
+
   // Of the current record: valid once Next was true.
   std::uint16_t Number() const { return number_; }
   std::span<const std::byte> Data() const { return {data_, next_}; }

@@ -60,7 +60,9 @@ void SheetReader::ReadRecords() {
   awaits_string_ = false;
   maybe_lost_.reset();
   has_rows_ = false;
-  while (records_.Next()) {
+  for (;;) {
+    if (depth == 1 && !awaits_string_ && !maybe_lost_) ReadCommonRecords();
+    if (!records_.Next()) break;
     const std::uint16_t number = records_.Number();
     // Some writers begin a sheet without its BOF.
     if (depth == 0 && number != biff::kBof) depth = 1;
@@ -74,6 +76,52 @@ void SheetReader::ReadRecords() {
     }
   }
   RefuseEnd();
+}
+
+// Reads the kinds of records that nearly all cells have, and the ROW records between them, as long
+// as there is nothing about them to look at more closely: of the record that this stops at
+// ReadRecord makes what there is to make, or refuses it.
+void SheetReader::ReadCommonRecords() {
+  constexpr auto kHead = [](biff::Record number, std::uint32_t length) {
+    return number | length << 16;
+  };
+  constexpr std::size_t kLongest = biff::kRecordHeaderSize + 16;
+  const std::span<const DateForm> forms = globals_.date_forms;
+  const std::byte* const end = records_.Ahead().data() + records_.Ahead().size();
+  const std::byte* next = records_.Ahead().data();
+  const auto read = [&](double number, std::uint16_t xf, const std::byte* cell) {
+    if (xf >= forms.size()) return false;
+    const TypedNumber typed = TypeNumber(number, forms[xf], globals_.uses_1904);
+    cells_.AddNumber(Row(cell), Column(cell), typed.kind, typed.number);
+    return true;
+  };
+  bool is_read = true;
+  while (is_read && static_cast<std::size_t>(end - next) >= kLongest) {
+    const std::byte* const cell = next + biff::kRecordHeaderSize;
+    const std::uint32_t head = LoadU32(next);
+    const bool is_inside = Column(cell) < biff::kMaxColumns;
+    switch (head) {
+      case kHead(biff::kNumber, 14):
+        is_read = is_inside && read(LoadF64(cell + 6), Xf(cell), cell);
+        break;
+      case kHead(biff::kRk, 10):
+        is_read = is_inside && read(RkNumber(LoadU32(cell + 6)), Xf(cell), cell);
+        break;
+      case kHead(biff::kLabelSst, 10): {
+        const std::uint32_t text = LoadU32(cell + 6);
+        is_read = is_inside && text < strings_.Count();
+        if (is_read) cells_.AddSharedText(Row(cell), Column(cell), strings_.Range(text));
+        break;
+      }
+      case kHead(biff::kRow, 16):
+        has_rows_ = true;
+        break;
+      default:
+        is_read = false;
+    }
+    if (is_read) next = cell + (head >> 16);
+  }
+  records_.PassTo(next);
 }
 
 // Checks of every cell's record: it holds what its kind needs at least, and a column of a sheet.

@@ -52,6 +52,7 @@ class SheetReader {
 
  private:
   void ReadRecords();
+  void ReadCommonRecords();
   void ReadRecord(std::uint16_t number, std::span<const std::byte> data);
   void StartCell(std::span<const std::byte> data, std::size_t minimum);
   void StartFixedCell(std::span<const std::byte> data, std::size_t size);
