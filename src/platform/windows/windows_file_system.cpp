@@ -206,7 +206,6 @@ bool WindowsFileSystem::IsOneOf(const std::string& file,
     return found.IsOpen() && Identity(found.Get(), other) == identity;
   });
 }
-}
 
 std::optional<FileVersion> WindowsFileSystem::VersionOf(const std::string& path) const {
   const Handle file = OpenToAsk(path);
