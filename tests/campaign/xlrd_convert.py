@@ -517,8 +517,8 @@ class Conversion:
         column = self.replication_columns[upper(letter)]
         if self.output.header_is_empty(column):
             self.refuse("The data of replication %d would be lost: its column moved when the empty columns of an "
-                        "earlier sub-folder were removed. Number the replications without gaps, or process all "
-                        "files as selected files.\n\nCurrent file: %s" % (replication, display_path(sheet.full_name)))
+                        "earlier sub-folder were removed. Number the replications without gaps, or take the "
+                        "long form, which has a row for every reading.\n\nCurrent file: %s" % (replication, display_path(sheet.full_name)))
         if not is_blank(self.output.cell(output_row, column)):
             self.refuse("The same key, with the same replication number was found in different files, and "
                         "data would be overwritten. Please check that all key fields are truely unique."
