@@ -61,9 +61,11 @@ void AppendEscaped(std::string_view text, std::string& out) {
   }
 }
 
-void AppendNumber(double number, std::string& out) {
+template <class Number>
+void AppendNumber(Number number, std::string& out) {
   char digits[32];
-  out.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+  const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+  out.append(digits, static_cast<std::size_t>(end - digits));
 }
 
 void AppendValue(const CellValue& value, std::string& out) {
@@ -81,27 +83,47 @@ void AppendValue(const CellValue& value, std::string& out) {
   }
 }
 
+// `lines` is scratch storage. Lines are written many at a time: a sheet can have millions.
+void DumpCells(const std::string& sheet, const SheetCells& cells, std::string& lines) {
+  constexpr std::size_t kAtOnce = 64 * 1024;
+  std::string start;  // of the lines of a row
+  int row = 0;
+  lines.clear();
+  for (std::size_t i = 0; i < cells.Count(); ++i) {
+    const SheetCells::Entry cell = cells.At(i);
+    if (cell.row != row) {
+      row = cell.row;
+      start.clear();
+      AppendEscaped(sheet, start);
+      start += '\t';
+      AppendNumber(row, start);
+      start += '\t';
+    }
+    lines += start;
+    AppendNumber(cell.column, lines);
+    lines += '\t';
+    lines += cell.is_uncalculated ? "uncalculated" : KindName(cell.value.kind);
+    lines += '\t';
+    AppendValue(cell.value, lines);
+    lines += '\n';
+    if (lines.size() < kAtOnce) continue;
+    WriteOutput(lines);
+    lines.clear();
+  }
+  WriteOutput(lines);
+}
+
 void Dump(const std::string& file) {
   ReadBuffers buffers;
   NamingFile(file, [&] {
     ReadWorkbookFile(*NativePlatform().Provided().files, file, buffers.file);
     const auto workbook = OpenWorkbookReader(buffers);
-    std::string line;
+    std::string lines;
     for (std::size_t i = 0; i < workbook->Sheets().size(); ++i) {
       const SheetInfo& sheet = workbook->Sheets()[i];
       if (sheet.kind != SheetKind::kWorksheet) continue;
       workbook->ReadSheet(i, buffers.cells);
-      for (std::size_t n = 0; n < buffers.cells.Count(); ++n) {
-        const SheetCells::Entry cell = buffers.cells.At(n);
-        line.clear();
-        AppendEscaped(sheet.name, line);
-        line += '\t' + std::to_string(cell.row) + '\t' + std::to_string(cell.column) + '\t';
-        line += cell.is_uncalculated ? "uncalculated" : KindName(cell.value.kind);
-        line += '\t';
-        AppendValue(cell.value, line);
-        line += '\n';
-        WriteOutput(line);
-      }
+      DumpCells(sheet.name, buffers.cells, lines);
     }
   });
 }
