@@ -14,9 +14,10 @@ namespace {
 
 constexpr std::size_t kMostBlanks = 65536;  // more than a cell holds
 
-// How often an element is repeated: once when the attribute is missing. No sheet has more rows.
-std::uint32_t ReadCount(const XmlElement& element, char space, std::string_view attribute) {
-  const std::string_view digits = element.Attribute(space, attribute).value_or("1");
+// How often something is repeated: once when nothing says so. No sheet has more rows.
+std::uint32_t ReadCount(std::optional<std::string_view> attribute) {
+  if (!attribute) return 1;
+  const std::string_view digits = *attribute;
   std::uint32_t count = 1;
   const auto error = std::from_chars(digits.data(), digits.data() + digits.size(), count).ec;
   if (error == std::errc::result_out_of_range) return kMostXmlRows;
@@ -84,8 +85,9 @@ bool IsTruth(std::string_view formula) {
 
 }  // namespace
 
-void OdsTextReader::Clear() {
+void OdsTextReader::Clear(bool is_wanted) {
   text_.clear();
+  is_wanted_ = is_wanted;
   has_paragraph_ = false;
   is_in_paragraph_ = false;
 }
@@ -103,7 +105,7 @@ bool OdsTextReader::Start(const XmlElement& element) {
   }
   if (name == "s") {
     const std::size_t room = kMostBlanks - std::min(text_.size(), kMostBlanks);
-    text_.append(std::min<std::size_t>(ReadCount(element, ods::kText, "c"), room), ' ');
+    text_.append(std::min<std::size_t>(ReadCount(element.Attribute(ods::kText, "c")), room), ' ');
   } else if (name == "tab") {
     text_ += '\t';
   } else if (name == "line-break") {
@@ -116,10 +118,12 @@ bool OdsTextReader::Start(const XmlElement& element) {
 }
 
 void OdsTextReader::Append(std::string_view text) {
-  if (!is_in_paragraph_) return;
+  if (!is_in_paragraph_ || !is_wanted_) return;
   constexpr std::string_view kSpaces = " \t\n\r";
+  const auto is_space = [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; };
   while (!text.empty()) {
-    const std::size_t word = std::min(text.find_first_of(kSpaces), text.size());
+    const auto word =
+        static_cast<std::size_t>(std::find_if(text.begin(), text.end(), is_space) - text.begin());
     text_ += text.substr(0, word);
     if (word > 0) is_after_space_ = false;
     if (word == text.size()) return;
@@ -133,11 +137,11 @@ void OdsTextReader::End(const XmlName& name) {
   if (name.local == "p" || name.local == "h") is_in_paragraph_ = false;
 }
 
-std::uint32_t OdsReader::Repetitions(const XmlElement& element, std::string_view attribute) const {
-  const std::string_view digits = Value(element, ods::kTable, attribute);
-  const bool is_number = digits.find_first_not_of("0123456789") == std::string_view::npos;
-  if (!has_check_sum_ && !is_number) RefuseName(digits);
-  return ReadCount(element, ods::kTable, attribute);
+std::uint32_t OdsReader::Repetitions(std::optional<std::string_view> digits) const {
+  if (!digits) return 1;
+  const bool is_number = digits->find_first_not_of("0123456789") == std::string_view::npos;
+  if (!has_check_sum_ && !is_number) RefuseName(*digits);
+  return ReadCount(digits);
 }
 
 // For an element of the table namespace within a table.
@@ -170,7 +174,7 @@ bool OdsReader::StartElement(const XmlElement& element) {
   if (name.local == "table") return StartTable(element);
   if (!is_in_table_) return false;
   if (name.local == "table-row") {
-    row_count_ = Repetitions(element, "number-rows-repeated");
+    row_count_ = Repetitions(element.Attribute(ods::kTable, "number-rows-repeated"));
     return true;
   }
   if (name.local == "table-cell" || name.local == "covered-table-cell") {
@@ -190,29 +194,63 @@ bool OdsReader::StartTable(const XmlElement& element) {
   return is_in_table_ = true;
 }
 
+// In one go: looking for each of them would compare every name with every other.
+OdsReader::CellAttributes OdsReader::AttributesOf(const XmlElement& element) {
+  CellAttributes cell;
+  for (const XmlAttribute& attribute : element.Attributes()) {
+    const std::string_view name = attribute.name.local;
+    std::optional<std::string_view>* place = nullptr;
+    switch (attribute.name.space) {
+      case ods::kOffice:
+        if (name == "value-type") place = &cell.type;
+        if (name == "value") place = &cell.value;
+        if (name == "date-value") place = &cell.date;
+        if (name == "time-value") place = &cell.time;
+        if (name == "boolean-value") place = &cell.boolean;
+        if (name == "string-value") place = &cell.string;
+        break;
+      case ods::kTable:
+        if (name == "number-columns-repeated") place = &cell.repeated;
+        if (name == "formula") place = &cell.formula;
+        break;
+      case ods::kCalc:
+        if (name == "value-type") place = &cell.mark;
+        break;
+      default:
+        break;
+    }
+    if (place != nullptr) *place = attribute.value;
+  }
+  return cell;
+}
+
 void OdsReader::StartCell(const XmlElement& element) {
-  column_count_ = Repetitions(element, "number-columns-repeated");
-  has_formula_ = element.Attribute(ods::kTable, "formula").has_value();
-  const auto mark = element.Attribute(ods::kCalc, "value-type");
-  mark_ = !mark ? Mark::kNone : *mark == "error" ? Mark::kError : Mark::kValue;
+  const CellAttributes cell = AttributesOf(element);
+  column_count_ = Repetitions(cell.repeated);
+  has_formula_ = cell.formula.has_value();
+  mark_ = !cell.mark ? Mark::kNone : *cell.mark == "error" ? Mark::kError : Mark::kValue;
   value_.reset();
   string_value_.reset();
-  text_.Clear();
-  const auto type = element.Attribute(ods::kOffice, "value-type");
   // A formula that was not calculated is written without a type.
-  lacks_value_ = has_formula_ && !type;
-  if (type) ReadValue(element, *type);
+  lacks_value_ = has_formula_ && !cell.type;
+  if (cell.type) ReadValue(cell, *cell.type);
+  const bool may_be_error = mark_ == Mark::kError || (mark_ == Mark::kNone && has_formula_);
+  text_.Clear(may_be_error || (!value_ && !string_value_));
 }
 
 // The class has a list of the types and the attributes of their values. A date that the calendar
 // does not have leaves the cell to the text in it.
-void OdsReader::ReadValue(const XmlElement& element, std::string_view type) {
+void OdsReader::ReadValue(const CellAttributes& cell, std::string_view type) {
   const bool is_number = IsIn(type, {"float", "percentage", "currency"});
   if (!has_check_sum_ && !is_number && !IsIn(type, {"string", "date", "time", "boolean", "void"})) {
     RefuseName(type);
   }
-  const auto found = is_number ? element.Attribute(ods::kOffice, "value")
-                               : element.Attribute(ods::kOffice, std::string(type) + "-value");
+  const auto found = is_number           ? cell.value
+                     : type == "string"  ? cell.string
+                     : type == "date"    ? cell.date
+                     : type == "time"    ? cell.time
+                     : type == "boolean" ? cell.boolean
+                                         : std::nullopt;
   lacks_value_ = is_number || IsIn(type, {"date", "time", "boolean"});
   if (!found) return;
   const std::string_view value = *found;
@@ -229,7 +267,7 @@ void OdsReader::ReadValue(const XmlElement& element, std::string_view type) {
   if (number) value_ = TypeNumber(*number, is_number ? DateForm::kNone : DateForm::kMoment, false);
   if (!has_check_sum_ && is_number && !number && !value.empty()) RefuseName(value);
   // Booleans that came from other formats are written as formulas of type float.
-  if (number && is_number && IsTruth(Value(element, ods::kTable, "formula"))) {
+  if (number && is_number && IsTruth(cell.formula.value_or(""))) {
     value_ = {CellKind::kBoolean, *number != 0 ? 1.0 : 0.0};
   }
 }
@@ -247,8 +285,8 @@ void OdsReader::EndElement(const XmlName& name, int) {
   if (name.space == ods::kText) {
     text_.End(name);
   } else if (name.space == ods::kTable) {
+    if (name.local == "table-cell" || name.local == "covered-table-cell") return EndCell();
     if (name.local == "table-row") EndRow();
-    if (name.local == "table-cell" || name.local == "covered-table-cell") EndCell();
     if (name.local == "table") is_in_table_ = false;
   }
 }

@@ -36,7 +36,8 @@ namespace korvex {
 // blanks, tabs and line ends. Notes are not part of the text.
 class OdsTextReader {
  public:
-  void Clear();
+  // `is_wanted` when anybody will ask for the text: most cells have their value in an attribute.
+  void Clear(bool is_wanted);
   bool Start(const XmlElement& element);
   void Append(std::string_view text);
   void End(const XmlName& name);
@@ -47,6 +48,7 @@ class OdsTextReader {
 
  private:
   std::string text_;
+  bool is_wanted_ = true;
   bool has_paragraph_ = false;
   bool is_in_paragraph_ = false;
   bool is_after_space_ = false;
@@ -91,11 +93,26 @@ class OdsReader : public XmlHandler {
     bool is_uncalculated;
   };
 
-  std::uint32_t Repetitions(const XmlElement& element, std::string_view attribute) const;
+  // The attributes of a cell that count.
+  struct CellAttributes {
+    std::optional<std::string_view> repeated;
+    std::optional<std::string_view> formula;
+    std::optional<std::string_view> type;
+    std::optional<std::string_view> mark;
+    // By type: office:value, office:date-value …
+    std::optional<std::string_view> value;
+    std::optional<std::string_view> date;
+    std::optional<std::string_view> time;
+    std::optional<std::string_view> boolean;
+    std::optional<std::string_view> string;
+  };
+
+  static CellAttributes AttributesOf(const XmlElement& element);
+  std::uint32_t Repetitions(std::optional<std::string_view> digits) const;
   void CheckElement(const XmlElement& element) const;
   bool StartTable(const XmlElement& element);
   void StartCell(const XmlElement& element);
-  void ReadValue(const XmlElement& element, std::string_view type);
+  void ReadValue(const CellAttributes& cell, std::string_view type);
   void EndCell();
   void Keep(TypedNumber value);
   void KeepText(std::string_view text);
