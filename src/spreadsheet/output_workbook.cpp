@@ -20,7 +20,7 @@ namespace {
 void WriteXls(const TextPool& texts, std::vector<SheetContent> sheets, ReplacementFile& file) {
   // The container's header needs the size of the stream, which the writer has measured.
   Biff8Writer workbook(texts, std::move(sheets));
-  ByteWriter out(&file);
+  ByteWriter out(file);
   CompoundFileWriter container(out, workbook.StreamSize());
   container.WriteHeader();
   workbook.Write(out);

@@ -71,7 +71,7 @@ template <class Write>
 std::string Written(Write write) {
   MemoryFileSystem files(PathStyle::kLinux);
   const std::unique_ptr<ReplacementFile> file = files.Replace("/file");
-  ByteWriter out(file.get());
+  ByteWriter out(*file);
   write(out);
   out.Flush();
   file->Commit();

@@ -1,7 +1,7 @@
 // Writes little-endian values into a file, buffered.
 //
-// Without a file the writer only counts. A first pass over the same code thereby learns the sizes
-// that headers need in the second.
+// Code that writes into a ByteCounter instead only counts. A first pass over the same code thereby
+// learns the sizes that headers need in the second.
 #pragma once
 
 #include <algorithm>
@@ -25,9 +25,9 @@ concept FixedWidth = std::unsigned_integral<T> || std::same_as<T, double> || std
 
 class ByteWriter {
  public:
-  // `file` may be null and must outlive the writer. Call Flush at the end: the destructor drops
-  // what is still buffered.
-  explicit ByteWriter(ReplacementFile* file) : file_(file), buffer_(kBufferSize) {}
+  // `file` must outlive the writer. Call Flush at the end: the destructor drops what is still
+  // buffered.
+  explicit ByteWriter(ReplacementFile& file) : file_(file), buffer_(kBufferSize) {}
   ByteWriter(const ByteWriter&) = delete;
   ByteWriter& operator=(const ByteWriter&) = delete;
 
@@ -65,7 +65,7 @@ class ByteWriter {
   }
   // Errors of the file pass through.
   void Flush() {
-    if (file_ != nullptr && used_ > 0) file_->Write({buffer_.data(), used_});
+    if (used_ > 0) file_.Write({buffer_.data(), used_});
     flushed_ += used_;
     used_ = 0;
   }
@@ -80,10 +80,30 @@ class ByteWriter {
     return at;
   }
 
-  ReplacementFile* file_;
+  ReplacementFile& file_;
   std::vector<std::byte> buffer_;
   std::size_t used_ = 0;
   std::uint64_t flushed_ = 0;
+};
+
+// Takes what a ByteWriter takes.
+class ByteCounter {
+ public:
+  std::uint64_t Position() const { return count_; }
+
+  template <FixedWidth... T>
+  void Put(T...) {
+    count_ += (sizeof(T) + ... + 0);
+  }
+  template <class Record, FixedWidth... T>
+  void PutRecord(Record, T...) {
+    count_ += (sizeof(T) + ... + 2 * sizeof(std::uint16_t));
+  }
+  void PutBytes(std::span<const std::byte> bytes) { count_ += bytes.size(); }
+  void PutRepeated(std::byte, std::uint64_t count) { count_ += count; }
+
+ private:
+  std::uint64_t count_ = 0;
 };
 
 }  // namespace korvex

@@ -54,7 +54,7 @@ Bytef* ZlibBytes(const void* bytes) {
 
 }  // namespace
 
-ZipWriter::ZipWriter(ReplacementFile& file) : out_(&file), packed_(kPackedAtOnce) {
+ZipWriter::ZipWriter(ReplacementFile& file) : out_(file), packed_(kPackedAtOnce) {
   // Negative: without the header and the check sum of zlib's own format.
   if (deflateInit2(&deflater_, kLevel, Z_DEFLATED, -MAX_WBITS, kMemoryLevel, Z_DEFAULT_STRATEGY) !=
       Z_OK) {

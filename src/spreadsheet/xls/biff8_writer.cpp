@@ -27,7 +27,8 @@ constexpr U16 kTimeNumber = 21;
 constexpr U16 kDateTimeNumber = 22;
 constexpr U16 kFirstCustomNumber = 164;
 
-void PutText(ByteWriter& out, std::string_view ascii) {
+template <class Out>
+void PutText(Out& out, std::string_view ascii) {
   out.PutBytes(std::as_bytes(std::span(ascii)));
 }
 
@@ -37,7 +38,8 @@ void PutText(ByteWriter& out, std::string_view ascii) {
 //   INTERFACEEND  nothing
 //   WRITEACCESS   0 uint16 characters, 2 uint8 flags (0: 8-bit), 3 characters; padded with
 //                 blanks to 112 bytes
-void WriteProgram(ByteWriter& out) {
+template <class Out>
+void WriteProgram(Out& out) {
   constexpr std::string_view kWriter = "KORVEX";
   constexpr std::size_t kLength = 112;
   out.PutRecord(biff::kInterfaceHdr, kUtf16CodePage);
@@ -55,7 +57,8 @@ void WriteProgram(ByteWriter& out) {
 //         4  uint16  colour                  12  uint8  character set
 //         6  uint16  weight                  13  uint8  0
 //         8  uint16  super- or subscript     14  name: uint8 characters, uint8 flags, characters
-void WriteFonts(ByteWriter& out) {
+template <class Out>
+void WriteFonts(Out& out) {
   constexpr std::string_view kName = "Arial";
   constexpr U16 kHeight = 200;  // twips
   constexpr U16 kAutomaticColor = 0x7FFF;
@@ -70,7 +73,8 @@ void WriteFonts(ByteWriter& out) {
 
 //   FORMAT  0 uint16 id, 2 text: uint16 characters, uint8 flags, characters
 // The built-in formats need no record; the first id of a format of one's own is 164.
-void WriteNumberFormats(ByteWriter& out) {
+template <class Out>
+void WriteNumberFormats(Out& out) {
   constexpr std::string_view kCode = "General";
   out.Put(biff::kFormat, static_cast<U16>(5 + kCode.size()));
   out.Put(kFirstCustomNumber, static_cast<U16>(kCode.size()), U8{0});
@@ -82,7 +86,8 @@ void WriteNumberFormats(ByteWriter& out) {
 //   2  uint16  number format                        8  uint8   indentation
 //   4  uint16  kind: 0xFFF5 a style, 1 a cell       9  uint8   `used`: what differs from the parent
 //   6  uint8   alignment                           10  10 bytes of borders, pattern and colours
-void WriteXf(ByteWriter& out, U16 number_format, U16 kind, U8 used) {
+template <class Out>
+void WriteXf(Out& out, U16 number_format, U16 kind, U8 used) {
   constexpr U8 kBottomAligned = 0x20;
   constexpr U16 kAutomaticPattern = 0x20C0;
   out.PutRecord(biff::kXf, U16{0}, number_format, kind, kBottomAligned, U8{0}, U8{0}, used, U32{0},
@@ -90,7 +95,8 @@ void WriteXf(ByteWriter& out, U16 number_format, U16 kind, U8 used) {
 }
 
 // The 15 styles that readers take for granted, then the cell formats in the order of CellFormat.
-void WriteXfs(ByteWriter& out) {
+template <class Out>
+void WriteXfs(Out& out) {
   constexpr U16 kStyle = 0xFFF5;
   constexpr U16 kCell = 1;
   constexpr U8 kNumberUsed = 0x04;
@@ -106,7 +112,8 @@ void WriteXfs(ByteWriter& out) {
   out.PutRecord(biff::kStyle, U16{0x8000}, U8{0}, U8{0xFF});
 }
 
-void WriteWindow(const std::vector<SheetContent>& sheets, ByteWriter& out) {
+template <class Out>
+void WriteWindow(const std::vector<SheetContent>& sheets, Out& out) {
   const auto active = std::find_if(sheets.begin(), sheets.end(),
                                    [](const SheetContent& sheet) { return sheet.selected; });
   const auto index = active == sheets.end() ? 0 : active - sheets.begin();
@@ -117,7 +124,8 @@ void WriteWindow(const std::vector<SheetContent>& sheets, ByteWriter& out) {
                 static_cast<U16>(index), U16{0}, U16{1}, U16{600});
 }
 
-void WriteSettings(ByteWriter& out) {
+template <class Out>
+void WriteSettings(Out& out) {
   out.PutRecord(biff::kBackup, U16{0});
   out.PutRecord(biff::kHideObj, U16{0});
   out.PutRecord(biff::kDateMode, U16{0});  // 1900
@@ -133,13 +141,13 @@ Biff8Writer::Biff8Writer(const TextPool& texts, std::vector<SheetContent> sheets
   // begins, and the container how long the stream is, before either is written. The sheets come
   // first because they number the texts that the globals hold.
   for (const SheetContent& sheet : sheets_) {
-    ByteWriter counter(nullptr);
+    ByteCounter counter;
     WriteSheet(sheet, strings_, counter);
     sheet_sizes_.push_back(counter.Position());
     text_cells_ += sheet.cells->Count(CellKind::kText);
     stream_size_ += counter.Position();
   }
-  ByteWriter counter(nullptr);
+  ByteCounter counter;
   WriteGlobals(counter);
   globals_size_ = counter.Position();
   stream_size_ += globals_size_;
@@ -150,7 +158,8 @@ void Biff8Writer::Write(ByteWriter& out) {
   for (const SheetContent& sheet : sheets_) WriteSheet(sheet, strings_, out);
 }
 
-void Biff8Writer::WriteGlobals(ByteWriter& out) {
+template <class Out>
+void Biff8Writer::WriteGlobals(Out& out) {
   const std::uint64_t stream_start = out.Position();
   // BOF  0 uint16 version, 2 uint16 kind of sub-stream, 4 uint16 build, 6 uint16 year,
   //      8 uint32 history, 12 uint32 lowest version that can read it
@@ -175,7 +184,8 @@ void Biff8Writer::WriteGlobals(ByteWriter& out) {
 
 // BOUNDSHEET  0 uint32 offset of the sheet's BOF in the stream, 4 uint8 state, 5 uint8 kind,
 //             6 name: uint8 characters, uint8 flags (1: 16-bit), characters
-void Biff8Writer::WriteBoundSheets(ByteWriter& out) const {
+template <class Out>
+void Biff8Writer::WriteBoundSheets(Out& out) const {
   std::uint64_t offset = globals_size_;
   std::u16string name;
   for (std::size_t i = 0; i < sheets_.size(); ++i) {

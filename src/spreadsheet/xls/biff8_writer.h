@@ -14,11 +14,12 @@ namespace korvex {
 enum class CellFormat : std::uint16_t { kGeneral = 15, kDateTime = 16, kDate = 17, kTime = 18 };
 
 // Writes the sub-stream of one worksheet (sheet_writer.cpp): its page set-up, rows and cells.
-// `strings` numbers the texts in the order of the cells.
-void WriteSheet(const SheetContent& sheet, SharedStringWriter& strings, ByteWriter& out);
+// `strings` numbers the texts in the order of the cells. `out` is a ByteWriter or a ByteCounter.
+template <class Out>
+void WriteSheet(const SheetContent& sheet, SharedStringWriter& strings, Out& out);
 
 // The container's header comes before the stream and needs its size. So everything is written
-// twice by the same code, the first time into a writer that only counts.
+// twice by the same code, the first time into a ByteCounter.
 class Biff8Writer {
  public:
   // Measures the stream. The cells of the sheets and `texts` must outlive the writer and not
@@ -30,8 +31,10 @@ class Biff8Writer {
   void Write(ByteWriter& out);
 
  private:
-  void WriteGlobals(ByteWriter& out);
-  void WriteBoundSheets(ByteWriter& out) const;
+  template <class Out>
+  void WriteGlobals(Out& out);
+  template <class Out>
+  void WriteBoundSheets(Out& out) const;
 
   SharedStringWriter strings_;
   std::vector<SheetContent> sheets_;

@@ -29,9 +29,10 @@ bool IsAscii(std::string_view text) {
 
 // The data of SST and its CONTINUE records. They are collected record by record, because the length
 // comes before the data.
+template <class Out>
 class StringRecords {
  public:
-  explicit StringRecords(ByteWriter& out) : out_(out) {}
+  explicit StringRecords(Out& out) : out_(out) {}
 
   // Offset of the next string from the start of its record.
   std::size_t OffsetInRecord() const { return biff::kRecordHeaderSize + used_; }
@@ -73,7 +74,7 @@ class StringRecords {
   }
 
  private:
-  ByteWriter& out_;
+  Out& out_;
   biff::Record number_ = biff::kSst;
   std::array<std::byte, biff::kMaxRecordData> data_;
   std::size_t used_ = 0;
@@ -104,7 +105,8 @@ class TableString {
                                          : std::min<std::size_t>(narrow_view_.size(), 1));
   }
 
-  void PutInto(StringRecords& records) const {
+  template <class Out>
+  void PutInto(StringRecords<Out>& records) const {
     records.Put(static_cast<U16>(is_wide_ ? wide_.size() : narrow_view_.size()));
     records.Put(is_wide_ ? kWideUnits : U8{0});
     if (is_wide_) {
@@ -127,8 +129,8 @@ struct Bucket {
   U16 record_offset;
 };
 
-void WriteBuckets(ByteWriter& out, std::size_t strings_a_bucket,
-                  const std::vector<Bucket>& buckets) {
+template <class Out>
+void WriteBuckets(Out& out, std::size_t strings_a_bucket, const std::vector<Bucket>& buckets) {
   out.Put(biff::kExtSst, static_cast<U16>(2 + buckets.size() * 8));
   out.Put(static_cast<U16>(strings_a_bucket));
   for (const Bucket& bucket : buckets) out.Put(bucket.stream_offset, bucket.record_offset, U16{0});
@@ -139,13 +141,14 @@ void WriteBuckets(ByteWriter& out, std::size_t strings_a_bucket,
 SharedStringWriter::SharedStringWriter(const TextPool& texts)
     : texts_(texts), index_of_text_(texts.Count(), kUnused) {}
 
-void SharedStringWriter::Write(ByteWriter& out, std::uint64_t stream_start,
+template <class Out>
+void SharedStringWriter::Write(Out& out, std::uint64_t stream_start,
                                std::uint64_t references) const {
   const std::size_t count = text_of_index_.size();
   const std::size_t strings_a_bucket =
       std::max(kMinBucketStrings, (count + kMaxBuckets - 1) / kMaxBuckets);
   std::vector<Bucket> buckets;
-  StringRecords records(out);
+  StringRecords<Out> records(out);
   records.Put(static_cast<U32>(references));
   records.Put(static_cast<U32>(count));
   for (std::size_t i = 0; i < count; ++i) {
@@ -161,5 +164,8 @@ void SharedStringWriter::Write(ByteWriter& out, std::uint64_t stream_start,
   records.EndRecord();
   WriteBuckets(out, strings_a_bucket, buckets);
 }
+
+template void SharedStringWriter::Write(ByteWriter&, std::uint64_t, std::uint64_t) const;
+template void SharedStringWriter::Write(ByteCounter&, std::uint64_t, std::uint64_t) const;
 
 }  // namespace korvex

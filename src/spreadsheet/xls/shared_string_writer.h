@@ -19,8 +19,6 @@
 
 namespace korvex {
 
-class ByteWriter;
-
 // Numbers the texts in the order in which cells first use them, so that equal cells give an equal
 // table, in whatever order they were filled.
 class SharedStringWriter {
@@ -38,8 +36,10 @@ class SharedStringWriter {
     return index;
   }
 
-  // `stream_start` is the position of `out` at which the workbook stream began.
-  void Write(ByteWriter& out, std::uint64_t stream_start, std::uint64_t references) const;
+  // `out` is a ByteWriter or a ByteCounter, and `stream_start` its position at which the workbook
+  // stream began.
+  template <class Out>
+  void Write(Out& out, std::uint64_t stream_start, std::uint64_t references) const;
 
  private:
   static constexpr std::uint32_t kUnused = 0xFFFFFFFF;

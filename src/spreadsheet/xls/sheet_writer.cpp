@@ -28,7 +28,8 @@ static_assert(CellBlock::kRows % kRowsTogether == 0);
 constexpr U16 kRowHeight = 255;  // twips, the height of 10 point Arial
 
 // Settings of the calculation and of the printed page, all at their defaults.
-void WritePageSetup(ByteWriter& out) {
+template <class Out>
+void WritePageSetup(Out& out) {
   out.PutRecord(biff::kCalcMode, U16{1});
   out.PutRecord(biff::kCalcCount, U16{100});
   out.PutRecord(biff::kRefMode, U16{1});
@@ -53,7 +54,8 @@ void WritePageSetup(ByteWriter& out) {
 
 // A date with its time does not fit into a column of the default width and would show as "####".
 //   COLINFO  0 uint16 first column, 2 last column, 4 width, 6 XF, 8 options, 10 of no meaning
-void WriteDateColumns(const CellStore& cells, ByteWriter& out) {
+template <class Out>
+void WriteDateColumns(const CellStore& cells, Out& out) {
   constexpr U16 kWidth = 17 * 256;  // in 1/256 of a digit's width
   for (int column = 0; column < cells.ColumnCount(); ++column) {
     if (!cells.HasDates(column)) continue;
@@ -101,9 +103,10 @@ CellFormat FormatOf(CellKind kind, double number) {
 // and several cells in one record:
 //   MULRK     0 uint16 row, 2 uint16 first column, 4 {uint16 XF, uint32 RK value} …, uint16 last
 //             column
+template <class Out>
 class CellsWriter {
  public:
-  CellsWriter(const CellStore& cells, SharedStringWriter& strings, ByteWriter& out)
+  CellsWriter(const CellStore& cells, SharedStringWriter& strings, Out& out)
       : cells_(cells), strings_(strings), out_(out), blocks_(ColumnCount()) {}
 
   // DIMENSIONS  0 uint32 first row, 4 uint32 after the last row, 8 uint16 first column,
@@ -227,7 +230,7 @@ class CellsWriter {
 
   const CellStore& cells_;
   SharedStringWriter& strings_;
-  ByteWriter& out_;
+  Out& out_;
   std::vector<const CellBlock*> blocks_;  // of the rows being written, by column
   std::array<RkCell, biff::kMaxColumns> run_;
   std::size_t run_size_ = 0;
@@ -242,7 +245,8 @@ class CellsWriter {
 //            ones, 6 first column of the right ones, 8 uint16 pane with the cursor
 // SELECTION  0 uint8 pane, 1 uint16 row and 3 column of the cursor, 5 range with the cursor,
 //            7 ranges, 9 {uint16 first row, last row, uint8 first column, last column} ...
-void WriteWindow(const SheetContent& sheet, ByteWriter& out) {
+template <class Out>
+void WriteWindow(const SheetContent& sheet, Out& out) {
   constexpr U8 kLowerLeft = 2;
   const bool has_headers = sheet.cells->CountInRow(0) > 0;
   const auto options =
@@ -256,7 +260,8 @@ void WriteWindow(const SheetContent& sheet, ByteWriter& out) {
 
 }  // namespace
 
-void WriteSheet(const SheetContent& sheet, SharedStringWriter& strings, ByteWriter& out) {
+template <class Out>
+void WriteSheet(const SheetContent& sheet, SharedStringWriter& strings, Out& out) {
   out.PutRecord(biff::kBof, biff::kVersionBiff8, biff::kWorksheetSubstream, U16{0x0DBB},
                 U16{0x07CC}, U32{0}, U32{6});
   WritePageSetup(out);
@@ -267,5 +272,8 @@ void WriteSheet(const SheetContent& sheet, SharedStringWriter& strings, ByteWrit
   WriteWindow(sheet, out);
   out.PutRecord(biff::kEof);
 }
+
+template void WriteSheet(const SheetContent&, SharedStringWriter&, ByteWriter&);
+template void WriteSheet(const SheetContent&, SharedStringWriter&, ByteCounter&);
 
 }  // namespace korvex

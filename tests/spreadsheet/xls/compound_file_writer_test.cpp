@@ -66,7 +66,9 @@ TEST(CompoundFileWriter, AccountsForEverySectorOfAnySize) {
 }
 
 TEST(CompoundFileWriter, RefusesAStreamBeyondTwoGigabytes) {
-  ByteWriter out(nullptr);
+  MemoryFileSystem files(PathStyle::kLinux);
+  const std::unique_ptr<ReplacementFile> file = files.Replace("/file");
+  ByteWriter out(*file);
   EXPECT_EQ(ErrorOf([&] { CompoundFileWriter(out, 0x7FFFFFFF); }).Number(), 0);
   EXPECT_EQ(ErrorOf([&] { CompoundFileWriter(out, 0x80000000); }).Number(),
             error_number::kAutomation);
