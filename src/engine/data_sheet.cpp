@@ -129,17 +129,28 @@ bool DataSheet::HasRow(int row) {
 void DataSheet::BuildKey(int row, std::string& key) {
   key.clear();
   const bool is_read = row == current_row_ && has_row_values_;
-  for (const KeyColumn& column : key_columns_) {
+  for (KeyColumn& column : key_columns_) {
     key += column.label;
     // Most key columns are sheet columns: their text goes straight into the key, with no copy
     // between. A million rows pass here.
-    if (is_read && column.source.kind == ColumnSource::Kind::kSheetColumn) {
-      AppendCellText(row_values_[column.source.index], key);
+    const bool is_sheet_column = column.source.kind == ColumnSource::Kind::kSheetColumn;
+    const CellValue value = is_read && is_sheet_column ? row_values_[column.source.index]
+                                                       : GetColumnValue(column.source, row);
+    if (value.kind == CellKind::kNumber) {
+      AppendNumberText(value.number, column, key);
     } else {
-      AppendCellText(GetColumnValue(column.source, row), key);
+      AppendCellText(value, key);
     }
     key += ';';
   }
+}
+
+void DataSheet::AppendNumberText(double number, KeyColumn& column, std::string& key) {
+  if (column.number != number) {
+    column.number = number;
+    column.number_text = CellText(CellValue::Number(number));
+  }
+  key += column.number_text;
 }
 
 CellValue DataSheet::GetColumnValue(const ColumnSource& source, int row) {

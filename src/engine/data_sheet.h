@@ -93,8 +93,12 @@ class DataSheet {
   struct KeyColumn {
     std::string label;  // "name="
     ColumnSource source;
+    // The number that was last asked for, and its text: all wells of a plate have its number.
+    std::optional<double> number = {};
+    std::string number_text = {};
   };
 
+  static void AppendNumberText(double number, KeyColumn& column, std::string& key);
   // Raises what ReadLayout raises for columns.
   void FindColumns(int output_columns);
   // Has a column read of every row. Returns its index in row_values_.

@@ -105,6 +105,7 @@ void OutputTable::BeginSheet(const std::string& file, int batch) {
   file_ = file;
   batch_ = batch;
   replication_column_ = 0;
+  of_file_.clear();
 }
 
 bool OutputTable::WriteData(std::uint32_t key, const DataSheet& sheet, const CellValue& value) {
@@ -165,9 +166,19 @@ std::string OutputTable::SharedLetter(std::int16_t replication) {
 }
 
 void OutputTable::WriteOutputColumns(std::uint32_t key, DataSheet& sheet, int row) {
-  for (const OutputColumn& column : sheet.OutputColumns()) {
-    const CellValue value = sheet.GetColumnValue(column.source, row);
-    sheet_.SetValue(RowOf(key), column.position, WrittenAsText(value, written_text_));
+  const std::vector<OutputColumn>& columns = sheet.OutputColumns();
+  of_file_.resize(columns.size());
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    const ColumnSource& source = columns[i].source;
+    const auto written = [&] {
+      return WrittenAsText(sheet.GetColumnValue(source, row), written_text_);
+    };
+    if (source.kind == ColumnSource::Kind::kSheetColumn) {
+      sheet_.SetValue(RowOf(key), columns[i].position, written());
+    } else {
+      if (!of_file_[i]) of_file_[i] = written();
+      sheet_.SetValue(RowOf(key), columns[i].position, *of_file_[i]);
+    }
   }
 }
 

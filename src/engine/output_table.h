@@ -103,7 +103,8 @@ class OutputTable {
   std::string file_;  // of the current data sheet
   int batch_ = 0;
   int replication_column_ = 0;  // of the current data sheet, 0 until its first row
-  std::string written_text_;    // scratch storage for the text form of a value
+  std::vector<std::optional<CellValue>> of_file_;
+  std::string written_text_;  // scratch storage for the text form of a value
 };
 
 }  // namespace korvex

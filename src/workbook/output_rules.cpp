@@ -20,13 +20,32 @@ constexpr const char* kOtherFormats[] = {".xlsm", ".xlsb", ".xltx", ".ods", ".tx
   throw Error(error_number::kAutomation, cause);
 }
 
-[[noreturn]] void RefusePlace(const OutputFormat& format, int limit, const std::string& what,
-                              int number) {
+// The refusals are functions of their own, out of the way of the checks that every cell of the
+// output goes through.
+[[noreturn, gnu::cold, gnu::noinline]] void RefusePlace(const OutputFormat& format, int limit,
+                                                        const std::string& what, int number) {
   Refuse("The " + std::string(format.ending) + " format holds at most " +
          GroupedDigits(static_cast<std::uint64_t>(limit)) + " " + what + "s a sheet; " + what +
          " " + GroupedDigits(static_cast<std::uint64_t>(number)) +
          " does not fit. Give the output a name that ends with " +
          std::string(format.larger_ending) + ".");
+}
+
+[[noreturn, gnu::cold, gnu::noinline]] void RefuseCell(const std::string& sheet, CellAddress place,
+                                                       std::string_view cause) {
+  Refuse("Cell " + ColumnLetters(place.column) + std::to_string(place.row) + " of sheet \"" +
+         sheet + "\" cannot hold " + std::string(cause));
+}
+
+[[noreturn, gnu::cold, gnu::noinline]] void RefuseText(const OutputFormat& format,
+                                                       const std::string& sheet, CellAddress place,
+                                                       std::size_t characters) {
+  RefuseCell(sheet, place,
+             "its text of " + GroupedDigits(characters) + " characters: the " +
+                 std::string(format.ending) + " format holds at most " +
+                 GroupedDigits(format.characters) +
+                 " a cell. Shorten it in the input, or give the output a name that ends with "
+                 ".csv.");
 }
 
 }  // namespace
@@ -62,11 +81,9 @@ Error SaveFailure(const std::string& target, const Error& cause) {
                "The workbook cannot be saved as " + target + ": " + cause.Description());
 }
 
-void CheckCellPosition(int row, int column) {
-  if (row < 1 || column < 1) {
-    Refuse("There is no cell in row " + std::to_string(row) + ", column " + std::to_string(column) +
-           ": rows and columns count from 1.");
-  }
+void RefuseCellPosition(int row, int column) {
+  Refuse("There is no cell in row " + std::to_string(row) + ", column " + std::to_string(column) +
+         ": rows and columns count from 1.");
 }
 
 void CheckOutputPlace(const OutputFormat& format, CellAddress place) {
@@ -78,22 +95,15 @@ void CheckOutputPlace(const OutputFormat& format, CellAddress place) {
 void CheckOutputCell(const OutputFormat& format, const std::string& sheet, CellAddress place,
                      const CellValue& value) {
   CheckOutputPlace(format, place);
-  const auto refuse = [&](const std::string& cause) {
-    Refuse("Cell " + ColumnLetters(place.column) + std::to_string(place.row) + " of sheet \"" +
-           sheet + "\" cannot hold " + cause);
-  };
   if (value.kind == CellKind::kText) {
     // No text has more UTF-16 units than bytes.
     if (value.text.size() > format.characters && Utf16Length(value.text) > format.characters) {
-      refuse("its text of " + GroupedDigits(Utf16Length(value.text)) + " characters: the " +
-             std::string(format.ending) + " format holds at most " +
-             GroupedDigits(format.characters) +
-             " a cell. Shorten it in the input, or give the output a name that ends with .csv.");
+      RefuseText(format, sheet, place, Utf16Length(value.text));
     }
   } else if (!std::isfinite(value.number)) {
-    refuse("a number that is infinite or undefined.");
+    RefuseCell(sheet, place, "a number that is infinite or undefined.");
   } else if (value.kind == CellKind::kError && (value.number < 0 || value.number > 255)) {
-    refuse("an error code outside 0 to 255.");
+    RefuseCell(sheet, place, "an error code outside 0 to 255.");
   }
 }
 

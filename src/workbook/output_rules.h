@@ -54,7 +54,10 @@ void CheckOutputTarget(const FileSystem& files, const std::string& target,
 Error SaveFailure(const std::string& target, const Error& cause);
 
 // Rows and columns count from 1.
-void CheckCellPosition(int row, int column);
+[[noreturn, gnu::cold]] void RefuseCellPosition(int row, int column);
+inline void CheckCellPosition(int row, int column) {
+  if (row < 1 || column < 1) RefuseCellPosition(row, column);
+}
 // Checks that a sheet of the format reaches that far.
 void CheckOutputPlace(const OutputFormat& format, CellAddress place);
 // Checks the place, the length of a text, that a number is finite and an error code one byte.

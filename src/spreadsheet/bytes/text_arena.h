@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/growing_array.h"
 #include "spreadsheet/bytes/refusal.h"
 
 namespace korvex {
@@ -98,7 +99,7 @@ class SharedStrings {
 
  private:
   TextArena arena_;
-  std::vector<std::uint32_t> starts_;  // one more than texts
+  GrowingArray<std::uint32_t> starts_;  // one more than texts
 };
 
 }  // namespace korvex

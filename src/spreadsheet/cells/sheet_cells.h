@@ -219,13 +219,14 @@ inline void SheetCells::Values(const Row& row, std::span<const int> columns,
   const Cell* const begin = cells_.data() + row.begin;
   const bool has_gaps = count == 0 || begin[count - 1].column - begin->column + 1u != count;
   CellValue* value = values.data();
+  if (has_gaps) {
+    for (const int column : columns) *value++ = Value(row, column);
+    return;
+  }
+  const std::uint32_t first = begin->column + 1u;
   for (const int column : columns) {
-    const auto skipped = static_cast<std::uint32_t>(column - 1) - (count == 0 ? 0 : begin->column);
-    if (has_gaps) {
-      *value++ = Value(row, column);
-    } else {
-      *value++ = skipped < count ? View(begin[skipped]) : CellValue();
-    }
+    const std::uint32_t skipped = static_cast<std::uint32_t>(column) - first;
+    *value++ = skipped < count ? View(begin[skipped]) : CellValue();
   }
 }
 
