@@ -13,7 +13,8 @@ enum XmlByte : std::uint8_t {
   kXmlNamePart = 2,
   kXmlBlank = 4,
   kXmlPlainText = 8,    // stands for itself between tags
-  kXmlPlainValue = 16,  // the same in the value of an attribute
+  kXmlPlainCdata = 16,  // the same in a CDATA section
+  kXmlPlainValue = 32,  // the same in the value of an attribute
 };
 
 inline constexpr auto kXmlBytes = [] {
@@ -24,13 +25,13 @@ inline constexpr auto kXmlBytes = [] {
     std::uint8_t uses = 0;
     if (is_letter || byte == '_') uses |= kXmlNameStart;
     if (is_letter || is_digit || byte == '_' || byte == '-' || byte == '.') uses |= kXmlNamePart;
-    if (byte != '<' && byte != '&' && byte != ']') uses |= kXmlPlainText;
-    if (byte != '<' && byte != '&' && byte != '"' && byte != '\'') uses |= kXmlPlainValue;
+    const bool is_markup = byte == '<' || byte == '&';
+    if (byte != ']') uses |= is_markup ? kXmlPlainCdata : kXmlPlainCdata | kXmlPlainText;
+    if (!is_markup && byte != '"' && byte != '\'') uses |= kXmlPlainValue;
     bytes[byte] = uses;
   }
   for (const unsigned blank : {0x20u, 0x09u, 0x0Au, 0x0Du}) bytes[blank] |= kXmlBlank;
-  bytes['\t'] |= kXmlPlainText;
-  bytes['\n'] |= kXmlPlainText;
+  for (const unsigned plain : {0x09u, 0x0Au}) bytes[plain] |= kXmlPlainText | kXmlPlainCdata;
   return bytes;
 }();
 
