@@ -97,7 +97,7 @@ class ByteCounter {
   }
   template <class Record, FixedWidth... T>
   void PutRecord(Record, T...) {
-    count_ += (sizeof(T) + ... + 2 * sizeof(std::uint16_t));
+    count_ += (sizeof(T) + ... + (2 * sizeof(std::uint16_t)));
   }
   void PutBytes(std::span<const std::byte> bytes) { count_ += bytes.size(); }
   void PutRepeated(std::byte, std::uint64_t count) { count_ += count; }
