@@ -1,8 +1,15 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <array>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "structure/clsArray.h"
 #include "structure/keyed_collection.h"
 #include "tests/support/errors.h"
+#include "text/text.h"
 
 namespace korvex {
 namespace {
@@ -63,6 +70,37 @@ TEST(KeyedCollection, FindsNamesWithoutLetterCaseInInsertionOrder) {
   EXPECT_TRUE(collection.Exists("A"));
   collection.RemoveAll();
   EXPECT_FALSE(collection.Exists("a"));
+}
+
+// Over all the sizes at which tables and arrays grow: by then a name has stood in several places.
+TEST(NameIndex, KeepsEveryNameWhileItGrows) {
+  constexpr std::size_t kNames = 20000;
+  const auto name_of = [](std::size_t number) {
+    return "plate=" + std::to_string(number % 977) + ";well=" + std::to_string(number) + ";";
+  };
+  NameIndex names;
+  for (std::size_t i = 0; i < kNames; ++i) {
+    EXPECT_EQ(names.FindOrAdd(name_of(i)), std::pair(i, true));
+  }
+  for (std::size_t i = kNames; i-- > 0;) {
+    EXPECT_EQ(names.FindOrAdd(name_of(i)), std::pair(i, false));
+    EXPECT_EQ(names.Find(UpperCase(name_of(i))), i);
+    EXPECT_EQ(names.Name(i), name_of(i));
+  }
+  EXPECT_EQ(names.Find(name_of(kNames)), NameIndex::kNone);
+}
+
+TEST(GrowingArray, TakesItsOwnElementsWhileItGrows) {
+  GrowingArray<int> numbers;
+  numbers.push_back(7);
+  while (numbers.size() < 1000) numbers.push_back(numbers.back());
+  numbers.resize(1003, numbers[1]);
+  numbers.append(std::array{1, 2}.data(), 2);
+  GrowingArray<int> moved = std::move(numbers);
+  EXPECT_EQ(std::count(moved.begin(), moved.end(), 7), 1003);
+  EXPECT_EQ(moved.back(), 2);
+  moved.CutAt(moved.data() + 1);
+  EXPECT_THAT(std::vector(moved.begin(), moved.end()), ElementsAre(7));
 }
 
 }  // namespace

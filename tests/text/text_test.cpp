@@ -8,6 +8,7 @@
 #include "platform/error.h"
 #include "platform/shown_text.h"
 #include "text/code_page_1252.h"
+#include "text/text_hash.h"
 
 namespace korvex {
 namespace {
@@ -33,10 +34,14 @@ TEST(Text, IgnoresLetterCaseOfLatinGreekAndCyrillic) {
       {"a", "ab", false},
       {"\xE4", "\xC4", false},
       {"caf\xC3", "CAF\xC3", true},
+      {"az@[`{ 09=az;", "AZ@[`{ 09=AZ;", true},
+      {"@z[", "`z{", false},
+      {"compound ID=a", "compound ID={", false},
   };
   for (const auto& [a, b, equal] : cases) {
     EXPECT_EQ(EqualText(a, b), equal) << a << " " << b;
     EXPECT_EQ(UpperCase(a) == UpperCase(b), equal) << a << " " << b;
+    EXPECT_EQ(HashIgnoringCase(a) == HashIgnoringCase(b), equal) << a << " " << b;
   }
 }
 
