@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string_view>
 
 namespace korvex {
 
@@ -37,6 +38,13 @@ inline constexpr auto kXmlBytes = [] {
 
 inline bool IsXmlByte(char byte, XmlByte use) {
   return (kXmlBytes[static_cast<unsigned char>(byte)] & use) != 0;
+}
+
+// Takes blanks off both ends.
+inline std::string_view TrimXmlBlanks(std::string_view text) {
+  while (!text.empty() && IsXmlByte(text.front(), kXmlBlank)) text.remove_prefix(1);
+  while (!text.empty() && IsXmlByte(text.back(), kXmlBlank)) text.remove_suffix(1);
+  return text;
 }
 
 // Of characters that are not ASCII. They are those of XML 1.0 up to its fourth edition.

@@ -80,12 +80,44 @@ class XmlHandler {
   // skipped.
   virtual bool StartElement(const XmlElement& element) = 0;
   virtual void EndElement(const XmlName&, int /*depth*/) {}
-  // The texts of wanted elements; one text may come in several pieces.
+  // The texts of wanted elements; one text may come in several pieces, each valid until the next
+  // call of KeepText.
   virtual void Text(std::string_view) {}
+  virtual void KeepText() {}
 };
 
 // A document that is in memory.
 XmlSource SourceOf(std::span<const std::byte> bytes);
+
+// A text that a handler collects. Its only piece stays where it is as long as it is valid there.
+class XmlText {
+ public:
+  std::string_view View() const { return text_; }
+  void Clear() { text_ = {}; }
+  void Append(std::string_view piece) {
+    if (text_.empty()) {
+      text_ = piece;
+    } else {
+      Join(piece);
+    }
+  }
+  // For XmlHandler::KeepText.
+  void Keep() {
+    if (text_.data() == kept_.data()) return;
+    kept_ = text_;
+    text_ = kept_;
+  }
+
+ private:
+  void Join(std::string_view piece) {
+    Keep();
+    kept_ += piece;
+    text_ = kept_;
+  }
+
+  std::string_view text_;
+  std::string kept_;
+};
 
 // Reads a document to its end. `part` is its name in the archive, "" when it is the whole file;
 // refusals name it.

@@ -67,6 +67,7 @@ void XmlScanner::Run() {
 
 // The names of open elements stand before the place from which on the window is kept.
 void XmlScanner::ReadOn() {
+  handler_.KeepText();
   kept_names_.resize(open_.size());
   for (std::size_t i = 0; i < open_.size(); ++i) {
     std::string_view& name = open_[i].name.text;
@@ -276,9 +277,9 @@ void XmlScanner::DeclareNamespaces() {
     const XmlRawName& name = declaration.name;
     std::string_view uri = declaration.uri;
     if (declaration.is_coded) {
-      text_.clear();
-      DecodeXml(uri, XmlPlace::kValue, text_);
-      uri = text_;
+      values_.clear();
+      DecodeXml(uri, XmlPlace::kValue, values_);
+      uri = values_;
     }
     const std::string_view prefix = name.prefix > 0 ? name.Local() : std::string_view();
     const XmlNamespaces::Fault fault = namespaces_.Declare(prefix, uri, depth_);
@@ -393,6 +394,7 @@ char XmlScanner::SpaceOf(const XmlRawName& name) {
                                                         bool is_coded) {
   if (unwanted_ != 0) return;
   if (is_coded) {
+    if (!text_.empty()) handler_.KeepText();
     text_.clear();
     DecodeXml(text, place, text_);
     text = text_;

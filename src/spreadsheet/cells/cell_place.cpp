@@ -1,11 +1,23 @@
 #include "spreadsheet/cells/cell_place.h"
 
 #include <algorithm>
-#include <charconv>
+#include <limits>
 
 #include "spreadsheet/bytes/refusal.h"
+#include "text/text.h"
 
 namespace korvex {
+
+std::optional<std::uint32_t> ReadDigits(std::string_view text) {
+  std::uint64_t number = 0;
+  for (const char digit : text) {
+    if (!IsAsciiDigit(digit)) return {};
+    number = 10 * number + static_cast<std::uint64_t>(digit - '0');
+    if (number > std::numeric_limits<std::uint32_t>::max()) return {};
+  }
+  if (text.empty()) return {};
+  return static_cast<std::uint32_t>(number);
+}
 
 std::optional<CellPlace> ReadCellName(std::string_view name) {
   std::uint32_t column = 0;
@@ -16,11 +28,10 @@ std::optional<CellPlace> ReadCellName(std::string_view name) {
     // Any number of letters stays a column outside, without overflow.
     column = std::min(26 * column + digit + 1, kMostXmlColumns + 1);
   }
-  std::uint32_t row = 0;
-  const char* const end = name.data() + name.size();
-  const auto [rest, error] = std::from_chars(name.data() + letters, end, row);
-  if (letters == 0 || error != std::errc() || rest != end || row == 0) return {};
-  return CellPlace{row - 1, column - 1};
+  if (letters == 0) return {};
+  const std::optional<std::uint32_t> row = ReadDigits(name.substr(letters));
+  if (!row || *row == 0) return {};
+  return CellPlace{*row - 1, column - 1};
 }
 
 // Columns have letters, rows are counted from 1.

@@ -22,6 +22,9 @@ inline constexpr std::uint32_t kMostXmlRows = kXlsxRows;
 inline constexpr std::uint32_t kMostXmlColumns = kXlsxColumns;
 inline constexpr CellAddress kLastXmlPlace = {kMostXmlRows, kMostXmlColumns};
 
+// None unless the text is digits alone, and the number has 32 bits.
+std::optional<std::uint32_t> ReadDigits(std::string_view text);
+
 // "B7" is row 6, column 1; letter case does not matter. None for a text of another form. Of a place
 // outside of every sheet the result is only that it is outside.
 std::optional<CellPlace> ReadCellName(std::string_view name);

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <limits>
 
+#include "spreadsheet/bytes/xml_names.h"
 #include "text/text.h"
 
 namespace korvex {
@@ -84,6 +85,32 @@ std::optional<int> TakeDay(std::string_view& text) {
   return static_cast<int>((sys_days{date} - kFirst).count());
 }
 
+// A number of few digits, without an exponent, as nearly all are. Both the digits and the power of
+// ten are exact as doubles, and so their quotient is the double nearest to the number.
+std::optional<double> ReadFewDigits(std::string_view text) {
+  constexpr std::size_t kLongest = 19;
+  constexpr std::uint64_t kLargestExact = std::uint64_t{1} << 53;
+  constexpr double kPowers[kLongest] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8, 1e9,
+                                        1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
+  const bool is_negative = text.starts_with('-');
+  if (is_negative) text.remove_prefix(1);
+  if (text.empty() || text.size() > kLongest || !IsAsciiDigit(text.front())) return {};
+  std::uint64_t digits = 0;
+  std::size_t point = text.size() - 1;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (IsAsciiDigit(text[i])) {
+      digits = 10 * digits + static_cast<std::uint64_t>(text[i] - '0');
+    } else if (text[i] == '.' && point == text.size() - 1) {
+      point = i;
+    } else {
+      return {};
+    }
+  }
+  if (digits > kLargestExact) return {};
+  const double number = static_cast<double>(digits) / kPowers[text.size() - 1 - point];
+  return is_negative ? -number : number;
+}
+
 bool IsZone(std::string_view text) {
   return text.empty() || text == "Z" || text[0] == '+' || text[0] == '-';
 }
@@ -122,7 +149,8 @@ DateForm DateFormOf(std::string_view format) {
 }
 
 std::optional<double> ReadNumber(std::string_view text) {
-  text = TrimBlanks(text, " \t\r\n");
+  text = TrimXmlBlanks(text);
+  if (const std::optional<double> plain = ReadFewDigits(text)) return plain;
   if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
   double number = 0;
   const char* const end = text.data() + text.size();
@@ -151,7 +179,7 @@ int ErrorCode(std::string_view name) {
 }
 
 std::optional<DayAndTime> ReadIsoDate(std::string_view text) {
-  text = TrimBlanks(text, " \t\r\n");
+  text = TrimXmlBlanks(text);
   DayAndTime date{0, 0};
   // "10:15" is a time alone.
   if (text.size() < 3 || text[2] != ':') {
@@ -174,7 +202,7 @@ TypedNumber TypeDate(DayAndTime date, bool uses_1904) {
 }
 
 std::optional<double> ReadIsoDuration(std::string_view text) {
-  text = TrimBlanks(text, " \t\r\n");
+  text = TrimXmlBlanks(text);
   const bool is_negative = Take(text, '-');
   if (!Take(text, 'P')) return {};
   bool is_time = false;

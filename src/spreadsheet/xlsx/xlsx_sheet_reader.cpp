@@ -1,8 +1,7 @@
 #include "spreadsheet/xlsx/xlsx_sheet_reader.h"
 
-#include <charconv>
-
 #include "spreadsheet/bytes/refusal.h"
+#include "spreadsheet/bytes/xml_names.h"
 #include "spreadsheet/cells/cell_place.h"
 #include "spreadsheet/cells/typed_value.h"
 #include "text/text.h"
@@ -11,17 +10,10 @@ namespace korvex {
 namespace {
 
 constexpr int kCellDepth = 4;
-constexpr const char* kXmlBlanks = " \t\r\n";
 
 // None unless the whole text, but for blanks, is a number.
-template <typename Number>
-std::optional<Number> ReadWhole(std::string_view text) {
-  text = TrimBlanks(text, kXmlBlanks);
-  Number number = 0;
-  const char* const end = text.data() + text.size();
-  const auto [rest, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || rest != end) return {};
-  return number;
+std::optional<std::uint32_t> ReadWhole(std::string_view text) {
+  return ReadDigits(TrimXmlBlanks(text));
 }
 
 }  // namespace
@@ -60,7 +52,7 @@ bool XlsxSheetReader::StartElement(const XmlElement& element) {
 void XlsxSheetReader::StartRow(const XmlElement& element) {
   row_ = next_row_;
   if (const auto number = element.Attribute("r")) {
-    if (const auto row = ReadWhole<std::uint32_t>(*number); row && *row > 0) row_ = *row - 1;
+    if (const auto row = ReadWhole(*number); row && *row > 0) row_ = *row - 1;
   }
   next_row_ = row_ + 1;
   column_ = 0;
@@ -71,22 +63,29 @@ void XlsxSheetReader::StartCell(const XmlElement& element) {
   type_ = Type::kNumber;
   format_ = 0;
   for (const XmlAttribute& attribute : element.Attributes()) {
-    if (attribute.name.Is(kNoNamespace, "r")) {
-      if (const std::optional<CellPlace> place = ReadCellName(attribute.value)) {
-        row_ = place->row;
-        column_ = place->column;
-      }
-    } else if (attribute.name.Is(kNoNamespace, "t")) {
-      type_ = TypeOf(attribute.value);
-    } else if (attribute.name.Is(kNoNamespace, "s")) {
-      // A format that the styles do not have is none.
-      format_ = ReadWhole<std::size_t>(attribute.value).value_or(0);
+    if (attribute.name.space != kNoNamespace || attribute.name.local.size() != 1) continue;
+    switch (attribute.name.local.front()) {
+      case 'r':
+        if (const std::optional<CellPlace> place = ReadCellName(attribute.value)) {
+          row_ = place->row;
+          column_ = place->column;
+        }
+        break;
+      case 't':
+        type_ = TypeOf(attribute.value);
+        break;
+      case 's':
+        // A format that the styles do not have is none.
+        format_ = ReadWhole(attribute.value).value_or(0);
+        break;
+      default:
+        break;
     }
   }
   has_value_ = false;
   has_formula_ = false;
   has_inline_text_ = false;
-  value_.clear();
+  value_.Clear();
 }
 
 // An empty <v/> counts as a value: a formula that gives "" has one.
@@ -99,13 +98,17 @@ bool XlsxSheetReader::StartContent(const XmlElement& element) {
   return true;
 }
 
-// The parser may cut a text into pieces, so that values are collected.
 void XlsxSheetReader::Text(std::string_view text) {
   if (is_in_value_) {
-    value_ += text;
+    value_.Append(text);
   } else {
     inline_text_.Text(text);
   }
+}
+
+void XlsxSheetReader::KeepText() {
+  value_.Keep();
+  inline_text_.KeepText();
 }
 
 void XlsxSheetReader::EndElement(const XmlName& name, int depth) {
@@ -131,15 +134,16 @@ void XlsxSheetReader::EndCell() {
 // Writers do not always keep to the types: a value that is not of its type is kept as text.
 void XlsxSheetReader::AddCell() {
   TextArena& texts = cells_.OwnTexts();
+  const std::string_view value = value_.View();
   if (has_inline_text_) return AddText(texts.RangeSince(inline_start_));
   if (type_ == Type::kText && has_value_) {
     const std::uint32_t start = texts.Size();
-    AppendEscapedText(value_, texts);
+    AppendEscapedText(value, texts);
     const TextRange text = texts.RangeSince(start);
     AddText(text);
     return DoubtFormula(text.length == 0);
   }
-  if (value_.find_first_not_of(kXmlBlanks) == std::string::npos) {
+  if (TrimXmlBlanks(value).empty()) {
     if (has_formula_) {
       AddTyped({CellKind::kError, kNotAvailableError});
       return cells_.LoseLast();
@@ -148,34 +152,35 @@ void XlsxSheetReader::AddCell() {
   }
   switch (type_) {
     case Type::kShared:
-      return AddSharedText();
+      return AddSharedText(value);
     case Type::kError:
-      AddTyped({CellKind::kError, static_cast<double>(ErrorCode(value_))});
+      AddTyped({CellKind::kError, static_cast<double>(ErrorCode(value))});
       return DoubtFormula(false);
     case Type::kBoolean:
-      AddTyped({CellKind::kBoolean, value_ == "1" || value_ == "true" ? 1.0 : 0.0});
+      AddTyped({CellKind::kBoolean, value == "1" || value == "true" ? 1.0 : 0.0});
       return DoubtFormula(false);
     case Type::kDate:
-      if (const std::optional<DayAndTime> date = ReadIsoDate(value_)) {
+      if (const std::optional<DayAndTime> date = ReadIsoDate(value)) {
         return AddTyped(TypeDate(*date, globals_.uses_1904));
       }
       break;
     default:
       break;
   }
-  if (const std::optional<double> number = ReadNumber(value_)) {
+  if (const std::optional<double> number = ReadNumber(value)) {
     const DateForm form = format_ < date_forms_.size() ? date_forms_[format_] : DateForm::kNone;
     AddTyped(TypeNumber(*number, form, globals_.uses_1904));
     return DoubtFormula(*number == 0);
   }
-  AddText(texts.Append(value_));
+  AddText(texts.Append(value));
 }
 
-void XlsxSheetReader::AddSharedText() {
-  const std::optional<std::uint32_t> index = ReadWhole<std::uint32_t>(value_);
+void XlsxSheetReader::AddSharedText(std::string_view number) {
+  const std::optional<std::uint32_t> index = ReadWhole(number);
   if (!index || *index >= strings_.Count()) {
-    const std::string number = index ? GroupedDigits(std::uint64_t{*index} + 1) : value_;
-    Refuse("is damaged: cell " + CellName({row_, column_}) + " shows text number " + number +
+    const std::string shown =
+        index ? GroupedDigits(std::uint64_t{*index} + 1) : std::string(number);
+    Refuse("is damaged: cell " + CellName({row_, column_}) + " shows text number " + shown +
            " of the workbook's texts, of which " + GroupedDigits(strings_.Count()) +
            " can be read");
   }

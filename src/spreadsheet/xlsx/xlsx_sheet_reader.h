@@ -39,6 +39,7 @@ class XlsxSheetReader : public XmlHandler {
   bool StartElement(const XmlElement& element) override;
   void EndElement(const XmlName& name, int depth) override;
   void Text(std::string_view text) override;
+  void KeepText() override;
 
   // Whether the part holds a worksheet at all.
   bool IsWorksheet() const { return is_worksheet_; }
@@ -52,7 +53,7 @@ class XlsxSheetReader : public XmlHandler {
   bool StartContent(const XmlElement& element);
   void EndCell();
   void AddCell();
-  void AddSharedText();
+  void AddSharedText(std::string_view number);
   void DoubtFormula(bool is_zero);
   // Once a row, and for each text of its own: rows hold few cells, but texts can be long.
   void CheckMemory() const;
@@ -77,7 +78,7 @@ class XlsxSheetReader : public XmlHandler {
   bool has_inline_text_ = false;
   std::uint32_t inline_start_ = 0;  // in the arena of the cells
   bool is_in_value_ = false;
-  std::string value_;
+  XmlText value_;
   XlsxTextReader inline_text_;
 };
 

@@ -58,14 +58,14 @@ bool XlsxTextReader::Start(const XmlElement& element) {
   if (element.Is(xlsx::kMain, "r")) return true;
   if (!element.Is(xlsx::kMain, "t")) return false;
   is_in_text_ = true;
-  text_.clear();
+  text_.Clear();
   return true;
 }
 
 void XlsxTextReader::End(const XmlName& name, TextArena& out) {
   if (name.local != "t") return;
   is_in_text_ = false;
-  AppendEscapedText(text_, out);
+  AppendEscapedText(text_.View(), out);
 }
 
 }  // namespace korvex

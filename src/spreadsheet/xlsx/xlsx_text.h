@@ -37,13 +37,14 @@ class XlsxTextReader {
  public:
   bool Start(const XmlElement& element);
   void Text(std::string_view text) {
-    if (is_in_text_) text_ += text;
+    if (is_in_text_) text_.Append(text);
   }
+  void KeepText() { text_.Keep(); }
   void End(const XmlName& name, TextArena& out);
 
  private:
   bool is_in_text_ = false;
-  std::string text_;
+  XmlText text_;
 };
 
 }  // namespace korvex

@@ -27,6 +27,7 @@ class StringsHandler : public XmlHandler {
     budget_.CheckMemory(strings_.UsedMemory());
   }
   void Text(std::string_view text) override { text_.Text(text); }
+  void KeepText() override { text_.KeepText(); }
 
  private:
   SharedStrings& strings_;
