@@ -5,6 +5,7 @@
 // One line for every cell of every worksheet that is not empty, with tabs between: sheet name, row,
 // column (both one-based), kind, value. Dates are serial numbers of the 1900 date system. Exit
 // status 1 when the file is refused, 2 for wrong arguments.
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <string>
@@ -16,10 +17,13 @@
 #include "platform/standard_streams.h"
 #include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/open_workbook.h"
+#include "text/number_text.h"
 #include "workbook/cell_text.h"
 
 namespace korvex {
 namespace {
+
+constexpr std::size_t kBlock = 64 * 1024;  // of what is written at once
 
 std::string_view KindName(CellKind kind) {
   switch (kind) {
@@ -40,7 +44,15 @@ std::string_view KindName(CellKind kind) {
   return "empty";
 }
 
+bool IsEscaped(char letter) {
+  return letter == '\n' || letter == '\r' || letter == '\t' || letter == '\\';
+}
+
 void AppendEscaped(std::string_view text, std::string& out) {
+  if (std::none_of(text.begin(), text.end(), IsEscaped)) {
+    out += text;
+    return;
+  }
   for (const char letter : text) {
     switch (letter) {
       case '\n':
@@ -61,11 +73,14 @@ void AppendEscaped(std::string_view text, std::string& out) {
   }
 }
 
-template <class Number>
-void AppendNumber(Number number, std::string& out) {
-  char digits[32];
-  const char* const end = std::to_chars(digits, digits + sizeof digits, number).ptr;
-  out.append(digits, static_cast<std::size_t>(end - digits));
+void AppendNumber(double number, std::string& out) {
+  char text[kLongestNumberText];
+  out.append(text, WriteNumber(number, text));
+}
+
+void AppendNumber(int number, std::string& out) {
+  char text[kLongestNumberText];
+  out.append(text, std::to_chars(text, text + sizeof text, number).ptr);
 }
 
 void AppendValue(const CellValue& value, std::string& out) {
@@ -83,34 +98,23 @@ void AppendValue(const CellValue& value, std::string& out) {
   }
 }
 
-// `lines` is scratch storage. Lines are written many at a time: a sheet can have millions.
-void DumpCells(const std::string& sheet, const SheetCells& cells, std::string& lines) {
-  constexpr std::size_t kAtOnce = 64 * 1024;
-  std::string start;  // of the lines of a row
-  int row = 0;
-  lines.clear();
-  for (std::size_t i = 0; i < cells.Count(); ++i) {
-    const SheetCells::Entry cell = cells.At(i);
-    if (cell.row != row) {
-      row = cell.row;
-      start.clear();
-      AppendEscaped(sheet, start);
-      start += '\t';
-      AppendNumber(row, start);
-      start += '\t';
-    }
-    lines += start;
-    AppendNumber(cell.column, lines);
-    lines += '\t';
-    lines += cell.is_uncalculated ? "uncalculated" : KindName(cell.value.kind);
-    lines += '\t';
-    AppendValue(cell.value, lines);
-    lines += '\n';
-    if (lines.size() < kAtOnce) continue;
-    WriteOutput(lines);
-    lines.clear();
-  }
-  WriteOutput(lines);
+// What the lines of all cells of a row begin with.
+std::string RowStart(const std::string& sheet, int row) {
+  std::string start;
+  AppendEscaped(sheet, start);
+  start += '\t';
+  AppendNumber(row, start);
+  return start += '\t';
+}
+
+void AppendCell(std::string_view row, const SheetCells::Entry& cell, std::string& out) {
+  out += row;
+  AppendNumber(cell.column, out);
+  out += '\t';
+  out += cell.is_uncalculated ? "uncalculated" : KindName(cell.value.kind);
+  out += '\t';
+  AppendValue(cell.value, out);
+  out += '\n';
 }
 
 void Dump(const std::string& file) {
@@ -123,8 +127,18 @@ void Dump(const std::string& file) {
       const SheetInfo& sheet = workbook->Sheets()[i];
       if (sheet.kind != SheetKind::kWorksheet) continue;
       workbook->ReadSheet(i, buffers.cells);
-      DumpCells(sheet.name, buffers.cells, lines);
+      int row = 0;
+      std::string row_start;
+      for (std::size_t n = 0; n < buffers.cells.Count(); ++n) {
+        const SheetCells::Entry cell = buffers.cells.At(n);
+        if (cell.row != row) row_start = RowStart(sheet.name, row = cell.row);
+        AppendCell(row_start, cell, lines);
+        if (lines.size() < kBlock) continue;
+        WriteOutput(lines);
+        lines.clear();
+      }
     }
+    WriteOutput(lines);
   });
 }
 

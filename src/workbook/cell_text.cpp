@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "platform/error.h"
+#include "text/number_text.h"
 #include "text/text.h"
 #include "workbook/cell_error.h"
 
@@ -219,9 +220,8 @@ void AppendExactNumber(double number, std::string& out) {
     AppendInteger(static_cast<std::int64_t>(number), out);
     return;
   }
-  Buffer buffer;
-  const char* end = std::to_chars(buffer.begin(), buffer.end(), number).ptr;
-  out.append(std::string_view(buffer.data(), end));
+  char text[kLongestNumberText];
+  out.append(text, WriteNumber(number, text));
 }
 
 void DropBlanks(std::string_view& text) {

@@ -2,12 +2,17 @@
 
 #include <gmock/gmock.h>
 
+#include <charconv>
+#include <cmath>
+#include <random>
 #include <tuple>
 #include <utility>
+#include <vector>
 
 #include "platform/error.h"
 #include "platform/shown_text.h"
 #include "text/code_page_1252.h"
+#include "text/number_text.h"
 #include "text/text_hash.h"
 
 namespace korvex {
@@ -73,6 +78,41 @@ TEST(Text, ShowsControlCharactersAsTheirEscapes) {
   EXPECT_EQ(Shown("\xC2\x9B|\xC2\xA0|\u2028|\u202E|\u2066|\u2030"),
             "\\u009B|\xC2\xA0|\\u2028|\\u202E|\\u2066|\u2030");
   EXPECT_EQ(Error(70, "Cannot read x\r\n<<<").Description(), "Cannot read x\\r\\n<<<");
+}
+
+TEST(NumberText, IsThatOfTheStandardLibrary) {
+  const auto standard = [](double number) {
+    char text[kLongestNumberText];
+    return std::string(text, std::to_chars(text, text + sizeof text, number).ptr);
+  };
+  std::vector<double> numbers = {0,
+                                 -0.0,
+                                 0.001,
+                                 99999.999999999,
+                                 1e5,
+                                 123456789,
+                                 1e-7,
+                                 0.0009,
+                                 1e300,
+                                 5e-324,
+                                 1.0,
+                                 120.0,
+                                 1e-10,
+                                 2e15,
+                                 0.5,
+                                 0.30000000000000004,
+                                 99999.9999999999};
+  std::mt19937_64 random(11);
+  for (int i = 0; i < 20000; ++i) {
+    const auto digits = static_cast<double>(random() >> (11 + i % 50));
+    numbers.push_back(digits / std::pow(10, i % 13));
+  }
+  for (const double number : numbers) {
+    for (const double one : {number, -number, std::nextafter(number, 0), number * 1.5}) {
+      char text[kLongestNumberText];
+      ASSERT_EQ(std::string(text, WriteNumber(one, text)), standard(one));
+    }
+  }
 }
 
 TEST(CodePage, KeepsWhatItHoldsAndMarksTheRest) {
