@@ -199,13 +199,16 @@ bool XmlInput::MakeTable(std::string_view name) {
   return true;
 }
 
-// A line ends with LF, CR or both. Most documents have no CR, and LF alone is quickly counted.
+// A line ends with LF, CR or both.
 void XmlInput::CountLines(const char* end) {
   if (begin_ == end) return;
   if (is_after_return_ && *begin_ == '\n') ++begin_;
-  lines_ += static_cast<std::uint64_t>(std::count(begin_, end, '\n'));
   is_after_return_ = begin_ < end && end[-1] == '\r';
-  for (const char* at = begin_; (at = std::find(at, end, '\r')) != end; ++at) {
+  const auto find = [end](char wanted, const char* at) {
+    return static_cast<const char*>(std::memchr(at, wanted, static_cast<std::size_t>(end - at)));
+  };
+  for (const char* at = begin_; (at = find('\n', at)) != nullptr; ++at) ++lines_;
+  for (const char* at = begin_; (at = find('\r', at)) != nullptr; ++at) {
     if (at + 1 == end || at[1] != '\n') ++lines_;
   }
   begin_ = end;

@@ -49,7 +49,9 @@ constexpr std::size_t kHeaderSize = 30;
 
 constexpr std::uint16_t kStored = 0;
 constexpr std::uint16_t kDeflated = 8;
-constexpr std::size_t kLargestWhole = 64u << 20;
+// Sheets of plates are smaller. Of a larger part a small piece at a time is in memory, where a
+// processor still holds it when it is read: the quicker unpacking of a whole would gain nothing.
+constexpr std::size_t kLargestWhole = 4u << 20;
 constexpr std::size_t kMostPlaces = 4;           // that a message names
 constexpr std::size_t kInflaterStep = 1u << 30;  // its counts have 32 bits
 

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <span>
 
 #include "spreadsheet/bytes/zip_archive.h"
@@ -83,6 +84,29 @@ TEST(XlsxWorkbook, GivesTheValuesOfItsCells) {
             "3,1 date 12/3/2002 12:00:00 PM | 4,1 number 1");
   OpenedWorkbook blanks(XlsxBytes{"<row><c><v>1</v></c><c r='C4' s='1'/></row>"}.Build());
   EXPECT_EQ(blanks.Cells().LastCell(), (CellAddress{4, 3}));
+}
+
+// It is unpacked and read piece by piece, which cut names, values and texts anywhere.
+TEST(XlsxWorkbook, ReadsALargeSheetLikeASmallOne) {
+  constexpr int kRows = 60000;
+  const auto digits = [](int row) {
+    return std::to_string(row * 7919LL) + std::string(row % 4, '0');
+  };
+  const auto number_text = [&](int row) { return "0." + digits(row); };
+  const auto text = [&](int row) { return "P&L " + digits(row); };
+  Bytes rows;
+  for (int row = 1; row <= kRows; ++row) {
+    rows += "<row><c s='0'><v>" + number_text(row) + "</v></c><c t='inlineStr'><is><t>P&amp;L " +
+            digits(row) + "</t></is></c><c t='s'><v>1</v></c></row>";
+  }
+  OpenedWorkbook opened(XlsxBytes{rows}.Build());
+  const SheetCells& cells = opened.Cells();
+  ASSERT_EQ(cells.Count(), 3u * kRows);
+  for (int row = 1; row <= kRows; ++row) {
+    ASSERT_EQ(cells.Value(row, 1).number, std::strtod(number_text(row).c_str(), nullptr)) << row;
+    ASSERT_EQ(cells.Value(row, 2).text, text(row));
+    ASSERT_EQ(cells.Value(row, 3).text, "Delta OD");
+  }
 }
 
 TEST(XlsxWorkbook, ListsItsSheetsByTheirRelationships) {
