@@ -12,6 +12,18 @@
 #include "text/text.h"
 
 namespace korvex {
+namespace {
+
+// The user knows that the setting for mails cannot be read, and it could not be since.
+bool unreadable_setting_told = false;
+
+// A value that somebody has typed into the settings by hand. A store that cannot be read at all is
+// often the very error that is being reported, and is told with that.
+bool IsUnreadableValue(const Error& error) {
+  return error.Number() == error_number::kTypeMismatch || error.Number() == error_number::kOverflow;
+}
+
+}  // namespace
 
 void ReportError(const std::string& location, const std::optional<std::string>& message,
                  bool show_message, bool write_log, bool /*reserved_flag*/, bool send_mail,
@@ -39,10 +51,24 @@ void ReportError(const std::string& location, const std::optional<std::string>& 
 }
 
 void Report(const std::string& location, const std::optional<std::string>& message) {
-  // A store that cannot be read is often the very error that is being reported.
+  const Error pending = PendingError();
   bool send_mail = false;
-  Attempt([&] { send_mail = basSettings::SendEmailOnError(); });
+  bool tell_unreadable = false;
+  try {
+    send_mail = basSettings::SendEmailOnError();
+    unreadable_setting_told = false;
+  } catch (...) {
+    tell_unreadable = IsUnreadableValue(PendingError()) &&
+                      !std::exchange(unreadable_setting_told, true) &&
+                      PendingError().Description() != pending.Description();
+  }
   ReportError(location, message, true, true, true, send_mail);
+  if (!tell_unreadable) return;
+  try {
+    basSettings::SendEmailOnError();
+  } catch (...) {
+    ReportError(location, "This error was not mailed.", true, true, true, false);
+  }
 }
 
 std::string AppErrFolder() {

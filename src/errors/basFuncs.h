@@ -14,7 +14,8 @@ void ReportError(const std::string& location, const std::optional<std::string>& 
                  const std::optional<std::string>& reserved_value = std::nullopt);
 
 // Reports the pending error as every trap does: logged, shown, and mailed when the settings ask for
-// it. Settings that cannot be read do not ask.
+// it. A setting for that which cannot be read does not ask; it is reported itself, but once until
+// it can be read again.
 void Report(const std::string& location, const std::optional<std::string>& message = std::nullopt);
 
 // The folder of the application error log, "AppErr" beside the program's folder, with a separator

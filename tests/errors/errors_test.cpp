@@ -83,16 +83,26 @@ TEST_F(ErrorsTest, AreNotMailedWhereNothingCanBe) {
 }
 
 TEST_F(ErrorsTest, AreMailedWhenTheSettingsCanBeReadAndAskForIt) {
-  const std::tuple<const char*, int, bool> cases[] = {
-      {"-1", 0, true}, {"0", 0, false}, {"perhaps", 0, false}, {"-1", 70, false}};
-  for (const auto& [stored, failure, is_mailed] : cases) {
+  const struct {
+    const char* stored;
+    int failure;
+    bool is_mailed, is_unreadable;
+  } cases[] = {{"-1", 0, true, false},       {"0", 0, false, false},   {"perhaps", 0, false, true},
+               {"perhaps", 0, false, false}, {"-1", 70, false, false}, {"1", 0, true, false},
+               {"99999", 0, false, true}};
+  for (const auto& [stored, failure, is_mailed, is_unreadable] : cases) {
     platform.mail.steps.clear();
     platform.dialogs.texts.clear();
     platform.settings.failure = 0;
     platform.settings.Save("Main Section", "Send Email on Error", stored);
     platform.settings.failure = failure;
     Trap("frmMain.Run", [] { throw std::bad_alloc(); });
-    EXPECT_THAT(platform.dialogs.texts, ElementsAre(HasSubstr("frmMain.Run"))) << stored;
+    ASSERT_EQ(platform.dialogs.texts.size(), is_unreadable ? 2u : 1u) << stored;
+    EXPECT_THAT(platform.dialogs.texts.front(), HasSubstr("frmMain.Run"));
+    if (is_unreadable) {
+      EXPECT_EQ(platform.dialogs.texts.back(), "This error was not mailed.");
+      EXPECT_THAT(platform.dialogs.plain.back().cause, HasSubstr("\"Send Email on Error\""));
+    }
     EXPECT_EQ(!platform.mail.steps.empty(), is_mailed) << stored << failure;
   }
   EXPECT_THAT(Log(), HasSubstr("Error Number   : 7\r\n"));
