@@ -228,6 +228,11 @@ void MainRun::Convert(const RunSelection& selection) {
   if (!record.options.check) basSettings::SetLastPath(selection.folder);
   view_.EnterRunning();
   view_.SetMessage("Initializing...");
+  // As many steps as are known before the files are counted, which takes long on a slow share.
+  const std::size_t inputs = basSettings::ProcessingSubFolders()
+                                 ? moKorvex_->Folders().SubFolders(selection.folder).size()
+                                 : selection.files.size();
+  view_.SetProgress(1, static_cast<std::int32_t>(inputs) + 2);
   progress_maximum_ = ProgressMaximum(selection);
   view_.SetProgress(1, progress_maximum_);
   if (record.options.check) {

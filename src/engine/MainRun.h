@@ -24,6 +24,9 @@ class RunView : public KorvexEvents {
   // Also called when a run ends before it entered the running state.
   virtual void LeaveRunning() = 0;
   virtual void SetMessage(const std::string& text) = 0;
+  // Comes for the first time right after the running state was entered, before anything that may
+  // take long: the user is to see then that the run has begun. The maximum can change once the
+  // files are counted.
   virtual void SetProgress(std::int32_t value, std::int32_t maximum) = 0;
   // The run has ended, and in a finished one the user has been told so; the running state is still
   // on. Shows what was found, and makes the reports.

@@ -41,6 +41,8 @@ struct Services {
   // and are empty where the user has none.
   std::string user_folder = {};
   std::string cache_folder = {};
+  // Where the user keeps documents; empty for programs that put none there.
+  std::string documents_folder = {};
 };
 
 // The installed set; error 91 when there is none.

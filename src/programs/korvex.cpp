@@ -3,6 +3,7 @@
 
 #include <wx/app.h>
 #include <wx/msgout.h>
+#include <wx/stdpaths.h>
 
 #include <memory>
 #include <optional>
@@ -34,6 +35,7 @@ class Desktop {
     services.dialogs = &dialogs_;
     services.message_loop = &message_loop_;
     services.main_window = &main_window;
+    services.documents_folder = FromWx(wxStandardPaths::Get().GetDocumentsDir());
     return services;
   }
 
@@ -48,8 +50,9 @@ class Desktop {
 std::optional<std::string> AnswerTo(std::string_view question) {
   if (question == "--version") return std::string("korvex ") + kProgramVersion + '\n';
   if (question != "--help" && question != "-h") return std::nullopt;
-  return "Usage: korvex\n\n"
-         "Opens the window in which workbooks of plate readers are converted.\n"
+  return "Usage: korvex [FOLDER | FILE...]\n\n"
+         "Opens the window in which workbooks of plate readers are converted: with the sub-folders "
+         "of\nFOLDER to be processed, or with these files of one folder.\n"
          "korvex-convert does the same without a window.\n";
 }
 
@@ -62,6 +65,9 @@ bool AnswerOnOutput(std::string_view question) {
          });
 }
 
+// The toolkit makes the application, and has no arguments for it.
+std::vector<std::string> paths_to_open;
+
 class App : public wxApp {
  public:
   bool OnInit() override {
@@ -73,7 +79,7 @@ class App : public wxApp {
     }
     if (!wxApp::OnInit()) return false;
     desktop_ = std::make_unique<Desktop>();
-    desktop_->main_window.Show();
+    desktop_->main_window.Show(paths_to_open);
     return true;
   }
 
@@ -90,10 +96,20 @@ class App : public wxApp {
   std::unique_ptr<Desktop> desktop_;
 };
 
-// The toolkit would take the arguments from the code page of the machine.
+// Options are the toolkit's, which would take them from the code page of the machine. Paths never
+// get there: their bytes need not be UTF-8.
 int RunWindow(const std::vector<std::string>& arguments) {
   std::vector<std::wstring> texts{L"korvex"};
-  for (const std::string& argument : arguments) texts.push_back(ToWx(argument).ToStdWstring());
+  bool options = true;
+  for (const std::string& argument : arguments) {
+    if (options && argument == "--") {
+      options = false;
+    } else if (options && argument.starts_with('-')) {
+      texts.push_back(ToWx(argument).ToStdWstring());
+    } else {
+      paths_to_open.push_back(argument);
+    }
+  }
   std::vector<wchar_t*> pointers;
   for (std::wstring& text : texts) pointers.push_back(text.data());
   auto count = static_cast<int>(pointers.size());

@@ -2,15 +2,18 @@
 
 #include <wx/button.h>
 #include <wx/choice.h>
+#include <wx/dcclient.h>
 #include <wx/listbox.h>
 #include <wx/settings.h>
 #include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
 #include <wx/toplevel.h>
+#include <wx/utils.h>
 #include <wx/wupdlock.h>
 
 #include <algorithm>
 #include <initializer_list>
-#include <iterator>
 #include <set>
 
 #include "errors/trap.h"
@@ -19,6 +22,7 @@
 #include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/services.h"
+#include "text/text.h"
 #include "ui/folder_tree.h"
 #include "ui/form_helpers.h"
 #include "ui/frame_panel.h"
@@ -33,6 +37,11 @@ const wxSize kLeastSize(420, 240);
 constexpr int kLeastLeft = 1320;  // of the splitter, in twips
 constexpr int kLeastFileList = 800;
 constexpr int kSplitterAllowance = 30;
+
+// A look that takes longer is felt as a stop. The lists then spend at most this part of the time on
+// looking by themselves.
+constexpr std::chrono::milliseconds kSlowLook{200};
+constexpr int kPausesOfSlowLook = 100;
 
 // Where the splitter may stand, in twips from the left edge: the drive box and the folder list on
 // its left keep a usable width, and so does the file list on its right, up to its own right edge.
@@ -64,6 +73,28 @@ bool IsFolderError(int number) {
 
 }  // namespace
 
+// One look at the disk, under a busy pointer. How long it takes decides when the lists may look by
+// themselves again.
+class FileChooser::TimedLook {
+ public:
+  explicit TimedLook(FileChooser& chooser) : chooser_(chooser) {}
+  ~TimedLook() {
+    const auto end = Clock::now();
+    const auto pause =
+        end - start_ < kSlowLook ? Clock::duration() : (end - start_) * kPausesOfSlowLook;
+    chooser_.next_look_ = end + pause;
+  }
+  TimedLook(const TimedLook&) = delete;
+  TimedLook& operator=(const TimedLook&) = delete;
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  FileChooser& chooser_;
+  const Clock::time_point start_ = Clock::now();
+  const wxBusyCursor busy_;
+};
+
 FileChooser::FileChooser(wxWindow* parent, const std::string& name)
     : wxPanel(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxTAB_TRAVERSAL, ToWx(name)),
       splitter_left_(kDesignedSplitterLeft) {
@@ -78,8 +109,19 @@ FileChooser::FileChooser(wxWindow* parent, const std::string& name)
       new wxWindow(fraMain_, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "Splitter");
   filMain_ = new wxListBox(fraMain_, wxID_ANY, wxDefaultPosition, wxDefaultSize, 0, nullptr,
                            wxLB_EXTENDED | wxLB_HSCROLL, wxDefaultValidator, "filMain");
+  fraNote_ = new wxPanel(fraMain_, wxID_ANY, wxDefaultPosition, wxDefaultSize,
+                         wxTAB_TRAVERSAL | wxBORDER_THEME, "fraNote");
+  txtNote_ = new wxTextCtrl(fraNote_, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
+                            wxTE_MULTILINE | wxTE_READONLY | wxTE_NO_VSCROLL | wxBORDER_NONE,
+                            wxDefaultValidator, "txtNote");
+  for (wxWindow* part : std::initializer_list<wxWindow*>{fraNote_, txtNote_})
+    EnableFrame(*part, true);  // some platforms shade a text that cannot be changed
+  fraNote_->Hide();
   cmdNetWork_ = new wxButton(fraMain_, wxID_ANY, "Network Neighbourhood");
   cmdNetWork_->SetName("cmdNetWork");
+  lblSelected_ =
+      new wxStaticText(fraMain_, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
+                       wxALIGN_RIGHT | wxST_NO_AUTORESIZE | wxST_ELLIPSIZE_START, "lblSelected");
   LayOut();
   BindEvents();
   BindSplitter();
@@ -88,7 +130,7 @@ FileChooser::FileChooser(wxWindow* parent, const std::string& name)
 // The lists fill the space that there is. Their contents do not count for the layout, since
 // measuring thousands of names would take long.
 void FileChooser::LayOut() {
-  for (wxWindow* list : std::initializer_list<wxWindow*>{dirMain_, filMain_})
+  for (wxWindow* list : std::initializer_list<wxWindow*>{dirMain_, filMain_, fraNote_})
     list->SetMinSize(FromDIP(wxSize(40, 40)));
   drvMain_->SetMinSize(wxSize(FromDIP(40), drvMain_->GetBestSize().y));
   Splitter_->SetMinSize(wxSize(FromDIP(kSplitterWidth), -1));
@@ -106,8 +148,14 @@ void FileChooser::LayOut() {
   lists->Add(left_column_, wxSizerFlags().Expand());
   lists->Add(Splitter_, wxSizerFlags().Expand());
   lists->Add(filMain_, wxSizerFlags(1).Expand());
+  fraNote_->SetSizer(new wxBoxSizer(wxVERTICAL));
+  fraNote_->GetSizer()->Add(txtNote_, wxSizerFlags(1).Expand().Border(wxALL, FromDIP(kGap)));
+  lists->Add(fraNote_, wxSizerFlags(1).Expand());
+  auto* below = new wxBoxSizer(wxHORIZONTAL);
+  below->Add(cmdNetWork_);
+  below->Add(lblSelected_, wxSizerFlags(1).CenterVertical().Border(wxLEFT, FromDIP(kGap)));
   fraMain_->Content().Add(lists, wxSizerFlags(1).Expand());
-  fraMain_->Content().Add(cmdNetWork_, wxSizerFlags().Border(wxTOP, FromDIP(kGap)));
+  fraMain_->Content().Add(below, wxSizerFlags().Expand().Border(wxTOP, FromDIP(kGap)));
 
   auto* outer = new wxBoxSizer(wxVERTICAL);
   outer->Add(fraMain_, wxSizerFlags(1).Expand());
@@ -122,6 +170,7 @@ void FileChooser::BindEvents() {
   });
   drvMain_->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) { drvMain_Change(); });
   dirMain_->Change = [this] { dirMain_Change(); };
+  dirMain_->Clicked = [this] { Attempt([&] { LookAgain(); }); };
   dirMain_->Failed = [this] { ShowFailure(TrappedError("FileChooser.dirMain_Expand")); };
   filMain_->Bind(wxEVT_LISTBOX, [this](wxCommandEvent& event) { filMain_Click(event.GetInt()); });
   filMain_->Bind(wxEVT_LISTBOX_DCLICK, [this](wxCommandEvent&) {
@@ -133,11 +182,16 @@ void FileChooser::BindEvents() {
     filMain_MouseMove(event.GetPosition());
     event.Skip();
   });
+  filMain_->Bind(wxEVT_LEAVE_WINDOW, [this](wxMouseEvent& event) {
+    ShowTip("");
+    event.Skip();
+  });
   cmdNetWork_->Bind(wxEVT_BUTTON, [this](wxCommandEvent&) { cmdNetWork_Click(); });
   wxGetTopLevelParent(this)->Bind(wxEVT_ACTIVATE, &FileChooser::OnActivate, this);
 }
 
 void FileChooser::BindSplitter() {
+  Splitter_->Bind(wxEVT_PAINT, [this](wxPaintEvent&) { PaintSplitter(); });
   Splitter_->Bind(wxEVT_LEFT_DOWN, [this](wxMouseEvent& event) {
     // Within the splitter, which follows the pointer: that distance is what stays the same.
     drag_start_ = event.GetX();
@@ -165,6 +219,19 @@ void FileChooser::BindSplitter() {
   Splitter_->Bind(wxEVT_LEFT_UP, end_drag);
   // A window that comes up in front takes the mouse away; that ends a drag, too.
   Splitter_->Bind(wxEVT_MOUSE_CAPTURE_LOST, end_drag);
+}
+
+// A grip in its middle: nothing else tells that it can be dragged.
+void FileChooser::PaintSplitter() {
+  wxPaintDC dc(Splitter_);
+  const wxColour colour = wxSystemSettings::GetColour(wxSYS_COLOUR_GRAYTEXT);
+  dc.SetBrush(colour);
+  dc.SetPen(*wxTRANSPARENT_PEN);
+  const wxSize size = Splitter_->GetClientSize();
+  const int side = FromDIP(2);
+  for (int dot = -2; dot <= 2; ++dot) {
+    dc.DrawRectangle((size.x - side) / 2, size.y / 2 + dot * 3 * side, side, side);
+  }
 }
 
 // The splitter stays where the user has put it as long as both lists have room.
@@ -199,11 +266,16 @@ void FileChooser::SetEnabled(bool enabled) {
   EnableFrame(*fraMain_, enabled);
   EnableFrame(*dirMain_, enabled);
   EnableFrame(*filMain_, enabled);
+  for (wxWindow* part : std::initializer_list<wxWindow*>{fraNote_, txtNote_})
+    EnableFrame(*part, enabled);
+  ShowTip("");  // which would stay in front of whatever shows next
   dirMain_->SetForegroundColour(
       wxSystemSettings::GetColour(enabled ? wxSYS_COLOUR_WINDOWTEXT : wxSYS_COLOUR_GRAYTEXT));
   cmdNetWork_->Enable(enabled);
   drvMain_->Enable(enabled);
-  if (again) Attempt([&] { LookAgain(); });
+  if (!again) return;
+  Attempt([&] { LookAgain(); });
+  dirMain_->Reveal();
 }
 
 std::string FileChooser::Path() const {
@@ -218,6 +290,7 @@ void FileChooser::SetPath(const std::string& new_path) {
 }
 
 void FileChooser::Open(const std::string& drive, const std::string& folder) {
+  const TimedLook look(*this);
   // Listed first: a folder that cannot be listed must leave everything as it was.
   const std::vector<FolderEntry> entries = SortedEntries(folder);
   ShowDrives(drive);
@@ -240,24 +313,26 @@ void FileChooser::ShowDrives(const std::string& drive) {
 }
 
 void FileChooser::ShowFiles(const std::vector<FolderEntry>& entries) {
-  all_files_.clear();
-  for (const FolderEntry& entry : entries) {
-    if (!entry.is_folder && !entry.is_hidden) all_files_.push_back(entry.name);
-  }
+  entries_ = entries;
   ShowMatchingFiles();
+  if (Looked) Looked();
 }
 
 // In another folder a file of the same name is another file, so nothing stays selected.
 void FileChooser::ForgetFiles() {
   files_.clear();
   filMain_->Clear();
+  ShowTip("");
+  ShowCount();
 }
 
 // Files that are still there stay selected, and the list stays where it was scrolled to.
 void FileChooser::ShowMatchingFiles() {
   std::vector<std::string> files;
-  std::copy_if(all_files_.begin(), all_files_.end(), std::back_inserter(files),
-               [&](const std::string& name) { return pattern_.Matches(name); });
+  for (const FolderEntry& entry : entries_) {
+    if (!entry.is_folder && !entry.is_hidden && pattern_.Matches(entry.name))
+      files.push_back(entry.name);
+  }
   // Most looks at the disk find nothing new, and then the list must not move.
   if (files == files_) return;
   const std::vector<std::string> names = SelFilenames();
@@ -266,6 +341,7 @@ void FileChooser::ShowMatchingFiles() {
   const std::string first_name =
       top >= 0 && top < FileCount() ? files_[static_cast<std::size_t>(top)] : std::string();
   const wxWindowUpdateLocker no_flicker(filMain_);
+  ShowTip("");
   files_ = std::move(files);
   filMain_->Set(Shown(files_));
   for (std::size_t i = 0; i < files_.size() && !selected.empty(); ++i) {
@@ -273,6 +349,45 @@ void FileChooser::ShowMatchingFiles() {
   }
   const auto first = std::find(files_.begin(), files_.end(), first_name);
   if (first != files_.end()) filMain_->SetFirstItem(static_cast<int>(first - files_.begin()));
+  ShowCount();
+}
+
+void FileChooser::ShowCount() {
+  std::string count;
+  if (!fraNote_->IsShown()) {
+    count = files_.empty() ? "No file matches the pattern"
+                           : GroupedDigits(static_cast<std::size_t>(SelectedCount())) + " of " +
+                                 GroupedDigits(files_.size()) + " selected";
+  }
+  lblSelected_->SetLabelText(ToWx(count));
+}
+
+void FileChooser::SetNote(const std::string& note) {
+  // Set again, a text would lose what the user has selected of it or scrolled to.
+  if (txtNote_->GetValue() != ToWx(note)) txtNote_->ChangeValue(ToWx(note));
+  const bool shows_note = !note.empty();
+  if (fraNote_->IsShown() == shows_note) return;
+  fraNote_->Show(shows_note);
+  filMain_->Show(!shows_note);
+  fraMain_->Layout();
+  ShowCount();
+}
+
+std::vector<std::string> FileChooser::SelectFiles(const std::vector<std::string>& names) {
+  std::vector<std::string> missing;
+  filMain_->DeselectAll();
+  for (const std::string& name : names) {
+    const auto found = std::find_if(files_.begin(), files_.end(), [&](const std::string& file) {
+      return IsSameName(file, name);
+    });
+    if (found == files_.end()) {
+      missing.push_back(name);
+    } else {
+      filMain_->SetSelection(static_cast<int>(found - files_.begin()));
+    }
+  }
+  ShowCount();
+  return missing;
 }
 
 std::vector<std::string> FileChooser::SelFilenames() const {
@@ -301,6 +416,7 @@ int FileChooser::SelectedCount() const {
 
 void FileChooser::LookAgain() {
   if (Path().empty()) return;
+  const TimedLook look(*this);
   const std::string folder = NearestExistingFolder(Path());
   if (folder != Path()) {
     SetPath(folder);
@@ -343,6 +459,7 @@ void FileChooser::dirMain_Change() {
   Trap(
       "FileChooser.dirMain_Change",
       [&] {
+        const TimedLook look(*this);
         const std::vector<FolderEntry> entries = SortedEntries(Path());
         dirMain_->ShowEntries(entries);
         ShowFiles(entries);
@@ -357,6 +474,7 @@ void FileChooser::filMain_Click(int item) {
   // A list cannot lose its multiple selection later, so the other items are deselected by hand.
   if (!multi_select_ && item != wxNOT_FOUND && filMain_->IsSelected(item))
     filMain_->DeselectAll(item);
+  ShowCount();
 }
 
 void FileChooser::filMain_MouseMove(const wxPoint& position) {
@@ -364,6 +482,10 @@ void FileChooser::filMain_MouseMove(const wxPoint& position) {
   const wxString tip = item < 0 || item >= FileCount()
                            ? wxString()
                            : filMain_->GetString(static_cast<unsigned>(item));
+  ShowTip(tip);
+}
+
+void FileChooser::ShowTip(const wxString& tip) {
   // The pointer moves often and the tip seldom changes.
   if (tip == filMain_->GetToolTipText()) return;
   if (tip.empty()) {
@@ -396,7 +518,13 @@ void FileChooser::cmdNetWork_Click() {
 void FileChooser::OnActivate(wxActivateEvent& event) {
   event.Skip();
   // During a run the chooser is disabled and keeps showing what the run was started with.
-  if (event.GetActive() && Enabled()) Attempt([&] { LookAgain(); });
+  if (event.GetActive() && Enabled() && std::chrono::steady_clock::now() >= next_look_) {
+    Attempt([&] { LookAgain(); });
+  }
+}
+
+void FileChooser::FocusOnFolders() {
+  dirMain_->SetFocus();
 }
 
 // Shown after the event, since the lists are still handling the click.

@@ -3,11 +3,13 @@
 //
 // Paths are native and UTF-8. Listing errors (68, 70, 75, 76) reach the caller of SetPath, and then
 // nothing has changed; those that follow a click are shown. The lists follow the disk whenever the
-// user comes back to the window.
+// user comes back to the window, but a slow share seldom: a click on the current folder looks at
+// once.
 #pragma once
 
 #include <wx/panel.h>
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <string>
@@ -21,6 +23,9 @@ class wxBoxSizer;
 class wxButton;
 class wxChoice;
 class wxListBox;
+class wxMouseEvent;
+class wxStaticText;
+class wxTextCtrl;
 
 namespace korvex {
 
@@ -57,14 +62,29 @@ class FileChooser : public wxPanel {
   std::vector<std::string> SelFullPaths() const;
   int FileCount() const;
   int SelectedCount() const;
+  // Selects these files of the list and no others. Returns the names that the list does not show.
+  std::vector<std::string> SelectFiles(const std::vector<std::string>& names);
 
+  // A text in the place of the file list while there is nothing to choose; the list when empty.
+  void SetNote(const std::string& note);
+
+  // What the current folder held when it was last looked at, hidden entries too, in listing order.
+  const std::vector<FolderEntry>& Entries() const { return entries_; }
   // Looks at the disk again. Folder and selection stay, as far as they still exist.
   void LookAgain();
+  // Raised after every look at the current folder, which may be another one.
+  std::function<void()> Looked;
+
+  // Shows why a folder could not be opened: as a message about the folder, or else as a report.
+  void ShowFailure(const TrappedError& error);
+  void FocusOnFolders();
 
   // Raised when the user double-clicks a file.
   std::function<void()> DblClick;
 
  private:
+  class TimedLook;
+
   void LayOut();
   void BindEvents();
   void BindSplitter();
@@ -74,6 +94,8 @@ class FileChooser : public wxPanel {
   void dirMain_Change();
   void filMain_Click(int item);
   void filMain_MouseMove(const wxPoint& position);
+  void ShowTip(const wxString& tip);
+  void PaintSplitter();
   void cmdNetWork_Click();
   void OnActivate(wxActivateEvent& event);
 
@@ -81,23 +103,28 @@ class FileChooser : public wxPanel {
   void ShowDrives(const std::string& drive);
   void ShowFiles(const std::vector<FolderEntry>& entries);
   void ShowMatchingFiles();
+  void ShowCount();
   void ForgetFiles();
-  void ShowFailure(const TrappedError& error);
 
   FilePattern pattern_{"*.*"};
   bool multi_select_ = true;
-  std::vector<std::string> drives_;     // in the order of the drive box
-  std::vector<std::string> all_files_;  // of the current folder
-  std::vector<std::string> files_;      // in the order of the file list
-  int splitter_left_;                   // where the user has put it, in twips
-  std::optional<int> drag_start_;       // while the splitter is dragged: the pointer within it
+  std::vector<std::string> drives_;  // in the order of the drive box
+  std::vector<FolderEntry> entries_;
+  std::vector<std::string> files_;  // in the order of the file list
+  // Before then the lists do not look at the disk by themselves.
+  std::chrono::steady_clock::time_point next_look_;
+  int splitter_left_;              // where the user has put it, in twips
+  std::optional<int> drag_start_;  // while the splitter is dragged: the pointer within it
 
   FramePanel* fraMain_;
   wxChoice* drvMain_;
   FolderTree* dirMain_;
   wxWindow* Splitter_;
   wxListBox* filMain_;
+  wxPanel* fraNote_;  // in the place of the file list
+  wxTextCtrl* txtNote_;
   wxButton* cmdNetWork_;
+  wxStaticText* lblSelected_;
   wxBoxSizer* left_column_;
 };
 

@@ -62,4 +62,17 @@ bool FilePattern::Matches(std::string_view name) const {
   return false;
 }
 
+std::string WidenedPattern(const std::string& pattern, const std::vector<std::string>& names) {
+  std::string widened = pattern;
+  for (const std::string& name : names) {
+    if (FilePattern(widened).Matches(name)) continue;
+    const std::size_t dot = name.rfind('.');
+    // An ending that would itself be read as several patterns, or none, cannot be asked for.
+    const bool has_ending = dot != std::string::npos && name.find(';', dot) == std::string::npos &&
+                            name.find_first_of(kNeverInNames, dot) == std::string::npos;
+    widened += has_ending ? ";*" + name.substr(dot) : ";*";
+  }
+  return widened;
+}
+
 }  // namespace korvex

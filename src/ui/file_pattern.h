@@ -22,4 +22,7 @@ class FilePattern {
   std::vector<std::string> patterns_;  // upper-cased
 };
 
+// The pattern with what it lacks to match all of these names: "*.xls" becomes "*.xls;*.ods".
+std::string WidenedPattern(const std::string& pattern, const std::vector<std::string>& names);
+
 }  // namespace korvex

@@ -1,6 +1,7 @@
 #include "ui/folder_tree.h"
 
 #include <wx/artprov.h>
+#include <wx/utils.h>
 #include <wx/wupdlock.h>
 
 #include <initializer_list>
@@ -44,6 +45,18 @@ FolderTree::FolderTree(wxWindow* parent, const std::string& name)
   SetImages(SmallIcons());
   Bind(wxEVT_TREE_SEL_CHANGED, &FolderTree::OnSelect, this);
   Bind(wxEVT_TREE_ITEM_EXPANDING, &FolderTree::OnOpen, this);
+  Bind(wxEVT_LEFT_DOWN, [this](wxMouseEvent& event) {
+    event.Skip();
+    int where = 0;
+    const bool on_current = HitTest(event.GetPosition(), where) == GetSelection() &&
+                            (where & (wxTREE_HITTEST_ONITEMLABEL | wxTREE_HITTEST_ONITEMICON)) != 0;
+    // Once the tree has handled the click itself: a look may take folders away.
+    if (on_current) {
+      CallAfter([this] {
+        if (Clicked) Clicked();
+      });
+    }
+  });
   Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
     event.Skip();
     const int height = event.GetSize().y;
@@ -75,14 +88,15 @@ void FolderTree::Open(const std::string& drive, const std::string& folder,
   Expand(id);
   SelectItem(id);
   Reveal();
+  CallAfter(
+      [this] { Reveal(); });  // in a window that is only just being shown, nothing has scrolled
 }
 
-// Scrolls to the current folder and as many of its sub-folders as fit. Repeated when the size
-// changes, since a window may be shown before it has its final size.
+// Repeated when the size changes, since a window may be shown before it has its final size.
 void FolderTree::Reveal() {
   const wxTreeItemId id = GetSelection();
   if (!id.IsOk()) return;
-  if (IsExpanded(id)) EnsureVisible(GetLastChild(id));
+  if (IsExpanded(id) && GetChildrenCount(id, false) > 0) EnsureVisible(GetLastChild(id));
   EnsureVisible(id);
 }
 
@@ -118,6 +132,7 @@ void FolderTree::OnSelect(wxTreeEvent& event) {
 void FolderTree::OnOpen(wxTreeEvent& event) {
   if (updating_) return;
   const RaisedFlag updating(updating_);
+  const wxBusyCursor busy;
   const wxTreeItemId id = event.GetItem();
   try {
     Fill(id, SortedEntries(ItemOf(id).path));

@@ -32,8 +32,13 @@ class FolderTree : public wxTreeCtrl {
   // Looks again at every open folder but the current one.
   void LookAgain();
 
+  // Scrolls to the current folder and as many of its sub-folders as fit.
+  void Reveal();
+
   // The user has selected another folder.
   std::function<void()> Change;
+  // The user has clicked on the folder that is current already.
+  std::function<void()> Clicked;
   // A folder that the user has opened cannot be listed; called while the error is the pending one.
   std::function<void()> Failed;
 
@@ -48,7 +53,6 @@ class FolderTree : public wxTreeCtrl {
   void Fill(const wxTreeItemId& id, const std::vector<FolderEntry>& entries);
   void FillFromDisk(const wxTreeItemId& id);
   void SetSubFolders(const wxTreeItemId& id, const std::vector<std::string>& names);
-  void Reveal();
   void LookAgainBelow(const wxTreeItemId& id);
 
   std::string drive_;

@@ -1,6 +1,8 @@
 #include "ui/frmMain.h"
 
 #include <wx/app.h>
+#include <wx/settings.h>
+#include <wx/stopwatch.h>
 
 #include <algorithm>
 #include <utility>
@@ -31,10 +33,17 @@ constexpr char kDefaultPattern[] = "*.xls";
 constexpr char kNoFilePattern[] = "bijo.bijo";
 constexpr int kFolderLabelInterval = 200;  // milliseconds
 constexpr char kShowReport[] = "Show Report";
+constexpr int kCountingStep = 20;  // milliseconds
+// Within this time a toolkit that paints with the refresh of the screen has painted.
+constexpr int kScreenRefresh = 20;  // milliseconds
 
 bool Confirm(const std::string& text, BoxIcon icon = BoxIcon::kNone) {
   return Platform().dialogs->ShowPlain(
              {.text = text, .buttons = BoxButtons::kOkCancel, .icon = icon}) == BoxAnswer::kOk;
+}
+
+bool IsPattern(const std::string& text) {
+  return Attempt([&] { FilePattern{text}; });
 }
 
 }  // namespace
@@ -53,6 +62,11 @@ frmMain::frmMain(std::function<void()> show_afresh)
   });
   Bind(wxEVT_CLOSE_WINDOW, &frmMain::Form_Unload, this);
   Bind(wxEVT_TIMER, [this](wxTimerEvent&) { Timer1_Timer(); });
+  Bind(wxEVT_IDLE, [this](wxIdleEvent& event) {
+    event.Skip();
+    if (CountOn()) event.RequestMore();
+  });
+  FileChooser_->Looked = [this] { CountAfresh(); };
   Form_Load();
 }
 
@@ -60,10 +74,11 @@ void frmMain::Form_Load() {
   Trap(
       "frmMain.Form_Load",
       [&] {
-        design_size_ = GetSize();
+        design_size_ = GetClientSize();
         SetProcessCaption("&Run!");
         SetTitle(ToWx(std::string(kProgramTitle) + " " + kProgramVersion));
         txtPattern_->ChangeValue(kDefaultPattern);
+        valid_pattern_ = kDefaultPattern;
         SetMessage("Ready");
         SetProgress(0, 1);
         const std::string complaint = ShowFolder(basSettings::LastPathAtStart());
@@ -111,13 +126,13 @@ std::string frmMain::ShowFolder(const std::string& folder) {
 
 void frmMain::Form_Resize() {
   Trap("frmMain.Form_Resize", [&] {
-    const wxSize size = GetSize();
+    const wxSize size = GetClientSize();
     if (IsIconized() || IsMaximized() || size == design_size_) return;
     // Asked once only: a window manager that insists on its own size would be asked for ever.
     if (size == refused_size_) return;
     refused_size_ = size;
     CallAfter([this] {
-      if (!IsIconized() && !IsMaximized()) SetSize(design_size_);
+      if (!IsIconized() && !IsMaximized()) SetClientSize(design_size_);
     });
   });
 }
@@ -140,6 +155,7 @@ void frmMain::Form_Unload(wxCloseEvent& event) {
 
 void frmMain::StartOrStop(const char* location) {
   Trap(location, [&] {
+    if (starting_) return;
     // The flag covers more than the run itself: its checks and its last message let the user click
     // as well, and a second run must not start then.
     if (run_on_stack_) {
@@ -152,7 +168,14 @@ void frmMain::StartOrStop(const char* location) {
 
 void frmMain::Start(const RunOptions& options) {
   const RaisedFlag on_stack(run_on_stack_);
-  run_.Start(Selection(), options);
+  focus_before_run_ = FindFocus();
+  busy_.emplace();
+  const RunOutcome outcome = run_.Start(Selection(), options);
+  busy_.reset();
+  // The key that closes the message of an error may be hit twice: it must not find the button that
+  // starts the same run again.
+  const bool was_on_button = !focus_before_run_ || focus_before_run_ == cmdProcess_;
+  if (outcome == RunOutcome::kFailed && was_on_button) FileChooser_->FocusOnFolders();
 }
 
 RunSelection frmMain::Selection() const {
@@ -171,10 +194,13 @@ void frmMain::mnuOptions_Click() {
       [&] {
         const RunSelection selection = Selection();
         ListedFolders folders;
+        busy_.emplace();
         CheckSelection(selection, folders);
+        busy_.reset();
         frmOptions::ShowOptions(selection.folder, selection.files, this, folders);
       },
-      [](const TrappedError& error) {
+      [this](const TrappedError& error) {
+        busy_.reset();
         // CheckSelection has told the user what is missing.
         if (!error.IsTold()) error.Report();
       });
@@ -231,8 +257,40 @@ void frmMain::optFolders_Click() {
   });
 }
 
+// Nothing that is typed as a pattern may fill the list then.
 void frmMain::ListFilesOfMode() {
-  FileChooser_->SetPattern(optFolders_->GetValue() ? kNoFilePattern : TypedPattern());
+  const bool folders = optFolders_->GetValue();
+  RestorePattern();  // a platform may tell of the click first
+  txtPattern_->SetEditable(!folders);
+  txtPattern_->SetBackgroundColour(
+      wxSystemSettings::GetColour(folders ? wxSYS_COLOUR_BTNFACE : wxSYS_COLOUR_WINDOW));
+  txtPattern_->Refresh();
+  FileChooser_->SetPattern(folders ? kNoFilePattern : TypedPattern());
+  CountAfresh();
+}
+
+void frmMain::CountAfresh() {
+  if (optFolders_->GetValue()) {
+    contents_.Start(FileChooser_->Path(), FileChooser_->Entries());
+    const std::string former = std::exchange(counted_folder_, FileChooser_->Path());
+    // What is known of the same folder stays until it has been counted anew.
+    if (former != counted_folder_ || contents_.IsDone()) ShowCounted();
+  } else {
+    counted_folder_.clear();
+    FileChooser_->SetNote("");
+  }
+}
+
+bool frmMain::CountOn() {
+  if (running_ || counted_folder_.empty() || contents_.IsDone()) return false;
+  const wxStopWatch watch;
+  while (!contents_.IsDone() && watch.Time() < kCountingStep) contents_.Step();
+  if (contents_.IsDone()) ShowCounted();
+  return !contents_.IsDone();
+}
+
+void frmMain::ShowCounted() {
+  FileChooser_->SetNote(contents_.Text());
 }
 
 std::string frmMain::TypedPattern() const {
@@ -244,16 +302,25 @@ void frmMain::txtPattern_Change() {
   Trap(
       // Each letter that is typed counts. While the text is no pattern the list keeps the former
       // one.
-      "frmMain.txtPattern_Change", [&] { FileChooser_->SetPattern(TypedPattern()); },
-      [](const TrappedError&) {
+      "frmMain.txtPattern_Change",
+      [&] {
+        FileChooser_->SetPattern(TypedPattern());
+        valid_pattern_ = FromWx(txtPattern_->GetValue());
+      },
+      [&](const TrappedError&) {
+        const RaisedFlag objecting(objecting_);  // the message takes the focus away
         Platform().dialogs->ShowPlain(
             {.text = "Please insert a valid filename pattern. (Example: *.xls)"});
       });
 }
 
+void frmMain::RestorePattern() {
+  if (!objecting_ && !IsPattern(TypedPattern())) txtPattern_->ChangeValue(ToWx(valid_pattern_));
+}
+
 void frmMain::Timer1_Timer() {
   // Back at its own size, the window may object to the next change.
-  if (GetSize() == design_size_) refused_size_ = {};
+  if (GetClientSize() == design_size_) refused_size_ = {};
   const std::string folder = FileChooser_->Path();
   const wxString full_name = ToWx(folder);
   // Shortening the path asks the disk: a share that does not answer would block the window.
@@ -287,6 +354,7 @@ void frmMain::ProcessedFile() {
 
 void frmMain::EnterRunning() {
   running_ = true;
+  starting_ = true;
   EnableForRun(false);
   SetProcessCaption("Stop");
   SetCursor(wxCURSOR_WAIT);
@@ -296,9 +364,11 @@ void frmMain::EnterRunning() {
 
 void frmMain::LeaveRunning() {
   running_ = false;
+  starting_ = false;
   EnableForRun(true);
   SetProcessCaption("&Run!");
   SetCursor(wxNullCursor);
+  if (focus_before_run_) focus_before_run_->SetFocus();
 }
 
 // GTK can lose the text of a button when the same text is set again.
@@ -346,6 +416,17 @@ void frmMain::SetProgress(std::int32_t value, std::int32_t maximum) {
   prg_->SetRange(std::max<std::int32_t>(maximum, 1));
   // A gauge refuses values beyond its range.
   prg_->SetValue(std::min(value, prg_->GetRange()));
+  // The first step of a run: what comes next can take long without letting anybody in.
+  if (starting_) PaintNow();
+}
+
+// What was clicked and typed while the window stood still is served here, and comes to nothing.
+void frmMain::PaintNow() {
+  busy_.reset();
+  Platform().message_loop->Yield();
+  wxMilliSleep(kScreenRefresh);
+  Platform().message_loop->Yield();
+  starting_ = false;
 }
 
 }  // namespace korvex

@@ -10,12 +10,17 @@
 #include <wx/stattext.h>
 #include <wx/textctrl.h>
 #include <wx/timer.h>
+#include <wx/utils.h>
+#include <wx/weakref.h>
 
 #include <functional>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "engine/MainRun.h"
 #include "ui/FileChooser.h"
+#include "ui/folder_contents.h"
 #include "ui/frame_panel.h"
 #include "ui/last_report.h"
 
@@ -29,10 +34,15 @@ class frmMain : public wxFrame, private RunView {
   // The folder that the file chooser shows.
   std::string ProcessingFolder() const { return FileChooser_->Path(); }
 
+  // Opens a folder, whose sub-folders are to be processed then, or selects files of one folder. The
+  // user is told why when nothing is opened. Ignored during a run and behind a dialog.
+  void OpenPaths(const std::vector<std::string>& paths);
+
  private:
   // The controls and where they stand, in frmMain_layout.cpp.
   void CreateMenus();
   wxMenu* ToolsMenu();
+  void TakeDroppedPaths(wxWindow& window);
   void CreateControls();
   wxSizer* ModeRows();
   wxSizer* PatternRow();
@@ -49,6 +59,9 @@ class frmMain : public wxFrame, private RunView {
   void mnuExit_Click();
   void mnuCheck_Click();
   void mnuReport_Click();
+  void mnuOutputFolder_Click();
+  void mnuGoTo_Click();
+  void mnuSample_Click();
   void mnuHelpHelp_Click();
   void optFiles_Click();
   void optFolders_Click();
@@ -58,11 +71,20 @@ class frmMain : public wxFrame, private RunView {
 
   void StartOrStop(const char* location);
   void Start(const RunOptions& options);
+  void OpenFiles(const std::string& folder, const std::vector<std::string>& names);
+  void OpenFolder(const std::string& folder);
+  // Goes on with counting what a run would read, for a moment. True while there is more to count.
+  bool CountOn();
+  void CountAfresh();
+  void ShowCounted();
+  void PaintNow();
   bool HasSelection() const;
   void StoreSelectedMode();
   // Lists no file while sub-folders are processed: there is nothing to choose from.
   void ListFilesOfMode();
   std::string TypedPattern() const;
+  // Puts the last valid pattern in the place of one that is typed half, or wrong.
+  void RestorePattern();
   // Opens the folder, or the nearest one above it that can be opened; says what was wrong with it.
   std::string ShowFolder(const std::string& folder);
   RunSelection Selection() const;
@@ -83,8 +105,15 @@ class frmMain : public wxFrame, private RunView {
   MainRun run_{*this};
   bool run_on_stack_ = false;  // from the first check of a run to its last message
   bool running_ = false;       // the window shows the running state
+  bool starting_ = false;      // it does not show it yet: what is clicked was meant for before
+  std::optional<wxBusyCursor> busy_;  // until it shows it
+  wxWeakRef<wxWindow> focus_before_run_;
+  FolderContents contents_;  // of the processing folder, while sub-folders are processed
+  std::string counted_folder_;
+  std::string valid_pattern_;  // the last one that was typed
+  bool objecting_ = false;     // to what is typed as a pattern
   LastReport last_report_;
-  wxSize design_size_;
+  wxSize design_size_;   // inside its frame, like the next one
   wxSize refused_size_;  // the size last objected to; none once the design size is back
 
   FramePanel* fraCurrentMode_;

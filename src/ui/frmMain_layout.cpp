@@ -1,6 +1,7 @@
 // The main window's controls and where they stand.
 
 #include <wx/display.h>
+#include <wx/dnd.h>
 #include <wx/panel.h>
 #include <wx/sizer.h>
 
@@ -24,6 +25,23 @@ int Append(wxMenu& menu, const char* caption, Handler handler) {
   return id;
 }
 
+// Takes files and folders that are dropped on a window.
+class PathsTarget : public wxFileDropTarget {
+ public:
+  using Taker = std::function<void(const std::vector<std::string>& paths)>;
+  explicit PathsTarget(Taker take) : take_(std::move(take)) {}
+
+  bool OnDropFiles(wxCoord, wxCoord, const wxArrayString& names) override {
+    std::vector<std::string> paths;
+    for (const wxString& name : names) paths.push_back(FromWx(name));
+    take_(paths);
+    return true;
+  }
+
+ private:
+  Taker take_;
+};
+
 }  // namespace
 
 void frmMain::CreateMenus() {
@@ -43,11 +61,16 @@ void frmMain::CreateMenus() {
   SetMenuBar(bar);
 }
 
-// Its entries are grey while they are impossible. Both are asked about whenever the menu opens.
+// Check and Report are grey while they are impossible, which is asked whenever the menu opens.
 wxMenu* frmMain::ToolsMenu() {
   auto* mnuTools = new wxMenu;
   const int check = Append(*mnuTools, "&Check", [this] { mnuCheck_Click(); });
   const int report = Append(*mnuTools, "&Report of Last Run", [this] { mnuReport_Click(); });
+  mnuTools->AppendSeparator();
+  Append(*mnuTools, "Open Output &Folder", [this] { mnuOutputFolder_Click(); });
+  Append(*mnuTools, "&Go to Folder...\tCtrl+L", [this] { mnuGoTo_Click(); });
+  mnuTools->AppendSeparator();
+  Append(*mnuTools, "Sample &Campaign", [this] { mnuSample_Click(); });
   const auto enable_while = [this](int id, auto possible) {
     Bind(
         wxEVT_UPDATE_UI,
@@ -78,12 +101,21 @@ void frmMain::CreateControls() {
   rows->Add(fraMain_, wxSizerFlags(row).Proportion(1));
   rows->Add(ProgressRow(form), row);
   lblMessages_ = new wxStaticText(form, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
-                                  wxST_ELLIPSIZE_END | wxST_NO_AUTORESIZE, "lblMessages");
+                                  wxST_ELLIPSIZE_MIDDLE | wxST_NO_AUTORESIZE, "lblMessages");
   rows->Add(lblMessages_, wxSizerFlags(row).Border(wxALL, FromDIP(kGap)));
   form->SetSizer(rows);
   auto* frame = new wxBoxSizer(wxVERTICAL);
   frame->Add(form, wxSizerFlags(1).Expand());
   SetSizer(frame);
+  TakeDroppedPaths(*form);
+  TakeDroppedPaths(*txtPattern_);  // which would take the name of a file as text
+}
+
+// Opened once the drop is over: a message would keep the program that files come from waiting.
+void frmMain::TakeDroppedPaths(wxWindow& window) {
+  window.SetDropTarget(new PathsTarget([this](const std::vector<std::string>& paths) {
+    CallAfter([this, paths] { OpenPaths(paths); });
+  }));
 }
 
 // The folder stands beside its option. Its label is created before the options: the search for the
@@ -118,6 +150,10 @@ wxSizer* frmMain::PatternRow() {
   lblFilePattern->SetName("lblFilePattern");
   txtPattern_ = NewTextBox(*fraMain_, "txtPattern", kPatternWidth);
   txtPattern_->Bind(wxEVT_TEXT, [this](wxCommandEvent&) { txtPattern_Change(); });
+  txtPattern_->Bind(wxEVT_KILL_FOCUS, [this](wxFocusEvent& event) {
+    event.Skip();
+    RestorePattern();
+  });
   row->Add(lblFilePattern, wxSizerFlags().CenterVertical());
   row->AddSpacer(FromDIP(kGap));
   row->Add(txtPattern_, wxSizerFlags().CenterVertical());
@@ -140,13 +176,16 @@ wxSizer* frmMain::ProgressRow(wxWindow* form) {
   return row;
 }
 
-// As large as its controls need, but never larger than the screen.
+// As large as its controls need, but never larger than the screen. By the size inside the frame:
+// GTK would take what it then adds as a frame away from the controls.
 void frmMain::FitToControls() {
-  Fit();
-  wxSize size = GetSize();
-  size.DecTo(wxDisplay(this).GetClientArea().GetSize());
-  SetSize(size);
-  CentreWhenShown(*this);
+  wxSize size = GetSizer()->ComputeFittingClientSize(this);
+  size.DecTo(wxDisplay(this).GetClientArea().GetSize() - (GetSize() - GetClientSize()));
+  SetClientSize(size);
+  Bind(wxEVT_SHOW, [this](wxShowEvent& event) {
+    event.Skip();
+    if (event.IsShown()) CentreOnScreen();
+  });
 }
 
 }  // namespace korvex

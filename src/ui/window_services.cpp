@@ -1,9 +1,11 @@
 #include "ui/window_services.h"
 
 #include <wx/app.h>
+#include <wx/cursor.h>
 #include <wx/dirdlg.h>
 #include <wx/msgdlg.h>
 #include <wx/textbuf.h>
+#include <wx/utils.h>
 
 #include "platform/desktop.h"
 #include "platform/file_system.h"
@@ -62,6 +64,7 @@ std::string NetworkFolder() {
 }  // namespace
 
 BoxAnswer WindowDialogs::ShowPlain(const PlainMessage& message) {
+  const wxBusyCursorSuspender not_busy;  // the user is asked, whatever was under way
   const std::string title = message.title.empty() ? kProgramTitle : message.title;
   wxMessageDialog dialog(ActiveWindow(), Lines(message.text), ToWx(title), StyleOf(message));
   if (!message.cause.empty()) dialog.SetExtendedMessage(Lines(message.cause));
@@ -75,6 +78,7 @@ BoxAnswer WindowDialogs::ShowPlain(const PlainMessage& message) {
 }
 
 std::string WindowDialogs::ShowButtons(const ButtonMessage& message) {
+  const wxBusyCursorSuspender not_busy;
   ButtonMessage shown = message;
   if (!message.cause.empty()) {
     shown.prompt += std::string(kLineBreak) + kLineBreak + message.cause;

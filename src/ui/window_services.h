@@ -6,6 +6,7 @@
 #include <wx/weakref.h>
 
 #include <string>
+#include <vector>
 
 #include "platform/dialogs.h"
 #include "ui/frmMain.h"
@@ -34,10 +35,11 @@ class WindowMessageLoop : public MessageLoop {
 // The main window that is open at this moment: deleting the settings closes it and opens a new one.
 class OpenMainWindow : public MainWindow {
  public:
-  // Loads a main window and shows it.
-  frmMain& Show() {
+  // Loads a main window and shows it, with these paths opened in it.
+  frmMain& Show(const std::vector<std::string>& paths = {}) {
     window_ = new frmMain([this] { Show(); });
     window_->Show();
+    if (!paths.empty()) window_->CallAfter([this, paths] { window_->OpenPaths(paths); });
     return *window_;
   }
 

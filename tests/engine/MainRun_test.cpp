@@ -20,14 +20,15 @@ TEST_F(MainRunTest, ShowsTheWayOfARunAndOpensItsOutput) {
   campaign.Set("Main Section", "Launch Output File", "-1");
   Put("a/P-1-1.xls");
   Put("b/P-1-2.xls");
+  files.AddFile("/data/screen/a/old/P-1-1.xls");  // which counts
   files.AddFolder("/data/screen/b/raw");
   files.Deny("/data/screen/b/raw");  // which no run reads
   EXPECT_EQ(Start(), RunOutcome::kFinished);
   EXPECT_THAT(view.calls,
-              ElementsAre("running", "Initializing...", "1/4",
+              ElementsAre("running", "Initializing...", "1/4", "1/5",
                           "Folder 1 of 2, Filename P-1-1 (1 of 1), Sheet 1 of 1", "processed",
                           "Folder 2 of 2, Filename P-1-2 (1 of 1), Sheet 1 of 1", "processed",
-                          "4/4", "ended", "idle", "Ready"));
+                          "5/5", "ended", "idle", "Ready"));
   EXPECT_EQ(Told(), "Process finished!");
   EXPECT_THAT(campaign.platform.shell.opened, ElementsAre("/out/all.xls"));
   EXPECT_EQ(campaign.platform.settings.Get("Main Section", "Last Path"), "/data/screen");
@@ -139,13 +140,14 @@ TEST_F(MainRunTest, AsksBeforeItReplacesTheOutputFile) {
 
 TEST_F(MainRunTest, TellsAStopFromAFailure) {
   Put("a/P-1-1.xls");
+  Put("a/P-1-2.xls");
   for (const bool while_reading : {false, true}) {
     on_yield = [&] {
       if (run.Running() == while_reading) run.Stop();
     };
     Forget();
     EXPECT_EQ(Start(), RunOutcome::kStopped);
-    EXPECT_EQ(testing::Value(view.calls, Contains("1/3")), while_reading)
+    EXPECT_EQ(testing::Value(view.calls, Contains("1/4")), while_reading)
         << "else while the files are counted";
     EXPECT_FALSE(run.Running());
   }
@@ -154,7 +156,7 @@ TEST_F(MainRunTest, TellsAStopFromAFailure) {
   on_yield = nullptr;
   files.AddFile("/data/screen/a/broken.xls");
   EXPECT_EQ(Start(), RunOutcome::kFailed);
-  EXPECT_EQ(view.calls.back(), "0/4");
+  EXPECT_EQ(view.calls.back(), "0/5");
 }
 
 }  // namespace

@@ -46,6 +46,7 @@ check "cells" cmp "$root/tests/campaign/expected/samples.tsv" "$work/cells"
 
 check "the window is a command" [ "$(readlink -f "$prefix/bin/korvex")" = "$programs/korvex" ]
 check "help beside the programs" diff -r "$root/help" "$programs/Help"
+check "samples where the window looks for them" [ -e "$programs/../../../share/korvex/samples/campaign" ]
 check "help in the build folder" diff -r "$root/help" "$build/bin/Help"
 
 records() { grep -cs '^Error Number' "$1"; }
@@ -63,7 +64,7 @@ check "logs where the user keeps such files" \
 
 entry=$prefix/share/applications/korvex.desktop
 check "the desktop entry starts the window" \
-  [ -x "$prefix/bin/$(sed -n 's/^Exec=//p' "$entry")" ]
+  [ -x "$prefix/bin/$(sed -n 's/^Exec=\(.*\) %F$/\1/p' "$entry")" ]
 check "the desktop entry has its icon" \
   [ -s "$prefix/share/icons/hicolor/scalable/apps/$(sed -n 's/^Icon=//p' "$entry").svg" ]
 if command -v desktop-file-validate >/dev/null; then

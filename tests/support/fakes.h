@@ -162,6 +162,8 @@ class TestPlatform {
   explicit TestPlatform(PathStyle style = PathStyle::kLinux) : files(style) {
     services_.cache_folder =
         style == PathStyle::kWindows ? "C:\\Users\\user\\KORVEX" : "/home/user/.cache/korvex";
+    services_.documents_folder =
+        style == PathStyle::kWindows ? "C:\\Users\\user\\Documents" : "/home/user/Documents";
     SetProgramFolder(style == PathStyle::kWindows ? "C:\\KORVEX\\bin" : "/opt/korvex/bin");
     files.AddFolder(services_.program_folder);
   }

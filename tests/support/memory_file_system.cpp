@@ -154,6 +154,7 @@ std::optional<FileVersion> MemoryFileSystem::VersionOf(const std::string& path) 
 }
 
 std::vector<FolderEntry> MemoryFileSystem::List(const std::string& folder) const {
+  if (on_list) on_list(folder);
   if (!FolderExists(folder)) Raise(error_number::kPathNotFound, folder);
   Check(FileOperation::kList, folder);
   const std::string parent = Key(folder);

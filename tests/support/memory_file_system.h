@@ -2,6 +2,7 @@
 // machine.
 #pragma once
 
+#include <functional>
 #include <limits>
 #include <map>
 #include <utility>
@@ -58,6 +59,9 @@ class MemoryFileSystem : public FileSystem {
   void Remove(const std::string& path);
   // Error 53 when there is no such file.
   const std::string& Content(const std::string& path) const;
+
+  // Called before a folder is listed: for what a slow disk does to a window.
+  std::function<void(const std::string& folder)> on_list;
 
   // How often the file has been read so far.
   int Reads(const std::string& path) const { return reads_[Key(path)]; }

@@ -2,6 +2,9 @@
 
 #include <wx/choice.h>
 #include <wx/sizer.h>
+#include <wx/stattext.h>
+#include <wx/textctrl.h>
+#include <wx/utils.h>
 
 #include "tests/support/errors.h"
 #include "tests/support/fakes.h"
@@ -151,6 +154,49 @@ TEST(FileChooser, FollowsTheDiskWhenTheUserComesBackUnlessItIsDisabled) {
   EXPECT_THAT(form.dialogs.plain, IsEmpty());
 }
 
+TEST(FileChooser, LooksAtASlowShareSeldomUnlessTheUserAsks) {
+  Chooser form;
+  int looks = 0;
+  form.files.on_list = [&](const std::string& listed) {
+    if (listed != form.folder) return;
+    ++looks;
+    EXPECT_TRUE(wxIsBusy());
+    wxMilliSleep(210);
+  };
+  for (int i = 0; i < 3; ++i) form.ComeBack();
+  EXPECT_EQ(looks, 1);
+  EXPECT_FALSE(wxIsBusy());
+  wxRect label;
+  ASSERT_TRUE(form.dirMain.GetBoundingRect(form.dirMain.GetSelection(), label, true));
+  wxMouseEvent click(wxEVT_LEFT_DOWN);
+  click.SetPosition(label.GetPosition() + label.GetSize() / 2);
+  click.SetEventObject(&form.dirMain);
+  form.dirMain.HandleWindowEvent(click);
+  WaitUntil([&] { return looks == 2; });
+}
+
+TEST(FileChooser, CountsWhatIsSelectedAndShowsANoteInPlaceOfTheFiles) {
+  Chooser form;
+  const auto count = [&] {
+    return FromWx(Find<wxStaticText>(form.chooser, "lblSelected").GetLabelText());
+  };
+  EXPECT_EQ(count(), "0 of 3 selected");
+  EXPECT_THAT(form.chooser.SelectFiles({"b.XLS", "gone.xls", "A.xls"}), ElementsAre("gone.xls"));
+  EXPECT_THAT(form.chooser.SelFilenames(), ElementsAre("A.xls", "b.XLS"));
+  EXPECT_EQ(count(), "2 of 3 selected");
+  form.filMain.DeselectAll();
+  Send(form.filMain, wxEVT_LISTBOX, wxNOT_FOUND);
+  EXPECT_EQ(count(), "0 of 3 selected");
+  form.chooser.SetPattern("*.ods");
+  EXPECT_EQ(count(), "No file matches the pattern");
+  form.chooser.SetNote("all of them");
+  EXPECT_FALSE(form.filMain.IsShown());
+  EXPECT_EQ(FromWx(Find<wxTextCtrl>(form.chooser, "txtNote").GetValue()), "all of them");
+  EXPECT_EQ(count(), "");
+  form.chooser.SetNote("");
+  EXPECT_TRUE(form.filMain.IsShownOnScreen());
+}
+
 TEST(FileChooser, ReturnsFromADriveThatIsEmpty) {
   Chooser form(PathStyle::kWindows);
   form.files.AddFolder("A:\\");
@@ -190,6 +236,9 @@ TEST(FileChooser, ShowsTheNameUnderThePointer) {
   };
   WaitUntil([&] { return point_at(3) == "A.xls"; });
   EXPECT_EQ(point_at(form.filMain.GetClientSize().y - 3), "");
+  point_at(3);
+  form.dirMain.SelectItem(form.Item({"data", "run1", "sub"}));
+  EXPECT_EQ(form.filMain.GetToolTipText(), "") << "of a file that is not shown any more";
 }
 
 TEST(FileChooser, KeepsTheSplitterBetweenItsBounds) {

@@ -1,6 +1,7 @@
 // The whole desktop program over the real machine: its windows, files and settings file, and the
 // sample campaign. Only the platform's standard message boxes are answered for the user.
 
+#include <wx/timer.h>
 #include <wx/utils.h>
 
 #include "platform/native_platform.h"
@@ -125,12 +126,21 @@ TEST_F(DesktopTest, StopsWithinOneFileWhenTheUserConfirms) {
   main_window_.Show();
   for (const bool stop : {false, true}) {
     fs::remove(PathOf(output_));
-    // Served by the run itself, as a user's click is.
-    wxTheApp->CallAfter([this] {
+    // Served by the run itself, as a user's clicks are; the first one comes too early.
+    wxTimer clicks;
+    clicks.Bind(wxEVT_TIMER, [&](wxTimerEvent&) {
+      for (wxWindow* window : wxTopLevelWindows) {
+        if (dynamic_cast<wxDialog*>(window)) return;
+      }
       EXPECT_FALSE(main_window_.Window()->Close());
       Run();
     });
-    ExpectMessage("Stop Process?", stop ? 0 : 1);
+    clicks.Start(1);
+    driver_.Expect([&clicks, stop](wxDialog& box) {
+      clicks.Stop();
+      EXPECT_EQ(Find<wxTextCtrl>(box, "txtMessage").GetValue(), "Stop Process?");
+      Click(box, stop ? "cmdMain0" : "cmdMain1");
+    });
     if (!stop) {
       ExpectMessage("Process finished!", 0);
       ExpectSummary();

@@ -4,14 +4,18 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <numeric>
+#include <thread>
 
 #include "tests/support/errors.h"
 #include "tests/support/fakes.h"
 #include "ui/file_pattern.h"
+#include "ui/folder_contents.h"
 #include "ui/message_box_layout.h"
 #include "ui/option_choices.h"
 #include "ui/run_summary.h"
+#include "ui/sample_campaign.h"
 
 namespace korvex {
 namespace {
@@ -43,6 +47,94 @@ TEST(FilePattern, MatchesNamesAsFileListsDo) {
   for (const char* pattern : {"", " ; ", "a/*.xls", "a\\b", "c:*", "\"x\"", "<x", "x>", "a|b"})
     EXPECT_EQ(ErrorOf([&] { FilePattern{pattern}; }).Number(), error_number::kInvalidCall)
         << pattern;
+}
+
+TEST(WidenedPattern, TakesInWhatItDoesNotMatch) {
+  const struct {
+    const char* pattern;
+    std::vector<std::string> names;
+    const char* widened;
+  } cases[] = {
+      {"*.xls", {"a.xls", "b.XLS"}, "*.xls"},
+      {"*.xls", {"a.ods", "b.ods", "c.xlsx"}, "*.xls;*.ods;*.xlsx"},
+      {"KIN*", {"plate"}, "KIN*;*"},
+      {"*.xls", {"a.b;c"}, "*.xls;*"},
+  };
+  for (const auto& c : cases) {
+    const std::string widened = WidenedPattern(c.pattern, c.names);
+    EXPECT_EQ(widened, c.widened);
+    for (const std::string& name : c.names) EXPECT_TRUE(FilePattern(widened).Matches(name)) << name;
+  }
+}
+
+TEST(FolderContents, SaysWhatARunWouldReadAndWhatNot) {
+  TestPlatform platform;
+  MemoryFileSystem& files = platform.files;
+  FolderContents contents;
+  const auto text = [&](bool to_the_end = true) {
+    contents.Start("/data", SortedEntries("/data"));
+    while (to_the_end && !contents.IsDone()) contents.Step();
+    return contents.Text();
+  };
+  files.AddFile("/data/all.xls");
+  EXPECT_EQ(text(),
+            "There are no sub-folders here. Choose the folder above, or process selected files.");
+  files.AddFile("/data/Set 1/a.xls");
+  EXPECT_EQ(text(), "1 sub-folder, 1 file: all will be read");
+  for (const char* name : {"Set 1/.b", "Set 2/c.txt", "Set 2/taken for a workbook.xls/d.xls"})
+    files.AddFile(std::string("/data/") + name);
+  EXPECT_EQ(text(false), "2 sub-folders");
+  EXPECT_EQ(text(), "2 sub-folders, 4 files: all will be read");
+  files.AddFolder("/data/Set 2/old");
+  EXPECT_EQ(text(),
+            "2 sub-folders, 4 files: all will be read\n\nFolders inside them will be skipped: "
+            "Set 2/old");
+  for (const char* name : {"1", "2", "3", "4", "5", "6"})
+    files.AddFolder(std::string("/data/Set 1/raw") + name);
+  EXPECT_THAT(
+      text(),
+      testing::EndsWith(": Set 1/raw1, Set 1/raw2, Set 1/raw3, Set 1/raw4, Set 1/raw5 and 2 more"));
+  int listed = 0;
+  files.on_list = [&](const std::string& folder) {
+    if (folder != "/data" && ++listed == 1)
+      std::this_thread::sleep_for(std::chrono::milliseconds(160));
+  };
+  EXPECT_EQ(text(), "2 sub-folders: all files in them will be read");
+  EXPECT_EQ(listed, 1);
+  files.Deny("/data/Set 1");
+  EXPECT_EQ(text(), "2 sub-folders: all files in them will be read");
+}
+
+TEST(SampleCampaign, IsFoundWhereverTheProgramLiesAndCopiedOnce) {
+  const struct {
+    PathStyle style;
+    const char *programs, *samples, *copy;
+  } cases[] = {
+      {PathStyle::kLinux, "/usr/lib/korvex/bin", "/usr/share/korvex/samples",
+       "/home/user/Documents/KORVEX sample campaign"},
+      {PathStyle::kLinux, "/src/korvex/build/bin", "/src/korvex/samples",
+       "/home/user/Documents/KORVEX sample campaign"},
+      {PathStyle::kWindows, "C:\\KORVEX\\bin", "C:\\KORVEX\\samples",
+       "C:\\Users\\user\\Documents\\KORVEX sample campaign"},
+  };
+  for (const auto& c : cases) {
+    TestPlatform platform(c.style);
+    MemoryFileSystem& files = platform.files;
+    platform.SetProgramFolder(c.programs);
+    EXPECT_EQ(ErrorOf([] { sample_campaign::InstalledFolder(); }).Number(),
+              error_number::kPathNotFound);
+    const std::string s(1, files.Separator());
+    const std::string campaign = s + "campaign" + s;
+    for (const char* name : {"1.xls", "2.xls"})
+      files.AddFile(c.samples + campaign + "Set" + s + name, "reading");
+    files.AddFile(c.samples + campaign + "campaign.xls", "output of a run");
+    files.AddFile(c.copy + s + "Set" + s + "2.xls", "changed by the user");
+    EXPECT_EQ(sample_campaign::InstalledFolder(), c.samples);
+    for (int time = 0; time < 2; ++time) EXPECT_EQ(sample_campaign::Copy(c.samples), c.copy);
+    EXPECT_EQ(files.Content(c.copy + s + "Set" + s + "1.xls"), "reading");
+    EXPECT_EQ(files.Content(c.copy + s + "Set" + s + "2.xls"), "changed by the user");
+    EXPECT_FALSE(files.FileExists(c.copy + s + "campaign.xls"));
+  }
 }
 
 TEST(ColumnList, AddsAndRemovesNothingWhileNothingIsSelected) {

@@ -1,6 +1,10 @@
 // The main window over a campaign in memory.
 #include "ui/frmMain.h"
 
+#include <wx/sizer.h>
+#include <wx/textdlg.h>
+
+#include "settings/basSettings.h"
 #include "tests/support/campaign.h"
 #include "tests/ui/ui_support.h"
 #include "ui/window_services.h"
@@ -135,6 +139,10 @@ TEST_F(MainWindowTest, ListsFilesByThePatternUnlessSubFoldersAreProcessed) {
   pattern.SetValue("a/b");
   EXPECT_THAT(dialogs.texts,
               ElementsAre("Please insert a valid filename pattern. (Example: *.xls)"));
+  Choose(*window_, "optFolders");
+  Choose(*window_, "optFiles");
+  EXPECT_EQ(pattern.GetValue(), "") << "the last one that was valid";
+  EXPECT_EQ(dialogs.texts.size(), 1u);
 }
 
 TEST_F(MainWindowTest, ConvertsWhileTheWindowShowsIt) {
@@ -157,6 +165,160 @@ TEST_F(MainWindowTest, ConvertsWhileTheWindowShowsIt) {
   EXPECT_EQ(campaign.Output().Value(2, 4).number, 0.2);
   EXPECT_THAT(campaign.platform.shell.opened, ElementsAre("/out/all.xls"));
   ExpectUsable(true);
+}
+
+TEST_F(MainWindowTest, ShowsThatItRunsBeforeItLooksIntoTheSubFolders) {
+  Open();
+  ServeEvents();
+  // Clicks of somebody who has seen nothing yet.
+  int clicks = 0;
+  campaign.platform.message_loop.on_yield = [&] {
+    if (++clicks <= 2) Run();
+  };
+  bool looked = false;
+  campaign.platform.files.on_list = [&](const std::string& folder) {
+    if (folder != campaign.Path("a") || std::exchange(looked, true)) return;
+    ExpectUsable(false);
+    EXPECT_EQ(Label("lblMessages"), "Initializing...");
+    EXPECT_EQ(The<wxGauge>("prg").GetValue(), 1);
+    EXPECT_GE(clicks, 2);
+  };
+  Run();
+  EXPECT_TRUE(looked);
+  EXPECT_THAT(dialogs.texts, ElementsAre("Process finished!"));
+}
+
+TEST_F(MainWindowTest, DoesNotRepeatAFailedRunByTheKeyThatClosesItsMessage) {
+  campaign.platform.files.AddFile(campaign.Path("a/notes-1.xls"), "no workbook");
+  Open();
+  ServeEvents();
+  The<wxButton>("cmdProcess").SetFocus();
+  WaitUntil([&] { return The<wxButton>("cmdProcess").HasFocus(); });
+  Run();
+  EXPECT_THAT(dialogs.texts, Contains(HasSubstr("notes-1.xls")));
+  WaitUntil([&] { return The<wxWindow>("dirMain").HasFocus(); });
+}
+
+TEST_F(MainWindowTest, SaysWhatWillBeReadOfTheSubFolders) {
+  campaign.platform.files.AddFolder(campaign.Path("a/old"));
+  Open();
+  auto& pattern = The<wxTextCtrl>("txtPattern");
+  const std::string note =
+      "1 sub-folder, 2 files: all will be read\n\nFolders inside them will be skipped: a/old";
+  const auto shown = [&] { return FromWx(The<wxTextCtrl>("txtNote").GetValue()); };
+  WaitUntil([&] { return shown() == note; });
+  EXPECT_FALSE(pattern.IsEditable());
+  const wxColour shade = pattern.GetBackgroundColour();
+  Run();
+  EXPECT_FALSE(pattern.IsEditable());
+  EXPECT_EQ(pattern.GetBackgroundColour(), shade);
+  campaign.platform.files.Remove(campaign.Path("a/old"));
+  campaign.Put("b/P-1-1.xls", {{1, "K1", 7, 0.1}});
+  Find<FileChooser>(*window_, "FileChooser").LookAgain();
+  WaitUntil([&] { return shown() == "2 sub-folders, 3 files: all will be read"; });
+  Choose(*window_, "optFiles");
+  EXPECT_TRUE(pattern.IsEditable());
+  EXPECT_NE(pattern.GetBackgroundColour(), shade);
+  EXPECT_TRUE(The<wxListBox>("filMain").IsShownOnScreen());
+}
+
+TEST_F(MainWindowTest, OpensAFolderOrFilesOfOneFolder) {
+  campaign.platform.files.AddFile(campaign.Path("a/P-1-3.ods"));
+  campaign.platform.files.AddFile(campaign.Path("b/.P-1-1.xls"));
+  Open();
+  const auto open = [&](const std::vector<std::string>& names) {
+    std::vector<std::string> paths;
+    for (const std::string& name : names) paths.push_back(campaign.Path(name));
+    window_->OpenPaths(paths);
+  };
+  const auto selected = [&] { return Find<FileChooser>(*window_, "FileChooser").SelFilenames(); };
+  open({"a/P-1-2.xls", "a/P-1-3.ods"});
+  EXPECT_EQ(main_window_.ProcessingFolder(), campaign.Path("a"));
+  EXPECT_THAT(selected(), ElementsAre("P-1-2.xls", "P-1-3.ods"));
+  EXPECT_EQ(The<wxTextCtrl>("txtPattern").GetValue(), "*.xls;*.ods");
+  EXPECT_TRUE(basSettings::ProcessingFiles());
+  const std::vector<std::string> refused[] = {
+      {"a", "b"}, {"a/P-1-1.xls", "b/.P-1-1.xls"}, {"a/P-1-1.xls", "a"}};
+  for (const auto& names : refused) {
+    open(names);
+    EXPECT_EQ(dialogs.texts.back(), "KORVEX opens one folder, or files that lie in one folder.");
+    dialogs.texts.clear();
+  }
+  EXPECT_THAT(selected(), ElementsAre("P-1-2.xls", "P-1-3.ods")) << "nothing was opened";
+  open({"b/.P-1-1.xls"});
+  EXPECT_EQ(dialogs.texts.back(), "Not all of these files could be selected.");
+  open({"b"});
+  EXPECT_EQ(main_window_.ProcessingFolder(), campaign.Path("b"));
+  EXPECT_TRUE(The<wxRadioButton>("optFolders").GetValue() && basSettings::ProcessingSubFolders());
+  open({"gone"});
+  WaitUntil([&] { return dialogs.texts.back().find("gone") != std::string::npos; });
+  EXPECT_EQ(main_window_.ProcessingFolder(), campaign.Path("b"));
+  campaign.platform.message_loop.on_yield = [&] { open({"a/P-1-1.xls"}); };
+  open({"."});
+  Run();
+  EXPECT_EQ(main_window_.ProcessingFolder(), campaign.folder) << "a run goes on with what it has";
+}
+
+TEST_F(MainWindowTest, GoesToTheFolderThatIsTyped) {
+  Open();
+  const std::pair<std::string, std::string> cases[] = {
+      {campaign.Path("a"), campaign.Path("a")},
+      {"..", campaign.folder},
+      {" \"" + campaign.Path("a/P-1-1.xls") + "\" ", campaign.Path("a")},
+      {"~", "/home/user"},
+      {" ", "/home/user"},
+      {"/gone", "/home/user"}};
+  for (const auto& [typed, folder] : cases) {
+    ModalDriver driver;
+    driver.Expect([text = typed](wxDialog& dialog) {
+      dynamic_cast<wxTextEntryDialog&>(dialog).SetValue(ToWx(text));
+      dialog.EndModal(wxID_OK);
+    });
+    ChooseMenu(*window_, "Tools", "Go to Folder...");
+    EXPECT_EQ(main_window_.ProcessingFolder(), folder) << typed;
+  }
+  WaitUntil([&] { return !dialogs.texts.empty(); });
+  EXPECT_THAT(dialogs.texts, ElementsAre(HasSubstr("/gone")));
+}
+
+TEST_F(MainWindowTest, OpensTheFolderOfTheOutput) {
+  Open();
+  ChooseMenu(*window_, "Tools", "Open Output Folder");
+  Set("Output File Method", "Output File by Folder");
+  ChooseMenu(*window_, "Tools", "Open Output Folder");
+  EXPECT_THAT(campaign.platform.shell.opened, ElementsAre("/out", campaign.folder));
+  Set("Output File Method", "Output File by constant name");
+  Set("Output Path", "/gone/");
+  ChooseMenu(*window_, "Tools", "Open Output Folder");
+  Set("Output File", "");
+  ChooseMenu(*window_, "Tools", "Open Output Folder");
+  EXPECT_THAT(dialogs.texts, ElementsAre("The folder of the output file is not there.",
+                                         HasSubstr("File > Options..., General Options")));
+  EXPECT_EQ(campaign.platform.shell.opened.size(), 2u);
+}
+
+TEST_F(MainWindowTest, OpensACopyOfTheSampleCampaignReadyToRun) {
+  MemoryFileSystem& files = campaign.platform.files;
+  files.AddFile("/opt/korvex/samples/campaign/Set/P-1-1.xls", "reading");
+  files.AddFile("/opt/korvex/samples/korvex.ini",
+                "[Main Section]\nOutput File=campaign.xls\n"
+                "Output File Method=Output File by Folder\n[File Structure]\n"
+                "Output Columns=plate\nKeys Columns=well<-- -->plate\nData Column=OD\n");
+  OpenOnFiles();
+  dialogs.plain_answers = {BoxAnswer::kCancel, BoxAnswer::kOk};
+  const auto stored = campaign.platform.settings.values;
+  ChooseMenu(*window_, "Tools", "Sample Campaign");
+  EXPECT_EQ(campaign.platform.settings.values, stored);
+  const std::string copy = "/home/user/Documents/KORVEX sample campaign";
+  EXPECT_FALSE(files.FolderExists(copy));
+  for (int time = 0; time < 2; ++time) ChooseMenu(*window_, "Tools", "Sample Campaign");
+  EXPECT_EQ(dialogs.texts.size(), 2u) << "asked as long as there is something to lose";
+  EXPECT_EQ(main_window_.ProcessingFolder(), copy);
+  EXPECT_TRUE(basSettings::ProcessingSubFolders());
+  EXPECT_THAT(basSettings::KeysColumns(), ElementsAre("well", "plate"));
+  EXPECT_EQ(basSettings::DataColumn(), "OD");
+  EXPECT_EQ(basSettings::OutputFile(), "campaign.xls");
+  EXPECT_EQ(basSettings::OutputFileMethod(), basSettings::kByFolder);
 }
 
 TEST_F(MainWindowTest, ConvertsTheSelectedFilesOnceTheRunMayStart) {
@@ -332,9 +494,12 @@ TEST_F(MainWindowTest, OpensHelpAndTheFileThatIsDoubleClicked) {
 
 TEST_F(MainWindowTest, KeepsItsSize) {
   Open();
-  const wxSize design = window_->GetSize();
-  window_->SetSize(design + wxSize(80, 60));
-  WaitUntil([&] { return window_->GetSize() == design; });
+  const wxSize design = window_->GetClientSize();
+  EXPECT_EQ(design, window_->GetSizer()->ComputeFittingClientSize(window_.get()));
+  ServeEvents();
+  EXPECT_EQ(design, window_->GetClientSize()) << "the frame must not take from the controls";
+  window_->SetSize(window_->GetSize() + wxSize(80, 60));
+  WaitUntil([&] { return window_->GetClientSize() == design; });
 }
 
 }  // namespace
