@@ -32,8 +32,9 @@ const Seed& SeedOfRun() {
   return seed;
 }
 
-// FNV-1a, eight bytes a step, with a random start and factor. The upper half is folded in at the
-// end, since tables use the lowest bits, which a product mixes least. `change` is what each step
+// FNV-1a, eight bytes a step, with a random start and factor. A bit changes only those above it in
+// a product, and the last letters of a text, in which those of a plate differ, are the highest: so
+// each product is folded, and the hash is the upper half of one more. `change` is what each step
 // goes through first.
 template <class Change>
 std::uint32_t Hash(std::string_view text, Change&& change) {
@@ -57,7 +58,7 @@ std::uint32_t Hash(std::string_view text, Change&& change) {
     // The last step goes back over bytes of the one before.
     mix(load(text.size() - kStep));
   }
-  return static_cast<std::uint32_t>(hash ^ (hash >> 32));
+  return static_cast<std::uint32_t>(hash * seed.factor >> 32);
 }
 
 bool IsAscii(std::string_view text) {

@@ -5,6 +5,8 @@
 #include <charconv>
 #include <cmath>
 #include <random>
+#include <set>
+#include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -47,6 +49,25 @@ TEST(Text, IgnoresLetterCaseOfLatinGreekAndCyrillic) {
     EXPECT_EQ(EqualText(a, b), equal) << a << " " << b;
     EXPECT_EQ(UpperCase(a) == UpperCase(b), equal) << a << " " << b;
     EXPECT_EQ(HashIgnoringCase(a) == HashIgnoringCase(b), equal) << a << " " << b;
+  }
+}
+
+// Tables use the lowest bits. The names of compounds and wells differ in a few letters, mostly the
+// last ones.
+TEST(TextHash, SpreadsNamesThatDifferInAFewLetters) {
+  constexpr int kNames = 1000;
+  for (const char* before : {"", "X-", "KIN-00", "compound ID=KIN-", "cell plate #="}) {
+    for (const char* behind : {"", ";", ";cell plate wells ##=A01;"}) {
+      std::set<std::uint32_t> hashes;
+      std::set<std::uint32_t> hashes_ignoring_case;
+      for (int i = 0; i < kNames; ++i) {
+        const std::string name = before + std::to_string(kNames + i) + behind;
+        hashes.insert(HashOf(name) & 0xFFFF);
+        hashes_ignoring_case.insert(HashIgnoringCase(name) & 0xFFFF);
+      }
+      EXPECT_GT(hashes.size(), kNames * 9u / 10) << before << behind;
+      EXPECT_GT(hashes_ignoring_case.size(), kNames * 9u / 10) << before << behind;
+    }
   }
 }
 
