@@ -202,12 +202,13 @@ OdsReader::CellAttributes OdsReader::AttributesOf(const XmlElement& element) {
     std::optional<std::string_view>* place = nullptr;
     switch (attribute.name.space) {
       case ods::kOffice:
-        if (name == "value-type") place = &cell.type;
-        if (name == "value") place = &cell.value;
-        if (name == "date-value") place = &cell.date;
-        if (name == "time-value") place = &cell.time;
-        if (name == "boolean-value") place = &cell.boolean;
-        if (name == "string-value") place = &cell.string;
+        place = name == "value-type"      ? &cell.type
+                : name == "value"         ? &cell.value
+                : name == "date-value"    ? &cell.date
+                : name == "time-value"    ? &cell.time
+                : name == "boolean-value" ? &cell.boolean
+                : name == "string-value"  ? &cell.string
+                                          : nullptr;
         break;
       case ods::kTable:
         if (name == "number-columns-repeated") place = &cell.repeated;
@@ -278,7 +279,7 @@ void OdsReader::Text(std::string_view text) {
   if (!is_in_table_) return;
   if (!has_check_sum_ && !text_.IsInParagraph()) CheckBlank(text);
   text_.Append(text);
-  sheets_.CheckMemory(text_.Text().size());
+  if (!text_.Text().empty()) sheets_.CheckMemory(text_.Text().size());
 }
 
 void OdsReader::EndElement(const XmlName& name, int) {
