@@ -4,12 +4,14 @@
 #include <cstddef>
 
 #include "platform/error.h"
+#include "text/text.h"
 #include "text/utf8.h"
 
 namespace korvex {
 namespace {
 
-constexpr std::size_t kLongestSheetName = 31;  // UTF-16 units
+constexpr std::size_t kLongestSheetName = 31;          // UTF-16 units
+constexpr std::string_view kReservedName = "History";  // of the spreadsheet application
 constexpr std::string_view kNotInSheetNames = "\\/?*[]:";
 
 // Without DEL, which the spreadsheet application takes in a name.
@@ -54,6 +56,7 @@ void CheckSheetName(std::string_view name) {
   if (std::any_of(name.begin(), name.end(), IsC0Control)) {
     refuse("the name of a sheet cannot hold control characters.");
   }
+  if (EqualText(name, kReservedName)) refuse("spreadsheet programs keep this name for themselves.");
   if (name.front() == '\'' || name.back() == '\'') {
     refuse("the name of a sheet cannot begin or end with an apostrophe.");
   }
@@ -76,6 +79,7 @@ std::string SheetNameFromFolder(std::string_view folder_name) {
   // After the cut, which can leave an apostrophe at the end.
   if (!name.empty() && name.front() == '\'') name.front() = '_';
   if (!name.empty() && name.back() == '\'') name.back() = '_';
+  if (EqualText(name, kReservedName)) name += '_';
   return name;
 }
 

@@ -20,14 +20,15 @@ inline constexpr int kLastHeaderColumn = 387;
 std::string ColumnLetters(int column);
 
 // Error 1004 when a sheet cannot have that name: 1 to 31 UTF-16 units without \ / ? * [ ] : and
-// control characters, and without an apostrophe at either end.
+// control characters, without an apostrophe at either end, and not "History".
 void CheckSheetName(std::string_view name);
 // The start of the message that refuses a sheet name; the reason follows it.
 std::string SheetNameRefusal(std::string_view name);
 
 // A sheet name made of a folder's name: what a sheet name cannot hold, DEL and bytes that are no
-// UTF-8 become "_", and the name is cut to 31 UTF-16 units without splitting a character. Empty for
-// the root of a drive, which has no name.
+// UTF-8 become "_", and the name is cut to 31 UTF-16 units without splitting a character.
+// "History", which spreadsheet programs keep for themselves, becomes "History_". Empty for the root
+// of a drive, which has no name.
 std::string SheetNameFromFolder(std::string_view folder_name);
 
 }  // namespace korvex

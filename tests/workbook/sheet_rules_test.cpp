@@ -20,6 +20,7 @@ TEST(SheetName, IsMadeOfAFolderNameThatNoSheetCouldHave) {
       {thirty + "äb", thirty + "ä"},
       {thirty + "\U0001F9EA", thirty},
       {thirty + "'z", thirty + "_"},
+      {"history", "history_"},
   };
   for (const auto& [folder, name] : names) {
     EXPECT_EQ(SheetNameFromFolder(folder), name);
