@@ -21,8 +21,11 @@ class Terminal {
   // One line from standard input without its line end; none at the end of input or when the user
   // interrupts the wait (Ctrl-C).
   virtual std::optional<std::string> ReadLine() = 0;
-  // Whether Ctrl-C was pressed; every press is answered once.
+  // Whether Ctrl-C was pressed; every press is answered once. The third press since the user has
+  // last answered a question ends the program, whatever it is at.
   virtual bool TakeInterrupt() = 0;
+  // Whether a press has not been taken yet. On any thread.
+  virtual bool IsInterrupted() const = 0;
 };
 
 }  // namespace korvex

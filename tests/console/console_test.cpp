@@ -28,6 +28,7 @@ class ConsoleTest : public testing::Test, public Terminal {
     return line;
   }
   bool TakeInterrupt() override { return std::exchange(interrupted_, false); }
+  bool IsInterrupted() const override { return interrupted_; }
 
   void Type(const std::string& lines) { typed_ = std::istringstream(lines); }
   // The last line as it looks after all carriage returns.

@@ -14,13 +14,21 @@ namespace korvex {
 namespace {
 
 constexpr int kDefaultColumns = 80;
+constexpr int kLastPress = 3;        // of Ctrl-C, which ends the program
 constexpr int kWriteTimeout = 1000;  // milliseconds that a stopped terminal can hold up the program
 
 // A signal handler has no arguments, so these are global.
 std::atomic<int> interrupts = 0;  // that nobody has taken yet
+std::atomic<int> presses = 0;     // since the user last answered
 std::atomic<int> wake_descriptor = -1;
 
-void HandleInterrupt(int) {
+void HandleInterrupt(int signal_number) {
+  if (++presses == kLastPress) {
+    // Comes when this handler has ended.
+    signal(signal_number, SIG_DFL);
+    raise(signal_number);
+    return;
+  }
   // The signal may come between a call of the program and its look at errno.
   const int error = errno;
   [[maybe_unused]] const ssize_t written = write(wake_descriptor, "", 1);
@@ -39,6 +47,7 @@ PosixTerminal::PosixTerminal() {
   wake_writer_ = Descriptor(ends[1]);
   wake_descriptor = ends[1];
   interrupts = 0;
+  presses = 0;
 
   struct sigaction action {};
   action.sa_handler = SIG_IGN;
@@ -91,6 +100,7 @@ std::optional<std::string> PosixTerminal::ReadLine() {
       std::string line = unread_.substr(0, end);
       unread_.erase(0, end + 1);
       if (line.ends_with('\r')) line.pop_back();
+      presses = 0;
       return line;
     }
     if (!WaitForInput()) {
@@ -104,8 +114,12 @@ std::optional<std::string> PosixTerminal::ReadLine() {
   }
 }
 
+bool PosixTerminal::IsInterrupted() const {
+  return interrupts > 0;
+}
+
 bool PosixTerminal::TakeInterrupt() {
-  if (interrupts == 0) return false;
+  if (!IsInterrupted()) return false;
   char wake;
   [[maybe_unused]] const ssize_t count = read(wake_reader_.Get(), &wake, 1);
   --interrupts;

@@ -28,6 +28,7 @@ class PosixTerminal : public Terminal {
   void WriteError(std::string_view text) override;
   std::optional<std::string> ReadLine() override;
   bool TakeInterrupt() override;
+  bool IsInterrupted() const override;
 
  private:
   bool WaitForInput();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <iterator>
 
 #include "platform/windows/wide_text.h"
@@ -16,13 +17,17 @@ constexpr wchar_t kEndOfInput = 0x1A;  // Ctrl-Z
 constexpr std::size_t kLargestConsoleWrite = 8192;
 constexpr DWORD kPipeInterval = 20;  // milliseconds between two looks into a pipe
 constexpr DWORD kHandlerPatience = 1000;
+constexpr int kLastPress = 3;  // of Ctrl-C, which ends the program
 
 // Counts the presses of Ctrl-C that were not taken yet. Global, since the handler has no arguments.
 HANDLE interrupts = nullptr;
+std::atomic<int> untaken = 0;  // the same number, to look at
+std::atomic<int> presses = 0;  // since the user last answered
 
 BOOL WINAPI HandleControl(DWORD event) {
   // FALSE leaves the event to the system, which ends the program.
-  if (event != CTRL_C_EVENT) return FALSE;
+  if (event != CTRL_C_EVENT || ++presses == kLastPress) return FALSE;
+  ++untaken;
   ReleaseSemaphore(interrupts, 1, nullptr);
   return TRUE;
 }
@@ -41,7 +46,9 @@ HANDLE StandardError() {
 }
 
 bool TakeWithin(DWORD milliseconds) {
-  return WaitForSingleObject(interrupts, milliseconds) == WAIT_OBJECT_0;
+  if (WaitForSingleObject(interrupts, milliseconds) != WAIT_OBJECT_0) return false;
+  --untaken;
+  return true;
 }
 
 }  // namespace
@@ -50,6 +57,7 @@ WindowsTerminal::WindowsTerminal() {
   // Kept to the end of the process, since the handler may still run.
   if (!interrupts) interrupts = CreateSemaphoreW(nullptr, 0, 0x7FFF, nullptr);
   while (TakeInterrupt()) continue;
+  presses = 0;
   // A parent may have had Ctrl-C ignored; that is inherited and has to be undone.
   SetConsoleCtrlHandler(nullptr, FALSE);
   SetConsoleCtrlHandler(HandleControl, TRUE);
@@ -99,6 +107,7 @@ std::optional<std::string> WindowsTerminal::ReadLine() {
       std::string line = unread_.substr(0, end);
       unread_.erase(0, end + 1);
       if (line.ends_with('\r')) line.pop_back();
+      presses = 0;
       return line;
     }
     Input input = WaitForInput();
@@ -114,6 +123,10 @@ std::optional<std::string> WindowsTerminal::ReadLine() {
   }
 }
 
+bool WindowsTerminal::IsInterrupted() const {
+  return untaken > 0;
+}
+
 bool WindowsTerminal::TakeInterrupt() {
   return TakeWithin(0);
 }
@@ -127,7 +140,9 @@ WindowsTerminal::Input WindowsTerminal::WaitForInput() {
     // Of two that are ready the first one counts, so Ctrl-C goes before typed keys.
     const std::array<HANDLE, 2> sources{interrupts, input};
     const DWORD ready = WaitForMultipleObjects(sources.size(), sources.data(), FALSE, INFINITE);
-    return ready == WAIT_OBJECT_0 ? Input::kInterrupted : Input::kMore;
+    if (ready != WAIT_OBJECT_0) return Input::kMore;
+    --untaken;
+    return Input::kInterrupted;
   }
   if (GetFileType(input) != FILE_TYPE_PIPE) return Input::kMore;
   // Windows cannot wait for a pipe and another object together, so look at both in turn.

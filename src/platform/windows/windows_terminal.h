@@ -24,6 +24,7 @@ class WindowsTerminal : public Terminal {
   void WriteError(std::string_view text) override;
   std::optional<std::string> ReadLine() override;
   bool TakeInterrupt() override;
+  bool IsInterrupted() const override;
 
  private:
   // What a look for input has found: bytes, the end of them, or Ctrl-C.

@@ -94,6 +94,8 @@ TEST(PosixTerminal, EndsTheWaitForALineOnCtrlC) {
   EXPECT_EQ(terminal.ReadLine(), std::nullopt);
   EXPECT_FALSE(terminal.TakeInterrupt()) << "it has answered the question already";
   waitpid(child, nullptr, 0);
+  ASSERT_EQ(write(pipe.writer.Get(), "x\n", 2), 2);
+  EXPECT_EQ(terminal.ReadLine(), "x");
 
   raise(SIGINT);
   raise(SIGINT);
@@ -102,6 +104,17 @@ TEST(PosixTerminal, EndsTheWaitForALineOnCtrlC) {
   EXPECT_FALSE(terminal.TakeInterrupt());
   ASSERT_EQ(write(pipe.writer.Get(), "x\n", 2), 2);
   EXPECT_EQ(terminal.ReadLine(), "x") << "an interrupt that was taken is over";
+}
+
+TEST(PosixTerminal, EndsTheProgramAtTheThirdCtrlC) {
+  const auto press = [] {
+    PosixTerminal terminal;
+    for (int i = 0; i < 2; ++i) raise(SIGINT);
+    if (!terminal.TakeInterrupt() || terminal.ReadLine() || terminal.IsInterrupted()) _exit(1);
+    raise(SIGINT);
+    _exit(2);
+  };
+  EXPECT_EXIT(press(), testing::KilledBySignal(SIGINT), "");
 }
 
 TEST(PosixTerminal, NoticesInterruptsThatAScriptHadIgnored) {
