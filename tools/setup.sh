@@ -5,10 +5,14 @@
 # fuzzers need on top, and what the checks of .ci/run need.
 BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libwxgtk3.2-dev libgcrypt20-dev libdeflate-dev
   zlib1g-dev)
-TEST_PACKAGES=(libgtest-dev libgmock-dev libexpat1-dev xvfb openbox)
+TEST_PACKAGES=(libgtest-dev libgmock-dev libexpat1-dev xvfb openbox appstream desktop-file-utils fish
+  zsh)
 PEER_PACKAGES=(libreoffice-calc gnumeric python3-xlrd python3-openpyxl)
 FUZZ_PACKAGES=(libexpat1-dev clang-14 libclang-rt-14-dev xz-utils)
 CHECK_PACKAGES=(clang-format clang-tidy shellcheck git python3)
+# What making the release needs, and on top of that its check.
+RELEASE_PACKAGES=(nsis zip dpkg-dev osslsigncode python3)
+RELEASE_CHECK_PACKAGES=(unzip binutils openssl lintian python3-yaml appstream desktop-file-utils fish zsh)
 
 # Installs the named Debian packages that are not there yet. Silent when none is missing.
 install_missing() {

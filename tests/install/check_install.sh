@@ -62,13 +62,6 @@ XDG_STATE_HOME=$work/state convert "$work/samples/campaign"
 check "logs where the user keeps such files" \
   [ "$(records "$work/state/korvex/AppErr/KORVEX.LOG")" = 1 ]
 
-entry=$prefix/share/applications/korvex.desktop
-check "the desktop entry starts the window" \
-  [ -x "$prefix/bin/$(sed -n 's/^Exec=\(.*\) %F$/\1/p' "$entry")" ]
-check "the desktop entry has its icon" \
-  [ -s "$prefix/share/icons/hicolor/scalable/apps/$(sed -n 's/^Icon=//p' "$entry").svg" ]
-if command -v desktop-file-validate >/dev/null; then
-  check "the desktop entry is valid" desktop-file-validate "$entry"
-fi
+"$root/tests/install/check_desktop.sh" "$prefix" || failed=1
 
 exit $failed
