@@ -15,31 +15,70 @@ COLUMNS = ["cell plate #", "cell plate wells ##", "compound ID", "compound #", "
 
 
 def call(command):
-    """Wall time in seconds and peak memory in MiB of one process."""
+    """Wall and processor time in seconds and peak memory in MiB of one process. What it prints is thrown away."""
     with tempfile.TemporaryFile() as told:
         start = time.perf_counter()
-        process = subprocess.Popen(command, stdout=told, stderr=told)
+        process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=told)
         _, status, usage = os.wait4(process.pid, 0)
         seconds = time.perf_counter() - start
         process.returncode = os.waitstatus_to_exitcode(status)
         if process.returncode != 0:
             told.seek(0)
             raise SystemExit("%s failed: %s" % (command[0], told.read().decode()))
-    return seconds, usage.ru_maxrss / 1024
+    return seconds, usage.ru_utime + usage.ru_stime, usage.ru_maxrss / 1024
 
 
 class Timed:
     def __init__(self, name, command, rounds):
         self.name, self.command, self.rounds = name, command, rounds
-        self.seconds, self.peak = [], 0
+        self.seconds, self.work, self.peak = [], [], 0
 
     def run(self):
-        seconds, peak = call(self.command)
+        seconds, work, peak = call(self.command)
         self.seconds.append(seconds)
+        self.work.append(work)
         self.peak = max(self.peak, peak)
 
-    def median(self):
-        return statistics.median(self.seconds)
+    def medians(self):
+        return statistics.median(self.seconds), statistics.median(self.work)
+
+    def line(self):
+        seconds, work = self.medians()
+        return "%-37s %8.3f s median of %d (%.3f to %.3f), processors %.3f s, peak %.1f MiB" % (
+            self.name, seconds, len(self.seconds), min(self.seconds), max(self.seconds), work, self.peak)
+
+
+class Table:
+    """The processes that are timed, by name, and the ratios of their medians that are printed."""
+
+    def __init__(self, bin_dir, rounds):
+        self.bin_dir, self.rounds = bin_dir, rounds
+        self.rows, self.ratios = {}, []
+
+    def add(self, name, command, rounds=None):
+        self.rows[name] = Timed(name, command, rounds or self.rounds)
+
+    def compare(self, label, one, other, goal=None):
+        self.ratios.append((label, one, other, goal))
+
+    def program(self, name):
+        return os.path.join(self.bin_dir, name)
+
+    def measure(self):
+        for one in self.rows.values():
+            if one.rounds == self.rounds:
+                call(one.command)  # brings the files into memory
+        for number in range(self.rounds):
+            for one in self.rows.values():
+                if number < one.rounds:
+                    one.run()
+
+    def show(self):
+        for one in self.rows.values():
+            print(one.line())
+        for label, one, other, goal in self.ratios:
+            wall, work = (ours / theirs for ours, theirs in zip(self.rows[one].medians(), self.rows[other].medians()))
+            print("%-46s %8.2f, processors %.2f%s" % (label, wall, work, "" if goal is None else "   goal %.2f" % goal))
 
 
 def conversion(program, folder, output):
@@ -60,21 +99,61 @@ def cell_count(bin_dir, workbook):
         return sum(1 for _ in process.stdout)
 
 
-def readings(bin_dir, workbook, name, rounds, script_rounds):
+def add_campaigns(table, korvex, folder, script_rounds):
+    script = [os.path.join(HERE, "../tests/campaign/xlrd_convert.py")]
+    small, large = folder + "/small/campaign", folder + "/large/campaign"
+    table.add("korvex-convert, small", conversion(korvex, small, folder + "/korvex.xls"))
+    table.add("freexl, small, reads only",
+              [table.program("freexl_read")] + sorted(glob.glob(small + "/*/*.xls")))
+    table.add("xlrd and xlwt, small", conversion(script, small, folder + "/script.xls"), script_rounds)
+    table.add("korvex-convert, large", conversion(korvex, large, folder + "/large.xls"), (table.rounds + 1) // 2)
+    table.add("korvex-convert, large, report",
+              conversion(korvex + ["--report", folder + "/large.html"], large, folder + "/large.xls"), 2)
+    table.compare("korvex-convert / freexl", "korvex-convert, small", "freexl, small, reads only")
+    table.compare("script / korvex-convert", "xlrd and xlwt, small", "korvex-convert, small")
+    table.compare("large / small, ten times the workbooks", "korvex-convert, large", "korvex-convert, small")
+    table.compare("report / none, large", "korvex-convert, large, report", "korvex-convert, large")
+
+
+def add_packed_campaign(table, korvex, folder):
+    """The small campaign as .xlsx: on one core, on two, and the bare loop over the same files."""
+    packed = folder + "/packed/campaign"
+    bare = "zlib and expat, 400 .xlsx"
+    table.add(bare, [table.program("expat_count")] + sorted(glob.glob(packed + "/*/*.xlsx")))
+    for jobs, goal in ((1, 0.6), (2, 0.35)):
+        name = "korvex-convert, 400 .xlsx, --jobs %d" % jobs
+        table.add(name, conversion(korvex + ["--jobs", str(jobs)], packed, folder + "/packed.xls"))
+        table.compare("400 .xlsx, --jobs %d / zlib and expat" % jobs, name, bare, goal)
+
+
+def add_packed_reading(table, folder, name, script_rounds, goal=None):
     """Our reading of an .xlsx workbook and the script's, once they have found the same cells."""
+    workbook = "%s/%s.xlsx" % (folder, name)
     script = [os.path.join(HERE, "openpyxl_read.py"), "read", workbook]
     found = int(subprocess.run(script, check=True, stdout=subprocess.PIPE).stdout)
-    if cell_count(bin_dir, workbook) != found:
+    if cell_count(table.bin_dir, workbook) != found:
         raise SystemExit("%s: not the number of cells that openpyxl finds" % workbook)
-    return [Timed("workbook-dump, %s .xlsx" % name, [bin_dir + "/workbook-dump", workbook], rounds),
-            Timed("openpyxl, %s .xlsx" % name, script, script_rounds),
-            Timed("zlib and expat, %s .xlsx" % name, [bin_dir + "/expat_count", workbook], rounds)]
+    ours, theirs, bare = ("%s, %s .xlsx" % (program, name)
+                          for program in ("workbook-dump", "openpyxl", "zlib and expat"))
+    table.add(ours, [table.program("workbook-dump"), workbook])
+    table.add(theirs, script, script_rounds)
+    table.add(bare, [table.program("expat_count"), workbook])
+    table.compare("workbook-dump / zlib and expat, %s .xlsx" % name, ours, bare, goal)
+    table.compare("openpyxl / workbook-dump, %s .xlsx" % name, theirs, ours)
+
+
+def add_outputs(table, korvex, folder):
+    for ending in (".csv", ".xlsx"):
+        table.add("korvex-convert, small, %s output" % ending,
+                  conversion(korvex, folder + "/small/campaign", folder + "/output" + ending))
+    table.compare(".xlsx output / .csv output", "korvex-convert, small, .xlsx output",
+                  "korvex-convert, small, .csv output", 2)
 
 
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("bin_dir")
-    parser.add_argument("folder", help="holds the campaigns small/campaign and large/campaign")
+    parser.add_argument("folder", help="holds what run has made")
     parser.add_argument("--rounds", type=int, default=7)
     parser.add_argument("--script-rounds", type=int, default=2)
     choices = parser.parse_args()
@@ -83,45 +162,20 @@ def main():
     settings = os.path.join(folder, "settings.ini")
     with open(settings, "w") as file:
         file.write("[Main Section]\nLaunch Output File=0\nSend Email on Error=0\n")
-    korvex = [choices.bin_dir + "/korvex-convert", "--settings", settings]
-    script = [os.path.join(HERE, "../tests/campaign/xlrd_convert.py")]
-    small, large = folder + "/small/campaign", folder + "/large/campaign"
-    files = sorted(glob.glob(small + "/*/*.xls"))
+    table = Table(choices.bin_dir, choices.rounds)
+    korvex = [table.program("korvex-convert"), "--settings", settings]
+    add_campaigns(table, korvex, folder, choices.script_rounds)
+    add_packed_campaign(table, korvex, folder)
+    add_packed_reading(table, folder, "plate", choices.rounds)
+    add_packed_reading(table, folder, "long", choices.script_rounds, goal=0.6)
+    add_outputs(table, korvex, folder)
+    table.measure()
+    same = all(cells(choices.bin_dir, folder + "/korvex.xls") == cells(choices.bin_dir, folder + other)
+               for other in ("/script.xls", "/packed.xls"))
 
-    timed = [
-        Timed("korvex-convert, small", conversion(korvex, small, folder + "/korvex.xls"), choices.rounds),
-        Timed("freexl, small, reads only", [choices.bin_dir + "/freexl_read"] + files, choices.rounds),
-        Timed("xlrd and xlwt, small", conversion(script, small, folder + "/script.xls"), choices.script_rounds),
-        Timed("korvex-convert, large", conversion(korvex, large, folder + "/large.xls"), (choices.rounds + 1) // 2),
-        Timed("korvex-convert, large, report",
-              conversion(korvex + ["--report", folder + "/large.html"], large, folder + "/large.xls"), 2),
-    ]
-    packed = [readings(choices.bin_dir, folder + "/plate.xlsx", "plate", choices.rounds, choices.rounds),
-              readings(choices.bin_dir, folder + "/long.xlsx", "long", choices.rounds, choices.script_rounds)]
-    timed += packed[0] + packed[1]
-    for one in timed[:2]:
-        call(one.command)  # brings the files into memory
-    for number in range(choices.rounds):
-        for one in timed:
-            if number < one.rounds:
-                one.run()
-    same = cells(choices.bin_dir, folder + "/korvex.xls") == cells(choices.bin_dir, folder + "/script.xls")
-
-    counts = {"small": len(files), "large": len(glob.glob(large + "/*/*.xls"))}
-    print("small: %(small)d workbooks, large: %(large)d workbooks" % counts)
-    for one in timed:
-        print("%-28s %8.3f s median of %d (%.3f to %.3f), peak %.1f MiB" % (
-            one.name, one.median(), len(one.seconds), min(one.seconds), max(one.seconds), one.peak))
-    fast, reader, slow, many, reported = timed[:5]
-    print("korvex-convert / freexl      %8.2f" % (fast.median() / reader.median()))
-    print("script / korvex-convert      %8.1f" % (slow.median() / fast.median()))
-    print("large / small                %8.2f for %.1f times the workbooks" % (
-        many.median() / fast.median(), counts["large"] / counts["small"]))
-    print("report / none, large         %8.2f" % (reported.median() / many.median()))
-    for ours, theirs, bare in packed:
-        print("%-28s %8.2f" % ("ours / zlib and expat", ours.median() / bare.median()))
-        print("%-28s %8.1f" % ("openpyxl / ours, .xlsx", theirs.median() / ours.median()))
-    print("outputs of korvex-convert and of the script: " + ("the same cells" if same else "DIFFERENT CELLS"))
+    table.show()
+    print("outputs of korvex-convert, of the script and from .xlsx: " +
+          ("the same cells" if same else "DIFFERENT CELLS"))
     return 0 if same else 1
 
 

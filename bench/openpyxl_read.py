@@ -1,9 +1,12 @@
 #!/usr/bin/python3
-"""The yardstick for .xlsx: makes workbooks of one sheet, and reads all their cells.
+"""The yardstick for .xlsx: makes workbooks, and reads all cells of one.
 
     openpyxl_read.py make FILE ROWS COLUMNS
+    openpyxl_read.py convert FOLDER TARGET    the .xls workbooks of a campaign as .xlsx, their texts shared
     openpyxl_read.py read FILE                prints how many cells are not empty
 """
+import glob
+import os
 import random
 import sys
 
@@ -23,6 +26,21 @@ def make(name, rows, columns):
     book.save(name)
 
 
+def convert(folder, target):
+    import xlrd
+
+    for name in sorted(glob.glob(folder + "/*/*.xls")):
+        book = openpyxl.Workbook()
+        book.remove(book.active)
+        for sheet in xlrd.open_workbook(name).sheets():
+            rows = book.create_sheet(sheet.name)
+            for row in range(sheet.nrows):
+                rows.append([None if value == "" else value for value in sheet.row_values(row)])
+        packed = os.path.join(target, os.path.relpath(name, folder)) + "x"
+        os.makedirs(os.path.dirname(packed), exist_ok=True)
+        book.save(packed)
+
+
 def read(name):
     book = openpyxl.load_workbook(name, read_only=True)
     print(sum(value is not None for sheet in book
@@ -32,5 +50,7 @@ def read(name):
 if __name__ == "__main__":
     if sys.argv[1] == "make":
         make(sys.argv[2], int(sys.argv[3]), int(sys.argv[4]))
+    elif sys.argv[1] == "convert":
+        convert(sys.argv[2], sys.argv[3])
     else:
         read(sys.argv[2])
