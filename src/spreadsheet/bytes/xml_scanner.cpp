@@ -21,7 +21,6 @@ constexpr std::size_t kFewAttributes = 16;
 constexpr std::string_view kDeclares = "xmlns";
 
 constexpr const char* kRepeatedAttribute = "duplicate attribute";
-constexpr const char* kUnboundPrefix = "unbound prefix";
 constexpr const char* kBehindRoot = "junk after document element";
 
 // For names, which are short: a call would take longer than they do.
@@ -290,11 +289,10 @@ void XmlScanner::DeclareNamespaces() {
 
 void XmlScanner::ResolvePrefixes() {
   for (Prefixed& one : prefixed_) {
-    const XmlNamespaces::Meaning* const meaning = namespaces_.Find(one.name.Prefix());
-    if (meaning == nullptr) Fail(one.name.text.data(), kUnboundPrefix);
-    attributes_[one.attribute].name.space = meaning->letter;
-    one.uri = &meaning->uri;
-    names_size_ += meaning->uri.size();
+    const XmlNamespaces::Meaning& meaning = MeaningOf(one.name);
+    attributes_[one.attribute].name.space = meaning.letter;
+    one.uri = &meaning.uri;
+    names_size_ += meaning.uri.size();
   }
   if (names_size_ > kMostNamesAtLeast + kMostNamesPerByte * input_.Size()) RefuseLength();
 }
@@ -357,7 +355,7 @@ void XmlScanner::DecodeValues() {
     ResolvePrefixes();
   }
   if (attributes_.size() > 1) CheckRepeats();
-  const char space = name.prefix == 0 ? namespaces_.Default() : SpaceOf(name);
+  const char space = name.prefix == 0 ? namespaces_.Default() : MeaningOf(name).letter;
   if (depth_ > kDeepest) RefuseDepth();
   open_.push_back({name, space});
   open_names_size_ += name.text.size();
@@ -371,10 +369,10 @@ void XmlScanner::DecodeValues() {
   }
 }
 
-char XmlScanner::SpaceOf(const XmlRawName& name) {
+const XmlNamespaces::Meaning& XmlScanner::MeaningOf(const XmlRawName& name) {
   const XmlNamespaces::Meaning* const meaning = namespaces_.Find(name.Prefix());
-  if (meaning == nullptr) Fail(name.text.data(), kUnboundPrefix);
-  return meaning->letter;
+  if (meaning == nullptr) Fail(name.text.data(), "unbound prefix");
+  return *meaning;
 }
 
 [[gnu::always_inline]] inline void XmlScanner::End() {

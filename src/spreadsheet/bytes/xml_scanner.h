@@ -70,7 +70,7 @@ class XmlScanner : private XmlLexer {
   void CheckRepeats();
   bool IsRepeated(std::size_t attribute, std::size_t other) const;
   void DecodeValues();
-  char SpaceOf(const XmlRawName& name);
+  const XmlNamespaces::Meaning& MeaningOf(const XmlRawName& name);
   void Start(const XmlRawName& name);
   void End();
   void GiveText(std::string_view text, XmlPlace place, bool is_coded);
