@@ -59,6 +59,7 @@ class Recorder : public XmlHandler {
   explicit Recorder(unsigned choice) : choice_(choice) {}
 
   bool StartElement(const XmlElement& element) override {
+    TakeText();
     account.events += "\n<" + std::to_string(element.Depth());
     AddName(account, element.Name().space, element.Name().local);
     for (const XmlAttribute& attribute : element.Attributes()) {
@@ -71,16 +72,25 @@ class Recorder : public XmlHandler {
     return IsWanted(element.Name().local, element.Depth(), choice_);
   }
   void EndElement(const XmlName& name, int depth) override {
+    TakeText();
     account.events += "\n>" + std::to_string(depth);
     AddName(account, name.space, name.local);
     account.events += "\n|";
   }
-  void Text(std::string_view text) override { account.events += text; }
+  void Text(std::string_view text) override { text_.Append(text); }
+  void KeepText() override { text_.Keep(); }
 
   Account account;
 
  private:
+  // As late as a reader may.
+  void TakeText() {
+    account.events += text_.View();
+    text_.Clear();
+  }
+
   unsigned choice_;
+  XmlText text_;
 };
 
 Account Scan(std::string_view document, unsigned piece, unsigned choice) {
