@@ -35,6 +35,12 @@ constexpr int kSuccessIcon = 13;
 // Whether the output can be saved under that name when the work is done, and if not, why. A run may
 // take an hour: everything that can refuse the file is asked first, without leaving a trace.
 bool IsUsableOutput(const std::string& full_name, OutputKind kind, std::string& cause) {
+  // The name of a folder, where no name of a file is set.
+  if (full_name.empty() || full_name.ends_with(Platform().files->Separator())) {
+    cause =
+        "There is no file name. Set one under File > Options..., General Options, or by --output.";
+    return false;
+  }
   try {
     if (kind == OutputKind::kWorkbook) Platform().spreadsheet->CheckOutputName(full_name);
   } catch (const Error& error) {

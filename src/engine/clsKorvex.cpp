@@ -162,7 +162,8 @@ void clsKorvex::CheckStructure() {
   if (!structure_.Discrepancy()) return;
   TellAndFail(std::string("Please check structure settings before start.") + kLineBreak +
               kLineBreak + "File used for format check:" + kLineBreak + kLineBreak +
-              structure_.SampleFileUsed(true));
+                  structure_.SampleFileUsed(true),
+              MissingText(structure_.Missing()));
 }
 
 // Without alerts, neither deleting sheets nor saving over a file asks anybody.
@@ -311,8 +312,9 @@ void clsKorvex::ProcessFile(const std::string& path, const std::string& base_nam
         if (basSettings::ProcessingFiles()) {
           events_.ErrorMessage("Error while processing file " + FailedPath(path));
         }
-        // Told or reported by now, or a stop, of which nothing is to be told.
-        throw Error(stopped ? error_number::kUserInterrupt : error_number::kCannotPerform);
+        // A stop is told further up, in its own words. All else is told or reported by now.
+        if (stopped) throw;
+        throw Error(error_number::kCannotPerform);
       });
 }
 
@@ -412,7 +414,7 @@ void clsKorvex::AskWhetherToStop() {
   if (!stop_requested_) return;
   const std::string answer =
       ShowMessageBox("Stop Process?", {kStopButton, "Continue"}, kProgramTitle);
-  if (EqualText(answer, kStopButton)) throw Error(error_number::kUserInterrupt);
+  if (EqualText(answer, kStopButton)) throw Error(error_number::kUserInterrupt, kStopCause);
   // The answer holds until the user asks for a stop again.
   stop_requested_ = false;
 }

@@ -38,6 +38,9 @@ struct Problem {
   FindingPlace place;
 };
 
+// The cause of the problem that a stop by the user leaves.
+inline constexpr char kStopCause[] = "You stopped the run; no output was written.";
+
 // A column whose values belong to the keys: equal texts share one number. A key that has no value
 // in the column has the empty text.
 struct KeyedColumn {

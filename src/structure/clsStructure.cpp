@@ -7,8 +7,10 @@
 #include "files/basGeneral.h"
 #include "files/folder_listing.h"
 #include "files/stray_files.h"
+#include "platform/dialogs.h"
 #include "platform/error.h"
 #include "platform/services.h"
+#include "platform/shown_text.h"
 #include "settings/basSettings.h"
 #include "structure/basFuncs_workbooks.h"
 #include "text/text.h"
@@ -24,6 +26,16 @@ constexpr char kBadSample[] =
     "Problems occurred when opening a file to use as a sample for format settings. Please double "
     "click the folder or parent-folder you want to process, and make sure it has the files with a "
     "correct format in them.";
+
+// Appends one part of the sentence: what they are, and their names.
+void AddMissing(const char* what, const std::vector<std::string>& names, std::string& text) {
+  if (names.empty()) return;
+  text += (text.empty() ? "Missing: " : "; ") + std::string(what) +
+          (names.size() == 1 ? " column " : " columns ");
+  std::vector<std::string> quoted;
+  for (const std::string& name : names) quoted.push_back('"' + Shown(name) + '"');
+  text += Join(quoted, ", ");
+}
 
 // A setting can be edited by hand, so that a column may be named twice. The message says in which
 // setting.
@@ -47,6 +59,18 @@ std::vector<std::string> TextsOf(const std::optional<clsArray::Values>& values) 
 
 }  // namespace
 
+std::string MissingText(const MissingColumns& missing) {
+  std::string text;
+  AddMissing("key", missing.keys, text);
+  AddMissing("output", missing.outputs, text);
+  if (missing.data && !missing.data->empty()) AddMissing("data", {*missing.data}, text);
+  if (!text.empty()) text += '.';
+  if (missing.data && missing.data->empty()) {
+    text.append(text.empty() ? "" : " ").append("No data column is chosen.");
+  }
+  return text;
+}
+
 void clsStructure::Constructor(const std::string& path, const std::vector<std::string>& files,
                                Application* application, ListedFolders* folders) {
   ListedFolders own_folders;
@@ -60,6 +84,7 @@ void clsStructure::Constructor(const std::string& path, const std::vector<std::s
         available_columns_.RemoveAll();
         output_columns_.RemoveAll();
         key_columns_.RemoveAll();
+        missing_ = {};
         ChooseSample(path, files, *folders);
         if (application == nullptr) {
           started = Platform().spreadsheet->CreateApplication();
@@ -68,10 +93,12 @@ void clsStructure::Constructor(const std::string& path, const std::vector<std::s
         ReadSample(*application);
         sample_usable_ = true;
       },
-      [](const TrappedError& error) {
+      [&](const TrappedError& error) {
         if (error.IsTold()) return;
+        const std::string problem = SampleProblem();
         error.Report();
-        ShowMessageBox(kBadSample, {"OK"}, kProgramTitle);
+        Platform().dialogs->ShowButtons(
+            {.prompt = kBadSample, .buttons = {"OK"}, .title = kProgramTitle, .cause = problem});
       });
   // Whatever happened. An application that was passed belongs to the caller.
   QuitExcel(started);
@@ -87,13 +114,22 @@ void clsStructure::ChooseSample(const std::string& path, const std::vector<std::
     return;
   }
   const std::vector<std::string> sub_folders = folders.SubFolders(path);
-  if (!sub_folders.empty()) {
-    const std::string sub_folder = JoinPath(path, sub_folders.front());
-    const std::vector<std::string> names = folders.Workbooks(sub_folder);
-    if (!names.empty()) sample_file_ = JoinPath(sub_folder, names.front());
+  if (sub_folders.empty()) TellAndFail(kNoSample, Shown(path) + " has no sub-folder.");
+  const std::string sub_folder = JoinPath(path, sub_folders.front());
+  const std::vector<std::string> names = folders.Workbooks(sub_folder);
+  if (names.empty()) {
+    TellAndFail(kNoSample, "The sample is the first file of the first sub-folder, and " +
+                               Shown(sub_folder) + " holds none.");
   }
-  if (!TrimBlanks(sample_file_).empty()) return;
-  TellAndFail(kNoSample);
+  sample_file_ = JoinPath(sub_folder, names.front());
+}
+
+// Most errors name the file themselves, with or without its folder.
+std::string clsStructure::SampleProblem() const {
+  const std::string why = PendingError().Description();
+  const std::string name = Shown(SharedFileSys().GetFileTitle(sample_file_, false));
+  const bool is_named = name.empty() || why.find(name) != std::string::npos;
+  return is_named ? why : Shown(sample_file_) + ": " + why;
 }
 
 void clsStructure::ReadSample(Application& application) {
@@ -148,11 +184,13 @@ std::vector<std::string> clsStructure::OutputColsArray() {
     names.Remove(DataColumn());  // its values stand in the columns of the replications
     // A name that is left out keeps its position, so that the others stay where the user put them.
     std::int16_t position = 0;
+    missing_.outputs.clear();
     for (const std::string& name : names.Texts()) {
       ++position;
       if (available_columns_.Exists(name)) {
         AddColumn(output_columns_, name, position, "Output Columns");
       } else {
+        missing_.outputs.push_back(name);
         discrepancy_ = true;
       }
     }
@@ -162,10 +200,12 @@ std::vector<std::string> clsStructure::OutputColsArray() {
 
 std::vector<std::string> clsStructure::KeyColsArray() {
   if (key_columns_.Count() == 0) {
+    missing_.keys.clear();
     for (const std::string& name : basSettings::KeysColumns()) {
       if (available_columns_.Exists(name)) {
         AddColumn(key_columns_, name, available_columns_.Item(name), "Keys Columns");
       } else {
+        missing_.keys.push_back(name);
         discrepancy_ = true;
       }
     }
@@ -175,7 +215,11 @@ std::vector<std::string> clsStructure::KeyColsArray() {
 
 std::string clsStructure::DataColumn() {
   std::string name = basSettings::DataColumn();
-  if (!available_columns_.Exists(name)) discrepancy_ = true;
+  missing_.data.reset();
+  if (!available_columns_.Exists(name)) {
+    missing_.data = name;
+    discrepancy_ = true;
+  }
   return name;
 }
 

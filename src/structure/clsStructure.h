@@ -22,6 +22,16 @@ inline constexpr char kDateColumn[] = "Date";
 inline constexpr char kDayNumColumn[] = "day_num";
 inline constexpr std::int16_t kPseudoColumn = -1;
 
+// Configured columns that a workbook does not offer, as the settings name them.
+struct MissingColumns {
+  std::vector<std::string> keys;
+  std::vector<std::string> outputs;
+  std::optional<std::string> data;  // empty when none is configured
+};
+
+// "Missing: key columns "batch", "run"; data column "OD"." for the user; empty when nothing is.
+std::string MissingText(const MissingColumns& missing);
+
 // The user's choice of columns lives in the settings; what is available is read from the header row
 // of a workbook. Column names ignore letter case. Column numbers and positions are one-based.
 class clsStructure {
@@ -63,6 +73,8 @@ class clsStructure {
 
   // Whether a configured key, output or data column turned out not to be available.
   bool Discrepancy() const { return discrepancy_; }
+  // Which they were when the lists were last built from the settings.
+  const MissingColumns& Missing() const { return missing_; }
   // Whether the Constructor could read its sample to the end.
   bool SampleUsable() const { return sample_usable_; }
   // Full path of the sample; with `short_name` its display path.
@@ -74,10 +86,13 @@ class clsStructure {
   void ChooseSample(const std::string& path, const std::vector<std::string>& files,
                     ListedFolders& folders);
   void ReadSample(Application& application);
+  // What could not be used as a sample, and why.
+  std::string SampleProblem() const;
 
   Columns available_columns_;
   Columns output_columns_;
   Columns key_columns_;
+  MissingColumns missing_;
   std::string sample_file_;
   int header_row_ = 0;
   bool discrepancy_ = false;

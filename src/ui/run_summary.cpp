@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/error.h"
 #include "text/text.h"
 #include "text/utf8.h"
 
@@ -113,8 +112,7 @@ std::vector<Problem> ProblemsOf(const RunRecord& record) {
   std::vector<Problem> problems = record.problems;
   if (record.outcome == RunRecord::Outcome::kStopped) {
     std::erase_if(problems, [](const Problem& problem) {
-      const std::string stop = StandardErrorText(error_number::kUserInterrupt);
-      return problem.text == stop || problem.cause == stop;
+      return problem.text == kStopCause || problem.cause == kStopCause;
     });
   }
   return problems;

@@ -132,6 +132,7 @@ refused "Please check structure settings before start.
 File used for format check:
 
 $(shown "Set 1 kinase inhibitors/KIN01-1-1.xls")" 0
+check "names the column" told 'Cause: Missing: key column "plate".'
 
 start "no replication number"
 cp "$first/KIN01-1-1.xls" "$first/KIN03-1-one.xls"

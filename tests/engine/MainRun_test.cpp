@@ -54,7 +54,8 @@ TEST_F(MainRunTest, RefusesWhatCannotBeRun) {
       {no_output, "denied", [&] { set("Output File", "denied.xls"); }},
       {no_output, "kept by its folder", [&] { set("Output File", "kept by its folder.xls"); }},
       {no_output, "named like .ods", [&] { set("Output File", "all.ods"); }},
-      {no_output, "", [&] { set("Output File", ""); }},
+      {no_output, "no file name. Set one under File > Options..., General Options",
+       [&] { set("Output File", ""); }},
       {"\"Form1.MainRun\"", "/data/screen", [&] { files.Remove(campaign.folder); }},
       {"Please select at least one file to process.", "",
        [&] {

@@ -287,7 +287,7 @@ TEST_F(Engine, StopsBeforeTheNextFileIsReadOnceThatIsConfirmed) {
   EXPECT_FALSE(engine->Running());
   EXPECT_THAT(Told(), StartsWith("Stop Process?; "));
   EXPECT_THAT(Told(), HasSubstr("\"frmMain.ProcessFolders\"."));
-  EXPECT_THAT(Told(), EndsWith("User interrupt occurred"));
+  EXPECT_THAT(Told(), EndsWith("You stopped the run; no output was written."));
   EXPECT_EQ(view.calls.back(), "Error while processing folder /.../screen/a");
   EXPECT_FALSE(campaign.HasOutput());
 

@@ -82,18 +82,32 @@ TEST_F(Structure, NoticesEveryConfiguredColumnThatTheSampleLacks) {
     const char* condition;
     std::vector<std::string> keys, outputs;
     const char* data_column;
-    bool discrepancy;
+    std::string missing;
   } cases[] = {
-      {"all are there", {"compound ID"}, {"plate", "delta od", "compound ID"}, "Delta OD", false},
-      {"key column", {"compound ID", "Batch"}, {"plate", "compound ID"}, "Delta OD", true},
-      {"data column", {"compound ID"}, {"plate", "compound ID"}, "Absorbance", true},
+      {"all are there", {"compound ID"}, {"plate", "delta od", "compound ID"}, "Delta OD", ""},
+      {"key columns",
+       {"compound ID", "Batch", "Run\n1"},
+       {"plate", "compound ID"},
+       "Delta OD",
+       "Missing: key columns \"Batch\", \"Run\\n1\"."},
+      {"data column",
+       {"compound ID"},
+       {"plate", "Dose", "compound ID"},
+       "Absorbance",
+       "Missing: output column \"Dose\"; data column \"Absorbance\"."},
+      {"no data column",
+       {"compound ID"},
+       {"plate", "compound ID"},
+       "",
+       "No data column is chosen."},
   };
   for (const auto& c : cases) {
     campaign.SetKeys(c.keys);
     campaign.SetOutputs(c.outputs);
     campaign.Set("File Structure", "Data Column", c.data_column);
     Construct();
-    EXPECT_EQ(structure.Discrepancy(), c.discrepancy) << c.condition;
+    EXPECT_EQ(structure.Discrepancy(), !c.missing.empty()) << c.condition;
+    EXPECT_EQ(MissingText(structure.Missing()), c.missing);
     EXPECT_THAT(structure.KeyColsArray(), ElementsAre("compound ID")) << c.condition;
     EXPECT_THAT(structure.OutputColsArray(), ElementsAre("plate", "compound ID")) << c.condition;
   }
@@ -107,6 +121,7 @@ TEST_F(Structure, ReportsASampleThatCannotBeUsed) {
               ElementsAre("No file could be used in order to determine structure of file. Please "
                           "make sure you have files in all sub-folders of chosen processing "
                           "folder."));
+  EXPECT_EQ(campaign.platform.dialogs.buttons.back().cause, "/data/screen has no sub-folder.");
   const TestSheet samples[] = {{"data", {{1, 2}, {3, 4}}},
                                {"data", {{"#", "Well", "WELL"}}},
                                {"data", {{"#", "DATE"}}},
@@ -118,6 +133,7 @@ TEST_F(Structure, ReportsASampleThatCannotBeUsed) {
     EXPECT_THAT(Messages(),
                 ElementsAre(HasSubstr("\"clsStructure.Constructor\""),
                             HasSubstr("opening a file to use as a sample for format settings")));
+    EXPECT_THAT(campaign.platform.dialogs.buttons.back().cause, HasSubstr("P-1-1.xls"));
     EXPECT_EQ(campaign.spreadsheet.running, 0);
     EXPECT_FALSE(structure.Discrepancy() || structure.SampleUsable());
   }

@@ -247,8 +247,8 @@ TEST(RunSummary, TellsWhatWasFoundInAFewLines) {
   }
   // The stop itself is no problem of the data.
   RunRecord stopped = Record(kStopped, true, 0, 0);
-  stopped.problems.push_back({"An error occurred", "User interrupt occurred", {}});
-  stopped.problems.push_back({"User interrupt occurred", "", {}});
+  stopped.problems.push_back({"An error occurred", kStopCause, {}});
+  stopped.problems.push_back({kStopCause, "", {}});
   EXPECT_EQ(Summary(stopped).text, cases[6].text);
   // Every row of a file can have the same problem.
   RunRecord alike = Record(kChecked, true, 2, 0);
