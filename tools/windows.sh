@@ -126,11 +126,13 @@ build_newest() (
   [ "$version" = "$2" ] || echo "$version" >"$(library_folder "$1" "$2").instead"
 )
 
-# build_library PACKAGE: builds it once; its folder in $library_folder. What is used instead of a
-# version that is not to be had is said each time; that version is asked for again after a day.
+# build_library PACKAGE: builds it once; its folder in $library_folder, the version of its source in
+# $library_version. What is used instead of a version that is not to be had is said each time; that version
+# is asked for again after a day.
 build_library() {
-  local wanted version instead
+  local wanted instead
   wanted=$(wanted_version "$1")
+  library_version=$wanted
   library_folder=$(library_folder "$1" "$wanted")
   instead=$library_folder.instead
   if [ ! -d "$library_folder" ]; then
@@ -140,9 +142,9 @@ build_library() {
       build_newest "$1" "$wanted"
     fi
     if [ ! -d "$library_folder" ]; then
-      version=$(<"$instead")
-      library_folder=$(library_folder "$1" "$version")
-      echo "The Windows programs hold $1 $version: the source of $wanted is not to be had." >&2
+      library_version=$(<"$instead")
+      library_folder=$(library_folder "$1" "$library_version")
+      echo "The Windows programs hold $1 $library_version: the source of $wanted is not to be had." >&2
     fi
   fi
 }
@@ -150,18 +152,20 @@ build_library() {
 # build_windows ROOT TESTS: installs what is missing and builds the Windows programs in
 # ROOT/build-windows, with or without the tests (ON or OFF).
 build_windows() {
-  local root=$1 library library_folder folders=
+  local root=$1 library library_folder library_version folders='' versions=''
   install_missing "${WINDOWS_PACKAGES[@]}"
   # The one that takes some ten minutes on two cores comes first.
   for library in "${WINDOWS_LIBRARIES[@]}"; do
     build_library "$library"
     folders+=";$library_folder"
+    versions+="$library $library_version $library_folder"$'\n'
   done
   # What was configured with other libraries would keep them.
   grep -qxF "WINDOWS_LIBRARIES:UNINITIALIZED=${folders#;}" "$root/build-windows/CMakeCache.txt" \
     2>/dev/null || rm -f "$root/build-windows"/{CMakeCache.txt,build.ninja}
   configure "$root" mingw build-windows "$2" -DWINDOWS_LIBRARIES="${folders#;}"
   build "$root/build-windows" all
+  printf %s "$versions" >"$root/build-windows/libraries.txt" # for tools/make-sbom
 }
 
 # test_windows ROOT [CTEST ARGS…]: one display for all of Wine's windows.
