@@ -53,6 +53,8 @@ VIAddVersionKey LegalCopyright ""
 !insertmacro MUI_UNPAGE_INSTFILES
 !insertmacro MUI_LANGUAGE "English"
 
+!define OPEN_WITH "Software\Classes\Directory\shell\KORVEX"
+
 ; For all users: the start menu, and the registry under SHCTX, become those of the machine. What is
 ; started here needs an administrator; where this user is none (yet), PROGRAM is started as one with
 ; PARAMETERS, and its exit status is ours. "/Elevated" in them keeps it from asking for ever.
@@ -187,6 +189,10 @@ Section
   CreateShortCut "$SMPROGRAMS\KORVEX\KORVEX manual.lnk" "$INSTDIR\bin\Help\korvex.html"
   CreateShortCut "$SMPROGRAMS\KORVEX\KORVEX samples.lnk" "$INSTDIR\samples"
 
+  WriteRegStr SHCTX "${OPEN_WITH}" "" "Open with KORVEX"
+  WriteRegStr SHCTX "${OPEN_WITH}" Icon "$INSTDIR\bin\korvex.exe"
+  WriteRegStr SHCTX "${OPEN_WITH}\command" "" '"$INSTDIR\bin\korvex.exe" "%1"'
+
   WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayName "KORVEX"
   WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayVersion "${VERSION}"
   WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayIcon "$INSTDIR\bin\korvex.exe"
@@ -212,5 +218,6 @@ Section Uninstall
   Delete "$SMPROGRAMS\KORVEX\KORVEX manual.lnk"
   Delete "$SMPROGRAMS\KORVEX\KORVEX samples.lnk"
   RMDir "$SMPROGRAMS\KORVEX"
+  DeleteRegKey SHCTX "${OPEN_WITH}"
   DeleteRegKey SHCTX "${UNINSTALL_KEY}"
 SectionEnd

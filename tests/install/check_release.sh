@@ -184,7 +184,7 @@ local_data=$(echo "$WINEPREFIX"/drive_c/users/*/AppData/Local | tr ' ' '\n' | gr
 in_registry() { # HIVE PATTERN: how many lines have it
   grep -cE "$2" "$WINEPREFIX/$1.reg"
 }
-entries='^\[Software.*Uninstall\\\\KORVEX' # of what is registered
+entries='^\[Software.*(Uninstall|shell)\\\\KORVEX' # of what is registered
 # installs WHOM HIVE HOME START_MENU OPTIONS...: what the installer leaves, and its uninstaller.
 installs() {
   local whom=$1 hive=$2 home=$3 menu=$4 before other=system
@@ -198,6 +198,8 @@ installs() {
   check "$whom: start menu" [ -s "$menu/KORVEX/KORVEX.lnk" ]
   check "$whom: window" [ "$(wine "$home/bin/korvex.exe" --version | tr -d '\r')" = "korvex $version" ]
   check "$whom: registered" [ "$(in_registry "$hive" "^\"DisplayVersion\"=\"$version\"")" = 1 ]
+  check "$whom: opens folders" \
+    [ "$(in_registry "$hive" '^@=.*\\KORVEX\\\\bin\\\\korvex.exe\\" \\"%1\\""')" = 1 ]
   check "$whom: registered for them alone" [ "$(in_registry "$other" "$entries")" = 0 ]
   converts "$home/bin" "$home/samples"
   rm "$home/samples/campaign/campaign.xls"
