@@ -68,8 +68,9 @@ def check_winget(dist):
         check_fields("installer", one, INSTALLER)
         check("digest of the installer", one["InstallerSha256"].lower() == digest(setup, "sha256"))
         check("address of the installer", one["InstallerUrl"].endswith("/" + setup.split("/")[-1]))
-        check("switches", one.get("InstallerSwitches", {}) == ({"Custom": "/AllUsers"} if one["Scope"] == "machine" else {}))
-    check("for one user and for all", {one["Scope"] for one in installer["Installers"]} == {"user", "machine"})
+    check("for one user and for all",
+          [(one["Scope"], one.get("InstallerSwitches")) for one in installer["Installers"]] ==
+          [("user", None), ("machine", {"Custom": "/AllUsers"})])
     check("responses", {code["ReturnResponse"] for code in installer["ExpectedReturnCodes"]} <= RESPONSES)
 
 
@@ -86,12 +87,15 @@ def check_bill(dist, programs):
     check("each has a name of its own", len(known) == len(set(known)))
     check("names", all(re.fullmatch(r"SPDXRef-[A-Za-z0-9.-]+", name) for name in known))
     for relation in bill["relationships"]:
-        check(f"both ends of {relation}", {relation["spdxElementId"], relation["relatedSpdxElement"]} <= set(known))
+        check(f"both ends of {relation}",
+              {relation["spdxElementId"], relation["relatedSpdxElement"]} <= set(known))
     for package in bill["packages"]:
-        check_fields(package["name"], package, {"downloadLocation": ".+", "versionInfo": r"\d.*",
-                                                "licenseDeclared": "(?!NOASSERTION).+", "supplier": "Organization: .+"})
+        check_fields(package["name"], package, {
+            "downloadLocation": ".+", "versionInfo": r"\d.*", "licenseDeclared": "(?!NOASSERTION).+",
+            "supplier": "Organization: .+"})
     for file in bill["files"]:
-        check(f"digests of {file['fileName']}", [one["algorithm"] for one in file["checksums"]] == ["SHA1", "SHA256"])
+        check(f"digests of {file['fileName']}",
+              [one["algorithm"] for one in file["checksums"]] == ["SHA1", "SHA256"])
 
     # Against what is handed out.
     versions = {package["name"]: package["versionInfo"] for package in bill["packages"]}
@@ -99,13 +103,14 @@ def check_bill(dist, programs):
         text = notices.read()
     for name in versions:
         check(f"NOTICES.txt names {name}", name in text)
-    held = {program: {relation["relatedSpdxElement"].replace("SPDXRef-Package-", "")
-                      for relation in bill["relationships"] if relation["relationshipType"] == "STATIC_LINK" and
-                      relation["spdxElementId"] == f"SPDXRef-File-{program}.exe"}
-            for program in ("korvex", "korvex-convert", "workbook-dump")}
+    held = {"korvex": set(), "korvex-convert": set(), "workbook-dump": set()}
+    for relation in bill["relationships"]:
+        if relation["relationshipType"] == "STATIC_LINK":
+            program = relation["spdxElementId"].removeprefix("SPDXRef-File-").removesuffix(".exe")
+            held[program].add(relation["relatedSpdxElement"].removeprefix("SPDXRef-Package-"))
     every = {"GCC", "mingw-w64", "zlib", "libdeflate"}
-    check(f"libraries: {held}", held == {"korvex": every | {"wxWidgets"}, "korvex-convert": every | {"CLI11"},
-                                         "workbook-dump": every})
+    check(f"libraries: {held}", held == {
+        "korvex": every | {"wxWidgets"}, "korvex-convert": every | {"CLI11"}, "workbook-dump": every})
     for program in held:
         (file,) = [file for file in bill["files"] if file["fileName"] == f"./{program}.exe"]
         check(f"digest of {program}", file["checksums"][1]["checksumValue"] ==
