@@ -96,6 +96,10 @@ Error AutomationError(HRESULT result, std::string_view member) {
                                                 ResultText(result) +
                                                 ". The next run starts it again.");
   }
+  if (result == RPC_E_CALL_CANCELED) {
+    return Error(error_number::kAutomation, "The spreadsheet application did not answer" + step +
+                                                ", and was given up when the run was to stop.");
+  }
   return Error(OwnNumber(ErrorNumber(result)),
                "The spreadsheet application failed" + step + ": " + ResultText(result) + ".");
 }

@@ -18,6 +18,12 @@ std::string CellName(CellAddress cell) {
   return ColumnLetters(cell.column) + std::to_string(cell.row);
 }
 
+// The days that the application has dates for: up to the end of the year 9999. What COM means by a
+// negative date is another one.
+bool IsDateOfCells(double serial) {
+  return serial >= 0 && serial < 2'958'466;
+}
+
 constexpr int kFirstCellError = 2000;
 constexpr int kLargestErrorCode = 255;
 constexpr int kValueError = 15;  // #VALUE!
@@ -130,7 +136,8 @@ ComValue ComValueOf(const CellValue& cell) {
       return ComValue(cell.number);
     case CellKind::kDate:
     case CellKind::kElapsed:
-      return ComValue::Date(cell.number);
+      // As a number it has the right value, though not the format.
+      return IsDateOfCells(cell.number) ? ComValue::Date(cell.number) : ComValue(cell.number);
     case CellKind::kBoolean:
       return ComValue(cell.number != 0);
     case CellKind::kError:

@@ -31,8 +31,8 @@ std::vector<VARIANTARG> InCallOrder(const std::vector<ComValue>& positional,
 
 }  // namespace
 
-Dispatch::Dispatch(IDispatch* object, Milliseconds patience)
-    : object_(object), patience_(patience) {}
+Dispatch::Dispatch(IDispatch* object, Milliseconds patience, CallWatch* watch)
+    : object_(object), patience_(patience), watch_(watch) {}
 
 ComValue Dispatch::Get(const wchar_t* property, const std::vector<ComValue>& arguments) const {
   // Some applications declare a property with arguments as a method, or a method as a property.
@@ -68,16 +68,21 @@ Dispatch Dispatch::ObjectFrom(const ComValue& answer) const {
     }
   }
   if (object == nullptr) throw Error(error_number::kObjectNotSet);
-  return Dispatch(object, patience_);
+  return Dispatch(object, patience_, watch_);
 }
 
 template <class Attempt>
 HRESULT Dispatch::Patiently(Attempt&& attempt) const {
   const auto start = std::chrono::steady_clock::now();
   for (Milliseconds pause = kFirstPause;; pause = std::min(pause * 2, kLongestPause)) {
-    const HRESULT result = attempt();
+    HRESULT result;
+    {
+      const CallWatch::Call watched(watch_);
+      result = attempt();
+    }
     // An application in which somebody edits a cell, or that shows a box, rejects every call.
     if (!IsBusy(result) || std::chrono::steady_clock::now() - start >= patience_) return result;
+    if (watch_ != nullptr && watch_->GivesUp(start)) return result;
     std::this_thread::sleep_for(pause);
   }
 }

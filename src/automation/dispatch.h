@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "automation/call_watch.h"
 #include "automation/com_value.h"
 
 namespace korvex {
@@ -20,15 +21,19 @@ struct NamedArgument {
 //     something else in this program, and refusals without a number, are error 1004;
 //   - an index or name that a collection lacks is error 9, a member that the object lacks is 438;
 //   - a program that has ended is error 1004, which says so;
-//   - a program that is busy is asked again for as long as the patience lasts; then error 1004.
+//   - a program that is busy is asked again for as long as the patience lasts; then error 1004;
+//   - a call that the watch gives up is error 1004.
 class Dispatch {
  public:
   using Milliseconds = std::chrono::milliseconds;
-  static constexpr Milliseconds kPatience = std::chrono::seconds(30);
+  // An application that has just been started may reject calls for most of a minute.
+  static constexpr Milliseconds kPatience = std::chrono::seconds(60);
 
   Dispatch() = default;
-  // Takes over the reference. Objects that this one answers with inherit its patience.
-  explicit Dispatch(IDispatch* object, Milliseconds patience = kPatience);
+  // Takes over the reference. Objects that this one answers with inherit its patience and its
+  // watch, which must outlive them.
+  explicit Dispatch(IDispatch* object, Milliseconds patience = kPatience,
+                    CallWatch* watch = nullptr);
 
   // Arguments go by their position, from the first one on.
   ComValue Get(const wchar_t* property, const std::vector<ComValue>& arguments = {}) const;
@@ -54,6 +59,7 @@ class Dispatch {
 
   std::unique_ptr<IDispatch, Release> object_;
   Milliseconds patience_ = kPatience;
+  CallWatch* watch_ = nullptr;
 };
 
 }  // namespace korvex

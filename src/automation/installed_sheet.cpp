@@ -16,7 +16,8 @@ namespace korvex {
 namespace {
 
 // For reading.
-constexpr int kLastCellType = 11;                // of SpecialCells
+constexpr int kLastCellType = 11;  // of SpecialCells
+constexpr int kVisibleSheet = -1;
 constexpr int kCellsPerCall = 1 << 20;           // 24 bytes each
 constexpr std::int64_t kMostCells = 64LL << 20;  // all rows of an .xlsx sheet, 64 columns wide
 
@@ -63,7 +64,8 @@ int InstalledSheet::Index() const {
 }
 
 void InstalledSheet::Activate() {
-  sheet_.Call(L"Activate");
+  // The application refuses to activate a hidden sheet, but lets it be read.
+  if (sheet_.Get(L"Visible").Integer() == kVisibleSheet) sheet_.Call(L"Activate");
 }
 
 void InstalledSheet::Delete() {
@@ -89,16 +91,18 @@ CellAddress InstalledInputSheet::LastCell() const {
 }
 
 CellAddress InstalledInputSheet::FindLastCell() const {
-  try {
+  const Dispatch used = Object().Object(L"UsedRange");
+  CellAddress last = AddressOf(used);
+  last.row += used.Object(L"Rows").Get(L"Count").Integer() - 1;
+  last.column += used.Object(L"Columns").Get(L"Count").Integer() - 1;
+  // SpecialCells fails on a protected sheet, and can end too early where a filter hides rows.
+  Attempt([&] {
     const Dispatch cells = Object().Object(L"Cells");
-    return AddressOf(cells.ObjectFrom(cells.Call(L"SpecialCells", {kLastCellType})));
-  } catch (const Error&) {
-    // SpecialCells fails on a protected sheet; UsedRange ends in the same cell.
-    const Dispatch used = Object().Object(L"UsedRange");
-    const CellAddress first = AddressOf(used);
-    return {first.row + used.Object(L"Rows").Get(L"Count").Integer() - 1,
-            first.column + used.Object(L"Columns").Get(L"Count").Integer() - 1};
-  }
+    const CellAddress found =
+        AddressOf(cells.ObjectFrom(cells.Call(L"SpecialCells", {kLastCellType})));
+    last = {std::max(last.row, found.row), std::max(last.column, found.column)};
+  });
+  return last;
 }
 
 const CellTable& InstalledInputSheet::Cells() const {
@@ -125,9 +129,17 @@ const CellTable& InstalledInputSheet::Cells() const {
 
 void InstalledInputSheet::Fetch(CellAddress first, CellAddress last, CellTable& cells) const {
   const Dispatch range = Object().Object(L"Range", {RangeAddress(first, last)});
-  const ComValue values = range.Get(L"Value");
-  const GridView grid(values);
   // Value gives dates as dates but rounds currency; Value2 gives both as plain numbers.
+  ComValue values;
+  if (!Attempt([&] { values = range.Get(L"Value"); })) {
+    // It fails for dates that COM has none for. An application that has ended fails here, too.
+    values = range.Get(L"Value2");
+    if (first != last) {
+      FetchHalves(first, last, cells);
+      return;
+    }
+  }
+  const GridView grid(values);
   const ComValue exact_values = grid.HoldsCurrency() ? range.Get(L"Value2") : ComValue();
   const GridView exact(exact_values);
   std::string text;
@@ -138,6 +150,21 @@ void InstalledInputSheet::Fetch(CellAddress first, CellAddress last, CellTable& 
       cells.Put(first.row + row, first.column + column, cell);
     }
   }
+}
+
+// Down to the single cells that are to blame: the dates in the others stay dates.
+void InstalledInputSheet::FetchHalves(CellAddress first, CellAddress last, CellTable& cells) const {
+  CellAddress end = last;     // of the first half
+  CellAddress begin = first;  // of the second one
+  if (first.row < last.row) {
+    end.row = first.row + (last.row - first.row) / 2;
+    begin.row = end.row + 1;
+  } else {
+    end.column = first.column + (last.column - first.column) / 2;
+    begin.column = end.column + 1;
+  }
+  Fetch(first, end, cells);
+  Fetch(begin, last, cells);
 }
 
 void InstalledInputSheet::SetValue(int, int, const CellValue&) {

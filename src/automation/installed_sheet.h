@@ -57,8 +57,9 @@ class InstalledInputSheet : public InstalledSheet {
  private:
   // All cells, fetched when they are first needed. Error 1004 when there are too many to hold.
   const CellTable& Cells() const;
-  // Puts the cells from `first` to `last` into `cells`, by one call.
+  // Puts the cells from `first` to `last` into `cells`, by one call where their values let it.
   void Fetch(CellAddress first, CellAddress last, CellTable& cells) const;
+  void FetchHalves(CellAddress first, CellAddress last, CellTable& cells) const;
   // The bottom right corner of what the application takes for used, formats included.
   CellAddress FindLastCell() const;
   [[noreturn]] void RefuseChange() const;

@@ -1,16 +1,57 @@
 #include "automation/installed_workbook.h"
 
+#include <chrono>
+#include <cstddef>
 #include <memory>
+#include <thread>
 #include <utility>
 
 #include "automation/installed_application.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
+#include "platform/windows/wide_text.h"
 #include "text/text.h"
 #include "workbook/delimited_writer.h"
 #include "workbook/output_rules.h"
 
 namespace korvex {
+namespace {
+
+constexpr wchar_t kScratchPrefix[] = L"korvex-";
+
+// Virus scanners hold a new file for a moment. More than a moment would keep a user from what is
+// wrong.
+constexpr std::chrono::seconds kScratchPatience{2};
+constexpr std::chrono::milliseconds kScratchPause{250};
+
+// Repeats `step` while it fails within that time.
+template <class Step>
+void Persistently(Step step) {
+  const auto start = std::chrono::steady_clock::now();
+  for (;;) {
+    try {
+      return step();
+    } catch (const Error&) {
+      if (std::chrono::steady_clock::now() - start >= kScratchPatience) throw;
+    }
+    std::this_thread::sleep_for(kScratchPause);
+  }
+}
+
+}  // namespace
+
+ScratchFile::ScratchFile(FileSystem& files, const std::string& folder, std::string_view ending)
+    : files_(files),
+      name_(kScratchPrefix, ToWide(ending)),
+      full_name_(folder + files.Separator() + FromWide(name_.Text())) {}
+
+ScratchFile::~ScratchFile() {
+  Attempt([&] { files_.DeleteFile(full_name_); });
+}
+
+void ScratchFile::RemoveLeftovers(const std::string& folder) {
+  korvex::RemoveLeftovers(ToWide(folder) + L"\\", kScratchPrefix);
+}
 
 InstalledWorkbook::InstalledWorkbook(InstalledApplication& application, Dispatch workbook,
                                      std::string full_name, const OutputFormat& format)
@@ -76,7 +117,6 @@ void InstalledWorkbook::SaveAs(const std::string& full_name) {
   Save(full_name, false);
 }
 
-// The application replaces files without asking: check for one just before it saves.
 void InstalledWorkbook::SaveAsNew(const std::string& full_name) {
   Save(full_name, true);
 }
@@ -89,27 +129,57 @@ void InstalledWorkbook::Save(const std::string& full_name, bool as_new) {
     CheckOutputTarget(files, target, application_.Inputs());
     // The name given now decides, not the one that the workbook was added with.
     const OutputFormat& format = OutputFormatOf(target);
+    const std::unique_ptr<ReplacementFile> file = files.Replace(target);
     if (format.separator != 0) {
-      const std::unique_ptr<ReplacementFile> file = files.Replace(target);
       WriteDelimited(*this, format, *file);
-      as_new ? file->CommitAsNew() : file->Commit();
     } else {
       for (const auto& sheet : sheets_) {
         // The cells were checked against the first name's format; this one may hold fewer.
         if (!is_input_) CheckOutputPlace(format, sheet->LastCell());
         sheet->Upload();
       }
-      // As late as possible: another program may have created the file during the upload.
-      if (as_new && files.FileExists(target)) {
-        throw Error(error_number::kFileExists);
-      }
-      workbook_.CallNamed(
-          L"SaveAs", {{L"Filename", target}, {L"FileFormat", application_.FormatNumber(format)}});
+      SaveScratch(format);
+      std::vector<std::byte> bytes;
+      Persistently([&] { files.ReadFile(scratch_->FullName(), bytes); });
+      file->Write(bytes);
     }
+    as_new ? file->CommitAsNew() : file->Commit();
   } catch (const Error& error) {
     throw SaveFailure(target, error);
   }
   full_name_ = target;
+}
+
+void InstalledWorkbook::TrySaving() {
+  try {
+    // It would show what .xls cannot hold in a window that nobody sees.
+    workbook_.Put(L"CheckCompatibility", false);
+  } catch (const Error& error) {
+    // Old versions do not have the property.
+    if (error.Number() != error_number::kNoSuchMember) throw;
+  }
+  if (format_.separator != 0) return;
+  try {
+    SaveScratch(format_);
+  } catch (const Error& error) {
+    throw Error(error_number::kAutomation,
+                "The installed spreadsheet application cannot save " + std::string(format_.ending) +
+                    " workbooks: " + error.Description(),
+                error.Source());
+  }
+}
+
+// Under a name that no other save has had, and with an ending: the application appends ".xls" to a
+// name without one.
+void InstalledWorkbook::SaveScratch(const OutputFormat& format) {
+  const int number = application_.FormatNumber(format);
+  Persistently([&] {
+    auto scratch = std::make_unique<ScratchFile>(application_.Files(), application_.ScratchFolder(),
+                                                 format.ending);
+    workbook_.CallNamed(L"SaveAs", {{L"Filename", scratch->FullName()}, {L"FileFormat", number}});
+    // Deletes the former one, which the application has left.
+    scratch_ = std::move(scratch);
+  });
 }
 
 void InstalledWorkbook::Close() {

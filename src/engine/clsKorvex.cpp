@@ -206,7 +206,7 @@ void clsKorvex::ProcessSubFolders() {
   record_.input_count = names.size();
   if (table != nullptr) Step([&] { table->CheckReplicationsAhead(names); });
   outputs_.BeginLongForm(*application_, SheetName(), paths);
-  application_->Expect(paths, kDataSheetName);
+  Step([&] { application_->Expect(paths, kDataSheetName); });
   for (const std::string& sub_folder : sub_folders) {
     ++current_folder_;
     place_ = {};
@@ -251,7 +251,7 @@ void clsKorvex::ProcessSelectedFiles() {
   record_.input_count = names.size();
   if (table != nullptr) Step([&] { table->CheckReplicationsAhead(names); });
   outputs_.BeginLongForm(*application_, SheetName(), files_);
-  application_->Expect(files_, kDataSheetName);
+  Step([&] { application_->Expect(files_, kDataSheetName); });
   Step([&] { ProcessFiles(files_); });
 }
 

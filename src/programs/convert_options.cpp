@@ -128,7 +128,7 @@ void Describe(CLI::App& app, ConvertOptions& options) {
       ->type_name("FILE");
   app.add_option("--spreadsheet", options.spreadsheet,
                  "Spreadsheet application: embedded or installed; without it the installed one, "
-                 "where there is one")
+                 "where there is one and a desktop for it")
       ->type_name("NAME")
       ->check(CLI::IsMember({kEmbedded, kInstalled}));
   app.add_flag("--save-settings", options.save_settings,

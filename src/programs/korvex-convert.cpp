@@ -258,7 +258,8 @@ int Main(const ConvertOptions& options) {
   Services services = native.Provided();
   const FileSystem& files = *services.files;
   OverlaySettingsStore settings(*services.settings);
-  SpreadsheetChoice spreadsheets(*services.files, options.jobs);
+  SpreadsheetChoice spreadsheets(*services.files, options.jobs,
+                                 [&] { return terminal->IsInterrupted(); });
   ConsoleDialogs dialogs(*terminal, line);
   ConsoleMessageLoop message_loop(*terminal, [&] { run.Stop(); });
   CommandLine command_line;

@@ -68,6 +68,9 @@ class Workbook {
   virtual void Close() = 0;
 };
 
+// Workbooks that are encrypted with this password open without asking for one.
+inline constexpr char kDefaultPassword[] = "VelvetSweatshop";
+
 struct OpenOptions {
   bool read_only = false;
   bool ignore_read_only_recommended = false;
@@ -86,8 +89,9 @@ class Application {
   // of the name cannot hold. A name that no workbook can be saved under is refused.
   virtual Workbook& AddWorkbook(const std::string& full_name) = 0;
   virtual Workbook& OpenWorkbook(const std::string& full_name, const OpenOptions& options) = 0;
-  // A hint: these workbooks will be opened next, in this order, and of each the worksheet of that
-  // name will be read. An application may do nothing with it.
+  // These workbooks will be opened next, in this order, and of each the worksheet of that name will
+  // be read. An application refuses those that it cannot open by their names; else it may do
+  // nothing.
   virtual void Expect(const std::vector<std::string>& full_names, const std::string& sheet) {
     static_cast<void>(full_names);
     static_cast<void>(sheet);

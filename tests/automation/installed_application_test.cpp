@@ -5,6 +5,9 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <utility>
+
 #include "structure/basFuncs_workbooks.h"
 #include "tests/automation/server/scripted_application.h"
 #include "tests/support/errors.h"
@@ -23,12 +26,14 @@ CellValue T(std::string_view text) {
 
 using Rows = std::vector<std::vector<TestCell>>;
 
+constexpr char kScratch[] = "C:\\scratch";
 constexpr char kOutput[] = "C:\\plates\\out.xls";
 
 class InstalledApplicationTest : public testing::Test {
  protected:
   InstalledApplicationTest() {
     files.AddFolder("C:\\plates");
+    files.AddFolder(kScratch);
     Start(Dispatch::kPatience);
   }
   ~InstalledApplicationTest() override {
@@ -37,9 +42,22 @@ class InstalledApplicationTest : public testing::Test {
   }
 
   void Start(Dispatch::Milliseconds patience) {
-    application =
-        std::make_unique<InstalledApplication>(Dispatch(scripted.Root(), patience), files);
+    application = std::make_unique<InstalledApplication>(Dispatch(scripted.Root(), patience), files,
+                                                         kScratch);
+    application->SetVisible(false);
+    application->SetDisplayAlerts(false);
     scripted.program.calls.clear();
+  }
+  // Without the names of scratch files.
+  std::vector<std::string> Calls() const {
+    std::vector<std::string> calls;
+    for (const std::string& call : scripted.program.calls) {
+      const std::size_t name = call.find("korvex-");
+      const std::size_t end = call.find('.', name);
+      calls.push_back(name == std::string::npos ? call
+                                                : call.substr(0, name) + "*" + call.substr(end));
+    }
+    return calls;
   }
   Worksheet& OpenData(const Rows& rows) {
     WatchedSpreadsheet(files).Put("C:\\plates\\P1-3-2.xls", {{"data", rows}});
@@ -78,11 +96,15 @@ TEST_F(InstalledApplicationTest, ReadsAPlateInOneTransfer) {
   EXPECT_THAT(scripted.program.calls,
               ElementsAre("Application.Workbooks",
                           "Workbooks.Open(AddToMru:=False, Filename:=C:\\plates\\P1-3-2.xls, "
-                          "IgnoreReadOnlyRecommended:=True, ReadOnly:=True)",
+                          "IgnoreReadOnlyRecommended:=True, Password:=VelvetSweatshop, "
+                          "ReadOnly:=True, UpdateLinks:=0, WriteResPassword:=VelvetSweatshop)",
+                          "Application.Calculation", "Application.CalculationState",
                           "Workbook.Worksheets", "Worksheets.Item(Data)", "Worksheet.Name",
-                          "Worksheet.Cells", "Cells.SpecialCells(11)", "Range(J384).Row",
-                          "Range(J384).Column", "Worksheet.Range(A1:J384)", "Range(A1:J384).Value",
-                          "Workbook.Close(SaveChanges:=False)"));
+                          "Worksheet.UsedRange", "Range(A1:J384).Row", "Range(A1:J384).Column",
+                          "Range(A1:J384).Rows", "Rows.Count", "Range(A1:J384).Columns",
+                          "Columns.Count", "Worksheet.Cells", "Cells.SpecialCells(11)",
+                          "Range(J384).Row", "Range(J384).Column", "Worksheet.Range(A1:J384)",
+                          "Range(A1:J384).Value", "Workbook.Close(SaveChanges:=False)"));
 }
 
 TEST_F(InstalledApplicationTest, ReadsEveryKindOfValueAndSheet) {
@@ -99,7 +121,66 @@ TEST_F(InstalledApplicationTest, ReadsEveryKindOfValueAndSheet) {
 
   EXPECT_EQ(OpenData({{"12/03/2002 10:15"}}).Value(1, 1).text, "12/03/2002 10:15");
   scripted.is_protected = true;
-  EXPECT_EQ(OpenData({{"a"}, {"b", "c"}}).Value(2, 2).text, "c");
+  EXPECT_EQ(OpenData({{}, {"a"}, {"b", "c"}}).Value(3, 2).text, "c");
+}
+
+TEST_F(InstalledApplicationTest, ReadsWhatAFilterOrItsOwnerHides) {
+  scripted.filtered_row = 1;
+  scripted.is_hidden = true;
+  Worksheet& sheet = OpenData({{}, {"a"}, {"b", "c"}});
+  sheet.Activate();
+  EXPECT_EQ(GetLastRow(sheet), 3);
+  EXPECT_EQ(sheet.Value(3, 2).text, "c");
+  EXPECT_THAT(scripted.program.calls, testing::Not(testing::Contains("Worksheet.Activate")));
+
+  scripted.is_hidden = false;
+  sheet.Activate();
+  EXPECT_EQ(scripted.program.calls.back(), "Worksheet.Activate");
+}
+
+TEST_F(InstalledApplicationTest, ReadsDatesBesidesOneThatComHasNoneFor) {
+  const CellValue good = CellValue::Date(37593.5);
+  Worksheet& sheet = OpenData({{good, "a"}, {CellValue::Date(-1), good}, {good, good}});
+  EXPECT_EQ(sheet.Value(2, 1), CellValue::Number(-1));
+  for (const CellAddress cell : {CellAddress{1, 1}, {2, 2}, {3, 1}, {3, 2}}) {
+    EXPECT_EQ(sheet.Value(cell.row, cell.column), good) << cell.row << ", " << cell.column;
+  }
+  EXPECT_EQ(sheet.Value(1, 2).text, "a");
+}
+
+TEST_F(InstalledApplicationTest, ReadsNoFormulaThatNobodyHasCalculated) {
+  using Formulas = ScriptedApplication::Formulas;
+  for (const Formulas formulas : {Formulas::kInAutomaticMode, Formulas::kOnDemand}) {
+    scripted.formulas = formulas;
+    EXPECT_EQ(OpenData({{5}}).Value(1, 1), CellValue::Number(5));
+  }
+  scripted.formulas = Formulas::kNever;
+  const Error error = ErrorOf([&] { OpenData({{5}}); });
+  EXPECT_THAT(error.Description(), HasSubstr("P1-3-2.xls cannot be opened: the spreadsheet "
+                                             "application does not finish calculating"));
+  EXPECT_EQ(application->WorkbookCount(), 2) << "it is closed again";
+}
+
+TEST_F(InstalledApplicationTest, RefusesWhatTheApplicationWouldNotOpen) {
+  scripted.password = "secret";
+  EXPECT_THAT(ErrorOf([&] { OpenData({{"a"}}); }).Description(),
+              HasSubstr("P1-3-2.xls cannot be opened: The password is not correct."));
+  scripted.program.calls.clear();
+
+  const std::string long_name = "C:\\plates\\" + std::string(205, 'x') + ".xls";
+  for (const auto& [name, why] :
+       {std::pair<std::string, const char*>{long_name, "its path has 219 characters"},
+        {"C:\\plates\\P1 [2].xls", "holds \"[\" or \"]\""}}) {
+    for (const bool is_expected : {true, false}) {
+      const Error error = ErrorOf([&, &file = name] {
+        is_expected ? application->Expect({"C:\\plates\\a.xls", file}, "data")
+                    : static_cast<void>(application->OpenWorkbook(file, {}));
+      });
+      EXPECT_THAT(error.Description(), HasSubstr(why));
+      EXPECT_THAT(error.Description(), HasSubstr("--spreadsheet embedded"));
+    }
+  }
+  application->Expect({"C:\\[1]\\" + std::string(206, 'x') + ".xls"}, "data");
 }
 
 TEST_F(InstalledApplicationTest, WritesTenThousandRowsInFewCalls) {
@@ -117,11 +198,11 @@ TEST_F(InstalledApplicationTest, WritesTenThousandRowsInFewCalls) {
   EXPECT_EQ(sheet.LastCell(), (CellAddress{rows, 2}));
   scripted.program.calls.clear();
   application->Workbooks(1).SaveAs(kOutput);
-  EXPECT_THAT(scripted.program.calls,
+  EXPECT_THAT(Calls(),
               ElementsAre("Worksheet.Range(A1:A10000,B1)", "Range(A1:A10000,B1).NumberFormat = @",
                           "Worksheet.Range(A1:B10000)", "Range(A1:B10000).Value = [10000 x 2]",
                           "Application.Version",
-                          "Workbook.SaveAs(FileFormat:=56, Filename:=C:\\plates\\out.xls)"));
+                          "Workbook.SaveAs(FileFormat:=56, Filename:=C:\\scratch\\*.xls)"));
   EXPECT_EQ(Saved(1, 2), T("A"));
   EXPECT_EQ(Saved(rows, 1), T("K10000"));
   EXPECT_EQ(Saved(rows, 2), CellValue::Number(rows / 8.0));
@@ -129,8 +210,14 @@ TEST_F(InstalledApplicationTest, WritesTenThousandRowsInFewCalls) {
 
 TEST_F(InstalledApplicationTest, KeepsTextsAsTheyAre) {
   const std::string long_text = "=" + std::string(5000, 'x');
-  std::vector<CellValue> values = {CellValue::Number(17), CellValue::Date(37593.5),
-                                   CellValue::Boolean(true), CellValue::ErrorCode(7), T("")};
+  // Two of the dates are none to COM.
+  std::vector<CellValue> values = {CellValue::Number(17),
+                                   CellValue::Date(37593.5),
+                                   CellValue::Date(-0.5),
+                                   CellValue::Date(2958466),
+                                   CellValue::Boolean(true),
+                                   CellValue::ErrorCode(7),
+                                   T("")};
   for (const char* text : {"0017", "1E5", "1-2", "12/03/2002", "=A1", "'quoted", "TRUE", "é 𝛼",
                            " 5 ", long_text.c_str()}) {
     values.push_back(T(text));
@@ -146,7 +233,9 @@ TEST_F(InstalledApplicationTest, KeepsTextsAsTheyAre) {
     int column = 0;
     for (const CellValue& value : values) {
       const bool is_empty = row == 2 || value == T("");
-      EXPECT_EQ(Saved(row, ++column), is_empty ? CellValue() : value) << row << ", " << column;
+      const bool is_date = value.number >= 0 && value.number < 2958466;
+      const CellValue kept = is_date ? value : CellValue::Number(value.number);
+      EXPECT_EQ(Saved(row, ++column), is_empty ? CellValue() : kept) << row << ", " << column;
     }
   }
 }
@@ -180,6 +269,27 @@ TEST_F(InstalledApplicationTest, SavesInTheFormatOfTheName) {
   EXPECT_TRUE(files.FileExists("C:\\plates\\out.tsv"));
   workbook.SaveAs("C:\\plates\\out.xlsx");
   EXPECT_THAT(scripted.program.calls.back(), HasSubstr("FileFormat:=51"));
+  // The application would append an ending to this one.
+  workbook.SaveAs("C:\\plates\\out");
+  EXPECT_TRUE(files.FileExists("C:\\plates\\out"));
+}
+
+TEST_F(InstalledApplicationTest, PutsAnOutputInPlaceAsAWhole) {
+  files.AddFile(kOutput, "former");
+  scripted.program.failures["Workbook.SaveAs"] = 1;  // a virus scanner
+  Workbook& workbook = application->AddWorkbook("out.xls");
+  workbook.Worksheets(1).SetValue(1, 1, T("x"));
+  scripted.program.failures["Workbook.SaveAs"] = 1'000;
+  EXPECT_THAT(ErrorOf([&] { workbook.SaveAs(kOutput); }).Description(), HasSubstr(kOutput));
+  EXPECT_EQ(files.Content(kOutput), "former");
+  EXPECT_THAT(ErrorOf([&] { application->AddWorkbook("out.xls"); }).Description(),
+              HasSubstr("cannot save .xls workbooks: Not now."));
+
+  scripted.program.failures.clear();
+  workbook.SaveAs(kOutput);
+  EXPECT_EQ(Saved(1, 1), T("x"));
+  application->Quit();
+  EXPECT_TRUE(files.List(kScratch).empty());
 }
 
 TEST_F(InstalledApplicationTest, RefusesWhatAnOutputWorkbookMustNotBe) {
@@ -193,9 +303,7 @@ TEST_F(InstalledApplicationTest, RefusesWhatAnOutputWorkbookMustNotBe) {
   EXPECT_EQ(ErrorOf([&] { output.Worksheets(1).SetValue(65537, 1, T("x")); }).Number(),
             error_number::kAutomation);
   output.SaveAsNew(kOutput);
-  scripted.program.calls.clear();
   EXPECT_EQ(ErrorOf([&] { output.SaveAsNew(kOutput); }).Number(), error_number::kFileExists);
-  EXPECT_THAT(scripted.program.calls, testing::Not(testing::Contains(HasSubstr("SaveAs"))));
 }
 
 TEST_F(InstalledApplicationTest, PassesOnWhatTheApplicationSays) {
@@ -235,20 +343,74 @@ TEST_F(InstalledApplicationTest, AsksABusyApplicationAgain) {
   scripted.program.busy_calls = 0;
 }
 
+TEST_F(InstalledApplicationTest, SaysThatAnApplicationHasGone) {
+  for (const HRESULT result : {RPC_E_DISCONNECTED, RPC_E_SERVER_DIED, RPC_E_CALL_CANCELED}) {
+    scripted.program.disconnected = result;
+    EXPECT_THAT(ErrorOf([&] { application->AddWorkbook("out.xls"); }).Description(),
+                HasSubstr(result == RPC_E_CALL_CANCELED ? "did not answer" : "has ended"));
+  }
+  scripted.program.disconnected = S_OK;
+}
+
+TEST_F(InstalledApplicationTest, StartsOnlyWhereMacrosCanBeForbidden) {
+  application.reset();
+  scripted.program.failures["Application.AutomationSecurity"] = 1;
+  EXPECT_EQ(ErrorOf([&] { Start(Dispatch::kPatience); }).Number(), error_number::kAutomation);
+  scripted.version = "9.0";
+  Start(Dispatch::kPatience);
+}
+
+TEST(CallWatch, GivesUpALongCallOnceAStopIsAsked) {
+  CallWatch::TimePoint now;
+  bool stop = false;
+  int cancelled = 0;
+  CallWatch watch([&] { return stop; }, [&] { ++cancelled; }, [&] { return now; });
+  const auto look = [&](bool asked, std::chrono::seconds later) {
+    stop = asked;
+    now += later;
+    watch.Look();
+    return std::exchange(cancelled, 0);
+  };
+  using namespace std::chrono_literals;
+  EXPECT_EQ(look(true, 60s), 0) << "no call";
+  {
+    const CallWatch::Call call(&watch);
+    EXPECT_EQ(look(true, 4s), 0) << "it may end by itself";
+    EXPECT_EQ(look(false, 60s), 0) << "nobody minds";
+    EXPECT_EQ(look(true, 0s), 1);
+    EXPECT_EQ(look(true, 0s), 1) << "as long as it does not end";
+  }
+  EXPECT_EQ(look(true, 60s), 0) << "it has ended";
+  const CallWatch::Call next(&watch);
+  EXPECT_EQ(look(true, 1s), 0);
+}
+
 TEST_F(InstalledApplicationTest, LeavesNothingOpen) {
   OpenData({{"a"}});
   application->AddWorkbook("out.xls");
   scripted.program.calls.clear();
   std::unique_ptr<Application> owner = std::move(application);
   QuitExcel(owner);
-  EXPECT_THAT(scripted.program.calls,
-              ElementsAre("Workbook.Close(SaveChanges:=False)",
-                          "Workbook.Close(SaveChanges:=False)", "Application.Quit"));
+  EXPECT_THAT(scripted.program.calls, ElementsAre("Workbook.Close(SaveChanges:=False)",
+                                                  "Workbook.Close(SaveChanges:=False)",
+                                                  "Application.Visible", "Application.Quit"));
 
   Start(Dispatch::kPatience);
   application->Quit();
   EXPECT_EQ(ErrorOf([&] { application->AddWorkbook("out.xls"); }).Number(),
             error_number::kAutomation);
+}
+
+TEST_F(InstalledApplicationTest, LeavesAnApplicationToItsUser) {
+  scripted.opens_foreign_workbook = true;
+  application->AddWorkbook("out.xls");
+  scripted.program.calls.clear();
+  application->Quit();
+  EXPECT_THAT(scripted.program.calls,
+              ElementsAre("Application.Visible", "Workbook.Close(SaveChanges:=False)",
+                          "Application.AutomationSecurity = 1", "Application.UserControl = True",
+                          "Application.DisplayAlerts = True", "Application.ScreenUpdating = True",
+                          "Application.EnableEvents = True"));
 }
 
 }  // namespace

@@ -18,10 +18,21 @@ finish() {
 trap finish EXIT
 export WINEPREFIX=$work/wine
 
-convert() { # what it prints is the output's name
-  wine "$bin/korvex-convert.exe" -q --spreadsheet installed \
-    --settings "$(native "$here/../../samples/korvex.ini")" -o "$(native "$work/out.xls")" \
+convert() { # [OPTION…]; what it prints is the output's name
+  wine "${program[@]}" -q --settings "$(native "$here/../../samples/korvex.ini")" \
+    -o "$(native "$work/out.xls")" "$@" \
     "$(native "$(realpath "$here/../../samples/campaign")")" 2>"$work/told"
+}
+program=("$bin/korvex-convert.exe")
+installed=(--spreadsheet installed)
+calls() { tr -d '\r' <"$work/calls"; }
+# Waits for up to 20 s until the application has written a line.
+wait_for() { # LINE
+  for ((i = 0; i < 200; i++)); do
+    calls 2>/dev/null | grep -qxF "$1" && return
+    sleep 0.1
+  done
+  return 1
 }
 fail() {
   echo "FAILED: $1"
@@ -30,8 +41,9 @@ fail() {
 }
 
 # Without one it says so.
-! convert || fail "runs without a spreadsheet application"
+! convert "${installed[@]}" || fail "runs without a spreadsheet application"
 grep -q "no installed spreadsheet application" "$work/told" || fail "does not say that there is none"
+grep -q -- "--spreadsheet embedded" "$work/told" || fail "does not say what helps"
 
 # Registers the program as an installer does.
 class='{7B1C2A60-5D0E-4F7B-9C1F-000000000001}'
@@ -39,26 +51,64 @@ register() { # KEY VALUE
   wine "$WINEPREFIX/drive_c/windows/system32/reg.exe" add "HKLM\\Software\\Classes\\$1" \
     /ve /d "$2" /f >/dev/null
 }
-register_server() { # [CALL-TO-DIE-AT]
+register_server() { # [BEHAVIOUR…]
+  rm -f "$work/calls"
   register "CLSID\\$class\\LocalServer32" \
     "\"$(native "$bin/spreadsheet_server.exe")\" $class \"$(native "$work/calls")\" $*"
 }
+
+# One that cannot be started.
 register 'Excel.Application\CLSID' "$class"
+register "CLSID\\$class\\LocalServer32" "Z:\\none.exe"
+! convert "${installed[@]}" || fail "runs with an application that does not start"
+grep -q "cannot be started.*--spreadsheet embedded" "$work/told" || fail "does not say what helps"
 
 # One that dies is an error of the run, and the next run starts it anew.
-register_server Workbooks.Add
-! convert || fail "goes on without its application"
+register_server dies=Workbooks.Add
+! convert "${installed[@]}" || fail "goes on without its application"
 grep -q "The spreadsheet application has ended" "$work/told" || fail "does not say that it has ended"
-rm "$work/calls"
 
+# Where nobody sees windows it is not used, unless it is asked for.
 register_server
-convert >"$work/printed" || fail "exit status"
+program=("$bin/spreadsheet_server.exe" --without-desktop "$(native "$bin/korvex-convert.exe")")
+convert >/dev/null || fail "does not work without a desktop"
+[ ! -e "$work/calls" ] || fail "uses the application without a desktop"
+program=("$bin/korvex-convert.exe")
+
+# One that takes long to come and to go.
+register_server busy=40 stays=3 stopping
+convert "${installed[@]}" >"$work/printed" || fail "exit status"
 wine "$bin/workbook-dump.exe" "$(native "$work/out.xls")" | diff "$here/expected/samples.tsv" - ||
   fail "cells"
-# The sample file is opened twice. Two applications were used, and each was told to quit.
-for count in "16 Workbooks.Open(" "17 Workbook.Close(" "1 Workbook.SaveAs(" "2 Application.Quit"; do
+# The sample file is opened twice. Two applications were used, and each was told to quit. The output
+# is saved twice: empty at the start, to see whether that works.
+for count in "16 Workbooks.Open(" "17 Workbook.Close(" "2 Workbook.SaveAs(" "2 Application.Quit"; do
   [ "$(grep -cF "${count#* }" "$work/calls")" = "${count%% *}" ] || fail "not ${count}"
 done
-[ "$(tail -1 "$work/calls" | tr -d '\r')" = Application.Quit ] || fail "does not end with Quit"
+[ "$(calls | grep -cxF ended)" = 2 ] || fail "does not wait for its end"
 timeout 30 wineserver -w || fail "leaves an application running"
+temporary=$(find "$WINEPREFIX/drive_c" -name 'korvex-*.xls*')
+[ -z "$temporary" ] || fail "leaves temporary files: $temporary"
+
+# One that refuses to come while the one before it goes.
+convert "${installed[@]}" --list-columns >/dev/null || fail "does not wait for the one before"
+calls | grep -qxF stopping || fail "is not told to wait"
+
+# One that never answers ends with this program, even when that is killed.
+register_server hangs=Workbooks.Add
+convert "${installed[@]}" &
+wait_for Workbooks.Add || fail "does not get to the call"
+wine "$WINEPREFIX/drive_c/windows/system32/taskkill.exe" /f /im korvex-convert.exe >/dev/null
+! wait $! || fail "is not killed"
+timeout 20 wineserver -w || fail "leaves an application that does not answer"
+
+# One in which the user has opened a workbook is left to the user.
+register_server foreign
+convert >/dev/null || fail "does not work beside the user"
+wait_for "The user's workbook is still open." || fail "ends the application of the user"
+# That of the sample has quit.
+[ "$(grep -cF Application.Quit "$work/calls")" = 1 ] || fail "tells the application of the user to quit"
+for call in UserControl DisplayAlerts ScreenUpdating EnableEvents; do
+  calls | grep -qxF "Application.$call = True" || fail "does not put $call back"
+done
 echo "installed: passed"

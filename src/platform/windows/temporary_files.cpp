@@ -41,9 +41,9 @@ bool HasOwner(std::wstring_view name) {
 
 }  // namespace
 
-TemporaryName::TemporaryName(std::wstring_view prefix) {
+TemporaryName::TemporaryName(std::wstring_view prefix, std::wstring_view ending) {
   std::random_device random;
-  text_ = std::wstring(prefix) + MachineMark() + L"-" + HexDigits(random());
+  text_ = std::wstring(prefix) + MachineMark() + L"-" + HexDigits(random()) + std::wstring(ending);
   mutex_ = Handle(CreateMutexW(nullptr, FALSE, MutexName(text_).c_str()));
 }
 

@@ -1,9 +1,9 @@
 // Temporary files of the program, and the removal of those that a killed program has
 // left.
 //
-// Their names are a prefix, a mark of this machine, "-" and random digits. A program first makes
-// a mutex of that name, which the system deletes when the process ends, even when it is killed: a
-// file without a mutex has no owner any more. The mark keeps machines that share a folder
+// Their names are a prefix, a mark of this machine, "-", random digits and an ending. A program
+// first makes a mutex of that name, which the system deletes when the process ends, even when it is
+// killed: a file without a mutex has no owner any more. The mark keeps machines that share a folder
 // apart.
 #pragma once
 
@@ -17,7 +17,7 @@ namespace korvex {
 // A name for one file, different in every object and owned for as long as it lives.
 class TemporaryName {
  public:
-  explicit TemporaryName(std::wstring_view prefix);
+  explicit TemporaryName(std::wstring_view prefix, std::wstring_view ending = {});
 
   const std::wstring& Text() const { return text_; }
 

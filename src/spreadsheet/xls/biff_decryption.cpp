@@ -12,13 +12,12 @@
 #include "spreadsheet/bytes/refusal.h"
 #include "spreadsheet/xls/biff_records.h"
 #include "spreadsheet/xls/record_reader.h"
+#include "workbook/spreadsheet.h"
 
 namespace korvex {
 namespace {
 
 using Bytes = std::vector<std::byte>;
-
-constexpr std::string_view kDefaultPassword = "VelvetSweatshop";
 
 [[noreturn]] void RefuseOtherPassword() {
   Refuse("needs a password: it is an encrypted .xls workbook");
@@ -71,7 +70,7 @@ void Append(Bytes& bytes, std::span<const std::byte> more) {
 
 Bytes PasswordInUtf16() {
   Bytes password;
-  for (const char letter : kDefaultPassword) {
+  for (const char letter : std::string_view(kDefaultPassword)) {
     password.push_back(std::byte(letter));
     password.push_back(std::byte{0});
   }

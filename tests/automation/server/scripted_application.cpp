@@ -3,6 +3,8 @@
 #include <oleauto.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <memory>
 
 #include "automation/cell_grid.h"
 #include "platform/error.h"
@@ -14,6 +16,33 @@ namespace korvex {
 namespace {
 
 constexpr int kNameError = 29;
+constexpr std::size_t kLongestPath = 218;
+constexpr std::size_t kLongestInBlock = 911;
+
+// The names of the arguments of the real methods.
+const std::map<std::string, std::set<std::string>> kArgumentNames = {
+    {"Open",
+     {"Filename", "UpdateLinks", "ReadOnly", "Format", "Password", "WriteResPassword",
+      "IgnoreReadOnlyRecommended", "Origin", "Delimiter", "Editable", "Notify", "Converter",
+      "AddToMru", "Local", "CorruptLoad"}},
+    {"SaveAs",
+     {"Filename", "FileFormat", "Password", "WriteResPassword", "ReadOnlyRecommended",
+      "CreateBackup", "AccessMode", "ConflictResolution", "AddToMru", "Local"}},
+    {"Close", {"SaveChanges", "Filename", "RouteWorkbook"}}};
+
+void Deny(const std::string& why) {
+  throw Error(error_number::kAutomation, why);
+}
+
+void CheckFileName(const std::string& full_name) {
+  const std::string name = full_name.substr(full_name.rfind('\\') + 1);
+  if (full_name.size() > kLongestPath) Deny("The path is too long.");
+  if (name.find_first_of("[]") != std::string::npos) Deny("The name holds a bracket.");
+}
+
+bool IsDate(double serial) {
+  return serial >= 0 && serial < 2'958'466;
+}
 
 std::string Shown(const ComValue& value) {
   if (value.Type() == VT_EMPTY) return "";
@@ -58,14 +87,10 @@ CellAddress ParseCell(const std::string& name) {
   return cell;
 }
 
-struct Area {
-  CellAddress first, last;
-};
-
-std::vector<Area> ParseAddress(const std::string& address) {
+std::vector<CellArea> ParseAddress(const std::string& address) {
   if (address.empty()) return {{{1, 1}, {65536, 256}}};
-  if (address.size() > 255) throw Error(error_number::kAutomation);
-  std::vector<Area> areas;
+  if (address.size() > 255) Deny("The address is too long.");
+  std::vector<CellArea> areas;
   for (const std::string& part : Split(address, ",")) {
     const std::vector<std::string> corners = Split(part, ":");
     areas.push_back({ParseCell(corners.front()), ParseCell(corners.back())});
@@ -76,7 +101,7 @@ std::vector<Area> ParseAddress(const std::string& address) {
 // Calls `take` with the place of every cell of an area: in a grid, whose two indices count from 1,
 // and in the sheet.
 template <class Take>
-void ForEachCell(const Area& area, Take take) {
+void ForEachCell(const CellArea& area, Take take) {
   for (int row = area.first.row; row <= area.last.row; ++row) {
     for (int column = area.first.column; column <= area.last.column; ++column) {
       LONG at[] = {row - area.first.row + 1, column - area.first.column + 1};
@@ -91,6 +116,15 @@ auto Do(Action action) {
   return [action](const ScriptedCall& call) {
     action(call);
     return ComValue();
+  };
+}
+
+// A property that is put and got.
+template <class Value>
+auto Keep(Value& value) {
+  return [&value](const ScriptedCall& call) {
+    if (call.is_put) value = static_cast<Value>(call.arguments.back().Integer());
+    return ComValue(value);
   };
 }
 
@@ -137,7 +171,13 @@ ULONG ScriptedObject::Release() {
 HRESULT ScriptedObject::GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID locale,
                                       DISPID* ids) {
   if (locale != kAutomationLocale) return DISP_E_UNKNOWNLCID;
+  const std::string member = FromWide(names[0]);
+  if (!members_.contains(member)) return DISP_E_UNKNOWNNAME;
+  const auto arguments = kArgumentNames.find(member);
   for (UINT i = 0; i < count; ++i) {
+    const bool is_known = i == 0 || (arguments != kArgumentNames.end() &&
+                                     arguments->second.contains(FromWide(names[i])));
+    if (!is_known) return DISP_E_UNKNOWNNAME;
     auto known = std::ranges::find(program_.names, std::wstring_view(names[i]));
     if (known == program_.names.end()) known = program_.names.insert(known, names[i]);
     ids[i] = static_cast<DISPID>(known - program_.names.begin());
@@ -175,9 +215,12 @@ HRESULT ScriptedObject::Invoke(DISPID id, REFIID, LCID locale, WORD flags, DISPP
   program_.calls.push_back(text);
   if (program_.log) program_.log(text);
   if (text == program_.dies_at) program_.die();
+  if (program_.disconnected != S_OK) return program_.disconnected;
   const auto member = members_.find(call.member);
   if (member == members_.end()) return DISP_E_MEMBERNOTFOUND;
   try {
+    const auto failure = program_.failures.find(kind_ + "." + call.member);
+    if (failure != program_.failures.end() && failure->second-- > 0) Deny("Not now.");
     ComValue answer = member->second(call);
     if (result != nullptr) *result = answer.Release();
     return S_OK;
@@ -196,40 +239,101 @@ ComValue ScriptedApplication::Object(const std::string& kind, ScriptedObject::Me
 }
 
 ScriptedObject* ScriptedApplication::Root() {
+  const auto add = [this] {
+    if (std::exchange(opens_foreign_workbook, false)) {
+      is_visible = true;
+      application_.AddWorkbook("Foreign.xlsx");
+    }
+    // The format is not known yet, so it has the room of the larger one.
+    return OfWorkbook(application_.AddWorkbook("Book.xlsx"));
+  };
   const ScriptedObject::Members workbooks = {
-      // The format is not known yet, so it has the room of the larger one.
-      {"Add", Give([this] { return OfWorkbook(application_.AddWorkbook("Book.xlsx")); })},
-      {"Open", [this](const ScriptedCall& call) {
-         return OfWorkbook(application_.OpenWorkbook(call.named.at("Filename").Text(), {}));
-       }}};
+      {"Add", Give(add)}, {"Open", [this](const ScriptedCall& call) { return Open(call); }}};
   const auto ignore = Do([](const ScriptedCall&) {});
-  return new ScriptedObject(
-      program, "Application",
-      {{"AutomationSecurity", ignore},
-       {"DisplayAlerts", ignore},
-       {"ScreenUpdating", ignore},
-       {"Visible", ignore},
-       {"Version", Give([this] { return version; })},
-       {"Workbooks", Give([=, this] { return Object("Workbooks", workbooks); })},
-       {"Quit", Do([this](const ScriptedCall&) { application_.Quit(); })}});
+  const auto calculation = [this](const ScriptedCall& call) {
+    if (call.is_put && formulas == Formulas::kInAutomaticMode) is_calculated_ = true;
+    return Keep(calculation_)(call);
+  };
+  const auto calculate = [this](const ScriptedCall&) {
+    if (formulas == Formulas::kOnDemand) is_calculated_ = true;
+  };
+  ScriptedObject::Members members = {
+      {"Calculate", Do(calculate)},
+      {"Calculation", calculation},
+      {"CalculationState", Give([this] { return is_calculated_ ? 0 : 2; })},
+      {"DisplayAlerts", Keep(has_alerts_)},
+      {"EnableEvents", Keep(has_events_)},
+      {"Hwnd", Give([this] { return window; })},
+      {"ScreenUpdating", ignore},
+      {"UserControl", ignore},
+      {"Visible", Keep(is_visible)},
+      {"Version", Give([this] { return version; })},
+      {"Workbooks", Give([=, this] { return Object("Workbooks", workbooks); })},
+      {"Quit", Do([this](const ScriptedCall&) { application_.Quit(); })}};
+  if (version != "9.0") members["AutomationSecurity"] = Keep(macro_security_);
+  return new ScriptedObject(program, "Application", std::move(members));
+}
+
+// Every workbook has links, is recommended for reading only, is in use, and has macros for events.
+ComValue ScriptedApplication::Open(const ScriptedCall& call) {
+  const auto is = [&](const char* argument, const std::string& value) {
+    const auto given = call.named.find(argument);
+    return given != call.named.end() && Shown(given->second) == value;
+  };
+  if (!is("UpdateLinks", "0")) program.ask("Update the links?");
+  if (!is("ReadOnly", "True")) program.ask("It is in use. Open it for reading?");
+  if (!is("IgnoreReadOnlyRecommended", "True")) program.ask("Open it for reading?");
+  if (!call.named.contains("Password")) program.ask("What is the password?");
+  if (!call.named.contains("WriteResPassword")) program.ask("What is the password for writing?");
+  if (has_events_) program.ask("The workbook asks when it is opened.");
+  if (macro_security_ != kNoMacros && version != "9.0") program.ask("Enable the macros?");
+  const std::string name = call.named.at("Filename").Text();
+  CheckFileName(name);
+  if (!is("Password", password)) Deny("The password is not correct.");
+  const ComValue workbook = OfWorkbook(application_.OpenWorkbook(name, {}));
+  if (formulas != Formulas::kAtOnce) {
+    calculation_ = formulas == Formulas::kInAutomaticMode ? kManual : kAutomatic;
+    is_calculated_ = false;
+  }
+  return workbook;
+}
+
+void ScriptedApplication::Save(Workbook& workbook, bool checks_compatibility,
+                               const ScriptedCall& call) {
+  std::string name = call.named.at("Filename").Text();
+  CheckFileName(name);
+  const std::string title = name.substr(name.rfind('\\') + 1);
+  if (title.find('.') == std::string::npos) name += ".xls";
+  const bool is_xlsx = call.named.at("FileFormat").Integer() == 51;
+  // The real one makes a file that it will not open again without complaint.
+  if (is_xlsx != name.ends_with(".xlsx")) Deny("FileFormat");
+  if (has_alerts_) program.ask("Replace the file?");
+  if (checks_compatibility && !is_xlsx) program.ask("Some features are lost in .xls. Go on?");
+  workbook.SaveAs(name);
 }
 
 ComValue ScriptedApplication::OfWorkbook(Workbook& workbook) {
-  const auto save = [&workbook](const ScriptedCall& call) {
-    const std::string name = call.named.at("Filename").Text();
-    const bool is_xlsx = call.named.at("FileFormat").Integer() == 51;
-    // The real one makes a file that it will not open again without complaint.
-    if (is_xlsx != name.ends_with(".xlsx")) throw Error(error_number::kAutomation, "FileFormat");
-    workbook.SaveAs(name);
-  };
-  const auto close = [&workbook](const ScriptedCall& call) {
-    if (Shown(call.named.at("SaveChanges")) != "False") throw Error(error_number::kAutomation);
+  const bool has_checker = std::atoi(version.c_str()) >= 12;
+  const auto checks = std::make_shared<bool>(has_checker);
+  const auto close = [this, &workbook](const ScriptedCall& call) {
+    const auto save = call.named.find("SaveChanges");
+    if (save == call.named.end() || Shown(save->second) != "False") program.ask("Save it?");
     workbook.Close();
   };
-  return Object("Workbook", {{"Name", Give([&workbook] { return workbook.Name(); })},
-                             {"Worksheets", Give([&, this] { return OfWorksheets(workbook); })},
-                             {"SaveAs", Do(save)},
-                             {"Close", Do(close)}});
+  const auto save = [=, &workbook, this](const ScriptedCall& call) {
+    Save(workbook, *checks, call);
+  };
+  ScriptedObject::Members members = {
+      {"Name", Give([&workbook] { return workbook.Name(); })},
+      {"Worksheets", Give([&, this] { return OfWorksheets(workbook); })},
+      {"SaveAs", Do(save)},
+      {"Close", Do(close)}};
+  if (has_checker) {
+    members["CheckCompatibility"] = [checks](const ScriptedCall& call) {
+      return Keep(*checks)(call);
+    };
+  }
+  return Object("Workbook", std::move(members));
 }
 
 ComValue ScriptedApplication::OfWorksheets(Workbook& workbook) {
@@ -244,42 +348,55 @@ ComValue ScriptedApplication::OfWorksheets(Workbook& workbook) {
 
 ComValue ScriptedApplication::OfWorksheet(Worksheet& sheet) {
   const auto name = [&sheet](const ScriptedCall& call) {
-    if (call.is_put) sheet.SetName(call.arguments.back().Text());
+    if (call.is_put) {
+      const std::string given = call.arguments.back().Text();
+      if (EqualText(given, "History")) Deny("The name is reserved.");
+      sheet.SetName(given);
+    }
     return ComValue(sheet.Name());
   };
   const auto range = [this, &sheet](const ScriptedCall& call) {
     return OfRange(sheet, call.arguments.at(0).Text());
   };
   const auto used = [this, &sheet] {
-    return OfRange(sheet, RangeAddress({1, 1}, sheet.LastCell()));
+    const CellAddress last = sheet.LastCell();
+    CellAddress first{1, 1};
+    while (first.row < last.row && sheet.CountA(first.row) == 0) ++first.row;
+    return OfRange(sheet, RangeAddress(first, last));
+  };
+  const auto activate = [this, &sheet](const ScriptedCall&) {
+    if (is_hidden) Deny("The sheet is hidden.");
+    sheet.Activate();
+  };
+  const auto remove = [this, &sheet](const ScriptedCall&) {
+    if (has_alerts_) program.ask("Delete the sheet?");
+    sheet.Delete();
   };
   return Object("Worksheet", {{"Name", name},
                               {"Index", Give([&sheet] { return sheet.Index(); })},
                               {"Range", range},
                               {"Cells", Give([this, &sheet] { return OfRange(sheet, ""); })},
                               {"UsedRange", Give(used)},
-                              {"Activate", Do([&sheet](const ScriptedCall&) { sheet.Activate(); })},
-                              {"Delete", Do([&sheet](const ScriptedCall&) { sheet.Delete(); })}});
+                              {"Activate", Do(activate)},
+                              {"Visible", Give([this] { return is_hidden ? 0 : -1; })},
+                              {"Delete", Do(remove)}});
 }
 
 ComValue ScriptedApplication::OfRange(Worksheet& sheet, const std::string& address) {
-  const std::vector<Area> areas = ParseAddress(address);
+  const std::vector<CellArea> areas = ParseAddress(address);
   const auto [first, last] = areas.front();
   const auto count = [this](const char* kind, int number) {
     return Give([=, this] { return Object(kind, {{"Count", Give([number] { return number; })}}); });
   };
   const auto last_cell = [this, &sheet] {
     if (is_protected) throw Error(error_number::kAutomation, "The sheet is protected.");
-    return OfRange(sheet, RangeAddress(sheet.LastCell(), sheet.LastCell()));
+    CellAddress end = sheet.LastCell();
+    if (filtered_row > 0) end.row = filtered_row;
+    return OfRange(sheet, RangeAddress(end, end));
   };
   const auto value = [this, &sheet, area = areas.front()](const ScriptedCall& call) {
     if (call.is_put) {
-      const VARIANT& given = call.arguments.back().Raw();
-      ForEachCell(area, [&](LONG* at, CellAddress cell) {
-        ComValue element;
-        if ((given.vt & VT_ARRAY) != 0) SafeArrayGetElement(given.parray, at, element.Receive());
-        Type(sheet, cell, (given.vt & VT_ARRAY) != 0 ? element.Raw() : given);
-      });
+      PutBlock(sheet, area, call.arguments.back().Raw());
       return ComValue();
     }
     const bool exact = call.member == "Value2";
@@ -296,7 +413,7 @@ ComValue ScriptedApplication::OfRange(Worksheet& sheet, const std::string& addre
   };
   const auto format = [this, &sheet, areas](const ScriptedCall& call) {
     if (call.arguments.back().Text() != "@") throw Error(error_number::kAutomation);
-    for (const Area& area : areas) {
+    for (const CellArea& area : areas) {
       ForEachCell(area, [&](LONG*, CellAddress cell) {
         text_cells_[&sheet].insert({cell.row, cell.column});
       });
@@ -320,7 +437,9 @@ ComValue ScriptedApplication::OfRange(Worksheet& sheet, const std::string& addre
 
 ComValue ScriptedApplication::ValueOf(const Worksheet& sheet, CellAddress place, bool exact) const {
   const CellValue cell = sheet.Value(place.row, place.column);
+  if (!is_calculated_ && cell.kind == CellKind::kNumber) return 0.0;
   if (exact && cell.kind == CellKind::kDate) return cell.number;
+  if (cell.kind == CellKind::kDate && !IsDate(cell.number)) Deny("There is no such date.");
   if (exact || place.column != currency_column || cell.kind != CellKind::kNumber) {
     return ComValueOf(cell);
   }
@@ -331,9 +450,25 @@ ComValue ScriptedApplication::ValueOf(const Worksheet& sheet, CellAddress place,
   return currency;
 }
 
+void ScriptedApplication::PutBlock(Worksheet& sheet, const CellArea& area, const VARIANT& given) {
+  ForEachCell(area, [&](LONG* at, CellAddress cell) {
+    if ((given.vt & VT_ARRAY) == 0) {
+      Type(sheet, cell, given);
+      return;
+    }
+    ComValue element;
+    SafeArrayGetElement(given.parray, at, element.Receive());
+    if (element.Type() == VT_BSTR && element.Text().size() > kLongestInBlock) {
+      Deny("The text is too long for a block.");
+    }
+    Type(sheet, cell, element.Raw());
+  });
+}
+
 void ScriptedApplication::Type(Worksheet& sheet, CellAddress place, const VARIANT& value) {
   std::string text;
   CellValue cell = CellFrom(value, text);
+  if (cell.kind == CellKind::kDate && !IsDate(cell.number)) Deny("There is no such date.");
   if (text_cells_[&sheet].contains({place.row, place.column})) {
     if (cell.kind != CellKind::kText) text = CellText(cell);
     // Whether the apostrophe stays in such a cell is not to be relied on.
