@@ -18,6 +18,16 @@
 namespace korvex {
 namespace {
 
+TEST(Desktop, IsThereWhereAUserIsLoggedOn) {
+  EXPECT_TRUE(HasDesktop());
+  const HWINSTA users = GetProcessWindowStation();
+  const HWINSTA services = CreateWindowStationW(L"KorvexTest", 0, WINSTA_ALL_ACCESS, nullptr);
+  ASSERT_TRUE(SetProcessWindowStation(services));
+  EXPECT_FALSE(HasDesktop());
+  SetProcessWindowStation(users);
+  CloseWindowStation(services);
+}
+
 TEST(WideText, ConvertsToUtf16AndBack) {
   const std::pair<std::string, std::wstring> texts[] = {
       {"", L""},
