@@ -23,6 +23,9 @@
 namespace korvex {
 namespace {
 
+// What --spreadsheet names. The toolkit makes the application, and has no arguments for it.
+std::optional<std::string> chosen_spreadsheet;
+
 // The platform as the whole program sees it, from its start to its end.
 class Desktop {
  public:
@@ -31,7 +34,7 @@ class Desktop {
  private:
   Services AllServices() {
     Services services = native_.Provided();
-    services.spreadsheet = &spreadsheets_.Choose();
+    services.spreadsheet = &spreadsheets_.Choose(chosen_spreadsheet);
     services.dialogs = &dialogs_;
     services.message_loop = &message_loop_;
     services.main_window = &main_window;
@@ -53,7 +56,8 @@ std::optional<std::string> AnswerTo(std::string_view question) {
   return "Usage: korvex [FOLDER | FILE...]\n\n"
          "Opens the window in which workbooks of plate readers are converted: with the sub-folders "
          "of\nFOLDER to be processed, or with these files of one folder.\n"
-         "korvex-convert does the same without a window.\n";
+         "korvex-convert does the same without a window.\n"
+         "--spreadsheet embedded or installed chooses the spreadsheet application.\n";
 }
 
 // Works where there is no display, and fails where there is nobody to read it.
@@ -78,7 +82,12 @@ class App : public wxApp {
       return true;
     }
     if (!wxApp::OnInit()) return false;
-    desktop_ = std::make_unique<Desktop>();
+    try {
+      desktop_ = std::make_unique<Desktop>();
+    } catch (const Error& error) {
+      wxMessageOutput::Get()->Output(ToWx(error.Description()));
+      return false;
+    }
     desktop_->main_window.Show(paths_to_open);
     return true;
   }
@@ -95,6 +104,23 @@ class App : public wxApp {
  private:
   std::unique_ptr<Desktop> desktop_;
 };
+
+// Takes the option --spreadsheet out of the arguments.
+void TakeSpreadsheet(std::vector<std::string>& arguments) {
+  static constexpr std::string_view kOption = "--spreadsheet";
+  for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
+    if (*argument == "--") return;
+    if (!argument->starts_with(kOption)) continue;
+    const bool has_value = argument->size() > kOption.size();
+    if (has_value && (*argument)[kOption.size()] != '=') continue;
+    auto end = argument + 1;
+    // Without a value it is an empty name, which is refused.
+    chosen_spreadsheet = has_value ? argument->substr(kOption.size() + 1) : std::string();
+    if (!has_value && end != arguments.end()) chosen_spreadsheet = *end++;
+    arguments.erase(argument, end);
+    return;
+  }
+}
 
 // Options are the toolkit's, which would take them from the code page of the machine. Paths never
 // get there: their bytes need not be UTF-8.
@@ -124,7 +150,8 @@ wxIMPLEMENT_APP_NO_MAIN(korvex::App);
 
 int main(int argc, char** argv) {
   korvex::OccupyStandardStreams();
-  const std::vector<std::string> arguments = korvex::ProgramArguments(argc, argv);
+  std::vector<std::string> arguments = korvex::ProgramArguments(argc, argv);
+  korvex::TakeSpreadsheet(arguments);
   if (arguments.size() == 1 && korvex::AnswerOnOutput(arguments.front())) return 0;
   return korvex::RunWindow(arguments);
 }

@@ -9,6 +9,7 @@
 #include "platform/windows/windows_desktop.h"
 #endif
 #include "platform/error.h"
+#include "platform/shown_text.h"
 #include "spreadsheet/embedded_application.h"
 
 namespace korvex {
@@ -36,6 +37,11 @@ SpreadsheetChoice::SpreadsheetChoice(FileSystem& files, std::optional<int> jobs,
 SpreadsheetChoice::~SpreadsheetChoice() = default;
 
 SpreadsheetProgram& SpreadsheetChoice::Choose(const std::optional<std::string>& name) {
+  if (name && name != kEmbedded && name != kInstalled) {
+    throw Error(error_number::kNoSuchApplication, "There is no spreadsheet application \"" +
+                                                      Shown(*name) + "\". Give " + kEmbedded +
+                                                      " or " + kInstalled + ".");
+  }
   if (name == kInstalled && !installed_) {
     throw Error(error_number::kNoSuchApplication,
                 "There is no installed spreadsheet application that KORVEX could drive. To convert "

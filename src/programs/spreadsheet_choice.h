@@ -26,7 +26,7 @@ class SpreadsheetChoice {
 
   // The one of that name; without a name the installed one, where there is one and a desktop for
   // it: in a service or a scheduled job it may wait for ever. Error 429 when the installed one is
-  // asked for and there is none.
+  // asked for and there is none, and for any other name.
   SpreadsheetProgram& Choose(const std::optional<std::string>& name = std::nullopt);
 
  private:

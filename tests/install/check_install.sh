@@ -45,6 +45,11 @@ check "converts the samples" [ "$output" = "$work/samples/campaign/campaign.xls"
 check "cells" cmp "$root/tests/campaign/expected/samples.tsv" "$work/cells"
 
 check "the window is a command" [ "$(readlink -f "$prefix/bin/korvex")" = "$programs/korvex" ]
+for name in installed other; do
+  "$root/tests/ui/with_display" "$prefix/bin/korvex" --spreadsheet "$name" 2>"$work/told"
+  check "the window refuses a spreadsheet application that is not there" \
+    [ "$? $(grep -c "no .*spreadsheet application" "$work/told")" = "255 1" ]
+done
 check "help beside the programs" diff -r "$root/help" "$programs/Help"
 check "samples where the window looks for them" [ -e "$programs/../../../share/korvex/samples/campaign" ]
 check "help in the build folder" diff -r "$root/help" "$build/bin/Help"
