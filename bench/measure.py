@@ -102,16 +102,20 @@ def cell_count(bin_dir, workbook):
 def add_campaigns(table, korvex, folder, script_rounds):
     script = [os.path.join(HERE, "../tests/campaign/xlrd_convert.py")]
     small, large = folder + "/small/campaign", folder + "/large/campaign"
-    table.add("korvex-convert, small", conversion(korvex, small, folder + "/korvex.xls"))
+    for jobs in (1, 2):
+        table.add("korvex-convert, small, --jobs %d" % jobs,
+                  conversion(korvex + ["--jobs", str(jobs)], small, folder + "/korvex.xls"))
     table.add("freexl, small, reads only",
               [table.program("freexl_read")] + sorted(glob.glob(small + "/*/*.xls")))
     table.add("xlrd and xlwt, small", conversion(script, small, folder + "/script.xls"), script_rounds)
     table.add("korvex-convert, large", conversion(korvex, large, folder + "/large.xls"), (table.rounds + 1) // 2)
     table.add("korvex-convert, large, report",
               conversion(korvex + ["--report", folder + "/large.html"], large, folder + "/large.xls"), 2)
-    table.compare("korvex-convert / freexl", "korvex-convert, small", "freexl, small, reads only")
-    table.compare("script / korvex-convert", "xlrd and xlwt, small", "korvex-convert, small")
-    table.compare("large / small, ten times the workbooks", "korvex-convert, large", "korvex-convert, small")
+    for jobs, goal in ((1, 1), (2, 0.65)):
+        table.compare("korvex-convert, --jobs %d / freexl" % jobs, "korvex-convert, small, --jobs %d" % jobs,
+                      "freexl, small, reads only", goal)
+    table.compare("script / korvex-convert", "xlrd and xlwt, small", "korvex-convert, small, --jobs 2")
+    table.compare("large / small, ten times the workbooks", "korvex-convert, large", "korvex-convert, small, --jobs 2")
     table.compare("report / none, large", "korvex-convert, large, report", "korvex-convert, large")
 
 
@@ -129,7 +133,7 @@ def add_packed_campaign(table, korvex, folder):
 def add_packed_reading(table, folder, name, script_rounds, goal=None):
     """Our reading of an .xlsx workbook and the script's, once they have found the same cells."""
     workbook = "%s/%s.xlsx" % (folder, name)
-    script = [os.path.join(HERE, "openpyxl_read.py"), "read", workbook]
+    script = [os.path.join(HERE, "openpyxl_read.py"), workbook]
     found = int(subprocess.run(script, check=True, stdout=subprocess.PIPE).stdout)
     if cell_count(table.bin_dir, workbook) != found:
         raise SystemExit("%s: not the number of cells that openpyxl finds" % workbook)
@@ -140,6 +144,14 @@ def add_packed_reading(table, folder, name, script_rounds, goal=None):
     table.add(bare, [table.program("expat_count"), workbook])
     table.compare("workbook-dump / zlib and expat, %s .xlsx" % name, ours, bare, goal)
     table.compare("openpyxl / workbook-dump, %s .xlsx" % name, theirs, ours)
+
+
+def add_tables(table, folder):
+    dump = table.program("workbook-dump")
+    for ending in (".xls", ".ods"):
+        table.add("workbook-dump, long %s" % ending, [dump, folder + "/long" + ending])
+    table.add("freexl, long .xls", [table.program("freexl_read"), folder + "/long.xls"])
+    table.compare("workbook-dump / freexl, long .xls", "workbook-dump, long .xls", "freexl, long .xls", 1.5)
 
 
 def add_outputs(table, korvex, folder):
@@ -168,6 +180,7 @@ def main():
     add_packed_campaign(table, korvex, folder)
     add_packed_reading(table, folder, "plate", choices.rounds)
     add_packed_reading(table, folder, "long", choices.script_rounds, goal=0.6)
+    add_tables(table, folder)
     add_outputs(table, korvex, folder)
     table.measure()
     same = all(cells(choices.bin_dir, folder + "/korvex.xls") == cells(choices.bin_dir, folder + other)

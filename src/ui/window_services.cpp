@@ -61,10 +61,27 @@ std::string NetworkFolder() {
   return "";
 }
 
+// Takes a busy pointer away for its own lifetime. The toolkit's own class for that lacks its members
+// on Windows.
+class OrdinaryPointer {
+ public:
+  OrdinaryPointer() {
+    for (; wxIsBusy(); ++depth_) wxEndBusyCursor();
+  }
+  ~OrdinaryPointer() {
+    for (; depth_ > 0; --depth_) wxBeginBusyCursor();
+  }
+  OrdinaryPointer(const OrdinaryPointer&) = delete;
+  OrdinaryPointer& operator=(const OrdinaryPointer&) = delete;
+
+ private:
+  int depth_ = 0;
+};
+
 }  // namespace
 
 BoxAnswer WindowDialogs::ShowPlain(const PlainMessage& message) {
-  const wxBusyCursorSuspender not_busy;  // the user is asked, whatever was under way
+  const OrdinaryPointer pointer;  // the user is asked, whatever was under way
   const std::string title = message.title.empty() ? kProgramTitle : message.title;
   wxMessageDialog dialog(ActiveWindow(), Lines(message.text), ToWx(title), StyleOf(message));
   if (!message.cause.empty()) dialog.SetExtendedMessage(Lines(message.cause));
@@ -78,7 +95,7 @@ BoxAnswer WindowDialogs::ShowPlain(const PlainMessage& message) {
 }
 
 std::string WindowDialogs::ShowButtons(const ButtonMessage& message) {
-  const wxBusyCursorSuspender not_busy;
+  const OrdinaryPointer pointer;
   ButtonMessage shown = message;
   if (!message.cause.empty()) {
     shown.prompt += std::string(kLineBreak) + kLineBreak + message.cause;
