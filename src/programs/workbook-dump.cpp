@@ -137,8 +137,10 @@ void Dump(const std::string& file) {
         WriteOutput(lines);
         lines.clear();
       }
+      // Here, so that a sheet is printed in full when one behind it is refused.
+      WriteOutput(lines);
+      lines.clear();
     }
-    WriteOutput(lines);
   });
 }
 
