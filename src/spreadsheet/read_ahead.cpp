@@ -92,7 +92,8 @@ std::shared_ptr<ReadAhead::Expected> ReadAhead::NextToRead() {
 
 void ReadAhead::Read(Expected& expected, const std::string& sheet) {
   try {
-    expected.workbook = std::make_unique<InputWorkbook>(files_, expected.full_name, buffers_);
+    expected.workbook =
+        std::make_unique<InputWorkbook>(files_, expected.full_name, buffers_, &stops_);
     expected.workbook->Prepare(sheet);
   } catch (...) {
     expected.error = std::current_exception();

@@ -4,6 +4,7 @@
 // is asked for, on the thread that asks.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -28,7 +29,7 @@ class ReadAhead {
   // `jobs` counts the thread that asks: with 1 nothing is ever read ahead. Both references must
   // outlive this object.
   ReadAhead(const FileSystem& files, ReadBufferPool& buffers, int jobs);
-  // Waits for the workbooks that are being read, and begins no other.
+  // Gives up the workbooks that are being read, at the next piece of them that is unpacked.
   ~ReadAhead();
   ReadAhead(const ReadAhead&) = delete;
   ReadAhead& operator=(const ReadAhead&) = delete;
@@ -65,7 +66,7 @@ class ReadAhead {
   std::string sheet_;
   std::uint64_t bytes_ahead_ = 0;
   std::size_t workbooks_ahead_ = 0;
-  bool stops_ = false;
+  std::atomic<bool> stops_ = false;   // read without the mutex, too
   std::vector<std::thread> workers_;  // of the thread that asks alone
 };
 

@@ -6,6 +6,7 @@
 // sheets of plates pack to a seventieth of their size, sheets of one constant to a two-hundredth.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -16,12 +17,15 @@ namespace korvex {
 
 class ReadBudget {
  public:
-  explicit ReadBudget(std::size_t file_size)
-      : most_unpacked_(kUnpackedAtLeast + kUnpackedPerByte * std::uint64_t{file_size}),
+  // `given_up` may be set by another thread when nobody wants the workbook any more.
+  explicit ReadBudget(std::size_t file_size, const std::atomic<bool>* given_up = nullptr)
+      : given_up_(given_up),
+        most_unpacked_(kUnpackedAtLeast + kUnpackedPerByte * std::uint64_t{file_size}),
         most_memory_(kMemoryAtLeast + kMemoryPerByte * std::uint64_t{file_size}) {}
 
   // Counts bytes that were unpacked, of all parts and again each time that a part is read.
   void AddUnpacked(std::size_t count) {
+    if (given_up_ != nullptr && *given_up_) Refuse("is not wanted any more");
     unpacked_ += count;
     if (unpacked_ > most_unpacked_) {
       Refuse("unpacks to more than " + GroupedDigits(most_unpacked_) + " bytes");
@@ -50,6 +54,7 @@ class ReadBudget {
   static constexpr std::uint64_t kMemoryAtLeast = std::uint64_t{256} << 20;
   static constexpr std::uint64_t kMemoryPerByte = 8;
 
+  const std::atomic<bool>* given_up_;
   std::uint64_t most_unpacked_;
   std::uint64_t most_memory_;
   std::uint64_t unpacked_ = 0;

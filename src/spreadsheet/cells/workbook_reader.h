@@ -2,6 +2,7 @@
 // out.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -32,6 +33,8 @@ struct ReadBuffers {
   SharedStrings strings;
   SheetCells cells;
   std::unique_ptr<FormatBuffers> format;  // of the reader that used the buffers last
+  // Set by another thread when nobody wants the workbook any more; null where nobody can.
+  const std::atomic<bool>* given_up = nullptr;
 };
 
 // An open workbook. What cannot be read is refused (refusal.h).

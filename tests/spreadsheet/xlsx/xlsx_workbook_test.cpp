@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <span>
 
@@ -11,6 +12,7 @@
 namespace korvex::test {
 namespace {
 
+using testing::HasSubstr;
 using testing::MatchesRegex;
 
 const std::string kMain = "xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\"";
@@ -245,6 +247,13 @@ TEST(ZipPartReader, StopsWhenTheBudgetIsSpent) {
   ZipPartReader part(archive, "a.xml", budget);
   EXPECT_EQ(ErrorOf([&] { part.Read(room); }).Description(),
             "unpacks to more than 536,890,912 bytes");
+
+  std::atomic<bool> given_up = false;
+  ReadBudget shared(file.size(), &given_up);
+  ZipPartReader wanted(archive, "a.xml", shared);
+  EXPECT_EQ(wanted.Read(std::span(room).first(10)), 10u);
+  given_up = true;
+  EXPECT_THAT(ErrorOf([&] { wanted.Read(room); }).Description(), HasSubstr("not wanted any more"));
 }
 
 }  // namespace
