@@ -122,12 +122,13 @@ void InputWorkbook::Sheet::RefusePlace(int row, int column) const {
 }
 
 InputWorkbook::InputWorkbook(const FileSystem& files, const std::string& full_name,
-                             ReadBufferPool& pool, const std::atomic<bool>* given_up)
+                             ReadBufferPool& pool,
+                             std::shared_ptr<const std::atomic<bool>> given_up)
     : full_name_(full_name),
       name_start_(full_name.rfind(files.Separator()) + 1),
       pool_(pool),
       buffers_(pool.Take()) {
-  buffers_->given_up = given_up;
+  buffers_->given_up = std::move(given_up);
   reader_ = NamingFile(full_name, [&] {
     ReadWorkbookFile(files, full_name, buffers_->file);
     return OpenWorkbookReader(*buffers_);

@@ -42,10 +42,9 @@ class InputWorkbook : public Workbook {
   // Opens `full_name`. The pool must outlive the workbook; the file system is needed only during
   // this call. Errors: those of the file
   // system; 1004 with path and cause for a file that is no workbook, damaged or protected; 7 for
-  // one that needs more memory than there is. Reading ends soon after `given_up` is set, which must
-  // outlive the workbook.
+  // one that needs more memory than there is. Reading ends soon after `given_up` is set.
   InputWorkbook(const FileSystem& files, const std::string& full_name, ReadBufferPool& pool,
-                const std::atomic<bool>* given_up = nullptr);
+                std::shared_ptr<const std::atomic<bool>> given_up = nullptr);
   ~InputWorkbook() override;
 
   // Close() calls it; it may destroy the workbook.

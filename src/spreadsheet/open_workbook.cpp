@@ -17,7 +17,7 @@ namespace {
 // Refuses an archive that calls itself something else than an OpenDocument spreadsheet.
 void CheckType(const ZipArchive& archive, const ReadBuffers& buffers) {
   char type[64];
-  ReadBudget budget(buffers.file.size(), buffers.given_up);
+  ReadBudget budget(buffers.file.size(), buffers.given_up.get());
   ZipPartReader part(archive, "mimetype", budget);
   const std::string_view read(type, part.Read(type));
   constexpr std::string_view kFamily = "application/vnd.oasis.opendocument.";

@@ -20,8 +20,7 @@ void ReadAhead::Expect(const std::vector<std::string>& full_names, const std::st
   if (jobs_ < 2) return;
   {
     const std::lock_guard lock(mutex_);
-    // What is being read belongs to its worker as well, and is dropped when that has done.
-    expected_.clear();
+    Drop();
     bytes_ahead_ = 0;
     workbooks_ahead_ = 0;
     for (const std::string& name : full_names) {
@@ -32,6 +31,12 @@ void ReadAhead::Expect(const std::vector<std::string>& full_names, const std::st
   }
   Start();
   changed_.notify_all();
+}
+
+// What is being read belongs to its worker as well, which drops it soon.
+void ReadAhead::Drop() {
+  for (const std::shared_ptr<Expected>& expected : expected_) *expected->given_up = true;
+  expected_.clear();
 }
 
 // A machine that has no thread left reads every workbook when it is asked for.
@@ -46,7 +51,7 @@ void ReadAhead::Stop() {
   {
     const std::lock_guard lock(mutex_);
     stops_ = true;
-    expected_.clear();
+    Drop();
   }
   changed_.notify_all();
   for (std::thread& worker : workers_) worker.join();
@@ -93,7 +98,7 @@ std::shared_ptr<ReadAhead::Expected> ReadAhead::NextToRead() {
 void ReadAhead::Read(Expected& expected, const std::string& sheet) {
   try {
     expected.workbook =
-        std::make_unique<InputWorkbook>(files_, expected.full_name, buffers_, &stops_);
+        std::make_unique<InputWorkbook>(files_, expected.full_name, buffers_, expected.given_up);
     expected.workbook->Prepare(sheet);
   } catch (...) {
     expected.error = std::current_exception();

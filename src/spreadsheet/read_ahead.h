@@ -49,11 +49,14 @@ class ReadAhead {
     std::uint64_t size = 0;
     std::unique_ptr<InputWorkbook> workbook;
     std::exception_ptr error;
+    // Set while it is read and nobody wants it any more; never once it was handed over.
+    std::shared_ptr<std::atomic<bool>> given_up = std::make_shared<std::atomic<bool>>(false);
   };
 
   void Work();
   std::shared_ptr<Expected> NextToRead();
   void Read(Expected& expected, const std::string& sheet);
+  void Drop();
   void Start();
   void Stop();
 
@@ -66,7 +69,7 @@ class ReadAhead {
   std::string sheet_;
   std::uint64_t bytes_ahead_ = 0;
   std::size_t workbooks_ahead_ = 0;
-  std::atomic<bool> stops_ = false;   // read without the mutex, too
+  bool stops_ = false;
   std::vector<std::thread> workers_;  // of the thread that asks alone
 };
 

@@ -34,7 +34,7 @@ struct ReadBuffers {
   SheetCells cells;
   std::unique_ptr<FormatBuffers> format;  // of the reader that used the buffers last
   // Set by another thread when nobody wants the workbook any more; null where nobody can.
-  const std::atomic<bool>* given_up = nullptr;
+  std::shared_ptr<const std::atomic<bool>> given_up;
 };
 
 // An open workbook. What cannot be read is refused (refusal.h).

@@ -40,7 +40,7 @@ void CheckBlank(std::string_view text) {
 }
 
 void DocumentWorkbook::Load() {
-  ReadBudget budget(buffers_.file.size(), buffers_.given_up);
+  ReadBudget budget(buffers_.file.size(), buffers_.given_up.get());
   SheetCollector sheets(budget);
   ReadDocument(budget, sheets);
   sheets_ = std::move(sheets.sheets_);

@@ -40,7 +40,7 @@ class StringsHandler : public XmlHandler {
 XlsxWorkbook::XlsxWorkbook(ReadBuffers& buffers, ZipArchive archive)
     : buffers_(buffers),
       archive_(std::move(archive)),
-      budget_(buffers.file.size(), buffers.given_up),
+      budget_(buffers.file.size(), buffers.given_up.get()),
       globals_(ReadXlsxGlobals(archive_, budget_)) {}
 
 void XlsxWorkbook::ReadStrings() {
