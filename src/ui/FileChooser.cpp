@@ -79,10 +79,8 @@ class FileChooser::TimedLook {
  public:
   explicit TimedLook(FileChooser& chooser) : chooser_(chooser) {}
   ~TimedLook() {
-    const auto end = Clock::now();
-    const auto pause =
-        end - start_ < kSlowLook ? Clock::duration() : (end - start_) * kPausesOfSlowLook;
-    chooser_.next_look_ = end + pause;
+    chooser_.look_took_ = {};
+    chooser_.AddToLook(Clock::now() - start_);
   }
   TimedLook(const TimedLook&) = delete;
   TimedLook& operator=(const TimedLook&) = delete;
@@ -429,6 +427,12 @@ void FileChooser::LookAgain() {
     ShowFiles(entries);
   }
   dirMain_->LookAgain();
+}
+
+void FileChooser::AddToLook(std::chrono::steady_clock::duration taken) {
+  look_took_ += taken;
+  next_look_ = std::chrono::steady_clock::now();
+  if (look_took_ >= kSlowLook) next_look_ += look_took_ * kPausesOfSlowLook;
 }
 
 void FileChooser::drvMain_Change() {

@@ -74,6 +74,8 @@ class FileChooser : public wxPanel {
   void LookAgain();
   // Raised after every look at the current folder, which may be another one.
   std::function<void()> Looked;
+  // The owner has taken so much longer over what it looked up because of that.
+  void AddToLook(std::chrono::steady_clock::duration taken);
 
   // Shows why a folder could not be opened: as a message about the folder, or else as a report.
   void ShowFailure(const TrappedError& error);
@@ -111,9 +113,9 @@ class FileChooser : public wxPanel {
   std::vector<std::string> drives_;  // in the order of the drive box
   std::vector<FolderEntry> entries_;
   std::vector<std::string> files_;  // in the order of the file list
-  // Before then the lists do not look at the disk by themselves.
-  std::chrono::steady_clock::time_point next_look_;
-  int splitter_left_;              // where the user has put it, in twips
+  std::chrono::steady_clock::duration look_took_{};
+  std::chrono::steady_clock::time_point next_look_;  // the lists do not look by themselves before
+  int splitter_left_;                                // where the user has put it, in twips
   std::optional<int> drag_start_;  // while the splitter is dragged: the pointer within it
 
   FramePanel* fraMain_;

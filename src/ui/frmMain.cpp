@@ -2,9 +2,9 @@
 
 #include <wx/app.h>
 #include <wx/settings.h>
-#include <wx/stopwatch.h>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "errors/clsAppLog.h"
@@ -33,7 +33,7 @@ constexpr char kDefaultPattern[] = "*.xls";
 constexpr char kNoFilePattern[] = "bijo.bijo";
 constexpr int kFolderLabelInterval = 200;  // milliseconds
 constexpr char kShowReport[] = "Show Report";
-constexpr int kCountingStep = 20;  // milliseconds
+constexpr std::chrono::milliseconds kCountingStep{20};
 // Within this time a toolkit that paints with the refresh of the screen has painted.
 constexpr int kScreenRefresh = 20;  // milliseconds
 
@@ -283,8 +283,14 @@ void frmMain::CountAfresh() {
 
 bool frmMain::CountOn() {
   if (running_ || counted_folder_.empty() || contents_.IsDone()) return false;
-  const wxStopWatch watch;
-  while (!contents_.IsDone() && watch.Time() < kCountingStep) contents_.Step();
+  const wxBusyCursor busy;  // a single listing can take long
+  const auto start = std::chrono::steady_clock::now();
+  std::chrono::steady_clock::duration taken{};
+  while (!contents_.IsDone() && taken < kCountingStep) {
+    contents_.Step();
+    taken = std::chrono::steady_clock::now() - start;
+  }
+  FileChooser_->AddToLook(taken);
   if (contents_.IsDone()) ShowCounted();
   return !contents_.IsDone();
 }

@@ -180,7 +180,9 @@ wxSizer* frmMain::ProgressRow(wxWindow* form) {
 // GTK would take what it then adds as a frame away from the controls.
 void frmMain::FitToControls() {
   wxSize size = GetSizer()->ComputeFittingClientSize(this);
-  size.DecTo(wxDisplay(this).GetClientArea().GetSize() - (GetSize() - GetClientSize()));
+  // How large the frame will be is known on some platforms only.
+  const wxSize frame = GetSize() - GetClientSize() + FromDIP(wxSize(8, 32));
+  size.DecTo(wxDisplay(this).GetClientArea().GetSize() - frame);
   SetClientSize(size);
   Bind(wxEVT_SHOW, [this](wxShowEvent& event) {
     event.Skip();
