@@ -6,7 +6,6 @@
 #include <wx/listbox.h>
 #include <wx/platinfo.h>
 #include <wx/settings.h>
-#include <wx/utils.h>
 
 #include <algorithm>
 #include <cmath>
@@ -125,10 +124,27 @@ void IgnoreSecondClick(wxButton& button) {
 }
 
 void SelectOnlyWhenAsked(wxListBox& list) {
-  list.Bind(wxEVT_SET_FOCUS, [&list](wxFocusEvent& event) {
+  const auto is_clicked = std::make_shared<bool>(false);
+  const auto press = [&list, is_clicked](wxMouseEvent& event) {
+    *is_clicked = true;
+    // First, since GTK selects an item with it.
+    if (!list.HasFocus()) list.SetFocus();
+    if (list.HitTest(event.GetPosition()) == wxNOT_FOUND) {
+      list.SetSelection(wxNOT_FOUND);
+    } else {
+      event.Skip();
+    }
+  };
+  list.Bind(wxEVT_LEFT_DOWN, press);
+  list.Bind(wxEVT_LEFT_DCLICK, press);
+  list.Bind(wxEVT_LEFT_UP, [is_clicked](wxMouseEvent& event) {
+    *is_clicked = false;
     event.Skip();
-    const bool is_clicked = wxGetMouseState().LeftIsDown();
-    if (is_clicked || list.GetSelection() != wxNOT_FOUND) return;
+  });
+  list.Bind(wxEVT_SET_FOCUS, [&list, is_clicked](wxFocusEvent& event) {
+    event.Skip();
+    wxArrayInt selected;
+    if (*is_clicked || list.GetSelections(selected) > 0) return;
     // GTK selects once this event has been handled.
     list.CallAfter([&list] { list.SetSelection(wxNOT_FOUND); });
   });

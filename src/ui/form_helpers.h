@@ -56,7 +56,9 @@ void IgnoreWheel(wxChoice& box);
 // A double click counts as one click.
 void IgnoreSecondClick(wxButton& button);
 
-// Keeps GTK from selecting the first item of a list when the keyboard focus comes to it.
+// Keeps GTK from selecting the first item of a list when the keyboard focus comes to it, and from
+// overlooking Shift and Ctrl in the click that brings it. On every platform a click on blank space
+// selects nothing.
 void SelectOnlyWhenAsked(wxListBox& list);
 
 // Sets a flag for its own lifetime and puts the former value back.

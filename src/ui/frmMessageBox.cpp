@@ -1,5 +1,6 @@
 #include "ui/frmMessageBox.h"
 
+#include <wx/artprov.h>
 #include <wx/dcclient.h>
 #include <wx/display.h>
 #include <wx/textbuf.h>
@@ -67,8 +68,36 @@ frmMessageBox::frmMessageBox(wxWindow* owner)
 
 std::string frmMessageBox::ShowMsgBox(const ButtonMessage& message) {
   Check(message);
-  SetTitle(ToWx(message.title));
   DisableCloseButton();
+  has_icon_ = message.icon != 0;
+  imgIcon_->SetIcon(message.icon);
+  Run(message);
+  return message.buttons[pressed_];
+}
+
+BoxAnswer frmMessageBox::ShowPlain(const PlainMessage& message) {
+  closable_ = true;
+  has_icon_ = message.icon != BoxIcon::kNone;
+  if (has_icon_) {
+    imgIcon_->SetPicture(wxArtProvider::GetBitmapBundle(
+        message.icon == BoxIcon::kCritical ? wxART_ERROR : wxART_WARNING, wxART_MESSAGE_BOX));
+  }
+  ButtonMessage shown;
+  shown.prompt = message.text;
+  shown.title = message.title;
+  shown.sound = 0;
+  shown.buttons = {message.buttons == BoxButtons::kRetryCancel ? "&Retry" : "OK"};
+  if (message.buttons != BoxButtons::kOk) shown.buttons.push_back("Cancel");
+  // A question with an icon warns of a loss.
+  if (message.buttons == BoxButtons::kOkCancel && has_icon_) shown.default_button = 1;
+  Run(shown);
+  if (message.buttons == BoxButtons::kOk) return BoxAnswer::kOk;
+  if (pressed_ == 1) return BoxAnswer::kCancel;
+  return message.buttons == BoxButtons::kRetryCancel ? BoxAnswer::kRetry : BoxAnswer::kOk;
+}
+
+void frmMessageBox::Run(const ButtonMessage& message) {
+  SetTitle(ToWx(message.title));
   text_ = wxTextBuffer::Translate(ToWx(message.prompt), wxTextFileType_Unix);
   while (cmdMain_.size() < message.buttons.size()) AddButton();
   for (std::size_t i = 0; i < cmdMain_.size(); ++i) {
@@ -81,12 +110,10 @@ std::string frmMessageBox::ShowMsgBox(const ButtonMessage& message) {
   // Platforms that give the focus to the first control shall find this one.
   chosen->MoveBeforeInTabOrder(GetChildren().GetFirst()->GetData());
   chosen->SetFocus();
-  imgIcon_->SetIcon(message.icon);
-  imgIcon_->Show(message.icon != 0);
+  imgIcon_->Show(has_icon_);
   if (Sound* sound = Platform().sound) PlayMessageSound(*sound, message.sound);
   CentreWhenShown(*this);
   ShowModal();
-  return message.buttons[pressed_];
 }
 
 void frmMessageBox::cmdMain_Click(std::size_t index) {
@@ -105,6 +132,10 @@ void frmMessageBox::txtMessage_Change(wxCommandEvent&) {
 // The text box would swallow Enter.
 void frmMessageBox::OnKey(wxKeyEvent& event) {
   const int key = event.GetKeyCode();
+  if (closable_ && key == WXK_ESCAPE) {
+    Close();
+    return;
+  }
   const bool is_enter = key == WXK_RETURN || key == WXK_NUMPAD_ENTER;
   if (is_enter && txtMessage_->HasFocus()) {
     wxCommandEvent click(wxEVT_BUTTON, GetDefaultItem()->GetId());
@@ -116,7 +147,9 @@ void frmMessageBox::OnKey(wxKeyEvent& event) {
 
 // The end of the program or of the session cannot be refused.
 void frmMessageBox::OnClose(wxCloseEvent& event) {
-  if (event.CanVeto()) {
+  if (closable_) {
+    cmdMain_Click(cmdMain_.size() - 1);
+  } else if (event.CanVeto()) {
     event.Veto();
   } else {
     EndModal(wxID_CANCEL);
@@ -156,7 +189,7 @@ MessageBoxLayout frmMessageBox::LayOut(const ButtonMessage& message) {
   const wxSize screen = wxDisplay(near).GetClientArea().GetSize() * kUsableScreen;
   MessageBoxContent content;
   content.caption_widths = CaptionWidths(message.buttons);
-  content.has_icon = message.icon != 0;
+  content.has_icon = has_icon_;
   content.message_height = [this](int width) { return MessageHeight(width); };
   content.most_width = twips_.FromPixels(screen.x) + kFrameWidth - 2 * kMargin;
   content.most_height = twips_.FromPixels(screen.y) + kFrameHeight - 2 * kMargin;

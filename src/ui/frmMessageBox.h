@@ -1,5 +1,6 @@
 // The program's own message box: any captions on its buttons, a numbered icon, a sound, and a text
-// that can be selected and copied. Nothing but one of its buttons closes it.
+// that can be selected and copied. Nothing but one of its buttons closes it. It also shows plain
+// messages where the desktop does not do so well enough.
 #pragma once
 
 #include <wx/button.h>
@@ -28,7 +29,12 @@ class frmMessageBox : public wxDialog {
   // does not, and when there are no buttons.
   std::string ShowMsgBox(const ButtonMessage& message);
 
+  // Shows a plain message, for a desktop whose own message box has neither icons nor one weight of
+  // letters. This one can be closed without a button, which answers as its last button does.
+  BoxAnswer ShowPlain(const PlainMessage& message);
+
  private:
+  void Run(const ButtonMessage& message);
   void cmdMain_Click(std::size_t index);
   void txtMessage_Change(wxCommandEvent& event);
   void OnKey(wxKeyEvent& event);
@@ -45,6 +51,8 @@ class frmMessageBox : public wxDialog {
 
   Twips twips_;
   wxString text_;
+  bool closable_ = false;
+  bool has_icon_ = false;
   std::size_t pressed_ = 0;
   wxStaticText* lblButtons_;
   wxStaticText* lblMessage_;

@@ -7,6 +7,7 @@
 #include "platform/dialogs.h"
 #include "platform/file_system.h"
 #include "platform/services.h"
+#include "platform/shown_text.h"
 #include "settings/basSettings.h"
 #include "structure/clsArray.h"
 #include "text/text.h"
@@ -18,6 +19,9 @@ namespace korvex {
 namespace {
 
 constexpr int kDiscrepancyIcon = 17;
+constexpr char kDropColumns[] = "&Drop Columns";
+constexpr char kGoBack[] = "&Go Back";
+constexpr std::size_t kStructurePage = 1;
 
 bool MayTakePlaceOf(const std::string& file) {
   if (!Platform().files->FileExists(file)) return true;
@@ -49,23 +53,19 @@ std::string WithFolder(const std::string& name) {
   return files.AbsolutePath(name);
 }
 
-ColumnList ColumnsOf(const wxListBox& list) {
-  ColumnList columns;
-  for (const wxString& name : list.GetStrings()) columns.names.push_back(FromWx(name));
-  if (const int selected = list.GetSelection(); selected != wxNOT_FOUND) {
-    columns.selected = static_cast<std::size_t>(selected);
-  }
-  return columns;
-}
-
-void ShowSelection(wxListBox& list, const ColumnList& columns) {
-  if (columns.selected) list.SetSelection(static_cast<int>(*columns.selected));
-}
-
-std::optional<clsArray::Values> ItemsOf(const wxListBox& list) {
+std::optional<clsArray::Values> ItemsOf(const ColumnListBox& list) {
   clsArray items;
-  items.AddTexts(ColumnsOf(list).names);
+  items.AddTexts(list.Columns().names);
   return items.Items();
+}
+
+// The line below a list; none when nothing is missing.
+void ShowNames(wxStaticText& line, const std::vector<std::string>& names) {
+  std::vector<std::string> shown;
+  for (const std::string& name : names) shown.push_back(Shown(name));
+  line.SetLabelText("Missing: " + ToWx(Join(shown, ", ")));
+  line.SetToolTip(ToWx(Join(shown, "\n")));
+  line.Show(!names.empty());
 }
 
 }  // namespace
@@ -100,19 +100,47 @@ void frmOptions::BindEvents() {
   click(cmdFromKeys_, wxEVT_BUTTON, &frmOptions::cmdFromKeys_Click);
   click(cmdToOutput_, wxEVT_BUTTON, &frmOptions::cmdToOutput_Click);
   click(cmdFromOutput_, wxEVT_BUTTON, &frmOptions::cmdFromOutput_Click);
+  click(lstAvailableCols_, wxEVT_LISTBOX_DCLICK, &frmOptions::lstAvailableCols_DblClick);
   click(cmdSampleFile_, wxEVT_BUTTON, &frmOptions::cmdSampleFile_Click);
   click(cmdOK_, wxEVT_BUTTON, &frmOptions::cmdOK_Click);
   cmdSampleFile_->Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
     ShowSampleName();
     event.Skip();
   });
+  BindFocusEvents();
   Bind(wxEVT_CHAR_HOOK, &frmOptions::OnKey, this);
 }
 
-// Without a button for it, Esc would do nothing.
+void frmOptions::BindFocusEvents() {
+  // Some come while the dialog is destroyed.
+  const auto bind = [this](wxWindow* control, const auto& event, const auto& handler) {
+    control->Bind(event, [this, handler](wxFocusEvent& focus) {
+      if (IsShown()) handler();
+      focus.Skip();
+    });
+  };
+  for (ColumnListBox* list : {lstKeyColumns_, lstOutputColumns_}) {
+    bind(list, wxEVT_SET_FOCUS, [this, list] { SetTarget(*list); });
+  }
+  // Enter adds what is selected, as a click on the arrow does.
+  bind(lstAvailableCols_, wxEVT_SET_FOCUS,
+       [this] { (target_ == lstKeyColumns_ ? cmdToKeys_ : cmdToOutput_)->SetDefault(); });
+  bind(lstAvailableCols_, wxEVT_KILL_FOCUS, [this] { cmdOK_->SetDefault(); });
+  for (NameBox* name : {&txtFilename_, &txtOutputFile_}) {
+    bind(name->box, wxEVT_KILL_FOCUS, [name] { name->Complete(); });
+  }
+}
+
 void frmOptions::OnKey(wxKeyEvent& event) {
-  if (event.GetKeyCode() == WXK_ESCAPE) {
-    Close();
+  const int key = event.GetKeyCode();
+  const wxWindow* focus = FindFocus();
+  const bool is_delete = key == WXK_DELETE || key == WXK_NUMPAD_DELETE;
+  if (key == WXK_ESCAPE) {
+    Close();  // without a button for it, the key would do nothing
+  } else if (is_delete && focus == lstKeyColumns_) {
+    cmdFromKeys_Click();
+  } else if (is_delete && focus == lstOutputColumns_) {
+    cmdFromOutput_Click();
   } else {
     event.Skip();
   }
@@ -168,30 +196,89 @@ void frmOptions::LoadStructureLists() {
   lstKeyColumns_->Clear();
   SharedControls().ArrayToList(*lstKeyColumns_, structure_.KeyColsArray());
   SharedControls().SelectInList(*cboDataCol_, structure_.DataColumn());
+  missing_ = structure_.Missing();
+  missing_.data = structure_.DataColumn();
+  ShowMissing();
+  const bool only_keys = !lstKeyColumns_->IsEmpty() && lstOutputColumns_->IsEmpty();
+  SetTarget(only_keys ? *lstOutputColumns_ : *lstKeyColumns_);
+}
+
+// What the lists cannot show, since they hold columns of the sample. The data column is chosen as
+// it is spelled.
+MissingColumns frmOptions::Missing() const {
+  MissingColumns missing = missing_;
+  const bool is_chosen = cboDataCol_->GetSelection() != wxNOT_FOUND;
+  if (is_chosen || missing.data->empty()) missing.data.reset();
+  return missing;
+}
+
+void frmOptions::ShowMissing() {
+  const MissingColumns missing = Missing();
+  ShowNames(*lblKeysMissing_, missing.keys);
+  ShowNames(*lblOutputMissing_, missing.outputs);
+  ShowNames(*lblDataMissing_,
+            missing.data ? std::vector{*missing.data} : std::vector<std::string>());
+  GetSizer()->SetSizeHints(this);
 }
 
 void frmOptions::WarnOfDiscrepancy() const {
-  int default_button = 0;
-  ShowMessageBox(
-      std::string("File format does not correspond to last settings saved. Please make sure the "
-                  "settings are as desired.") +
-          kLineBreak + kLineBreak + "File used for format check:" + kLineBreak + kLineBreak +
-          structure_.SampleFileUsed(false),
-      {"OK"}, kProgramTitle, kDiscrepancyIcon, default_button, 1);
+  ButtonMessage message;
+  message.prompt =
+      std::string(
+          "File format does not correspond to last settings saved. Please make sure the "
+          "settings are as desired.") +
+      kLineBreak + kLineBreak + "File used for format check:" + kLineBreak + kLineBreak +
+      structure_.SampleFileUsed(false);
+  message.buttons = {"OK"};
+  message.title = kProgramTitle;
+  message.icon = kDiscrepancyIcon;
+  message.cause = structure_.SampleUsable() ? MissingText(structure_.Missing())
+                                            : "No column could be read from a sample file.";
+  Platform().dialogs->ShowButtons(message);
+}
+
+// OK stores the lists as they are shown. Without an output column it is refused and stores nothing.
+bool frmOptions::MayDropMissing() const {
+  const std::string text = MissingText(Missing());
+  if (text.empty() || lstOutputColumns_->IsEmpty()) return true;
+  ButtonMessage question;
+  question.prompt =
+      "The settings name columns that the sample file does not have. Drop them from the settings?";
+  question.buttons = {kDropColumns, kGoBack};
+  question.title = kProgramTitle;
+  question.icon = kDiscrepancyIcon;
+  question.default_button = 1;
+  question.cause = text;
+  return Platform().dialogs->ShowButtons(question) == kDropColumns;
 }
 
 void frmOptions::cmdOK_Click() {
   Trap(
       "frmStructure.cmdOK_Click",
       [&] {
+        // Enter in the text box leaves it, too.
+        txtFilename_.Complete();
+        txtOutputFile_.Complete();
+        if (!MayDropMissing()) return;
         // The columns first: when they are refused, the other options stay as they are stored.
         SaveSettings();
         SaveGeneralOptions();
         EndModal(wxID_OK);
       },
-      [](const TrappedError& error) {
+      [&](const TrappedError& error) {
         if (!error.IsTold()) error.Report();
+        ShowEmptyList();
       });
+}
+
+// Where the user goes on after the refusal of an empty list.
+void frmOptions::ShowEmptyList() {
+  for (ColumnListBox* list : {lstOutputColumns_, lstKeyColumns_}) {
+    if (!list->IsEmpty()) continue;
+    tabOptions_->SetSelection(kStructurePage);
+    list->SetFocus();
+    SetTarget(*list);
+  }
 }
 
 void frmOptions::SaveSettings() {
@@ -287,27 +374,40 @@ void frmOptions::cmdFromOutput_Click() {
   Trap("frmStructure.cmdFromOutput_Click", [&] { RemoveSelected(*lstOutputColumns_); });
 }
 
-void frmOptions::AddSelected(wxListBox& list) {
-  ColumnList columns = ColumnsOf(list);
-  const auto position = AddToList(ColumnsOf(*lstAvailableCols_), columns);
-  if (!position) return;
-  // One item changes and the others stay: a list that is filled anew would scroll to its top.
-  list.Insert(ToWx(columns.names[*position]), static_cast<unsigned>(*position));
-  ShowSelection(list, columns);
-  list.EnsureVisible(static_cast<int>(*position));
+void frmOptions::lstAvailableCols_DblClick() {
+  Trap("frmStructure.lstAvailableCols_DblClick", [&] { AddSelected(*target_); });
 }
 
-void frmOptions::RemoveSelected(wxListBox& list) {
-  ColumnList columns = ColumnsOf(list);
-  const auto position = RemoveFromList(columns);
-  if (!position) return;
-  list.Delete(static_cast<unsigned>(*position));
-  ShowSelection(list, columns);
+void frmOptions::SetTarget(ColumnListBox& list) {
+  target_ = &list;
+  lblTarget_->SetLabelText(&list == lstKeyColumns_ ? "Double-click adds to key"
+                                                   : "Double-click adds to output");
+}
+
+void frmOptions::AddSelected(ColumnListBox& list) {
+  SetTarget(list);
+  wxArrayInt selected;
+  lstAvailableCols_->GetSelections(selected);
+  for (const int index : selected) {
+    ColumnList columns = list.Columns();
+    const wxString name = lstAvailableCols_->GetString(static_cast<unsigned>(index));
+    if (const auto position = AddToList(FromWx(name), columns)) list.ShowAdded(columns, *position);
+  }
+}
+
+void frmOptions::RemoveSelected(ColumnListBox& list) {
+  SetTarget(list);
+  ColumnList columns = list.Columns();
+  if (const auto position = RemoveFromList(columns)) list.ShowRemoved(columns, *position);
 }
 
 void frmOptions::NameBox::Show(const std::string& name) {
   name_ = name;
   box->ChangeValue(ToWx(name));
+}
+
+void frmOptions::NameBox::Complete() {
+  if (box->GetValue() != ToWx(name_)) Show(WithEnding(Name()));
 }
 
 std::string frmOptions::NameBox::Name() const {

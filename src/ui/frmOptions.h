@@ -11,6 +11,7 @@
 #include <wx/listbox.h>
 #include <wx/notebook.h>
 #include <wx/radiobut.h>
+#include <wx/stattext.h>
 #include <wx/textctrl.h>
 
 #include <functional>
@@ -18,6 +19,7 @@
 #include <vector>
 
 #include "structure/clsStructure.h"
+#include "ui/column_list_box.h"
 #include "ui/frame_panel.h"
 
 namespace korvex {
@@ -44,6 +46,8 @@ class frmOptions : public wxDialog {
    public:
     void Show(const std::string& name);
     std::string Name() const;
+    // Gives a name that was typed without an ending its ".xls".
+    void Complete();
 
     wxTextCtrl* box = nullptr;
 
@@ -61,6 +65,7 @@ class frmOptions : public wxDialog {
   void OpenLarger();
   void ShowSampleName();
   void BindEvents();
+  void BindFocusEvents();
   void OnKey(wxKeyEvent& event);
 
   void Form_Load();
@@ -68,11 +73,16 @@ class frmOptions : public wxDialog {
   void LoadStructure(const std::string& parent_path, const std::vector<std::string>& files,
                      ListedFolders& folders);
   void LoadStructureLists();
+  MissingColumns Missing() const;
+  void ShowMissing();
   void WarnOfDiscrepancy() const;
+  bool MayDropMissing() const;
+  void ShowEmptyList();
   void SaveSettings();
   void SaveGeneralOptions();
-  void AddSelected(wxListBox& list);
-  void RemoveSelected(wxListBox& list);
+  void SetTarget(ColumnListBox& list);
+  void AddSelected(ColumnListBox& list);
+  void RemoveSelected(ColumnListBox& list);
 
   void cmdOK_Click();
   void cmdSampleFile_Click();
@@ -84,8 +94,10 @@ class frmOptions : public wxDialog {
   void cmdToOutput_Click();
   void cmdFromKeys_Click();
   void cmdFromOutput_Click();
+  void lstAvailableCols_DblClick();
 
   clsStructure structure_;
+  MissingColumns missing_;  // when the lists were filled, with the data column of the settings
   std::vector<wxAcceleratorEntry> access_keys_;  // of the tabs
 
   wxNotebook* tabOptions_;
@@ -101,13 +113,18 @@ class frmOptions : public wxDialog {
   wxCheckBox* chkErrMail_;
   wxTextCtrl* txtEmailAddress_;
   wxListBox* lstAvailableCols_;
-  wxListBox* lstKeyColumns_;
-  wxListBox* lstOutputColumns_;
+  wxStaticText* lblTarget_;
+  ColumnListBox* lstKeyColumns_;
+  wxStaticText* lblKeysMissing_;
+  ColumnListBox* lstOutputColumns_;
+  wxStaticText* lblOutputMissing_;
+  ColumnListBox* target_ = nullptr;  // what a double click adds to: the list used last
   wxButton* cmdToKeys_;
   wxButton* cmdFromKeys_;
   wxButton* cmdToOutput_;
   wxButton* cmdFromOutput_;
   wxChoice* cboDataCol_;
+  wxStaticText* lblDataMissing_;
   wxButton* cmdSampleFile_;
   wxButton* cmdOK_;
 };

@@ -70,13 +70,26 @@ wxStaticText* NewLabel(wxWindow& parent, const char* text) {
 }
 
 // Not as wide as its longest name: long ones scroll sideways.
-wxListBox* NewList(wxWindow& parent, const char* name) {
-  auto* list = Named(new wxListBox(&parent, wxID_ANY, wxDefaultPosition, wxDefaultSize, 0, nullptr,
-                                   wxLB_SINGLE | wxLB_NEEDED_SB | wxLB_HSCROLL),
-                     name);
-  SelectOnlyWhenAsked(*list);
-  list->SetMinSize(wxSize(kListWidth * parent.GetCharWidth(), kListHeight * LineHeight(parent)));
+template <class List>
+List* AsColumnList(List* list) {
+  list->SetMinSize(wxSize(kListWidth * list->GetCharWidth(), kListHeight * LineHeight(*list)));
   return list;
+}
+
+// The small line below a list, no wider than the list.
+wxStaticText* NewLine(wxWindow& parent, const char* name) {
+  auto* line = Named(new wxStaticText(&parent, wxID_ANY, "", wxDefaultPosition, wxDefaultSize,
+                                      wxST_NO_AUTORESIZE | wxST_ELLIPSIZE_END),
+                     name);
+  line->SetMinSize(wxSize(kListWidth * parent.GetCharWidth(), -1));
+  return line;
+}
+
+wxSizer* Above(wxWindow* list, wxStaticText* line) {
+  auto* column = new wxBoxSizer(wxVERTICAL);
+  column->Add(list, wxSizerFlags(1).Expand());
+  column->Add(line, wxSizerFlags().Expand().Border(wxTOP, line->FromDIP(kGap / 4)));
+  return column;
 }
 
 wxButton* NewArrow(wxWindow& parent, const char* name, const char* caption) {
@@ -217,26 +230,33 @@ void frmOptions::BuildAfterwards(FramePanel& frame) {
 // The available columns on the left, and what goes where on the right, each with its arrows.
 void frmOptions::BuildColumns(FramePanel& frame) {
   wxStaticText* available = NewLabel(frame, "Available Columns:");
-  lstAvailableCols_ = NewList(frame, "lstAvailableCols");
+  lstAvailableCols_ =
+      AsColumnList(Named(new wxListBox(&frame, wxID_ANY, wxDefaultPosition, wxDefaultSize, 0,
+                                       nullptr, wxLB_EXTENDED | wxLB_NEEDED_SB | wxLB_HSCROLL),
+                         "lstAvailableCols"));
+  SelectOnlyWhenAsked(*lstAvailableCols_);
+  lblTarget_ = NewLine(frame, "lblTarget");
   cmdToKeys_ = NewArrow(frame, "cmdToKeys", "-->");
   cmdFromKeys_ = NewArrow(frame, "cmdFromKeys", "<--");
   wxStaticText* keys = NewLabel(frame, "Columns that comprise the key:");
-  lstKeyColumns_ = NewList(frame, "lstKeyColumns");
+  lstKeyColumns_ = AsColumnList(new ColumnListBox(&frame, "lstKeyColumns"));
+  lblKeysMissing_ = NewLine(frame, "lblKeysMissing");
   cmdToOutput_ = NewArrow(frame, "cmdToOutput", "-->");
   cmdFromOutput_ = NewArrow(frame, "cmdFromOutput", "<--");
   wxStaticText* output = NewLabel(frame, "Columns for the output file:");
-  lstOutputColumns_ = NewList(frame, "lstOutputColumns");
+  lstOutputColumns_ = AsColumnList(new ColumnListBox(&frame, "lstOutputColumns"));
+  lblOutputMissing_ = NewLine(frame, "lblOutputMissing");
 
   const int gap = FromDIP(kGap);
   auto* grid = new wxGridBagSizer(gap / 2, gap);
   grid->Add(available, {0, 0});
-  grid->Add(lstAvailableCols_, {1, 0}, {3, 1}, wxEXPAND);
+  grid->Add(Above(lstAvailableCols_, lblTarget_), {1, 0}, {3, 1}, wxEXPAND);
   grid->Add(keys, {0, 2});
   grid->Add(ArrowColumn(cmdToKeys_, cmdFromKeys_), {1, 1}, {}, wxALIGN_CENTER_VERTICAL);
-  grid->Add(lstKeyColumns_, {1, 2}, {}, wxEXPAND);
+  grid->Add(Above(lstKeyColumns_, lblKeysMissing_), {1, 2}, {}, wxEXPAND);
   grid->Add(output, {2, 2}, {}, wxTOP, gap);
   grid->Add(ArrowColumn(cmdToOutput_, cmdFromOutput_), {3, 1}, {}, wxALIGN_CENTER_VERTICAL);
-  grid->Add(lstOutputColumns_, {3, 2}, {}, wxEXPAND);
+  grid->Add(Above(lstOutputColumns_, lblOutputMissing_), {3, 2}, {}, wxEXPAND);
   for (const std::size_t column : {0, 2}) grid->AddGrowableCol(column, 1);
   for (const std::size_t row : {1, 3}) grid->AddGrowableRow(row, 1);
   frame.Content().Add(grid, wxSizerFlags(1).Expand());
@@ -246,6 +266,7 @@ void frmOptions::BuildSample(FramePanel& frame) {
   wxStaticText* data = NewLabel(frame, "Data Column:");
   cboDataCol_ = Named(new wxChoice(&frame, wxID_ANY), "cboDataCol");
   IgnoreWheel(*cboDataCol_);
+  lblDataMissing_ = NewLine(frame, "lblDataMissing");
   wxStaticText* sample = NewLabel(frame, "Launch Sample File -->");
   cmdSampleFile_ = Named(new wxButton(&frame, wxID_ANY, "..."), "cmdSampleFile");
   for (wxWindow* control :
@@ -256,7 +277,7 @@ void frmOptions::BuildSample(FramePanel& frame) {
   auto* grid = new wxFlexGridSizer(2, wxSize(FromDIP(kGap), FromDIP(kGap)));
   grid->AddGrowableCol(1);
   grid->Add(data, wxSizerFlags().CenterVertical());
-  grid->Add(cboDataCol_, wxSizerFlags().Expand());
+  grid->Add(Above(cboDataCol_, lblDataMissing_), wxSizerFlags().Expand());
   grid->Add(sample, wxSizerFlags().CenterVertical());
   grid->Add(cmdSampleFile_, wxSizerFlags().Expand());
   frame.Content().Add(grid, wxSizerFlags().Expand());

@@ -421,14 +421,21 @@ void IconImage::SetIcon(int number) {
   Refresh();
 }
 
+void IconImage::SetPicture(const wxBitmapBundle& picture) {
+  picture_ = picture;
+  Refresh();
+}
+
 void IconImage::OnPaint(wxPaintEvent&) {
   wxAutoBufferedPaintDC dc(this);
   dc.SetBackground(wxBrush(GetParent()->GetBackgroundColour()));
   dc.Clear();
-  if (number_ == 0) return;
   const std::unique_ptr<wxGraphicsContext> context(wxGraphicsContext::Create(dc));
+  if (!context) return;
   const wxSize size = GetClientSize();
-  if (context) DrawMessageIcon(*context, number_, std::min(size.x, size.y));
+  const double side = std::min(size.x, size.y);
+  if (picture_.IsOk()) context->DrawBitmap(picture_.GetBitmapFor(this), 0, 0, side, side);
+  if (number_ != 0) DrawMessageIcon(*context, number_, side);
 }
 
 }  // namespace korvex

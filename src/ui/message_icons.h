@@ -1,6 +1,7 @@
 // The program's icons, drawn at whatever size they are needed.
 #pragma once
 
+#include <wx/bmpbndl.h>
 #include <wx/graphics.h>
 #include <wx/window.h>
 
@@ -18,12 +19,15 @@ class IconImage : public wxWindow {
   IconImage(wxWindow* parent, const wxString& name);
 
   void SetIcon(int number);
+  // Shows a picture in place of a numbered icon.
+  void SetPicture(const wxBitmapBundle& picture);
   bool AcceptsFocus() const override { return false; }
 
  private:
   void OnPaint(wxPaintEvent& event);
 
   int number_ = 0;
+  wxBitmapBundle picture_;
 };
 
 }  // namespace korvex

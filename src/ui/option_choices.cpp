@@ -5,6 +5,8 @@
 #include <string_view>
 
 #include "files/basGeneral.h"
+#include "platform/file_system.h"
+#include "platform/services.h"
 #include "text/text.h"
 #include "workbook/output_rules.h"
 
@@ -27,14 +29,12 @@ std::string EndingOf(const std::string& file) {
 
 }  // namespace
 
-std::optional<std::size_t> AddToList(const ColumnList& source, ColumnList& destination) {
-  if (!source.selected) return std::nullopt;
-  const std::string& name = source.names[*source.selected];
-  std::vector<std::string>& names = destination.names;
+std::optional<std::size_t> AddToList(const std::string& name, ColumnList& list) {
+  std::vector<std::string>& names = list.names;
   if (std::find(names.begin(), names.end(), name) != names.end()) return std::nullopt;
-  const std::size_t position = destination.selected.value_or(names.size());
+  const std::size_t position = list.selected.value_or(names.size());
   names.insert(At(names, position), name);
-  if (destination.selected) ++*destination.selected;
+  if (list.selected) ++*list.selected;
   return position;
 }
 
@@ -45,6 +45,13 @@ std::optional<std::size_t> RemoveFromList(ColumnList& list) {
   list.selected.reset();
   if (!list.names.empty()) list.selected = std::min(position, list.names.size() - 1);
   return position;
+}
+
+std::string WithEnding(const std::string& typed) {
+  const std::string_view name = TrimBlanks(typed);
+  const bool is_folder = name.ends_with(Platform().files->Separator());
+  if (name.empty() || is_folder || !EndingOf(std::string(name)).empty()) return typed;
+  return std::string(name).append(kXlsFormat.ending);
 }
 
 int OutputFilterOf(const std::string& file) {

@@ -1,5 +1,5 @@
-// What the options dialog decides, apart from its controls: what the arrow buttons do to a list of
-// column names, and which file the dialog for the output file means.
+// What the options dialog decides, apart from its controls: what is done to a list of column names,
+// and which file a typed name means.
 #pragma once
 
 #include <cstddef>
@@ -15,14 +15,16 @@ struct ColumnList {
   std::optional<std::size_t> selected;
 };
 
-// Copies the selected name of one list into another, just before the name that is selected there,
-// else to its end; the same name stays selected. Returns where the copy stands, or nothing when no
-// name is selected in the source or the list has it already.
-std::optional<std::size_t> AddToList(const ColumnList& source, ColumnList& destination);
+// Puts a name into the list, just before the name that is selected there, else at its end; the same
+// name stays selected. Returns where it stands, or nothing when the list has it already.
+std::optional<std::size_t> AddToList(const std::string& name, ColumnList& list);
 
 // Takes the selected name out and selects the one that moves up into its place, or the last one.
 // Returns where the name stood, if one was selected.
 std::optional<std::size_t> RemoveFromList(ColumnList& list);
+
+// A name for the output file that was typed without an ending, with ".xls" at its end.
+std::string WithEnding(const std::string& typed);
 
 // The kinds of output that the dialog for the output file offers; their filters count from 0.
 inline constexpr char kOutputFilters[] =

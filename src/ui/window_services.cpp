@@ -4,6 +4,7 @@
 #include <wx/cursor.h>
 #include <wx/dirdlg.h>
 #include <wx/msgdlg.h>
+#include <wx/platinfo.h>
 #include <wx/textbuf.h>
 #include <wx/utils.h>
 
@@ -31,6 +32,10 @@ wxWindow* ActiveWindow() {
 
 wxString Lines(const std::string& text) {
   return wxTextBuffer::Translate(ToWx(text), wxTextFileType_Unix);
+}
+
+std::string WithCause(const std::string& text, const std::string& cause) {
+  return cause.empty() ? text : text + kLineBreak + kLineBreak + cause;
 }
 
 long StyleOf(const PlainMessage& message) {
@@ -80,11 +85,17 @@ class OrdinaryPointer {
 
 }  // namespace
 
+// Text and cause in one: where a platform takes them apart, it writes the text in large or fat
+// letters. GTK has no icons for its message boxes.
 BoxAnswer WindowDialogs::ShowPlain(const PlainMessage& message) {
   const OrdinaryPointer pointer;  // the user is asked, whatever was under way
-  const std::string title = message.title.empty() ? kProgramTitle : message.title;
-  wxMessageDialog dialog(ActiveWindow(), Lines(message.text), ToWx(title), StyleOf(message));
-  if (!message.cause.empty()) dialog.SetExtendedMessage(Lines(message.cause));
+  PlainMessage shown = message;
+  if (shown.title.empty()) shown.title = kProgramTitle;
+  shown.text = WithCause(message.text, message.cause);
+  if (wxPlatformInfo::Get().GetPortId() == wxPORT_GTK) {
+    return frmMessageBox(ActiveWindow()).ShowPlain(shown);
+  }
+  wxMessageDialog dialog(ActiveWindow(), Lines(shown.text), ToWx(shown.title), StyleOf(shown));
   if (message.buttons == BoxButtons::kRetryCancel) {
     dialog.SetOKCancelLabels("&Retry", "&Cancel");
   }
@@ -97,9 +108,7 @@ BoxAnswer WindowDialogs::ShowPlain(const PlainMessage& message) {
 std::string WindowDialogs::ShowButtons(const ButtonMessage& message) {
   const OrdinaryPointer pointer;
   ButtonMessage shown = message;
-  if (!message.cause.empty()) {
-    shown.prompt += std::string(kLineBreak) + kLineBreak + message.cause;
-  }
+  shown.prompt = WithCause(message.prompt, message.cause);
   return frmMessageBox(ActiveWindow()).ShowMsgBox(shown);
 }
 

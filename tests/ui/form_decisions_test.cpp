@@ -137,9 +137,9 @@ TEST(SampleCampaign, IsFoundWhereverTheProgramLiesAndCopiedOnce) {
   }
 }
 
-TEST(ColumnList, AddsAndRemovesNothingWhileNothingIsSelected) {
+TEST(ColumnList, KeepsANameThatItHasAndRemovesNothingWhileNothingIsSelected) {
   ColumnList list{{"ID"}, std::nullopt};
-  EXPECT_EQ(AddToList({{"plate"}, std::nullopt}, list), std::nullopt);
+  EXPECT_EQ(AddToList("ID", list), std::nullopt);
   EXPECT_EQ(RemoveFromList(list), std::nullopt);
 }
 
@@ -157,6 +157,18 @@ TEST(OutputFilters, GiveTheEndingThatTheUserMeans) {
   };
   for (const auto& [name, offered, chosen, meant] : cases)
     EXPECT_EQ(OutputFileChosen(name, offered, chosen), meant) << name;
+}
+
+TEST(WithEnding, CompletesNamesThatHaveNone) {
+  const TestPlatform platform;
+  for (const auto& [typed, meant] : {std::pair("day", "day.xls"),
+                                     {" day 1 ", "day 1.xls"},
+                                     {"/runs/1.2/day", "/runs/1.2/day.xls"},
+                                     {"day.CSV", "day.CSV"},
+                                     {"day.", "day."},
+                                     {"/runs/", "/runs/"},
+                                     {" ", " "}})
+    EXPECT_EQ(WithEnding(typed), meant) << typed;
 }
 
 TEST(MessageBoxLayout, GrowsWithTheMessageAndTheButtonsAndNeverShrinks) {

@@ -112,6 +112,39 @@ TEST_F(MessageBoxTest, StaysWithinTheScreen) {
   });
 }
 
+TEST_F(MessageBoxTest, ShowsPlainMessages) {
+  using enum BoxAnswer;
+  const struct {
+    BoxButtons buttons;
+    BoxIcon icon;
+    const char* press;  // none: closed as Esc does
+    const char* chosen;
+    BoxAnswer answer;
+  } cases[] = {
+      {BoxButtons::kOk, BoxIcon::kExclamation, nullptr, "cmdMain0", kOk},
+      {BoxButtons::kOkCancel, BoxIcon::kNone, "cmdMain0", "cmdMain0", kOk},
+      {BoxButtons::kOkCancel, BoxIcon::kCritical, nullptr, "cmdMain1", kCancel},
+      {BoxButtons::kRetryCancel, BoxIcon::kExclamation, "cmdMain0", "cmdMain0", kRetry},
+  };
+  for (const auto& c : cases) {
+    driver_.Expect([&](wxDialog& box) {
+      auto& icon = Find<IconImage>(box, "imgIcon");
+      EXPECT_EQ(icon.IsShown(), c.icon != BoxIcon::kNone);
+      const wxRect text = Find<wxTextCtrl>(box, "txtMessage").GetRect();
+      EXPECT_TRUE(!icon.IsShown() || icon.GetRect().GetRight() < text.x);
+      WaitUntil([&] { return Find<wxButton>(box, c.chosen).HasFocus(); });
+      if (c.press != nullptr) {
+        Click(box, c.press);
+      } else {
+        wxUIActionSimulator().Char(WXK_ESCAPE);
+        WaitUntil([&] { return !box.IsShown(); });
+      }
+    });
+    EXPECT_EQ(frmMessageBox(nullptr).ShowPlain({"Text", c.buttons, c.icon}), c.answer);
+  }
+  EXPECT_THAT(platform_.sound.played, IsEmpty());
+}
+
 TEST_F(MessageBoxTest, RefusesWhatItCannotShow) {
   const std::pair<ButtonMessage, int> cases[] = {
       {{"?", {"OK"}, "", kMessageIcons + 1}, error_number::kInvalidCall},

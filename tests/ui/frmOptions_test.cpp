@@ -1,5 +1,7 @@
 #include "ui/frmOptions.h"
 
+#include <wx/uiaction.h>
+
 #include "files/folder_listing.h"
 #include "tests/support/campaign.h"
 #include "tests/ui/ui_support.h"
@@ -46,8 +48,17 @@ struct Options : testing::Test {
   void TurnToStructure() { The<wxNotebook>("tabOptions").SetSelection(1); }
   // Selects a column in a list and presses a button.
   void Move(const char* list, const char* column, const char* button) {
+    The<wxListBox>(list).SetSelection(wxNOT_FOUND);
     ASSERT_TRUE(The<wxListBox>(list).SetStringSelection(column));
     Press(button);
+  }
+  // Where the item is on the screen; the place below the last one for a number too many.
+  wxPoint Place(const char* list, int item) {
+    auto& box = The<wxListBox>(list);
+    wxPoint place(5, 0);
+    const auto is_before = [&](int found) { return found != wxNOT_FOUND && found < item; };
+    while (is_before(box.HitTest(place))) ++place.y;
+    return box.ClientToScreen(place + wxPoint(0, 5));
   }
   void ExpectStored(const char* section, const Settings& settings) {
     for (const auto& [key, value] : settings)
@@ -128,6 +139,95 @@ TEST_F(Options, OkStoresEveryChoice) {
                                   {"Data Column", "#"}});
 }
 
+TEST_F(Options, ListsFollowMouseAndKeyboard) {
+  campaign.SetOutputs({"compound ID", "plate", "#"});
+  Use([&] {
+    TurnToStructure();
+    ServeEvents();
+    wxUIActionSimulator user;
+    const auto keys = [&] { return Names("lstKeyColumns"); };
+    const auto output = [&] { return Names("lstOutputColumns"); };
+    const auto click = [&](const char* list, int item) {
+      user.MouseMove(Place(list, item));
+      user.MouseClick();
+      ServeEvents();
+    };
+    const auto press_until = [&](int key, int modifiers, const auto& condition) {
+      user.Char(key, modifiers);
+      WaitUntil(condition);
+    };
+    // Several at once, before the selected column; then a double click, and Enter.
+    click("lstKeyColumns", 0);
+    click("lstAvailableCols", 1);
+    user.KeyDown(WXK_SHIFT);
+    click("lstAvailableCols", 2);
+    user.KeyUp(WXK_SHIFT);
+    Press("cmdToKeys");
+    EXPECT_THAT(keys(), ElementsAre("Date", "day_num", "compound ID"));
+    user.MouseMove(Place("lstAvailableCols", 3));
+    user.MouseDblClick();
+    WaitUntil([&] { return keys().size() == 4; });
+    EXPECT_THAT(keys(), ElementsAre("Date", "day_num", "#", "compound ID"));
+    EXPECT_EQ(The<wxStaticText>("lblTarget").GetLabel(), "Double-click adds to key");
+    click("lstOutputColumns", 3);  // blank
+    click("lstAvailableCols", 0);
+    press_until(WXK_RETURN, 0, [&] { return output().size() == 4; });
+    EXPECT_THAT(output(), ElementsAre("compound ID", "plate", "#", "Filename"));
+    EXPECT_TRUE(dialog->IsShown());
+
+    // The selected column moves, and goes.
+    click("lstOutputColumns", 3);
+    press_until(WXK_UP, wxMOD_ALT, [&] { return output()[2] == "Filename"; });
+    press_until(WXK_DOWN, wxMOD_ALT, [&] { return output()[3] == "Filename"; });
+    user.MouseMove(Place("lstOutputColumns", 3));
+    user.MouseDown();
+    for (const int item : {2, 1}) {
+      user.MouseMove(Place("lstOutputColumns", item));
+      WaitUntil([&] { return output()[static_cast<std::size_t>(item)] == "Filename"; });
+    }
+    user.MouseUp();
+    ServeEvents();
+    EXPECT_THAT(output(), ElementsAre("compound ID", "Filename", "plate", "#"));
+    press_until(WXK_DELETE, 0, [&] { return output().size() == 3; });
+    EXPECT_THAT(output(), ElementsAre("compound ID", "plate", "#"));
+
+    // Nothing is selected any more.
+    auto& list = The<wxListBox>("lstOutputColumns");
+    EXPECT_EQ(list.GetStringSelection(), "plate");
+    user.KeyDown(WXK_CONTROL);
+    click("lstOutputColumns", 1);
+    user.KeyUp(WXK_CONTROL);
+    EXPECT_EQ(list.GetSelection(), wxNOT_FOUND);
+    click("lstOutputColumns", 0);
+    EXPECT_EQ(list.GetSelection(), 0);
+    click("lstOutputColumns", 3);
+    EXPECT_EQ(list.GetSelection(), wxNOT_FOUND);
+  });
+}
+
+TEST_F(Options, CompletesANameThatIsTyped) {
+  campaign.Set("Main Section", "Output File Method", kByFolder);
+  campaign.Set("Main Section", "Output File", "of old");
+  Use([&] {
+    wxTextCtrl& name = Box("txtFilename");
+    const auto leave = [&] {
+      name.SetFocus();
+      WaitUntil([&] { return name.HasFocus(); });
+      The<wxButton>("cmdBrowse").SetFocus();
+      WaitUntil([&] { return The<wxButton>("cmdBrowse").HasFocus(); });
+      ServeEvents();
+    };
+    leave();
+    EXPECT_EQ(name.GetValue(), "of old");
+    name.SetValue("day");
+    leave();
+    WaitUntil([&] { return name.GetValue() == "day.xls"; });
+    name.SetValue("night");
+    Press("cmdOK");  // as Enter does, which leaves the box where it is
+  });
+  ExpectStored("Main Section", {{"Output File", "night.xls"}});
+}
+
 TEST_F(Options, AnUnknownMethodSelectsNeitherOptionAndStaysStored) {
   campaign.Set("Main Section", "Output File Method", "by moonlight");
   Use([&] {
@@ -183,8 +283,11 @@ TEST_F(Options, StaysOpenWithoutAKeyColumnAndStoresNothingMoreWhenClosed) {
     Move("lstKeyColumns", "compound ID", "cmdFromKeys");
     Press("cmdFromKeys");
     Move("lstOutputColumns", "plate", "cmdFromOutput");
+    The<wxNotebook>("tabOptions").SetSelection(0);
     Press("cmdOK");
     EXPECT_TRUE(dialog->IsShown());
+    EXPECT_EQ(The<wxNotebook>("tabOptions").GetSelection(), 1);
+    WaitUntil([&] { return The<wxListBox>("lstKeyColumns").HasFocus(); });
   });
   EXPECT_THAT(texts, ElementsAre("Please select at least one column for key columns, and output "
                                  "columns."));
@@ -195,27 +298,52 @@ TEST_F(Options, StaysOpenWithoutAKeyColumnAndStoresNothingMoreWhenClosed) {
       {{"Last Path", "(none)"}, {"Output File Method", "(none)"}, {"Send Email on Error", "0"}});
 }
 
-TEST_F(Options, WarnsOfASampleThatDoesNotFitTheSettings) {
+TEST_F(Options, NamesWhatTheSampleLacksAndAsksBeforeThatIsDropped) {
   campaign.Set("File Structure", "Data Column", "delta od");
-  campaign.SetKeys({"compound ID", "batch"});
+  campaign.SetKeys({"compound ID", "batch", "run"});
+  campaign.platform.dialogs.button_answers = {"OK", "&Go Back", "&Drop Columns"};
   Use([&] {
+    TurnToStructure();
     EXPECT_THAT(Names("lstKeyColumns"), ElementsAre("compound ID"));
     EXPECT_EQ(The<wxChoice>("cboDataCol").GetSelection(), wxNOT_FOUND);
+    EXPECT_EQ(The<wxStaticText>("lblKeysMissing").GetLabelText(), "Missing: batch, run");
+    for (const auto& [line, shown] :
+         {std::pair("lblKeysMissing", true), {"lblOutputMissing", false}, {"lblDataMissing", true}})
+      EXPECT_EQ(The<wxStaticText>(line).IsShown(), shown) << line;
+    Press("cmdOK");
+    EXPECT_TRUE(dialog->IsShown());
+    ExpectStored("File Structure", {{"Data Column", "delta od"}});
     Press("cmdOK");
   });
-  ExpectStored("File Structure", {{"Data Column", ""}});
+  ExpectStored("File Structure", {{"Keys Columns", "compound ID"}, {"Data Column", ""}});
   EXPECT_THAT(texts, ElementsAre("File format does not correspond to last settings saved. Please "
                                  "make sure the settings are as desired.\r\n\r\nFile used for "
-                                 "format check:\r\n\r\n/data/screen/Set 1/a & b.xls"));
-  EXPECT_EQ(campaign.platform.dialogs.buttons[0].icon, 17);
+                                 "format check:\r\n\r\n/data/screen/Set 1/a & b.xls",
+                                 HasSubstr("Drop them"), HasSubstr("Drop them")));
+  const std::vector<ButtonMessage>& shown = campaign.platform.dialogs.buttons;
+  EXPECT_EQ(shown[0].icon, 17);
+  EXPECT_EQ(shown[0].cause, "Missing: key columns \"batch\", \"run\".");
+  EXPECT_EQ(shown[1].cause, "Missing: key columns \"batch\", \"run\"; data column \"delta od\".");
+  EXPECT_EQ(shown[1].default_button, 1);
 }
 
-TEST_F(Options, OpensWithoutASample) {
-  campaign.platform.files.Remove(campaign.Path("Set 1"));
-  Use([&] {
-    EXPECT_THAT(Names("lstAvailableCols"), IsEmpty());
-    EXPECT_FALSE(The<wxButton>("cmdSampleFile").IsEnabled());
-  });
+TEST_F(Options, SaysWhyThereIsNoSample) {
+  const auto open = [&] {
+    Use([&] {
+      EXPECT_THAT(Names("lstAvailableCols"), IsEmpty());
+      Press("cmdOK");  // asks nothing, since it stores nothing
+      EXPECT_TRUE(dialog->IsShown());
+    });
+    return campaign.platform.dialogs.buttons.front().cause;
+  };
+  campaign.platform.files.AddFile(campaign.Path("Set 0/a.xls"), "no workbook");
+  EXPECT_THAT(open(), HasSubstr("a.xls"));
+  campaign.platform.dialogs.buttons.clear();
+  campaign.platform.files.Remove(campaign.Path("Set 0/a.xls"));
+  EXPECT_EQ(open(),
+            "The sample is the first file of the first sub-folder, and /data/screen/Set 0 holds "
+            "none.");
+  for (const std::string& text : texts) EXPECT_THAT(text, testing::Not(HasSubstr("Drop them")));
 }
 
 TEST_F(Options, ReportsSettingsThatCannotBeStoredOrRead) {
