@@ -111,7 +111,11 @@ void clsKorvex::Run() {
   }
   outputs_.EndRun(record_.findings);
   watch_->EndRun();
-  if (record_.options.check) return;
+  if (record_.options.check) {
+    // The engine may stay for as long as the program.
+    QuitExcel(application_);
+    return;
+  }
   // After all findings are known, and before anything takes its place on the disk.
   CheckStrict();
   place_ = {};
@@ -206,7 +210,7 @@ void clsKorvex::ProcessSubFolders() {
   record_.input_count = names.size();
   if (table != nullptr) Step([&] { table->CheckReplicationsAhead(names); });
   outputs_.BeginLongForm(*application_, SheetName(), paths);
-  Step([&] { application_->Expect(paths, kDataSheetName); });
+  ExpectInputs(paths);
   for (const std::string& sub_folder : sub_folders) {
     ++current_folder_;
     place_ = {};
@@ -224,6 +228,16 @@ void clsKorvex::ProcessSubFolders() {
     if (table != nullptr) {
       Step([&] { table->CheckFoldersAhead(current_folder_, folder_count_); });
     }
+  }
+}
+
+// An application may refuse some by their names. A check goes on, and hears of each when it is
+// opened.
+void clsKorvex::ExpectInputs(const std::vector<std::string>& paths) {
+  try {
+    application_->Expect(paths, kDataSheetName);
+  } catch (const Error&) {
+    if (!record_.options.check) throw;
   }
 }
 
@@ -251,7 +265,7 @@ void clsKorvex::ProcessSelectedFiles() {
   record_.input_count = names.size();
   if (table != nullptr) Step([&] { table->CheckReplicationsAhead(names); });
   outputs_.BeginLongForm(*application_, SheetName(), files_);
-  Step([&] { application_->Expect(files_, kDataSheetName); });
+  ExpectInputs(files_);
   Step([&] { ProcessFiles(files_); });
 }
 

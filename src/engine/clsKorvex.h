@@ -75,6 +75,7 @@ class clsKorvex {
   // Refuse what can be known before the first file is read, then process every batch.
   void ProcessSubFolders();
   void ProcessSelectedFiles();
+  void ExpectInputs(const std::vector<std::string>& paths);
   // The sub-folder's files, by their full names. Refuses a folder without any.
   std::vector<std::string> FilesOf(const std::string& sub_folder);
   void ProcessFiles(const std::vector<std::string>& files);

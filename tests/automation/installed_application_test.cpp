@@ -8,6 +8,7 @@
 #include <chrono>
 #include <utility>
 
+#include "automation/installed_spreadsheet.h"
 #include "structure/basFuncs_workbooks.h"
 #include "tests/automation/server/scripted_application.h"
 #include "tests/support/errors.h"
@@ -171,6 +172,10 @@ TEST_F(InstalledApplicationTest, RefusesWhatTheApplicationWouldNotOpen) {
   for (const auto& [name, why] :
        {std::pair<std::string, const char*>{long_name, "its path has 219 characters"},
         {"C:\\plates\\P1 [2].xls", "holds \"[\" or \"]\""}}) {
+    EXPECT_THAT(ErrorOf([&, &file = name] {
+                  InstalledSpreadsheet(files).CheckOutputName(file);
+                }).Description(),
+                HasSubstr(why));
     for (const bool is_expected : {true, false}) {
       const Error error = ErrorOf([&, &file = name] {
         is_expected ? application->Expect({"C:\\plates\\a.xls", file}, "data")
@@ -180,6 +185,7 @@ TEST_F(InstalledApplicationTest, RefusesWhatTheApplicationWouldNotOpen) {
       EXPECT_THAT(error.Description(), HasSubstr("--spreadsheet embedded"));
     }
   }
+  InstalledSpreadsheet(files).CheckOutputName("C:\\plates\\out [2].csv");
   application->Expect({"C:\\[1]\\" + std::string(206, 'x') + ".xls"}, "data");
 }
 
@@ -340,6 +346,14 @@ TEST_F(InstalledApplicationTest, AsksABusyApplicationAgain) {
   const Error error = ErrorOf([&] { application->AddWorkbook("out.xls"); });
   EXPECT_EQ(error.Number(), error_number::kAutomation);
   EXPECT_THAT(error.Description(), HasSubstr("busy"));
+
+  // Not for as long when the run is to stop.
+  CallWatch::TimePoint now = std::chrono::steady_clock::now();
+  CallWatch watch([] { return true; }, [] {}, [&] { return now += CallWatch::kPatience; });
+  const Dispatch watched(scripted.Root(), Dispatch::kPatience, &watch);
+  scripted.program.busy_calls = 1'000;
+  EXPECT_THAT(ErrorOf([&] { watched.Get(L"Version"); }).Description(), HasSubstr("busy"));
+  EXPECT_EQ(scripted.program.busy_calls, 999);
   scripted.program.busy_calls = 0;
 }
 

@@ -57,7 +57,8 @@ class ApplicationFactory : public IClassFactory {
   HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown*, REFIID id, void** object) override {
     if (stops_) {
       application_.program.log("stopping");
-      PostQuitMessage(3);
+      // After the answer, which another thread sends.
+      SetTimer(nullptr, 0, 500, [](HWND, UINT, UINT_PTR, DWORD) { PostQuitMessage(3); });
       return CO_E_SERVER_STOPPING;
     }
     ScriptedObject* const root = application_.Root();
@@ -151,7 +152,8 @@ int Serve(const CLSID& id, const std::wstring& log_file, const Behaviours& behav
   IMessageFilter* former = nullptr;
   CoRegisterMessageFilter(&filter, &former);
 
-  ApplicationFactory factory(application, behaviours.contains("stopping") && last_line == "ended");
+  const bool stops = behaviours.contains("stopping") && last_line == "ended";
+  ApplicationFactory factory(application, stops);
   DWORD registration = 0;
   if (FAILED(CoRegisterClassObject(id, &factory, CLSCTX_LOCAL_SERVER, REGCLS_SINGLEUSE,
                                    &registration))) {
@@ -164,7 +166,7 @@ int Serve(const CLSID& id, const std::wstring& log_file, const Behaviours& behav
     application.program.log("The user's workbook is still open.");
     Sleep(kLongestLife);
   }
-  application.program.log("ended");
+  if (!stops) application.program.log("ended");
   std::fclose(log);
   return static_cast<int>(message.wParam);
 }
