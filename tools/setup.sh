@@ -3,8 +3,8 @@
 
 # What building the programs needs, what the tests, the comparison with other programs and the
 # fuzzers need on top, and what the checks of .ci/run need.
-BUILD_PACKAGES=(g++ cmake ninja-build libcli11-dev libwxgtk3.2-dev libgcrypt20-dev libdeflate-dev
-  zlib1g-dev)
+BUILD_PACKAGES=(g++ cmake ninja-build pkgconf libcli11-dev libwxgtk3.2-dev libgtk-3-dev
+  libgcrypt20-dev libdeflate-dev zlib1g-dev)
 TEST_PACKAGES=(libgtest-dev libgmock-dev libexpat1-dev xvfb openbox appstream desktop-file-utils fish
   zsh)
 PEER_PACKAGES=(libreoffice-calc gnumeric python3-xlrd python3-openpyxl)

@@ -100,9 +100,7 @@ FileChooser::FileChooser(wxWindow* parent, const std::string& name)
   drvMain_ = new wxChoice(fraMain_, wxID_ANY);
   drvMain_->SetName("drvMain");
   IgnoreWheel(*drvMain_);
-  dirMain_ = new FolderTree(new wxPanel(fraMain_, wxID_ANY, wxDefaultPosition, wxDefaultSize,
-                                        wxTAB_TRAVERSAL | wxBORDER_THEME),
-                            "dirMain");
+  dirMain_ = new FolderTree(fraMain_, "dirMain");
   Splitter_ =
       new wxWindow(fraMain_, wxID_ANY, wxDefaultPosition, wxDefaultSize, wxBORDER_NONE, "Splitter");
   filMain_ = new wxListBox(fraMain_, wxID_ANY, wxDefaultPosition, wxDefaultSize, 0, nullptr,
@@ -134,14 +132,11 @@ void FileChooser::LayOut() {
   Splitter_->SetMinSize(wxSize(FromDIP(kSplitterWidth), -1));
   Splitter_->SetCursor(wxCursor(wxCURSOR_SIZEWE));
   Splitter_->DisableFocusFromKeyboard();
+  Splitter_->SetCanFocus(false);
 
-  // Some platforms draw no border around a tree.
-  wxWindow* tree_border = dirMain_->GetParent();
-  tree_border->SetSizer(new wxBoxSizer(wxVERTICAL));
-  tree_border->GetSizer()->Add(dirMain_, wxSizerFlags(1).Expand());
   left_column_ = new wxBoxSizer(wxVERTICAL);
   left_column_->Add(drvMain_, wxSizerFlags().Expand());
-  left_column_->Add(tree_border, wxSizerFlags(1).Expand().Border(wxTOP, FromDIP(kGap)));
+  left_column_->Add(dirMain_, wxSizerFlags(1).Expand().Border(wxTOP, FromDIP(kGap)));
   auto* lists = new wxBoxSizer(wxHORIZONTAL);
   lists->Add(left_column_, wxSizerFlags().Expand());
   lists->Add(Splitter_, wxSizerFlags().Expand());

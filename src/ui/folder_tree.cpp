@@ -1,10 +1,8 @@
 #include "ui/folder_tree.h"
 
-#include <wx/artprov.h>
 #include <wx/utils.h>
 #include <wx/wupdlock.h>
 
-#include <initializer_list>
 #include <set>
 #include <utility>
 
@@ -14,19 +12,6 @@
 #include "ui/form_helpers.h"
 
 namespace korvex {
-namespace {
-
-enum Image { kDriveImage, kFolderImage, kOpenFolderImage };
-
-wxVector<wxBitmapBundle> SmallIcons() {
-  wxVector<wxBitmapBundle> images;
-  for (const wxArtID& id :
-       std::initializer_list<wxArtID>{wxART_HARDDISK, wxART_FOLDER, wxART_FOLDER_OPEN})
-    images.push_back(wxArtProvider::GetBitmapBundle(id, wxART_LIST, wxSize(16, 16)));
-  return images;
-}
-
-}  // namespace
 
 // What the tree knows of a folder. `names` are the sub-folders that it shows, once it has looked.
 class FolderTree::Item : public wxTreeItemData {
@@ -39,24 +24,7 @@ class FolderTree::Item : public wxTreeItemData {
   std::vector<std::string> names;
 };
 
-FolderTree::FolderTree(wxWindow* parent, const std::string& name)
-    : wxTreeCtrl(parent, wxID_ANY, wxDefaultPosition, wxDefaultSize,
-                 wxTR_DEFAULT_STYLE | wxTR_SINGLE | wxBORDER_NONE, wxDefaultValidator, ToWx(name)) {
-  SetImages(SmallIcons());
-  Bind(wxEVT_TREE_SEL_CHANGED, &FolderTree::OnSelect, this);
-  Bind(wxEVT_TREE_ITEM_EXPANDING, &FolderTree::OnOpen, this);
-  Bind(wxEVT_LEFT_DOWN, [this](wxMouseEvent& event) {
-    event.Skip();
-    int where = 0;
-    const bool on_current = HitTest(event.GetPosition(), where) == GetSelection() &&
-                            (where & (wxTREE_HITTEST_ONITEMLABEL | wxTREE_HITTEST_ONITEMICON)) != 0;
-    // Once the tree has handled the click itself: a look may take folders away.
-    if (on_current) {
-      CallAfter([this] {
-        if (Clicked) Clicked();
-      });
-    }
-  });
+FolderTree::FolderTree(wxWindow* parent, const std::string& name) : NativeTree(parent, name) {
   Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
     event.Skip();
     const int height = event.GetSize().y;
@@ -72,7 +40,7 @@ void FolderTree::Open(const std::string& drive, const std::string& folder,
   if (drive != drive_ || !GetRootItem().IsOk()) {
     DeleteAllItems();
     drive_ = drive;
-    AddRoot(ToWx(drive), kDriveImage, -1, new Item(drive, drive));
+    AddRoot(ToWx(drive), new Item(drive, drive));
   }
   wxTreeItemId id = GetRootItem();
   for (const std::string& name : NamesBelow(drive, folder)) {
@@ -94,10 +62,7 @@ void FolderTree::Open(const std::string& drive, const std::string& folder,
 
 // Repeated when the size changes, since a window may be shown before it has its final size.
 void FolderTree::Reveal() {
-  const wxTreeItemId id = GetSelection();
-  if (!id.IsOk()) return;
-  if (IsExpanded(id) && GetChildrenCount(id, false) > 0) EnsureVisible(GetLastChild(id));
-  EnsureVisible(id);
+  if (GetSelection().IsOk()) ScrollTo(GetSelection());
 }
 
 void FolderTree::ShowEntries(const std::vector<FolderEntry>& entries) {
@@ -114,33 +79,36 @@ void FolderTree::LookAgainBelow(const wxTreeItemId& id) {
   if (!id.IsOk() || !IsExpanded(id)) return;
   // The owner has listed the current folder itself and shows its files from that list.
   if (id != GetSelection()) FillFromDisk(id);
-  wxTreeItemIdValue cookie;
-  for (wxTreeItemId child = GetFirstChild(id, cookie); child.IsOk();
-       child = GetNextChild(id, cookie)) {
+  for (wxTreeItemId child = GetFirstChild(id); child.IsOk(); child = GetNextSibling(child))
     LookAgainBelow(child);
-  }
 }
 
-void FolderTree::OnSelect(wxTreeEvent& event) {
-  event.Skip();
-  // What the tree selects by itself is no choice of the user.
-  if (updating_ || !event.GetItem().IsOk()) return;
-  folder_ = ItemOf(event.GetItem()).path;
+void FolderTree::OnSelect(const wxTreeItemId& id) {
+  // What the tree selects by itself is no choice of the user, nor is what is selected already.
+  if (updating_ || ItemOf(id).path == folder_) return;
+  folder_ = ItemOf(id).path;
   if (Change) Change();
 }
 
-void FolderTree::OnOpen(wxTreeEvent& event) {
-  if (updating_) return;
+bool FolderTree::OnOpen(const wxTreeItemId& id) {
+  if (updating_) return true;
   const RaisedFlag updating(updating_);
   const wxBusyCursor busy;
-  const wxTreeItemId id = event.GetItem();
   try {
     Fill(id, SortedEntries(ItemOf(id).path));
   } catch (...) {
     if (Failed) Failed();
   }
   // Nothing to open: the item stays closed and loses its arrow.
-  if (ItemOf(id).names.empty()) event.Veto();
+  return !ItemOf(id).names.empty();
+}
+
+void FolderTree::OnPress(const wxTreeItemId& id) {
+  if (id != GetSelection()) return;
+  // Once the tree has handled the click itself: a look may take folders away.
+  CallAfter([this] {
+    if (Clicked) Clicked();
+  });
 }
 
 FolderTree::Item& FolderTree::ItemOf(const wxTreeItemId& id) const {
@@ -148,10 +116,8 @@ FolderTree::Item& FolderTree::ItemOf(const wxTreeItemId& id) const {
 }
 
 wxTreeItemId FolderTree::Child(const wxTreeItemId& parent, const std::string& name) const {
-  wxTreeItemIdValue cookie;
-  wxTreeItemId child = GetFirstChild(parent, cookie);
-  while (child.IsOk() && !IsSameName(ItemOf(child).name, name))
-    child = GetNextChild(parent, cookie);
+  wxTreeItemId child = GetFirstChild(parent);
+  while (child.IsOk() && !IsSameName(ItemOf(child).name, name)) child = GetNextSibling(child);
   return child;
 }
 
@@ -186,27 +152,24 @@ void FolderTree::SetSubFolders(const wxTreeItemId& id, const std::vector<std::st
   if (names == folder.names) return;
   const wxWindowUpdateLocker no_flicker(this);
   const std::set<std::string> wanted(names.begin(), names.end());
-  wxTreeItemIdValue cookie;
-  wxTreeItemId old = GetFirstChild(id, cookie);
-  wxTreeItemId previous;
+  wxTreeItemId old = GetLastChild(id);
+  wxTreeItemId next;
   const auto drop_old = [&] {
     const wxTreeItemId gone = old;
-    old = GetNextSibling(old);
+    old = GetPrevSibling(old);
     Delete(gone);
   };
-  for (const std::string& name : names) {
+  // Backwards, because GTK counts the items before a new one: thousands would take seconds.
+  for (auto name = names.rbegin(); name != names.rend(); ++name) {
     while (old.IsOk() && !wanted.contains(ItemOf(old).name)) drop_old();
-    if (old.IsOk() && ItemOf(old).name == name) {
-      previous = old;
-      old = GetNextSibling(old);
+    if (old.IsOk() && ItemOf(old).name == *name) {
+      next = old;
+      old = GetPrevSibling(old);
       continue;
     }
-    auto* item = new Item(JoinPath(folder.path, name), name);
-    previous = previous.IsOk() ? InsertItem(id, previous, ToWx(name), kFolderImage, -1, item)
-                               : PrependItem(id, ToWx(name), kFolderImage, -1, item);
-    SetItemImage(previous, kOpenFolderImage, wxTreeItemIcon_Expanded);
+    next = InsertItem(id, next, ToWx(*name), new Item(JoinPath(folder.path, *name), *name));
     // Every folder gets an arrow: only opening it tells whether there are folders in it.
-    SetItemHasChildren(previous);
+    SetItemHasChildren(next, true);
   }
   while (old.IsOk()) drop_old();
   folder.names = names;

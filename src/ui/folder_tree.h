@@ -4,17 +4,16 @@
 // Hidden folders are left out unless the way to the current folder leads through them.
 #pragma once
 
-#include <wx/treectrl.h>
-
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "platform/file_system.h"
+#include "ui/native_tree.h"
 
 namespace korvex {
 
-class FolderTree : public wxTreeCtrl {
+class FolderTree : public NativeTree {
  public:
   FolderTree(wxWindow* parent, const std::string& name);
 
@@ -45,8 +44,9 @@ class FolderTree : public wxTreeCtrl {
  private:
   class Item;
 
-  void OnSelect(wxTreeEvent& event);
-  void OnOpen(wxTreeEvent& event);
+  void OnSelect(const wxTreeItemId& id) override;
+  bool OnOpen(const wxTreeItemId& id) override;
+  void OnPress(const wxTreeItemId& id) override;
   Item& ItemOf(const wxTreeItemId& id) const;
   wxTreeItemId Child(const wxTreeItemId& parent, const std::string& name) const;
   std::string NameOnWay(const std::string& folder) const;

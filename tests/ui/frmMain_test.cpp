@@ -196,7 +196,8 @@ TEST_F(MainWindowTest, DoesNotRepeatAFailedRunByTheKeyThatClosesItsMessage) {
   WaitUntil([&] { return The<wxButton>("cmdProcess").HasFocus(); });
   Run();
   EXPECT_THAT(dialogs.texts, Contains(HasSubstr("notes-1.xls")));
-  WaitUntil([&] { return The<wxWindow>("dirMain").HasFocus(); });
+  const wxWindow& tree = *The<wxWindow>("dirMain").GetChildren().front();
+  WaitUntil([&] { return tree.HasFocus(); });
 }
 
 TEST_F(MainWindowTest, SaysWhatWillBeReadOfTheSubFolders) {
