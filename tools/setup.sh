@@ -6,7 +6,7 @@
 BUILD_PACKAGES=(g++ cmake ninja-build pkgconf libcli11-dev libwxgtk3.2-dev libgtk-3-dev
   libgcrypt20-dev libdeflate-dev zlib1g-dev)
 TEST_PACKAGES=(libgtest-dev libgmock-dev libexpat1-dev xvfb openbox appstream desktop-file-utils fish
-  zsh)
+  zsh dbus-daemon at-spi2-core python3-gi gir1.2-atspi-2.0)
 PEER_PACKAGES=(libreoffice-calc gnumeric python3-xlrd python3-openpyxl)
 FUZZ_PACKAGES=(libexpat1-dev clang-14 libclang-rt-14-dev xz-utils)
 CHECK_PACKAGES=(clang-format clang-tidy shellcheck git python3)

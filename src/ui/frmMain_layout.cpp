@@ -6,6 +6,7 @@
 #include <wx/sizer.h>
 
 #include "settings/basSettings.h"
+#include "ui/accessible_names.h"
 #include "ui/form_helpers.h"
 #include "ui/frmMain.h"
 
@@ -104,6 +105,7 @@ void frmMain::CreateControls() {
                                   wxST_ELLIPSIZE_MIDDLE | wxST_NO_AUTORESIZE, "lblMessages");
   rows->Add(lblMessages_, wxSizerFlags(row).Border(wxALL, FromDIP(kGap)));
   form->SetSizer(rows);
+  NameControls(*form);
   auto* frame = new wxBoxSizer(wxVERTICAL);
   frame->Add(form, wxSizerFlags(1).Expand());
   SetSizer(frame);

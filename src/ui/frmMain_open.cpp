@@ -18,6 +18,7 @@
 #include "platform/shown_text.h"
 #include "settings/basSettings.h"
 #include "text/text.h"
+#include "ui/accessible_names.h"
 #include "ui/file_pattern.h"
 #include "ui/form_helpers.h"
 #include "ui/frmMain.h"
@@ -76,6 +77,7 @@ void frmMain::mnuGoTo_Click() {
       [&] {
         wxTextEntryDialog dialog(this, "Path of the folder:", "Go to Folder",
                                  ToWx(FileChooser_->Path()));
+        SetAccessibleName(*FindWindowByName(wxTextCtrlNameStr, &dialog), "Path of the folder");
         const wxSize as_designed = dialog.GetClientSize();
         dialog.SetClientSize(GetSize().x * 9 / 10, as_designed.y);  // room for most of a path
         dialog.CentreOnParent();

@@ -11,6 +11,7 @@
 #include "platform/desktop.h"
 #include "platform/error.h"
 #include "platform/services.h"
+#include "ui/accessible_names.h"
 #include "ui/form_helpers.h"
 
 namespace korvex {
@@ -60,6 +61,7 @@ frmMessageBox::frmMessageBox(wxWindow* owner)
   lblButtons_->Hide();
   lblMessage_->Hide();
   imgIcon_->Hide();
+  imgIcon_->SetCanFocus(false);
   AddButton();
   SetEscapeId(wxID_NONE);
   Bind(wxEVT_CLOSE_WINDOW, &frmMessageBox::OnClose, this);
@@ -104,6 +106,8 @@ void frmMessageBox::Run(const ButtonMessage& message) {
     cmdMain_[i]->SetLabel(ToWx(message.buttons[i]));
   }
   Place(LayOut(message));
+  NameControls(*this);
+  SetAccessibleMessage(*this, FromWx(text_));
 
   wxButton* chosen = cmdMain_[static_cast<std::size_t>(message.default_button)];
   chosen->SetDefault();

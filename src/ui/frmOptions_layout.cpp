@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "files/basGeneral.h"
+#include "ui/accessible_names.h"
 #include "ui/form_helpers.h"
 #include "ui/frmOptions.h"
 
@@ -131,6 +132,7 @@ frmOptions::frmOptions(wxWindow* owner)
   form->Add(tabOptions_, wxSizerFlags(1).Expand().Border(wxALL, FromDIP(kMargin)));
   form->Add(cmdOK_, wxSizerFlags().Right().Border(wxLEFT | wxRIGHT | wxBOTTOM, FromDIP(kMargin)));
   SetSizerAndFit(form);
+  NameControls(*this);
   BindEvents();
   Form_Load();
 }
