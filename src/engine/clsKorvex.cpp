@@ -165,7 +165,7 @@ void clsKorvex::CheckStructure() {
   structure_.Constructor(processing_folder_, files_, nullptr, &folders_);
   if (!structure_.Discrepancy()) return;
   TellAndFail(std::string("Please check structure settings before start.") + kLineBreak +
-              kLineBreak + "File used for format check:" + kLineBreak + kLineBreak +
+                  kLineBreak + "File used for format check:" + kLineBreak + kLineBreak +
                   structure_.SampleFileUsed(true),
               MissingText(structure_.Missing()));
 }

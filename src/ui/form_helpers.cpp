@@ -25,13 +25,6 @@ constexpr double kTwipsPerInch = 1440;
 // The height of a line in an ordinary desktop font, 17 pixels at 96 to the inch.
 constexpr double kUsualLineInches = 17.0 / 96.0;
 
-// Forms shade with the colour of inactive captions. Under GTK many themes have it nearly black,
-// which would hide the text.
-wxSystemColour DisabledShade() {
-  return wxPlatformInfo::Get().GetPortId() == wxPORT_GTK ? wxSYS_COLOUR_BTNFACE
-                                                         : wxSYS_COLOUR_INACTIVECAPTIONTEXT;
-}
-
 constexpr int kAroundText = 8;  // device independent pixels, above and below together
 
 }  // namespace
@@ -86,9 +79,24 @@ void CentreWhenShown(wxTopLevelWindow& window) {
   });
 }
 
+// Forms shade with the text colour of inactive captions, which once was a light grey. Windows 10
+// and 11 and many themes of GTK have it black, which would hide the text: there it is the face of
+// buttons.
+wxColour DisabledShade(const wxColour& caption, const wxColour& text, const wxColour& face) {
+  constexpr double kReadable = 0.4;  // least difference of luminance
+  const bool is_readable = std::abs(caption.GetLuminance() - text.GetLuminance()) >= kReadable;
+  return is_readable ? caption : face;
+}
+
 void EnableFrame(wxWindow& control, bool enable) {
-  control.SetBackgroundColour(
-      wxSystemSettings::GetColour(enable ? wxSYS_COLOUR_WINDOW : DisabledShade()));
+  const auto colour = [](wxSystemColour name) { return wxSystemSettings::GetColour(name); };
+  const wxColour face = colour(wxSYS_COLOUR_BTNFACE);
+  // The themes of GTK have no colour of that meaning.
+  const bool has_caption = wxPlatformInfo::Get().GetPortId() != wxPORT_GTK;
+  const wxColour caption = has_caption ? colour(wxSYS_COLOUR_INACTIVECAPTIONTEXT) : face;
+  control.SetBackgroundColour(enable
+                                  ? colour(wxSYS_COLOUR_WINDOW)
+                                  : DisabledShade(caption, colour(wxSYS_COLOUR_WINDOWTEXT), face));
   late_bound::SetEnabled(control, enable);
   control.Refresh();
 }

@@ -1,6 +1,7 @@
 // What the forms share in building and driving their controls.
 #pragma once
 
+#include <wx/colour.h>
 #include <wx/iconbndl.h>
 #include <wx/string.h>
 #include <wx/textctrl.h>
@@ -45,6 +46,10 @@ void CentreWhenShown(wxTopLevelWindow& window);
 // Enables or disables one control (not what lies inside it) and shades its background: the window
 // background when it is enabled, a darker shade when it is not.
 void EnableFrame(wxWindow& control, bool enable);
+
+// The shade of a disabled control: `caption`, the text colour of inactive captions, where `text`
+// can be read on it, else `face`, that of buttons.
+wxColour DisabledShade(const wxColour& caption, const wxColour& text, const wxColour& face);
 
 // A text box with room for that many ordinary characters. What the platform takes for the height of
 // a box is too little for large letters.

@@ -66,8 +66,8 @@ std::string NetworkFolder() {
   return "";
 }
 
-// Takes a busy pointer away for its own lifetime. The toolkit's own class for that lacks its members
-// on Windows.
+// Takes a busy pointer away for its own lifetime. The toolkit's own class for that lacks its
+// members on Windows.
 class OrdinaryPointer {
  public:
   OrdinaryPointer() {

@@ -12,6 +12,7 @@
 #include "tests/support/fakes.h"
 #include "ui/file_pattern.h"
 #include "ui/folder_contents.h"
+#include "ui/form_helpers.h"
 #include "ui/message_box_layout.h"
 #include "ui/option_choices.h"
 #include "ui/run_summary.h"
@@ -47,6 +48,22 @@ TEST(FilePattern, MatchesNamesAsFileListsDo) {
   for (const char* pattern : {"", " ; ", "a/*.xls", "a\\b", "c:*", "\"x\"", "<x", "x>", "a|b"})
     EXPECT_EQ(ErrorOf([&] { FilePattern{pattern}; }).Number(), error_number::kInvalidCall)
         << pattern;
+}
+
+TEST(DisabledShade, LeavesTextReadable) {
+  const wxColour face(240, 240, 240);
+  const struct {
+    wxColour caption, text;
+    bool is_kept;
+  } cases[] = {
+      {wxColour(192, 192, 192), wxColour(0, 0, 0), true},  // as it once was
+      {wxColour(0, 0, 0), wxColour(0, 0, 0), false},       // Windows 10 and 11
+      {wxColour(67, 78, 84), wxColour(0, 0, 0), false},    // Windows 7
+      {wxColour(0, 0, 0), wxColour(255, 255, 255), true},  // dark themes
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(DisabledShade(c.caption, c.text, face), c.is_kept ? c.caption : face);
+  }
 }
 
 TEST(WidenedPattern, TakesInWhatItDoesNotMatch) {

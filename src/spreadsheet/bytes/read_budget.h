@@ -17,8 +17,8 @@ namespace korvex {
 
 class ReadBudget {
  public:
-  // `given_up` may be set by another thread when nobody wants the workbook any more. It must outlive
-  // the budget.
+  // `given_up` may be set by another thread when nobody wants the workbook any more. It must
+  // outlive the budget.
   explicit ReadBudget(std::size_t file_size, const std::atomic<bool>* given_up = nullptr)
       : given_up_(given_up),
         most_unpacked_(kUnpackedAtLeast + kUnpackedPerByte * std::uint64_t{file_size}),
