@@ -231,11 +231,20 @@ TEST_F(Options, CompletesANameThatIsTyped) {
   campaign.Set("Main Section", "Output File", "of old");
   Use([&] {
     wxTextCtrl& name = Box("txtFilename");
+    wxUIActionSimulator user;
+    // By a click: a window manager may keep the focus from a window that nobody has touched.
     const auto leave = [&] {
-      name.SetFocus();
-      WaitUntil([&] { return name.HasFocus(); });
-      The<wxButton>("cmdBrowse").SetFocus();
-      WaitUntil([&] { return The<wxButton>("cmdBrowse").HasFocus(); });
+      for (int attempt = 0; attempt < 5; ++attempt) {
+        const wxStopWatch watch;
+        ServeEvents();
+        const wxRect place = name.GetScreenRect();
+        user.MouseMove(place.GetPosition() + place.GetSize() / 2);
+        user.MouseClick();
+        WaitUntil([&] { return (dialog->IsActive() && name.HasFocus()) || watch.Time() > 1'000; });
+        if (dialog->IsActive() && name.HasFocus()) break;
+      }
+      user.Char(WXK_TAB);
+      WaitUntil([&] { return !name.HasFocus(); });
       ServeEvents();
     };
     leave();
