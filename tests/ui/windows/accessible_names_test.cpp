@@ -17,7 +17,8 @@ using Getter = HRESULT (STDMETHODCALLTYPE IAccessible::*)(VARIANT, BSTR*);
 std::string Told(const wxWindow& window, Getter get) {
   void* found = nullptr;
   const auto client = static_cast<DWORD>(OBJID_CLIENT);
-  EXPECT_EQ(AccessibleObjectFromWindow(window.GetHandle(), client, IID_IAccessible, &found), S_OK);
+  EXPECT_EQ(AccessibleObjectFromWindow(window.GetHandle(), client, __uuidof(IAccessible), &found),
+            S_OK);
   auto* accessible = static_cast<IAccessible*>(found);
   VARIANT self{};
   self.vt = VT_I4;
