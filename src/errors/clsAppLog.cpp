@@ -4,7 +4,6 @@
 
 #include "errors/basFuncs.h"
 #include "files/folder_listing.h"
-#include "platform/code_page_converter.h"
 #include "platform/desktop.h"
 #include "platform/error.h"
 #include "platform/file_system.h"
@@ -95,7 +94,7 @@ void clsAppLog::Write(std::string_view text) {
   if (!stream_)
     throw korvex::Error(error_number::kObjectNotSet, "The application error log is not open.");
   // What earlier releases wrote into the same file is in this code page.
-  stream_->Write(ToSystemCodePage(text));
+  stream_->Write(Platform().files->PlainText(text));
 }
 
 clsAppLog& AppLog() {

@@ -1,5 +1,4 @@
 // Texts in the code pages of Windows, DOS and old Macintosh scripts, by the system's own converter.
-//
 // Every platform has one implementation of this header.
 #pragma once
 
@@ -19,10 +18,6 @@ class CodePageConverter {
   // byte, or in a double-byte page a pair.
   virtual void Append(std::string_view bytes, std::string& utf8) = 0;
 };
-
-// A text in the code page that programs without Unicode have on this machine: code page 1252 on
-// systems that have none. Characters that it lacks become one that looks like it, or "?".
-std::string ToSystemCodePage(std::string_view utf8);
 
 // By the number that Windows gives the page (932, 10007). Null where the system does not know it.
 std::unique_ptr<CodePageConverter> OpenCodePage(std::uint16_t number);

@@ -99,6 +99,9 @@ class FileSystem {
   // The same for the first `most` bytes of the file, or all when it has no more.
   virtual void ReadStart(const std::string& path, std::size_t most,
                          std::vector<std::byte>& content) const = 0;
+  // A text as plain text files of the system hold it: in the code page of Windows, or in code page
+  // 1252 on systems that have none. Characters that it lacks become one that looks like it, or "?".
+  virtual std::string PlainText(std::string_view utf8) const = 0;
   // Creates the file when it is missing.
   virtual std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) = 0;
   // Raises what would keep a file from being made there or appended to. Neither makes nor changes

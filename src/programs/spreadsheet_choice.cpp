@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <thread>
-#include <utility>
 
 #ifdef _WIN32
 #include "automation/installed_spreadsheet.h"
@@ -21,14 +20,14 @@ constexpr unsigned kMostCores = 8;
 }  // namespace
 
 SpreadsheetChoice::SpreadsheetChoice(FileSystem& files, std::optional<int> jobs,
-                                     [[maybe_unused]] std::function<bool()> stop_is_asked) {
+                                     [[maybe_unused]] const std::function<bool()>& stop_is_asked) {
   // 0 where nobody knows how many cores there are.
   const auto cores =
       static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, kMostCores));
   embedded_ = std::make_unique<EmbeddedSpreadsheet>(files, jobs.value_or(cores));
 #ifdef _WIN32
   if (InstalledSpreadsheet::IsInstalled()) {
-    installed_ = std::make_unique<InstalledSpreadsheet>(files, std::move(stop_is_asked));
+    installed_ = std::make_unique<InstalledSpreadsheet>(files, stop_is_asked);
     prefers_installed_ = HasDesktop();
   }
 #endif

@@ -21,7 +21,7 @@ class SpreadsheetChoice {
   // The embedded application reads ahead on `jobs` threads, on one for each core without a number.
   // `stop_is_asked` may be called on any thread, by an application that does not return.
   explicit SpreadsheetChoice(FileSystem& files, std::optional<int> jobs = std::nullopt,
-                             std::function<bool()> stop_is_asked = {});
+                             const std::function<bool()>& stop_is_asked = {});
   ~SpreadsheetChoice();
 
   // The one of that name; without a name the installed one, where there is one and a desktop for

@@ -261,6 +261,9 @@ void FileChooser::SetEnabled(bool enabled) {
   EnableFrame(*filMain_, enabled);
   for (wxWindow* part : std::initializer_list<wxWindow*>{fraNote_, txtNote_})
     EnableFrame(*part, enabled);
+  // GTK leaves the text itself on the colour that it was written on.
+  txtNote_->SetStyle(0, txtNote_->GetLastPosition(),
+                     wxTextAttr(wxNullColour, txtNote_->GetBackgroundColour()));
   ShowTip("");  // which would stay in front of whatever shows next
   dirMain_->SetForegroundColour(
       wxSystemSettings::GetColour(enabled ? wxSYS_COLOUR_WINDOWTEXT : wxSYS_COLOUR_GRAYTEXT));

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "platform/file_system.h"
+#include "text/code_page_1252.h"
 
 namespace korvex {
 
@@ -36,6 +37,7 @@ class MemoryFileSystem : public FileSystem {
   void ReadFile(const std::string& path, std::vector<std::byte>& content) const override;
   void ReadStart(const std::string& path, std::size_t most,
                  std::vector<std::byte>& content) const override;
+  std::string PlainText(std::string_view utf8) const override { return ToCodePage1252(utf8); }
   std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) override;
   void CheckWritable(const std::string& path) override {
     CheckWritable(FileOperation::kAppend, path);

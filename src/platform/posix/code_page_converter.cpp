@@ -5,8 +5,6 @@
 #include <cerrno>
 #include <utility>
 
-#include "text/code_page_1252.h"
-
 namespace korvex {
 namespace {
 
@@ -97,10 +95,6 @@ class IconvConverter : public CodePageConverter {
 };
 
 }  // namespace
-
-std::string ToSystemCodePage(std::string_view utf8) {
-  return ToCodePage1252(utf8);
-}
 
 std::unique_ptr<CodePageConverter> OpenCodePage(std::uint16_t number) {
   const iconv_t converter = iconv_open("UTF-8", NameOf(number).c_str());

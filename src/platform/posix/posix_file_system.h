@@ -6,6 +6,7 @@
 #pragma once
 
 #include "platform/file_system.h"
+#include "text/code_page_1252.h"
 
 namespace korvex {
 
@@ -27,6 +28,7 @@ class PosixFileSystem : public FileSystem {
   void ReadFile(const std::string& path, std::vector<std::byte>& content) const override;
   void ReadStart(const std::string& path, std::size_t most,
                  std::vector<std::byte>& content) const override;
+  std::string PlainText(std::string_view utf8) const override { return ToCodePage1252(utf8); }
   std::unique_ptr<AppendFile> OpenForAppending(const std::string& path) override;
   void CheckWritable(const std::string& path) override;
   // A link is followed: the file that it leads to is replaced. An existing file keeps its rights

@@ -62,17 +62,6 @@ class SystemConverter : public CodePageConverter {
 
 }  // namespace
 
-std::string ToSystemCodePage(std::string_view utf8) {
-  const std::wstring wide = ToWide(utf8);
-  const auto length = static_cast<int>(wide.size());
-  const auto convert = [&](char* bytes, int size) {
-    return WideCharToMultiByte(CP_ACP, 0, wide.data(), length, bytes, size, nullptr, nullptr);
-  };
-  std::string bytes(static_cast<std::size_t>(convert(nullptr, 0)), '\0');
-  convert(bytes.data(), static_cast<int>(bytes.size()));
-  return bytes;
-}
-
 std::unique_ptr<CodePageConverter> OpenCodePage(std::uint16_t number) {
   if (!IsValidCodePage(number)) return nullptr;
   return std::make_unique<SystemConverter>(number);

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "platform/code_page_converter.h"
 #include "platform/error.h"
 #include "platform/windows/com_apartment.h"
 #include "platform/windows/wide_text.h"

@@ -1,5 +1,7 @@
 #include "platform/windows/wide_text.h"
 
+#include "platform/windows/windows_api.h"
+
 #include <cstddef>
 
 #include "text/utf8.h"
@@ -64,6 +66,17 @@ std::string FromWide(std::wstring_view wide) {
     AppendUtf8(code, utf8);
   }
   return utf8;
+}
+
+std::string ToSystemCodePage(std::string_view utf8) {
+  const std::wstring wide = ToWide(utf8);
+  const auto length = static_cast<int>(wide.size());
+  const auto convert = [&](char* bytes, int size) {
+    return WideCharToMultiByte(CP_ACP, 0, wide.data(), length, bytes, size, nullptr, nullptr);
+  };
+  std::string bytes(static_cast<std::size_t>(convert(nullptr, 0)), '\0');
+  convert(bytes.data(), static_cast<int>(bytes.size()));
+  return bytes;
 }
 
 }  // namespace korvex

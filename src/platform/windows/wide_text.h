@@ -13,4 +13,8 @@ namespace korvex {
 std::wstring ToWide(std::string_view utf8);
 std::string FromWide(std::wstring_view wide);
 
+// In the code page that programs without Unicode have on this machine. A character that it lacks
+// becomes one that looks like it, or "?".
+std::string ToSystemCodePage(std::string_view utf8);
+
 }  // namespace korvex

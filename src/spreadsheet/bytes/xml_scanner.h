@@ -48,18 +48,18 @@ class XmlScanner : private XmlLexer {
   void UseEncoding(std::string_view name);
   void ReadOn();
 
-  // Each step reads the piece of the document that begins at `p` and returns its end; null when the
+  // Each step reads the piece of the document that begins there and returns its end; null when the
   // window ends in it. Then nothing has changed, and the step is begun again with more bytes.
   const char* Next(const char* p);
-  const char* ReadStartTag(const char* p);
-  const char* ReadEndTag(const char* p);
+  const char* ReadStartTag(const char* start);
+  const char* ReadEndTag(const char* start);
   const char* ReadText(const char* p);
   const char* ReadBetween(const char* p);
   const char* ReadOther(const char* p);
-  const char* ReadComment(const char* p);
+  const char* ReadComment(const char* start);
   const char* ReadCdataStart(const char* p);
   const char* ReadDoctype(const char* p);
-  const char* ReadInstruction(const char* p);
+  const char* ReadInstruction(const char* start);
 
   const char* ReadAttribute(const char* p);
   const char* OtherEndTag(const char* name, std::string_view wanted);
