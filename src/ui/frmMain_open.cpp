@@ -1,6 +1,7 @@
 // How the main window gets to what is to be processed, other than by its file chooser.
 
 #include <wx/dialog.h>
+#include <wx/textctrl.h>
 #include <wx/textdlg.h>
 
 #include <string>
@@ -77,7 +78,10 @@ void frmMain::mnuGoTo_Click() {
       [&] {
         wxTextEntryDialog dialog(this, "Path of the folder:", "Go to Folder",
                                  ToWx(FileChooser_->Path()));
-        SetAccessibleName(*FindWindowByName(wxTextCtrlNameStr, &dialog), "Path of the folder");
+        auto& box = dynamic_cast<wxTextCtrl&>(*FindWindowByName(wxTextCtrlNameStr, &dialog));
+        SetAccessibleName(box, "Path of the folder");
+        // What is typed takes its place. Not before the dialog shows, which puts the text in.
+        dialog.CallAfter([&box] { box.SelectAll(); });
         const wxSize as_designed = dialog.GetClientSize();
         dialog.SetClientSize(GetSize().x * 9 / 10, as_designed.y);  // room for most of a path
         dialog.CentreOnParent();
