@@ -15,6 +15,7 @@ namespace korvex {
 class NativeTree : public wxPanel {
  public:
   NativeTree(wxWindow* parent, const std::string& name);
+  ~NativeTree() override;
 
   wxTreeItemId GetRootItem() const;
   wxTreeItemId GetFirstChild(const wxTreeItemId& parent) const;

@@ -222,6 +222,11 @@ NativeTree::NativeTree(wxWindow* parent, const std::string& name)
   GetSizer()->Add(widget_, wxSizerFlags(1).Expand());
 }
 
+// The widget goes first: it takes its items away by this object.
+NativeTree::~NativeTree() {
+  DestroyChildren();
+}
+
 wxTreeItemId NativeTree::GetRootItem() const {
   return GetFirstChild({});
 }
